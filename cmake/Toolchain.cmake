@@ -1,0 +1,22 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Warnings, sanitizers, compiler cache and linker: the same for every target.
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+endif()
+
+add_compile_options(-Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wno-missing-field-initializers)
+if(VANTRELL_WERROR)
+  add_compile_options(-Werror)
+endif()
+# Calls through one definition only: the test executables link everything statically.
+add_compile_options(-fvisibility=hidden)
+if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+  add_link_options(-fuse-ld=lld)
+endif()
+
+if(NOT VANTRELL_SANITIZE STREQUAL "")
+  add_compile_options(-fsanitize=${VANTRELL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)
+  add_link_options(-fsanitize=${VANTRELL_SANITIZE})
+endif()

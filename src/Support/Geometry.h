@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+namespace vantrell {
+
+// The only place where points, pixels, scales and the two vertical origins are converted. Points are the
+// desktop's logical units; pixels are the device's. "Top-left" coordinates grow downwards from the top-left
+// corner of the desktop, "bottom-left" coordinates grow upwards from its bottom-left corner.
+
+struct Point {
+    double x = 0;
+    double y = 0;
+    bool operator==(const Point &) const = default;
+};
+
+struct Size {
+    double width = 0;
+    double height = 0;
+    bool operator==(const Size &) const = default;
+};
+
+struct Rect {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+    double maxX() const { return x + width; }
+    double maxY() const { return y + height; }
+    bool operator==(const Rect &) const = default;
+};
+
+struct PixelSize {
+    int width = 0;
+    int height = 0;
+    bool isEmpty() const { return width <= 0 || height <= 0; }
+    bool operator==(const PixelSize &) const = default;
+};
+
+/// Pixels, top-left origin.
+struct PixelRect {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+    int right() const { return x + width; }
+    int bottom() const { return y + height; }
+    PixelSize size() const { return {width, height}; }
+    bool isEmpty() const { return width <= 0 || height <= 0; }
+    bool operator==(const PixelRect &) const = default;
+};
+
+/// The common part; empty when there is none.
+PixelRect intersection(const PixelRect &a, const PixelRect &b);
+
+/// The smallest rectangle that holds both; an empty one adds nothing.
+PixelRect united(const PixelRect &a, const PixelRect &b);
+
+/// Pixels of `size` points at `scale`, the fraction cut off.
+PixelSize pixelSize(const Size &size, double scale);
+
+/// The rectangle in points that a pixel rectangle covers at `scale`.
+Rect toPoints(const PixelRect &rect, double scale);
+
+/// The pixel rectangle of a rectangle in points: origin rounded, size cut off as in `pixelSize`.
+PixelRect toPixels(const Rect &rect, double scale);
+
+/// A y coordinate from top-left to bottom-left origin or back, on a desktop of that height.
+double flippedY(double y, double desktopHeight);
+
+} // namespace vantrell

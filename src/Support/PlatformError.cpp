@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Support/PlatformError.h"
+
+#include <system_error>
+
+namespace vantrell {
+
+PlatformError PlatformError::fromErrno(const std::string &what, int errorNumber) {
+    return PlatformError{"posix", errorNumber, what + ": " + std::generic_category().message(errorNumber)};
+}
+
+} // namespace vantrell
