@@ -13,6 +13,8 @@ enum class CaptureError {
 };
 
 /// The sentence for the user.
-inline std::string description(CaptureError) { return "Could not encode the capture"; }
+inline std::string description(CaptureError) {
+    return "Could not encode the capture";
+}
 
 } // namespace vantrell

@@ -7,6 +7,8 @@
 
 namespace vantrell {
 
-void postToWorker(std::function<void()> work) { QThreadPool::globalInstance()->start(std::move(work)); }
+void postToWorker(std::function<void()> work) {
+    QThreadPool::globalInstance()->start(std::move(work));
+}
 
 } // namespace vantrell

@@ -11,9 +11,13 @@ namespace vantrell {
 
 EventLoop::EventLoop(QObject *context) : m_context(context) {}
 
-EventLoop EventLoop::current() { return EventLoop(QAbstractEventDispatcher::instance()); }
+EventLoop EventLoop::current() {
+    return EventLoop(QAbstractEventDispatcher::instance());
+}
 
-EventLoop EventLoop::main() { return EventLoop(QCoreApplication::instance()); }
+EventLoop EventLoop::main() {
+    return EventLoop(QCoreApplication::instance());
+}
 
 void EventLoop::post(std::function<void()> work) const {
     if (QObject *context = m_context.data())

@@ -41,6 +41,12 @@ PixelRect toPixels(const Rect &rect, double scale) {
     return {int(std::lround(rect.x * scale)), int(std::lround(rect.y * scale)), size.width, size.height};
 }
 
-double flippedY(double y, double desktopHeight) { return desktopHeight - y; }
+Point flipped(const Point &point) {
+    return {point.x, -point.y};
+}
+
+Rect flipped(const Rect &rect) {
+    return {rect.x, -rect.maxY(), rect.width, rect.height};
+}
 
 } // namespace vantrell

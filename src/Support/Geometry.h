@@ -6,8 +6,9 @@
 namespace vantrell {
 
 // The only place where points, pixels, scales and the two vertical origins are converted. Points are the
-// desktop's logical units; pixels are the device's. "Top-left" coordinates grow downwards from the top-left
-// corner of the desktop, "bottom-left" coordinates grow upwards from its bottom-left corner.
+// desktop's logical units; pixels are the device's. In "top-left" coordinates y grows downwards and a
+// rectangle's origin is its upper left corner; in "bottom-left" coordinates y grows upwards and the origin is
+// the lower left corner.
 
 struct Point {
     double x = 0;
@@ -66,7 +67,8 @@ Rect toPoints(const PixelRect &rect, double scale);
 /// The pixel rectangle of a rectangle in points: origin rounded, size cut off as in `pixelSize`.
 PixelRect toPixels(const Rect &rect, double scale);
 
-/// A y coordinate from top-left to bottom-left origin or back, on a desktop of that height.
-double flippedY(double y, double desktopHeight);
+/// From top-left to bottom-left coordinates and back: the vertical axis turns over, its zero line stays.
+Point flipped(const Point &point);
+Rect flipped(const Rect &rect);
 
 } // namespace vantrell

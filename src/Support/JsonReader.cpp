@@ -11,7 +11,8 @@ namespace {
 
 const nlohmann::json nullJson;
 
-template <typename T> bool holds(const nlohmann::json &value) {
+template <typename T>
+bool holds(const nlohmann::json &value) {
     if constexpr (std::is_same_v<T, std::string>)
         return value.is_string();
     else if constexpr (std::is_same_v<T, bool>)
@@ -24,7 +25,8 @@ template <typename T> bool holds(const nlohmann::json &value) {
         return value.is_number();
 }
 
-template <typename T> const char *nameOf() {
+template <typename T>
+const char *nameOf() {
     if constexpr (std::is_same_v<T, std::string>)
         return "a string";
     else if constexpr (std::is_same_v<T, bool>)
@@ -52,7 +54,9 @@ JsonReader::JsonReader(const nlohmann::json &json, std::string path) : m_json(js
                             m_json.type_name() + ", not an object"};
 }
 
-std::string JsonReader::pathTo(const char *key) const { return m_path.empty() ? key : m_path + "." + key; }
+std::string JsonReader::pathTo(const char *key) const {
+    return m_path.empty() ? key : m_path + "." + key;
+}
 
 void JsonReader::fail(const char *key, const std::string &problem) {
     if (!m_error)
@@ -78,12 +82,13 @@ const nlohmann::json *JsonReader::require(const char *key) {
     return value;
 }
 
-template <typename T> std::optional<T> JsonReader::read(const nlohmann::json *value, const char *key) {
+template <typename T>
+std::optional<T> JsonReader::read(const nlohmann::json *value, const char *key) {
     if (!value)
         return std::nullopt;
     if (!holds<T>(*value)) {
-        fail(key, std::string("is ") + (value->is_number_float() ? "a float" : value->type_name()) + ", not " +
-                      nameOf<T>());
+        fail(key, std::string("is ") + (value->is_number_float() ? "a float" : value->type_name()) +
+                      ", not " + nameOf<T>());
         return std::nullopt;
     }
     return value->get<T>();
@@ -95,8 +100,12 @@ std::string JsonReader::string(const char *key) {
 std::int64_t JsonReader::integer(const char *key) {
     return read<std::int64_t>(require(key), key).value_or(0);
 }
-double JsonReader::number(const char *key) { return read<double>(require(key), key).value_or(0); }
-bool JsonReader::boolean(const char *key) { return read<bool>(require(key), key).value_or(false); }
+double JsonReader::number(const char *key) {
+    return read<double>(require(key), key).value_or(0);
+}
+bool JsonReader::boolean(const char *key) {
+    return read<bool>(require(key), key).value_or(false);
+}
 
 std::optional<std::string> JsonReader::optionalString(const char *key) {
     return read<std::string>(find(key), key);
@@ -104,8 +113,12 @@ std::optional<std::string> JsonReader::optionalString(const char *key) {
 std::optional<std::int64_t> JsonReader::optionalInteger(const char *key) {
     return read<std::int64_t>(find(key), key);
 }
-std::optional<double> JsonReader::optionalNumber(const char *key) { return read<double>(find(key), key); }
-std::optional<bool> JsonReader::optionalBoolean(const char *key) { return read<bool>(find(key), key); }
+std::optional<double> JsonReader::optionalNumber(const char *key) {
+    return read<double>(find(key), key);
+}
+std::optional<bool> JsonReader::optionalBoolean(const char *key) {
+    return read<bool>(find(key), key);
+}
 
 const nlohmann::json &JsonReader::value(const char *key) {
     const nlohmann::json *value = require(key);
@@ -126,6 +139,8 @@ const nlohmann::json &JsonReader::array(const char *key) {
     return value && value->is_array() ? *value : nullJson;
 }
 
-const nlohmann::json *JsonReader::optionalObject(const char *key) { return find(key); }
+const nlohmann::json *JsonReader::optionalObject(const char *key) {
+    return find(key);
+}
 
 } // namespace vantrell

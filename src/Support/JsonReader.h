@@ -21,9 +21,9 @@ struct JsonError {
 /// Parses a text; the failure says where it breaks off.
 std::expected<nlohmann::json, JsonError> parseJson(std::string_view text);
 
-/// Strict reading of one JSON object: a float is no integer, a number is no string, and a required key must be
-/// there. Unknown keys are ignored. The first failure is kept and later reads return empty values, so a record
-/// is read field by field and checked once at the end with `error`.
+/// Strict reading of one JSON object: a float is no integer, a number is no string, and a required key must
+/// be there. Unknown keys are ignored. The first failure is kept and later reads return empty values, so a
+/// record is read field by field and checked once at the end with `error`.
 class JsonReader {
 public:
     /// `json` must outlive the reader. `path` names the object in failures ("main.upload").
@@ -58,7 +58,8 @@ public:
 private:
     const nlohmann::json *find(const char *key);
     const nlohmann::json *require(const char *key);
-    template <typename T> std::optional<T> read(const nlohmann::json *value, const char *key);
+    template <typename T>
+    std::optional<T> read(const nlohmann::json *value, const char *key);
 
     const nlohmann::json &m_json;
     std::string m_path;

@@ -23,7 +23,8 @@ namespace vantrell {
 /// When the stop token of the wait is triggered, the waiter resumes inside `request_stop`, so that a
 /// TaskScope that is being destroyed sees its tasks end before it returns; the stop must therefore be
 /// requested on the waiter's own thread.
-template <typename T> class OneShot {
+template <typename T>
+class OneShot {
 public:
     OneShot() : m_state(std::make_shared<State>()) {}
 

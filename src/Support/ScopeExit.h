@@ -8,7 +8,8 @@
 namespace vantrell {
 
 /// Runs an action at the end of a scope.
-template <typename Action> class [[nodiscard]] ScopeExit {
+template <typename Action>
+class [[nodiscard]] ScopeExit {
 public:
     explicit ScopeExit(Action action) : m_action(std::move(action)) {}
     ~ScopeExit() { m_action(); }

@@ -25,7 +25,9 @@ std::filesystem::path Settings::defaultFile() {
     return std::filesystem::path(folder.toStdString()) / "VantrellCapture" / "settings.ini";
 }
 
-void Settings::registerDefault(const std::string &key, bool value) { m_defaults->booleans[key] = value; }
+void Settings::registerDefault(const std::string &key, bool value) {
+    m_defaults->booleans[key] = value;
+}
 
 bool Settings::boolean(const std::string &key) const {
     const QVariant stored = m_settings->value(QString::fromStdString(key));
@@ -46,8 +48,12 @@ std::optional<std::string> Settings::string(const std::string &key) const {
     return stored.isValid() ? std::optional(stored.toString().toStdString()) : std::nullopt;
 }
 
-void Settings::setBoolean(const std::string &key, bool value) { store(key, value); }
-void Settings::setNumber(const std::string &key, double value) { store(key, value); }
+void Settings::setBoolean(const std::string &key, bool value) {
+    store(key, value);
+}
+void Settings::setNumber(const std::string &key, double value) {
+    store(key, value);
+}
 
 void Settings::setString(const std::string &key, const std::optional<std::string> &value) {
     if (value)

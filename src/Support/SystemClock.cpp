@@ -11,7 +11,9 @@
 
 namespace vantrell {
 
-Clock::WallTime SystemClock::wallNow() const { return std::chrono::system_clock::now(); }
+Clock::WallTime SystemClock::wallNow() const {
+    return std::chrono::system_clock::now();
+}
 
 double SystemClock::hostNow() const {
     timespec now{};

@@ -9,6 +9,7 @@ namespace vantrell {
 
 /// An asynchronous operation. It starts at once, runs on the thread that called it (the main thread unless
 /// a header says otherwise) and takes its parameters by value.
-template <typename T = void> using Task = QCoro::Task<T>;
+template <typename T = void>
+using Task = QCoro::Task<T>;
 
 } // namespace vantrell

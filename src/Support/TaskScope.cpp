@@ -7,7 +7,9 @@ namespace vantrell {
 
 TaskScope::TaskScope() : m_state(std::make_shared<State>()) {}
 
-TaskScope::~TaskScope() { m_state->stop.request_stop(); }
+TaskScope::~TaskScope() {
+    m_state->stop.request_stop();
+}
 
 void TaskScope::cancel() {
     const std::shared_ptr<State> old = std::exchange(m_state, std::make_shared<State>());

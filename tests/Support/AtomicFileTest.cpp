@@ -43,6 +43,5 @@ TEST(AtomicFile, keepsTheOldFileWhenTheNewOneCannotBeWritten) {
     EXPECT_EQ(entryCount(folder.path()), 2);
 }
 
-
 } // namespace
 } // namespace vantrell::testing

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
+#include "Support/TaskScope.h"
 #include "Support/BlockingWork.h"
 #include "Support/OneShot.h"
 #include "Support/SystemClock.h"
-#include "Support/TaskScope.h"
 #include "TestSupport/ManualClock.h"
 #include "TestSupport/RunTask.h"
 

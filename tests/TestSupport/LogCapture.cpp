@@ -28,7 +28,9 @@ LogCapture::LogCapture() {
     m_previous = qInstallMessageHandler(capture);
 }
 
-LogCapture::~LogCapture() { qInstallMessageHandler(m_previous); }
+LogCapture::~LogCapture() {
+    qInstallMessageHandler(m_previous);
+}
 
 std::vector<std::string> LogCapture::lines() const {
     std::scoped_lock lock(capturedMutex);

@@ -15,7 +15,10 @@
 namespace vantrell::testing {
 
 /// Runs the event loop until the task has ended and returns its result.
-template <typename T> T runTask(Task<T> task) { return QCoro::waitFor(std::move(task)); }
+template <typename T>
+T runTask(Task<T> task) {
+    return QCoro::waitFor(std::move(task));
+}
 
 /// Runs the event loop until `condition` holds; false when it does not within `patience`.
 bool eventually(const std::function<bool()> &condition,

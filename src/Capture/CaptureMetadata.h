@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Support/Geometry.h"
+#include "Support/JsonReader.h"
+
+#include <chrono>
+#include <cstdint>
+#include <expected>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantrell {
+
+/// One click, scroll, move or exit, in the recording's own time and coordinates.
+struct InputEvent {
+    /// Milliseconds from the start of the recording.
+    double t = 0;
+    /// "down", "up", "scroll", "move" or "exit".
+    std::string kind;
+    /// Points from the capture area's top-left corner.
+    double x = 0;
+    double y = 0;
+
+    bool operator==(const InputEvent &) const = default;
+};
+
+struct DisplayInfo {
+    /// Points.
+    Size size;
+    double scaleFactor = 1;
+
+    bool operator==(const DisplayInfo &) const = default;
+};
+
+struct WindowInfo {
+    std::optional<std::string> appBundleId;
+    std::optional<std::string> appName;
+    std::optional<std::string> title;
+    /// Points.
+    Rect frame;
+    bool hasAlpha = false;
+
+    bool operator==(const WindowInfo &) const = default;
+};
+
+struct RecordingInfo {
+    double fps = 0;
+    double durationMs = 0;
+    std::vector<InputEvent> events;
+    /// Host time of the first segment's first frame, seconds.
+    std::optional<double> anchorHostTime;
+    std::optional<bool> cursorInVideo;
+    std::optional<bool> autoCamera;
+
+    bool operator==(const RecordingInfo &) const = default;
+};
+
+/// The metadata sidecar: what the service needs to zoom on clicks or to draw the cursor as a layer. The JSON
+/// keys are the fields' names; absent optionals are left out.
+struct CaptureMetadata {
+    std::int64_t version = 1;
+    /// "recording" or "screenshot".
+    std::string type;
+    /// ISO 8601, UTC, whole seconds.
+    std::string capturedAt;
+    /// "window", "display" or "region".
+    std::string source;
+    DisplayInfo display;
+    std::optional<WindowInfo> window;
+    std::optional<Rect> region;
+    PixelSize pixelSize;
+    std::optional<RecordingInfo> recording;
+
+    /// Compact JSON with sorted keys.
+    std::string jsonData() const;
+    static std::expected<CaptureMetadata, JsonError> fromJson(std::string_view text);
+
+    bool operator==(const CaptureMetadata &) const = default;
+};
+
+/// "2026-03-05T14:07:09Z".
+std::string iso8601(std::chrono::system_clock::time_point time);
+
+} // namespace vantrell

@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Capture/CaptureMetadata.h"
+
+#include <QImage>
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace vantrell {
+
+/// A finished capture, as every capture path hands it to the shelf and to the upload pipeline.
+struct CaptureResult {
+    /// "image" for stills, "video" for recordings.
+    std::string kind;
+    /// "image/png" or "video/quicktime".
+    std::string mime;
+    std::filesystem::path fileURL;
+    /// What the user sees it named.
+    std::string name;
+    CaptureMetadata metadata;
+    /// For the shelf; null when there is none.
+    QImage previewImage;
+    std::optional<std::string> thumbnailJPEG;
+    /// Absent for stills.
+    std::optional<std::int64_t> durationMs;
+};
+
+} // namespace vantrell
