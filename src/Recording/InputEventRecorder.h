@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Platform/InputMonitor.h"
+#include "Recording/RawEvent.h"
+#include "Support/Clock.h"
+#include "Support/TaskScope.h"
+
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace vantrell {
+
+/// Collects clicks, scrolls and pointer moves while a recording runs. Main thread.
+///
+/// Moves are taken at most 60 times a second and only while the pointer moves: a resting pointer costs
+/// nothing.
+class InputEventRecorder {
+public:
+    /// Both must outlive the recorder.
+    InputEventRecorder(InputMonitor &monitor, Clock &clock);
+    ~InputEventRecorder();
+
+    /// Forgets earlier events and starts to observe. Without a working monitor there are simply no events;
+    /// the log says why.
+    void start();
+
+    /// Stops to observe and returns what was collected.
+    std::vector<RawEvent> stop();
+
+    /// The capture area now, for recordings whose area moves (windows): points from the display's top-left
+    /// corner.
+    std::function<std::optional<Rect>()> liveCaptureRect;
+
+    /// Told of each event as it is recorded, so that it can be kept on disk.
+    std::function<void(const RawEvent &)> onEvent;
+
+    /// While set, nothing is recorded.
+    bool paused = false;
+
+    /// Where the last move was; cleared so that the next move counts as one.
+    std::optional<Point> lastMoveLocation;
+
+private:
+    void handle(const PointerEvent &event);
+    void handleScroll(const PointerEvent &event);
+    void pointerMoved();
+    void samplePointer(double hostTime);
+    void append(double hostTime, const char *kind, const Point &location);
+    std::optional<Point> bottomLeftPointer();
+
+    InputMonitor &m_monitor;
+    Clock &m_clock;
+    double m_lastScrollTime = 0;
+    double m_lastSampleTime = 0;
+    bool m_sampleDue = false;
+    std::vector<RawEvent> m_events;
+    TaskScope m_scope;
+};
+
+} // namespace vantrell
