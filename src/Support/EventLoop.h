@@ -3,31 +3,31 @@
 
 #pragma once
 
-#include <QPointer>
-
 #include <functional>
-
-class QObject;
+#include <memory>
 
 namespace vantrell {
 
 /// The event loop of one thread, as a place to post work to. Thread-safe; copies name the same loop. Work
-/// posted to a loop that has ended is dropped.
+/// posted to a thread that has ended is dropped.
 class EventLoop {
 public:
+    /// No loop: what is posted is dropped.
     EventLoop() = default;
 
     /// The calling thread's loop.
     static EventLoop current();
-    /// The main thread's loop.
+    /// The loop of the thread that runs the application object.
     static EventLoop main();
 
+    /// Runs `work` on the loop's thread, in the order of posting.
     void post(std::function<void()> work) const;
 
 private:
-    explicit EventLoop(QObject *context);
+    class Inbox;
+    explicit EventLoop(std::shared_ptr<Inbox> inbox);
 
-    QPointer<QObject> m_context;
+    std::shared_ptr<Inbox> m_inbox;
 };
 
 } // namespace vantrell
