@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Support/Geometry.h"
+
+#include <cstdint>
+#include <expected>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace vantrell {
+
+/// What `record` and `screenshot` capture. At most one of window and area; neither means a whole display.
+struct TargetArguments {
+    /// Absent: the primary display.
+    std::optional<std::string> displayId;
+    std::optional<std::uint32_t> windowId;
+    /// Desktop pixels.
+    std::optional<PixelRect> area;
+};
+
+struct RecordArguments {
+    TargetArguments target;
+    std::optional<double> seconds;
+    bool microphone = false;
+    /// Absent: the default one.
+    std::optional<std::string> microphoneId;
+    bool systemAudio = false;
+    bool drawsCursor = false;
+    std::optional<std::filesystem::path> outputFolder;
+    bool upload = false;
+    std::optional<std::string> projectId;
+};
+
+struct ScreenshotArguments {
+    TargetArguments target;
+    std::optional<std::filesystem::path> outputFolder;
+    bool upload = false;
+    std::optional<std::string> projectId;
+};
+
+struct UploadArguments {
+    std::vector<std::filesystem::path> files;
+    std::optional<std::string> projectId;
+};
+
+struct ListArguments {
+    enum class What { displays = 1, windows, microphones, cameras, projects };
+    What what = What::displays;
+};
+
+struct ResumeArguments {};
+struct RecoverArguments {};
+struct PairArguments {};
+struct UnpairArguments {};
+struct StatusArguments {};
+struct HelpArguments {};
+struct VersionArguments {};
+/// No command: the application itself.
+struct ApplicationArguments {};
+
+/// A parsed command line.
+struct Arguments {
+    using Command = std::variant<ApplicationArguments, HelpArguments, VersionArguments, RecordArguments,
+                                 ScreenshotArguments, UploadArguments, ResumeArguments, RecoverArguments,
+                                 PairArguments, UnpairArguments, StatusArguments, ListArguments>;
+    Command command;
+    /// JSON objects on standard output instead of text.
+    bool json = false;
+};
+
+/// Wrong usage; the sentence says what is wrong.
+struct UsageError {
+    std::string sentence;
+};
+
+/// Parses the words behind the program's name.
+std::expected<Arguments, UsageError> parseArguments(const std::vector<std::string> &words);
+
+/// What `--help` prints.
+std::string usageText();
+
+} // namespace vantrell
