@@ -12,6 +12,7 @@ if(VANTRELL_WERROR)
 endif()
 # Calls through one definition only: the test executables link everything statically.
 add_compile_options(-fvisibility=hidden)
+add_compile_definitions(QT_NO_KEYWORDS)
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   add_link_options(-fuse-ld=lld)
 endif()
