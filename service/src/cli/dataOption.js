@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+import { parseArgs } from 'node:util';
+
+import { Library } from '../store/library.js';
+import { UsageError } from './usage.js';
+
+/**
+ * Runs a short command on the library of --data, beside a server that may be running.
+ *
+ * @param {string[]} args @param {Record<string, {type: 'string'}>} options
+ * @param {(library: Library, values: Record<string, any>, positionals: string[]) => void} run
+ */
+export function withLibrary(args, options, run) {
+  const { values, positionals } = parseArgs({
+    args,
+    options: { data: { type: 'string' }, ...options },
+    allowPositionals: true,
+  });
+  if (!values.data) throw new UsageError('--data is required');
+  const library = new Library(/** @type {string} */ (values.data));
+  try {
+    run(library, values, positionals);
+  } finally {
+    library.close();
+  }
+}
