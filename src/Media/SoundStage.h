@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Media/MovieWriter.h"
+#include "Platform/CaptureStreamConfiguration.h"
+
+#include <functional>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace vantrell {
+
+/// Port: the sound of one recording stretch, written into the movie beside the picture. The capture stream
+/// makes the calls in this order, all on one thread; what comes between runs on threads of its own.
+class SoundStage {
+public:
+    /// Ends the listening when `end` did not.
+    virtual ~SoundStage() = default;
+
+    /// Begins to listen and adds its tracks, the microphone's first, then the system's. A device that is not
+    /// there is silence until it comes: sound never keeps a picture from being recorded. The writer lives
+    /// until `end` has returned.
+    virtual void begin(MovieWriter &writer) = 0;
+
+    /// The host time that is the movie's zero. What was heard before is left out.
+    virtual void setEpoch(double hostTime) = 0;
+
+    /// Ends the sound at that host time. When it returns, every sample is with the writer and no thread uses
+    /// it any more. Within 50 ms.
+    virtual std::vector<TrackEnd> end(double hostTime) = 0;
+};
+
+/// Makes the sound of one stretch, or nothing when the configuration wants none. `microphone` gets
+/// interleaved microphone samples (-1...1) as they come, on a thread of the stage's.
+using SoundStageFactory = std::function<std::unique_ptr<SoundStage>(
+    const CaptureStreamConfiguration &configuration, std::function<void(std::span<const float>)> microphone)>;
+
+} // namespace vantrell

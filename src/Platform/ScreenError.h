@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Support/PlatformError.h"
+
+#include <string>
+
+namespace vantrell {
+
+/// The codes of a PlatformError whose domain is `screenErrorDomain`.
+enum class ScreenErrorCode {
+    /// There is no desktop session to record.
+    noSession = 1,
+    noSuchDisplay,
+    noSuchWindow,
+    /// An area that touches no display or is smaller than a pixel.
+    badArea,
+    /// The display server lacks something that recording needs; the sentence says what.
+    missingExtension,
+    unsupportedPixels,
+    /// The recorded window was closed.
+    windowClosed,
+    connectionLost,
+    outOfMemory,
+    encoderFailed,
+};
+
+inline constexpr const char *screenErrorDomain = "screen";
+
+/// A failure of listing or capturing the screen; `sentence` is what the user reads.
+PlatformError screenError(ScreenErrorCode code, std::string sentence);
+
+bool isScreenError(const PlatformError &error, ScreenErrorCode code);
+
+} // namespace vantrell

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/X11/X11Connection.h"
+
+#include "Platform/ScreenError.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace vantrell {
+
+X11Connection::X11Connection(xcb_connection_t *connection, const xcb_screen_t *screen)
+    : m_connection(connection), m_screen(screen) {}
+
+X11Connection::~X11Connection() {
+    xcb_disconnect(m_connection);
+}
+
+std::expected<std::unique_ptr<X11Connection>, PlatformError>
+X11Connection::open(const std::optional<std::string> &display) {
+    int preferred = 0;
+    xcb_connection_t *connection = xcb_connect(display ? display->c_str() : nullptr, &preferred);
+    if (xcb_connection_has_error(connection)) {
+        xcb_disconnect(connection);
+        return std::unexpected(
+            screenError(ScreenErrorCode::noSession, "There is no display to record: no X server answers"));
+    }
+    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    for (; preferred > 0 && screens.rem > 1; --preferred)
+        xcb_screen_next(&screens);
+    return std::unique_ptr<X11Connection>(new X11Connection(connection, screens.data));
+}
+
+std::expected<const xcb_query_extension_reply_t *, PlatformError>
+X11Connection::require(xcb_extension_t *extension, const char *name) const {
+    const xcb_query_extension_reply_t *data = xcb_get_extension_data(m_connection, extension);
+    if (!data || !data->present)
+        return std::unexpected(screenError(ScreenErrorCode::missingExtension,
+                                           std::string("The display server lacks the extension ") + name));
+    return data;
+}
+
+xcb_atom_t X11Connection::atom(const std::string &name, bool create) const {
+    const auto cookie = xcb_intern_atom(m_connection, !create, std::uint16_t(name.size()), name.data());
+    const XcbPointer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection, cookie, nullptr));
+    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+}
+
+PlatformError X11Connection::lostError() {
+    return screenError(ScreenErrorCode::connectionLost, "The connection to the display server was lost");
+}
+
+double X11Connection::hostTime(xcb_timestamp_t serverTime, double now) {
+    const auto nowMs = std::int64_t(std::floor(now * 1000));
+    const auto age = std::int32_t(std::uint32_t(nowMs) - serverTime);
+    // A server with another clock, or on another machine, cannot say when: then it was now.
+    constexpr std::int32_t farOff = 1000;
+    if (age < 0 || age > farOff)
+        return now;
+    // The server cuts the fraction of the millisecond off; it lies half a millisecond later in the mean.
+    return std::min(now, double(nowMs - age) / 1000 + 0.0005);
+}
+
+} // namespace vantrell

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Platform/X11/XcbPointers.h"
+#include "Support/PlatformError.h"
+
+#include <xcb/xcb.h>
+
+#include <expected>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace vantrell {
+
+/// One connection to an X server, its default screen and its extensions. One thread at a time.
+class X11Connection {
+public:
+    /// `display` as in the environment variable DISPLAY; absent: that variable.
+    static std::expected<std::unique_ptr<X11Connection>, PlatformError>
+    open(const std::optional<std::string> &display = std::nullopt);
+    ~X11Connection();
+    X11Connection(const X11Connection &) = delete;
+    X11Connection &operator=(const X11Connection &) = delete;
+
+    xcb_connection_t *xcb() const { return m_connection; }
+    const xcb_screen_t &screen() const { return *m_screen; }
+    xcb_window_t root() const { return m_screen->root; }
+    int fd() const { return xcb_get_file_descriptor(m_connection); }
+
+    /// The extension's data, or an error whose sentence names it.
+    std::expected<const xcb_query_extension_reply_t *, PlatformError> require(xcb_extension_t *extension,
+                                                                              const char *name) const;
+
+    /// Zero when there is no such atom and `create` is off.
+    xcb_atom_t atom(const std::string &name, bool create = false) const;
+
+    /// Set once the server has gone or the connection has broken.
+    bool isBroken() const { return xcb_connection_has_error(m_connection) != 0; }
+    static PlatformError lostError();
+
+    /// Host time of a server time stamp (milliseconds, 32 bits, the same clock): at most `now`.
+    static double hostTime(xcb_timestamp_t serverTime, double now);
+
+private:
+    X11Connection(xcb_connection_t *connection, const xcb_screen_t *screen);
+
+    xcb_connection_t *m_connection;
+    const xcb_screen_t *m_screen;
+};
+
+} // namespace vantrell

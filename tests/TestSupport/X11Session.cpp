@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "TestSupport/X11Session.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+#include <thread>
+
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vantrell::testing {
+namespace {
+
+constexpr auto startPatience = std::chrono::seconds(30);
+
+/// Reads the display number that the server reports once it takes connections.
+std::string readDisplayNumber(int fd) {
+    std::string text;
+    while (text.find('\n') == std::string::npos) {
+        pollfd waiting{fd, POLLIN, 0};
+        if (::poll(&waiting, 1, int(std::chrono::milliseconds(startPatience).count())) <= 0)
+            throw std::runtime_error("Xvfb did not start");
+        char byte = 0;
+        if (::read(fd, &byte, 1) != 1)
+            throw std::runtime_error("Xvfb ended while starting");
+        text += byte;
+    }
+    return text.substr(0, text.find('\n'));
+}
+
+} // namespace
+
+X11Session::X11Session(const Options &options) {
+    int ends[2];
+    if (::pipe(ends) != 0)
+        throw std::runtime_error("no pipe");
+    const UniqueFd readEnd(ends[0]);
+    UniqueFd writeEnd(ends[1]);
+    const std::string screen = std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
+    std::vector<std::string> command{"Xvfb",     "-displayfd", std::to_string(writeEnd.get()),
+                                     "-screen",  "0",          screen,
+                                     "-noreset", "-nolisten",  "tcp"};
+    command.insert(command.end(), options.serverArguments.begin(), options.serverArguments.end());
+    m_server = std::make_unique<ChildProcess>(command, ChildProcess::Environment{}, writeEnd.get());
+    writeEnd.reset();
+    m_display = ":" + readDisplayNumber(readEnd.get());
+
+    if (const char *before = std::getenv("DISPLAY"))
+        m_previousDisplay = before;
+    ::setenv("DISPLAY", m_display.c_str(), 1);
+    if (options.windowManager) {
+        m_windowManager = std::make_unique<ChildProcess>(std::vector<std::string>{"openbox", "--sm-disable"});
+        const auto deadline = std::chrono::steady_clock::now() + startPatience;
+        while (run({"sh", "-c", "xprop -root _NET_SUPPORTING_WM_CHECK | grep -q 'window id'"}) != 0) {
+            if (std::chrono::steady_clock::now() > deadline)
+                throw std::runtime_error("openbox did not start");
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    }
+}
+
+X11Session::~X11Session() {
+    m_windowManager.reset();
+    m_server.reset();
+    if (m_previousDisplay.empty())
+        ::unsetenv("DISPLAY");
+    else
+        ::setenv("DISPLAY", m_previousDisplay.c_str(), 1);
+}
+
+int X11Session::run(const std::vector<std::string> &command) const {
+    const ChildProcess process(command, {{"DISPLAY", m_display}});
+    int status = 0;
+    ::waitpid(process.pid(), &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+void X11Session::kill() {
+    m_server->signal(SIGKILL);
+    m_server.reset();
+}
+
+} // namespace vantrell::testing
