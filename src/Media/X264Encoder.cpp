@@ -30,7 +30,7 @@ void logFromX264(void *, int level, const char *format, va_list arguments) {
     qCWarning(logCapture, "x264: %s", text);
 }
 
-constexpr std::uint8_t bt709 = 1;
+constexpr std::uint8_t h273Bt709 = 1;
 
 x264_param_t parametersFor(const X264EncoderSettings &settings, PixelSize encoded) {
     x264_param_t p;
@@ -72,9 +72,9 @@ x264_param_t parametersFor(const X264EncoderSettings &settings, PixelSize encode
     p.b_aud = 0;
 
     p.vui.b_fullrange = 0;
-    p.vui.i_colorprim = bt709;
-    p.vui.i_transfer = bt709;
-    p.vui.i_colmatrix = bt709;
+    p.vui.i_colorprim = h273Bt709;
+    p.vui.i_transfer = h273Bt709;
+    p.vui.i_colmatrix = h273Bt709;
     x264_param_apply_profile(&p, "high");
     return p;
 }

@@ -117,7 +117,10 @@ std::expected<std::vector<Display>, PlatformError> listX11Displays(const X11Conn
                               connection.screen().height_in_pixels};
         displays.push_back(display("screen", whole, rules.scaleOf("screen", 0), true));
     }
-    std::ranges::stable_partition(displays, &Display::isPrimary);
+    // The primary one comes first, the others keep the server's order.
+    const auto primary = std::ranges::find(displays, true, &Display::isPrimary);
+    if (primary != displays.end())
+        std::rotate(displays.begin(), primary, primary + 1);
     displays.front().isPrimary = true;
     return displays;
 }
