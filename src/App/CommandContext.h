@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "App/Reporter.h"
+#include "Support/Clock.h"
+
+#include <optional>
+#include <string>
+
+namespace vantrell {
+
+/// What every command is given. All of it outlives the command.
+struct CommandContext {
+    Reporter &reporter;
+    Clock &clock;
+    /// The key from the environment, already wiped from it.
+    std::optional<std::string> environmentKey;
+};
+
+} // namespace vantrell

@@ -1,0 +1,99 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Platform/CaptureBackend.h"
+#include "Platform/InputMonitor.h"
+#include "Recording/Failure.h"
+#include "Recording/InputEventRecorder.h"
+#include "Recording/MicrophoneMeter.h"
+#include "Recording/RecordedSegment.h"
+#include "Recording/RecordingStopOutcome.h"
+#include "Recording/RecordingTarget.h"
+#include "Recording/StreamSegment.h"
+#include "Recording/WindowFrameTracker.h"
+#include "Support/Clock.h"
+
+#include <expected>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vantrell {
+
+/// What a recording works with. All of it outlives the engine.
+struct RecordingPorts {
+    CaptureBackend &capture;
+    InputMonitor &input;
+    /// The bounds of a window now: points, top-left desktop coordinates.
+    std::function<std::optional<Rect>(std::uint32_t windowId)> windowBounds;
+    Clock &clock;
+};
+
+/// What is recorded and how; fixed for the recording.
+struct RecordingOptions {
+    RecordingTarget target;
+    bool micEnabled = false;
+    /// Absent: the default microphone.
+    std::optional<std::string> micDeviceId;
+    bool systemAudioEnabled = false;
+    /// The pointer is left out of the picture; its path is in the sidecar.
+    bool separateCursor = true;
+    bool autoCamera = false;
+    double fps = 60;
+};
+
+/// Records one screen recording as a chain of segments. Main thread; one operation at a time.
+///
+///     idle --start--> recording --pause--> paused --resume--> recording ... --stop--> stopped
+///
+/// Each stretch of `recording` is one movie file; `stop`, from recording or paused, joins them without
+/// re-encoding. A failed operation leaves the files of earlier segments where they are.
+class RecordingEngine {
+public:
+    RecordingEngine(RecordingPorts ports, RecordingOptions options);
+    ~RecordingEngine();
+    RecordingEngine(const RecordingEngine &) = delete;
+    RecordingEngine &operator=(const RecordingEngine &) = delete;
+
+    /// The microphone's level, 0...1, at most ten times a second. Set before `start`.
+    std::function<void(double)> onMicLevel;
+    /// The stream died on its own. What it recorded is kept: call `stop`. Set before `start`.
+    std::function<void(Failure)> onStreamDeath;
+
+    Task<std::expected<void, Failure>> start(std::stop_token stop);
+    /// Does nothing unless recording.
+    Task<std::expected<void, Failure>> pause(std::stop_token stop);
+    /// Does nothing unless paused.
+    Task<std::expected<void, Failure>> resume(std::stop_token stop);
+    Task<std::expected<RecordingStopOutcome, Failure>> stop(std::stop_token stop);
+
+    bool isPaused() const { return m_isPaused; }
+    std::optional<Clock::WallTime> startedAt() const { return m_startedAt; }
+    const RecordingOptions &options() const { return m_options; }
+
+private:
+    Task<std::expected<void, Failure>> openSegment(std::stop_token stop);
+    Task<std::expected<void, Failure>> finalize(std::shared_ptr<StreamSegment> segment, std::stop_token stop);
+    Task<std::expected<std::filesystem::path, Failure>> joinedMovie(std::stop_token stop);
+    CaptureStreamConfiguration streamConfiguration() const;
+    std::vector<RecordedSegment> usableSegments();
+    CaptureMetadata metadata(const std::vector<RawEvent> &events,
+                             const std::vector<RecordedSegment> &segments, double durationMs) const;
+
+    RecordingPorts m_ports;
+    const RecordingOptions m_options;
+    InputEventRecorder m_eventRecorder;
+    std::optional<WindowFrameTracker> m_windowTracker;
+    std::unique_ptr<MicrophoneMeter> m_meter;
+    std::optional<Clock::WallTime> m_startedAt;
+    std::vector<RecordedSegment> m_finished;
+    std::shared_ptr<StreamSegment> m_current;
+    bool m_isPaused = false;
+    std::int64_t m_droppedFrames = 0;
+};
+
+} // namespace vantrell

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Capture/CaptureResult.h"
+
+#include <cstdint>
+
+namespace vantrell {
+
+/// What a stopped recording yields.
+struct RecordingStopOutcome {
+    CaptureResult capture;
+    /// The last segment was lost and only the earlier ones were kept.
+    bool isPartial = false;
+    /// Changes of the screen that got no frame because the machine could not keep up.
+    std::int64_t droppedFrames = 0;
+};
+
+} // namespace vantrell
