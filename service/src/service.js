@@ -138,7 +138,7 @@ export class Service {
       res.destroy();
       return;
     }
-    if (wantsPage(req, path)) sendFailurePage(res, failure);
+    if (wantsPage(req, path)) sendFailurePage(req, res, failure);
     else sendJson(res, failure.status, failure.body, failure.headers);
     if (!req.complete) setTimeout(() => req.complete || req.destroy(), LINGER_MS).unref();
   }
