@@ -3,6 +3,7 @@
 
 import { addCaptureRoutes } from './api/captureRoutes.js';
 import { defaultConfig } from './config.js';
+import { Housekeeping } from './housekeeping.js';
 import { sendJson } from './http/answers.js';
 import { HostGuard, isLoopbackName } from './http/hostGuard.js';
 import { toHttpError } from './http/httpError.js';
@@ -48,6 +49,7 @@ export class Service {
   #options;
   #lock;
   #http;
+  #housekeeping;
   #router = new Router();
   #origin = '';
   /** @type {HostGuard|undefined} */
@@ -70,6 +72,7 @@ export class Service {
     const discarded = new DiscardObjects();
     /** @type {FileObjects|DiscardObjects} */
     this.objects = options.discard ? discarded : new FileObjects(this.library.dir);
+    this.#housekeeping = new Housekeeping(this);
     this.ownerPassword = options.ownerPassword;
     this.origin = () => this.#origin;
 
@@ -98,10 +101,12 @@ export class Service {
     this.#hostGuard = new HostGuard(origin);
     if (isLoopbackName(host)) this.#hostGuard.allowLoopbackPort(listening);
     this.checksums.resume();
+    this.#housekeeping.start();
     return this.#origin;
   }
 
   async stop() {
+    this.#housekeeping.stop();
     await this.#http.close();
     this.#lock.release();
     this.library.close();
@@ -138,7 +143,7 @@ export class Service {
       res.destroy();
       return;
     }
-    if (wantsPage(req, path)) sendFailurePage(res, failure);
+    if (wantsPage(req, path)) sendFailurePage(req, res, failure);
     else sendJson(res, failure.status, failure.body, failure.headers);
     if (!req.complete) setTimeout(() => req.complete || req.destroy(), LINGER_MS).unref();
   }

@@ -115,7 +115,7 @@ function wholeNumber(option, text) {
   return Number(text);
 }
 
-/** Leaves out what was not given, so that it does not hide a default. @template {object} T @param {T} values */
+/** Leaves out what was not given, so that it does not hide a default. @template {Record<string, unknown>} T @param {T} values */
 function given(values) {
   return /** @type {{[K in keyof T]: Exclude<T[K], undefined>}} */ (
     Object.fromEntries(Object.entries(values).filter(([, value]) => value !== undefined))

@@ -33,6 +33,8 @@ export class DiscardObjects {
 
   async discardUploads() {}
 
+  async discardStrayUploads() {}
+
   async removeAll() {}
 }
 

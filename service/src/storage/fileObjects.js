@@ -90,6 +90,16 @@ export class FileObjects {
     for (const name of await this.#uploadNames(assetId)) await rm(path.join(this.#dir.uploads, name), { force: true });
   }
 
+  /**
+   * Forgets resumable uploads that no capture waits for any more.
+   *
+   * @param {(assetId: string) => boolean} isAwaited
+   */
+  async discardStrayUploads(isAwaited) {
+    const assetIds = new Set((await readdir(this.#dir.uploads)).map((name) => name.split('.')[0]));
+    for (const assetId of assetIds) if (!isAwaited(assetId)) await this.discardUploads(assetId);
+  }
+
   /** @param {string} assetId */
   async removeAll(assetId) {
     await this.discardUploads(assetId);

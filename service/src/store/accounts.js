@@ -9,7 +9,7 @@ const OWNER = 'owner';
 export class Accounts {
   #db;
 
-  /** @param {import('libsql')} db */
+  /** @param {import('./database.js').Db} db */
   constructor(db) {
     this.#db = db;
   }

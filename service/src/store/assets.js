@@ -17,7 +17,7 @@ import { newId } from './tokens.js';
 export class Assets {
   #db;
 
-  /** @param {import('libsql')} db */
+  /** @param {import('./database.js').Db} db */
   constructor(db) {
     this.#db = db;
   }
@@ -87,6 +87,11 @@ export class Assets {
   /** @returns {AssetRow[]} confirmed captures whose checksum was not finished before the last stop */
   withoutChecksum() {
     return this.#db.prepare(`SELECT * FROM assets WHERE status = 'confirmed' AND sha256 IS NULL`).all();
+  }
+
+  /** @returns {AssetRow[]} captures that were announced before a moment and never confirmed */
+  pendingSince(/** @type {number} */ before) {
+    return this.#db.prepare(`SELECT * FROM assets WHERE status = 'pending' AND created_at < ?`).all(before);
   }
 
   /**

@@ -4,6 +4,20 @@
 import { chmodSync } from 'node:fs';
 import Database from 'libsql';
 
+/**
+ * An open database, as the stores use it. Rows are what their queries select; each store names their types.
+ *
+ * @typedef {object} Statement
+ * @property {(...values: unknown[]) => {changes: number}} run
+ * @property {(...values: unknown[]) => any} get
+ * @property {(...values: unknown[]) => any[]} all
+ *
+ * @typedef {object} Db
+ * @property {(sql: string) => Statement} prepare
+ * @property {(sql: string) => unknown} exec
+ * @property {() => void} close
+ */
+
 /** Each entry is one schema version; a database records how many it has seen. Append only. */
 const MIGRATIONS = [
   `
@@ -71,10 +85,10 @@ const MIGRATIONS = [
  * Opens the library's database, bringing its schema up to date. Several processes may have it
  * open at once: the command line works beside a running server.
  *
- * @param {string} file
+ * @param {string} file @returns {Db}
  */
 export function openDatabase(file) {
-  const db = new Database(file);
+  const db = /** @type {any} */ (new Database(file));
   chmodSync(file, 0o600);
   db.pragma('busy_timeout = 5000');
   db.pragma('journal_mode = WAL');
@@ -85,7 +99,7 @@ export function openDatabase(file) {
   return db;
 }
 
-/** @param {Database} db */
+/** @param {Db} db */
 function migrate(db) {
   // IMMEDIATE: two processes that start together on an empty folder must not both migrate.
   db.exec('BEGIN IMMEDIATE');
@@ -106,7 +120,7 @@ function migrate(db) {
 /**
  * Runs `work` in one write transaction.
  *
- * @template T @param {Database} db @param {() => T} work @returns {T}
+ * @template T @param {Db} db @param {() => T} work @returns {T}
  */
 export function inTransaction(db, work) {
   db.exec('BEGIN IMMEDIATE');

@@ -10,7 +10,7 @@ const KEPT_EVENTS = 10_000;
 export class Events {
   #db;
 
-  /** @param {import('libsql')} db */
+  /** @param {import('./database.js').Db} db */
   constructor(db) {
     this.#db = db;
   }

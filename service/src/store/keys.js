@@ -15,7 +15,7 @@ const LAST_USED_GRAIN_MS = 60_000;
 export class Keys {
   #db;
 
-  /** @param {import('libsql')} db */
+  /** @param {import('./database.js').Db} db */
   constructor(db) {
     this.#db = db;
   }

@@ -33,7 +33,7 @@ export class Pairings {
   #options;
 
   /**
-   * @param {import('libsql')} db
+   * @param {import('./database.js').Db} db
    * @param {import('./keys.js').Keys} keys
    * @param {{lifetimeMs: number, pollIntervalMs: number}} options
    */

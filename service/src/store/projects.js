@@ -14,7 +14,7 @@ const DEFAULT_PROJECT = 'My captures';
 export class Projects {
   #db;
 
-  /** @param {import('libsql')} db */
+  /** @param {import('./database.js').Db} db */
   constructor(db) {
     this.#db = db;
   }

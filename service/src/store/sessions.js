@@ -9,7 +9,7 @@ const LIFETIME_MS = 30 * 24 * 3600_000;
 export class Sessions {
   #db;
 
-  /** @param {import('libsql')} db */
+  /** @param {import('./database.js').Db} db */
   constructor(db) {
     this.#db = db;
   }

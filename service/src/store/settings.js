@@ -7,7 +7,7 @@ import { newSecret } from './tokens.js';
 export class Settings {
   #db;
 
-  /** @param {import('libsql')} db */
+  /** @param {import('./database.js').Db} db */
   constructor(db) {
     this.#db = db;
   }

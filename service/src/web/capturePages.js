@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+import { redirect } from '../http/answers.js';
+import { HttpError } from '../http/httpError.js';
+import { captureTitle, duration, fileSize, moment } from './format.js';
+import { readOwnForm, tokenField } from './forms.js';
+import { html } from './html.js';
+import { requireOwner } from './owner.js';
+import { sendPage } from './page.js';
+import { readSidecar } from './sidecar.js';
+
+/** @typedef {import('../store/assets.js').AssetRow} AssetRow */
+
+/**
+ * The page of one capture.
+ *
+ * @param {import('../http/router.js').Router} router @param {import('../service.js').Service} service
+ */
+export function addCapturePages(router, service) {
+  const { library, objects, log } = service;
+
+  router.add('GET', '/captures/:assetId', async (exchange) => {
+    const { accountId, session } = requireOwner(service, exchange);
+    const asset = library.assets.findOwned(accountId, exchange.params.assetId);
+    if (!asset) throw new HttpError(404, 'There is no such capture in this library');
+    const title = captureTitle(asset);
+    const sidecar = await readSidecar(library.dir.object(asset.id, 'meta'));
+    const deletion = `/captures/${asset.id}/delete`;
+    const body = html`<article class="capture">
+${asset.status === 'confirmed' ? stage(asset, await objects.has(asset.id, 'thumb')) : stillUploading()}
+<div class="columns">
+<section>
+<h1>${title}</h1>
+<p class="quiet">${moment(asset.created_at)} · ${library.projects.find(accountId, asset.project_id)?.name}</p>
+<dl class="facts-list">${facts(asset, sidecar)}</dl>
+<div class="actions">
+${asset.status === 'confirmed' ? html`<a class="button" href="/captures/${asset.id}/main?download" download>Download</a>` : ''}
+<details class="confirm"><summary class="button plain">Delete…</summary>
+<form method="post" action="${deletion}">${tokenField(service, session, deletion)}
+<p>This removes the capture from the library for good.</p>
+<button class="danger">Delete capture</button></form></details>
+</div>
+</section>
+${asset.kind === 'video' ? html`<section id="moments" class="moments" hidden><h2>Clicks and scrolls</h2><ol></ol></section>` : ''}
+</div>
+</article>`;
+    sendPage(exchange.res, 200, { title, body, current: '/', scripts: asset.kind === 'video' ? ['player.js'] : [] });
+  });
+
+  router.add('POST', '/captures/:assetId/delete', async (exchange) => {
+    const { accountId } = await readOwnForm(service, exchange);
+    const asset = library.assets.findOwned(accountId, exchange.params.assetId);
+    if (!asset) throw new HttpError(404, 'There is no such capture in this library');
+    library.assets.remove(asset.id);
+    await objects.removeAll(asset.id);
+    log.info(`deleted ${asset.id}`);
+    redirect(exchange.res, '/');
+  });
+}
+
+/** @param {AssetRow} asset @param {boolean} hasThumb */
+function stage(asset, hasThumb) {
+  const base = `/captures/${asset.id}`;
+  if (asset.kind === 'image') {
+    return html`<figure class="stage"><img src="${base}/main" alt="${captureTitle(asset)}"></figure>`;
+  }
+  return html`<figure class="stage" data-sidecar="${base}/meta">
+<div class="player"><div class="screen"><video src="${base}/main" controls playsinline preload="metadata"${
+    hasThumb ? html` poster="${base}/thumb"` : ''
+  }></video><canvas aria-hidden="true"></canvas></div>
+<div class="track" hidden></div></div>
+</figure>`;
+}
+
+function stillUploading() {
+  return html`<figure class="stage waiting"><p>This capture is still being uploaded.</p></figure>`;
+}
+
+/** @param {AssetRow} asset @param {import('./sidecar.js').Sidecar|undefined} sidecar */
+function facts(asset, sidecar) {
+  const { window, pixelSize, source, recording, display } = sidecar ?? {};
+  const rows = [
+    ['Length', asset.duration_ms === null ? undefined : duration(asset.duration_ms)],
+    ['Size', fileSize(asset.bytes)],
+    ['Picture', pixelSize && `${pixelSize.width} × ${pixelSize.height}${display?.scaleFactor > 1 ? ` at ${display.scaleFactor}×` : ''}`],
+    ['Source', source && { display: 'Whole display', region: 'Area', window: 'Window' }[source]],
+    ['Window', window && [window.title, window.appName].filter(Boolean).join(' — ')],
+    ['Pointer', recording?.cursorInVideo === undefined ? undefined : recording.cursorInVideo ? 'In the picture' : 'As a layer'],
+    ['SHA-256', asset.sha256 && html`<code>${asset.sha256}</code>`],
+  ];
+  return rows.filter(([, value]) => value).map(([name, value]) => html`<div><dt>${name}</dt><dd>${value}</dd></div>`);
+}
