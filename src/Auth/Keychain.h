@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Auth/KeychainError.h"
+#include "Auth/SecretServiceWatcher.h"
+#include "Support/OneShot.h"
+#include "Support/Task.h"
+#include "Support/TaskScope.h"
+
+#include <QThreadPool>
+
+#include <chrono>
+#include <expected>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace vantrell {
+
+class SecretStore;
+
+/// The desktop's keyring, with a cache in memory. One for the process.
+///
+/// Main thread, but for `cached`. The operations return at once and do their work on a thread of their own,
+/// one after another; each is over within `patience`, whatever the keyring does. The first that finds it
+/// locked makes the desktop ask for the password, once for the life of the object; that dialog may stay open
+/// for longer than the operation waits, and `onReachable` tells when it was answered.
+///
+/// A cached value stays usable when the keyring is locked, stopped or gone.
+class Keychain {
+public:
+    /// The account of the API key.
+    static constexpr char apiKeyAccount[] = "api-key";
+
+    struct Options {
+        std::chrono::milliseconds patience = std::chrono::seconds(5);
+        /// False never shows a dialog.
+        bool mayAskToUnlock = true;
+    };
+    template <typename T>
+    using Result = std::expected<T, KeychainError>;
+
+    Keychain() : Keychain(Options{}) {}
+    explicit Keychain(Options options);
+    /// Ends what still runs with KeychainError::Kind::cancelled.
+    ~Keychain();
+    Keychain(const Keychain &) = delete;
+    Keychain &operator=(const Keychain &) = delete;
+
+    /// The stored text, or nothing when there is none. A miss is not cached.
+    Task<Result<std::optional<std::string>>> read(std::string account, std::stop_token stop);
+    /// Replaces what is stored; after a failure nothing is cached.
+    Task<Result<void>> write(std::string value, std::string account, std::stop_token stop);
+    /// Forgets the cached value at once. Success means that nothing is stored afterwards.
+    Task<Result<void>> remove(std::string account, std::stop_token stop);
+
+    /// What was read or written before, without asking the keyring. Thread-safe.
+    std::optional<std::string> cached(const std::string &account) const;
+
+    /// How the last contact with the keyring failed; nothing after a good one and before the first.
+    const std::optional<KeychainError> &problem() const { return m_problem; }
+
+    /// Called after a problem when asking again may go better. May destroy the keychain.
+    std::function<void()> onReachable;
+
+private:
+    using Deadline = std::chrono::steady_clock::time_point;
+    template <typename T>
+    using Work = std::function<Result<T>(SecretStore &, Deadline)>;
+
+    template <typename T>
+    Task<Result<T>> attempt(std::string account, Work<T> work, std::stop_token stop);
+    Task<bool> waitForUnlock(std::string account, Deadline deadline, std::stop_token stop);
+    Task<> askToUnlock(std::string account, std::stop_token stop);
+    void note(const std::optional<KeychainError> &problem);
+    void lookAgain();
+    void remember(const std::string &account, const std::string &value);
+    void forget(const std::string &account);
+
+    enum class Prompt { notAsked = 1, open, answered };
+
+    const Options m_options;
+    const std::shared_ptr<SecretStore> m_store;
+    mutable std::mutex m_cacheMutex;
+    std::map<std::string, std::string> m_cache;
+    std::optional<KeychainError> m_problem;
+    Prompt m_prompt = Prompt::notAsked;
+    std::vector<OneShot<bool>> m_waitingForUnlock;
+    /// A prompt may stay open while the operations go on.
+    QThreadPool m_worker;
+    QThreadPool m_promptWorker;
+    SecretServiceWatcher m_watcher;
+    /// Tells an operation that resumes whether the keychain is still there.
+    std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
+    TaskScope m_scope;
+};
+
+} // namespace vantrell

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#if defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+// Qt's and GLib's D-Bus threads are not built with the sanitizer and lock in ways that it cannot see: only
+// what our own code touches is judged.
+extern "C" const char *__tsan_default_options() { // NOLINT(bugprone-reserved-identifier)
+    return "ignore_noninstrumented_modules=1";
+}
+#endif
+#endif

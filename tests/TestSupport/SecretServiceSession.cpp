@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "TestSupport/SecretServiceSession.h"
+
+#include "TestSupport/RunTask.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusReply>
+#include <QFile>
+
+#include <csignal>
+#include <cstdio>
+#include <stdexcept>
+
+namespace vantrell::testing {
+
+/// A secret as it crosses the bus in a session without encryption.
+struct PlainSecret {
+    QDBusObjectPath session;
+    QByteArray value;
+};
+
+static QDBusArgument &operator<<(QDBusArgument &argument, const PlainSecret &secret) {
+    argument.beginStructure();
+    argument << secret.session << QByteArray() << secret.value << QStringLiteral("text/plain");
+    argument.endStructure();
+    return argument;
+}
+
+static const QDBusArgument &operator>>(const QDBusArgument &argument, PlainSecret &) {
+    return argument;
+}
+
+namespace {
+
+constexpr char keyringPassword[] = "test";
+constexpr char loginCollection[] = "/org/freedesktop/secrets/collection/login";
+constexpr char secretsName[] = "org.freedesktop.secrets";
+
+// No service directories: a call to a name that nobody owns fails instead of starting another, locked daemon.
+constexpr char busConfiguration[] =
+    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:path=%1</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+)";
+
+void require(bool condition, const char *what) {
+    if (!condition)
+        throw std::runtime_error(what);
+}
+
+/// The process's session bus.
+class PrivateBus {
+public:
+    static PrivateBus &instance() {
+        static PrivateBus bus;
+        return bus;
+    }
+
+    bool isOwned(const char *name) {
+        return connection().interface()->isServiceRegistered(QLatin1String(name)).value();
+    }
+
+    QDBusConnection connection() { return QDBusConnection::sessionBus(); }
+
+private:
+    PrivateBus() {
+        const std::string socket = m_folder / "bus";
+        const std::string configuration = m_folder / "bus.conf";
+        QFile file(QString::fromStdString(configuration));
+        require(file.open(QIODevice::WriteOnly), "cannot write the bus configuration");
+        file.write(QString::fromLatin1(busConfiguration).arg(QString::fromStdString(socket)).toUtf8());
+        file.close();
+
+        m_daemon = std::make_unique<ChildProcess>(std::vector<std::string>{
+            "dbus-daemon", "--nofork", "--nopidfile", "--config-file=" + configuration});
+        require(eventually([&socket] { return QFile::exists(QString::fromStdString(socket)); }),
+                "dbus-daemon does not listen");
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + QByteArray::fromStdString(socket));
+        qunsetenv("DISPLAY");
+        qunsetenv("WAYLAND_DISPLAY");
+        require(connection().isConnected(), "the session bus was used before the test made its own");
+    }
+
+    TemporaryFolder m_folder;
+    std::unique_ptr<ChildProcess> m_daemon;
+};
+
+/// The exit code of a shell command and what it wrote to standard output.
+std::pair<int, std::string> runCommand(const std::string &command) {
+    std::FILE *pipe = ::popen(command.c_str(), "r");
+    require(pipe != nullptr, "cannot run a command");
+    std::string output;
+    for (int byte = std::fgetc(pipe); byte != EOF; byte = std::fgetc(pipe))
+        output.push_back(char(byte));
+    return {::pclose(pipe), output};
+}
+
+std::string attributes(const std::string &service, const std::string &account) {
+    return " service '" + service + "' account '" + account + "'";
+}
+
+QDBusMessage call(const char *interface, const char *method, const QVariantList &arguments) {
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(QLatin1String(secretsName), QStringLiteral("/org/freedesktop/secrets"),
+                                       QLatin1String(interface), QLatin1String(method));
+    message.setArguments(arguments);
+    const QDBusMessage answer = PrivateBus::instance().connection().call(message);
+    require(answer.type() == QDBusMessage::ReplyMessage, method);
+    return answer;
+}
+
+} // namespace
+
+SecretServiceSession::SecretServiceSession() {
+    PrivateBus::instance();
+    std::filesystem::permissions(m_home.path(), std::filesystem::perms::owner_all);
+}
+
+SecretServiceSession::~SecretServiceSession() {
+    kill();
+}
+
+void SecretServiceSession::startUnlocked() {
+    start(" --unlock");
+}
+
+void SecretServiceSession::startLocked() {
+    start({});
+}
+
+void SecretServiceSession::start(const std::string &arguments) {
+    // The password is read to the end of the input; a line break would be part of it.
+    const std::string home = m_home.path();
+    m_daemon = std::make_unique<ChildProcess>(
+        std::vector<std::string>{"sh", "-c",
+                                 "printf %s " + std::string(keyringPassword) + " > \"$HOME/password\"; " +
+                                     "exec gnome-keyring-daemon --foreground --components=secrets " +
+                                     "--control-directory=\"$HOME/control\"" + arguments +
+                                     " < \"$HOME/password\""},
+        ChildProcess::Environment{{"HOME", home},
+                                  {"XDG_DATA_HOME", home},
+                                  {"XDG_CONFIG_HOME", home},
+                                  {"XDG_CACHE_HOME", home},
+                                  {"XDG_RUNTIME_DIR", home}});
+    require(eventually([] { return PrivateBus::instance().isOwned(secretsName); }),
+            "gnome-keyring-daemon does not take its name");
+}
+
+void SecretServiceSession::lock() {
+    const QList<QDBusObjectPath> collections{QDBusObjectPath(QLatin1String(loginCollection))};
+    call("org.freedesktop.Secret.Service", "Lock", {QVariant::fromValue(collections)});
+}
+
+void SecretServiceSession::unlock() {
+    const QDBusMessage opened = call("org.freedesktop.Secret.Service", "OpenSession",
+                                     {QStringLiteral("plain"), QVariant::fromValue(QDBusVariant(QString()))});
+    qDBusRegisterMetaType<PlainSecret>();
+    const PlainSecret password{opened.arguments().at(1).value<QDBusObjectPath>(),
+                               QByteArray(keyringPassword)};
+    // What the daemon's own prompt does with the password.
+    call("org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface", "UnlockWithMasterPassword",
+         {QVariant::fromValue(QDBusObjectPath(QLatin1String(loginCollection))),
+          QVariant::fromValue(password)});
+}
+
+void SecretServiceSession::kill() {
+    if (!m_daemon)
+        return;
+    m_daemon->signal(SIGKILL);
+    m_daemon.reset();
+    require(eventually([] { return !PrivateBus::instance().isOwned(secretsName); }),
+            "the name of the keyring does not go away");
+}
+
+void SecretServiceSession::suspend() {
+    m_daemon->signal(SIGSTOP);
+}
+
+void SecretServiceSession::resume() {
+    m_daemon->signal(SIGCONT);
+}
+
+std::optional<std::string> SecretServiceSession::lookup(const std::string &service,
+                                                        const std::string &account) {
+    const auto [code, output] = runCommand("secret-tool lookup" + attributes(service, account));
+    return code == 0 ? std::optional(output) : std::nullopt;
+}
+
+void SecretServiceSession::store(const std::string &service, const std::string &account,
+                                 const std::string &secret) {
+    const auto [code, output] = runCommand("printf %s '" + secret + "' | secret-tool store --label=other" +
+                                           attributes(service, account));
+    require(code == 0, "secret-tool does not store");
+}
+
+} // namespace vantrell::testing
