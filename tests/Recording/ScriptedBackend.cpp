@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "ScriptedBackend.h"
+
+namespace vantrell::testing {
+
+namespace {
+
+class ScriptedStream final : public CaptureStream {
+public:
+    ScriptedStream(ScriptedBackend::Script script, std::shared_ptr<ScriptedBackend::Stream> stream)
+        : m_script(std::move(script)), m_stream(std::move(stream)) {}
+    ~ScriptedStream() override { m_stream->destroyed = true; }
+
+    Task<std::expected<void, PlatformError>> start(std::stop_token) override {
+        if (m_script.startError)
+            co_return std::unexpected(*m_script.startError);
+        co_return std::expected<void, PlatformError>();
+    }
+
+    void stop() override {
+        if (std::exchange(m_stream->stopped, true))
+            return;
+        if (m_script.fails)
+            m_stream->events.recordingFailed(*m_script.fails);
+        else if (m_script.finishes)
+            m_stream->events.recordingFinished(*m_script.finishes);
+    }
+
+private:
+    ScriptedBackend::Script m_script;
+    std::shared_ptr<ScriptedBackend::Stream> m_stream;
+};
+
+} // namespace
+
+std::unique_ptr<CaptureStream> ScriptedBackend::makeStream(CaptureStreamConfiguration configuration,
+                                                           CaptureStreamEvents events) {
+    streams.push_back(std::make_shared<Stream>(Stream{std::move(configuration), std::move(events)}));
+    return std::make_unique<ScriptedStream>(script, streams.back());
+}
+
+} // namespace vantrell::testing
