@@ -18,6 +18,7 @@ namespace {
 // The tables of a day's recording are some tens of megabytes.
 constexpr std::uint64_t largestHeader = std::uint64_t(256) << 20;
 constexpr std::size_t mostTracks = 64;
+constexpr std::size_t mostEdits = 4096;
 
 std::unexpected<PlatformError> damaged(const char *what) {
     return std::unexpected(PlatformError{"movie", 3, std::string("damaged movie: ") + what});
@@ -90,7 +91,10 @@ std::vector<Edit> readEdits(std::span<const std::uint8_t> body) {
         edit.duration = wide ? in.i64() : std::int64_t(in.u32());
         edit.mediaTime = wide ? in.i64() : in.i32();
         in.skip(4);
-        if (in.failed() || edit.duration < 0)
+        // Far beyond any movie, and far from where sums of them would overflow.
+        constexpr std::int64_t limit = std::int64_t(1) << 50;
+        if (in.failed() || edit.duration < 0 || edit.duration > limit || edit.mediaTime < emptyEdit ||
+            edit.mediaTime > limit || edits.size() == mostEdits)
             break;
         edits.push_back(edit);
     }

@@ -11,6 +11,8 @@
 
 #include <cerrno>
 
+#include <unistd.h>
+
 namespace vantrell {
 
 using namespace journalLayout;
@@ -56,8 +58,10 @@ std::expected<MovieJournal, PlatformError> MovieJournal::create(const std::files
     ByteWriter head;
     head.text(magic);
     head.zeros(recordsBegin - head.size());
-    if (const auto written = file->writeAt(0, head.view()); !written)
+    if (const auto written = file->writeAt(0, head.view()); !written) {
+        ::unlink(pathFor(movie).c_str());
         return std::unexpected(written.error());
+    }
     MovieJournal journal(std::move(*file));
     journal.m_end = recordsBegin;
     return journal;

@@ -86,15 +86,18 @@ void MovieWriter::Implementation::run() {
     for (;;) {
         waitForWork(lock);
         flush(lock);
-        if (stopping)
-            return;
         if (error) {
             // What the movie holds stays as long as it was when it stopped growing.
             wake.wait(lock, [this] { return stopping; });
             return;
         }
+        const bool isLast = stopping;
         lock.unlock();
+        if (isLast)
+            nextElapsedNote = {};
         noteElapsedWhenDue();
+        if (isLast)
+            return;
         lock.lock();
     }
 }

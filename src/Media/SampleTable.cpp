@@ -26,12 +26,10 @@ void SampleTable::addSample(SampleEntry sample) {
         m_firstDts = sample.dts;
         m_firstPts = sample.dts + sample.compositionOffset;
     } else {
-        // A source whose clock steps back must not cost the recording: the sample keeps its presentation.
-        const std::int64_t dts = std::max(sample.dts, m_lastDts + 1);
-        sample.compositionOffset -= std::int32_t(dts - sample.dts);
-        sample.dts = dts;
+        // A source whose clock steps back must not cost the recording.
+        sample.dts = std::max(sample.dts, m_lastDts + 1);
         addDuration(std::uint32_t(
-            std::min<std::int64_t>(dts - m_lastDts, std::numeric_limits<std::uint32_t>::max())));
+            std::min<std::int64_t>(sample.dts - m_lastDts, std::numeric_limits<std::uint32_t>::max())));
     }
     m_lastDts = sample.dts;
     m_sizes.push_back(sample.size);
