@@ -8,6 +8,7 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
 #include <expected>
 #include <memory>
 #include <optional>
@@ -18,6 +19,9 @@ namespace vantrell {
 /// One connection to an X server, its default screen and its extensions. One thread at a time.
 class X11Connection {
 public:
+    /// Set in an event's type when a client and not the server sent it.
+    static constexpr std::uint8_t sentEventBit = 0x80;
+
     /// `display` as in the environment variable DISPLAY; absent: that variable.
     static std::expected<std::unique_ptr<X11Connection>, PlatformError>
     open(const std::optional<std::string> &display = std::nullopt);

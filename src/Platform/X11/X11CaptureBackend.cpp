@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/X11/X11CaptureBackend.h"
+
+#include "Media/StagedCaptureStream.h"
+#include "Platform/X11/X11Displays.h"
+#include "Platform/X11/X11FrameSource.h"
+
+#include <utility>
+
+namespace vantrell {
+
+X11CaptureBackend::X11CaptureBackend(std::unique_ptr<X11Connection> connection, SoundStageFactory makeSound)
+    : m_connection(std::move(connection)), m_makeSound(std::move(makeSound)) {}
+
+std::expected<std::unique_ptr<X11CaptureBackend>, PlatformError>
+X11CaptureBackend::create(SoundStageFactory makeSound) {
+    auto connection = X11Connection::open();
+    if (!connection)
+        return std::unexpected(connection.error());
+    return std::unique_ptr<X11CaptureBackend>(
+        new X11CaptureBackend(std::move(*connection), std::move(makeSound)));
+}
+
+std::expected<std::vector<Display>, PlatformError> X11CaptureBackend::displays() {
+    return listX11Displays(*m_connection);
+}
+
+std::expected<std::vector<WindowDescription>, PlatformError> X11CaptureBackend::windows() {
+    return std::vector<WindowDescription>();
+}
+
+std::unique_ptr<CaptureStream> X11CaptureBackend::makeStream(CaptureStreamConfiguration configuration,
+                                                             CaptureStreamEvents events) {
+    auto source = std::make_unique<X11FrameSource>(configuration.source, configuration.showsCursor);
+    return std::make_unique<StagedCaptureStream>(std::move(configuration), std::move(events),
+                                                 std::move(source), m_makeSound);
+}
+
+} // namespace vantrell

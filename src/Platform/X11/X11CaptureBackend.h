@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Media/SoundStage.h"
+#include "Platform/CaptureBackend.h"
+#include "Platform/X11/X11Connection.h"
+
+#include <memory>
+
+namespace vantrell {
+
+/// The screen of an X11 session. Main thread.
+class X11CaptureBackend final : public CaptureBackend {
+public:
+    /// Fails when no X server answers. `makeSound` may be empty: then recordings are silent.
+    static std::expected<std::unique_ptr<X11CaptureBackend>, PlatformError>
+    create(SoundStageFactory makeSound);
+
+    std::expected<std::vector<Display>, PlatformError> displays() override;
+    std::expected<std::vector<WindowDescription>, PlatformError> windows() override;
+    std::unique_ptr<CaptureStream> makeStream(CaptureStreamConfiguration configuration,
+                                              CaptureStreamEvents events) override;
+
+private:
+    X11CaptureBackend(std::unique_ptr<X11Connection> connection, SoundStageFactory makeSound);
+
+    std::unique_ptr<X11Connection> m_connection;
+    SoundStageFactory m_makeSound;
+};
+
+} // namespace vantrell
