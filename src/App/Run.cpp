@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "App/Run.h"
+
+#include "App/ListCommand.h"
+#include "App/RecordCommand.h"
+
+#include <cstdio>
+
+namespace vantrell {
+
+namespace {
+
+/// Starts the coroutine that belongs to a command.
+struct Start {
+    const CommandContext &context;
+    const std::stop_token &stop;
+
+    Task<ExitCode> operator()(RecordArguments arguments) const { return runRecord(arguments, context, stop); }
+    Task<ExitCode> operator()(ListArguments arguments) const { return runList(arguments, context, stop); }
+    Task<ExitCode> operator()(HelpArguments) const {
+        std::fputs(usageText().c_str(), stdout);
+        co_return ExitCode::success;
+    }
+    Task<ExitCode> operator()(VersionArguments) const {
+        std::puts("vantrell-capture " VANTRELL_VERSION);
+        co_return ExitCode::success;
+    }
+    template <typename Other>
+    Task<ExitCode> operator()(Other) const {
+        context.reporter.failure("This command is not there yet");
+        co_return ExitCode::failed;
+    }
+};
+
+} // namespace
+
+Task<ExitCode> runCommand(Arguments arguments, CommandContext context, std::stop_token stop) {
+    co_return co_await std::visit(Start{context, stop}, std::move(arguments.command));
+}
+
+} // namespace vantrell

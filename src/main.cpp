@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "App/Arguments.h"
+#include "App/Run.h"
+#include "Auth/KeyProvider.h"
+#include "Support/Log.h"
+#include "Support/SystemClock.h"
+#include "Support/TaskScope.h"
+
+#include <QCoreApplication>
+
+using namespace vantrell;
+
+int main(int argc, char **argv) {
+    // First of all, while there is one thread: the key leaves the environment.
+    std::optional<std::string> environmentKey = KeyProvider::takeFromEnvironment();
+    installLogging();
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName("vantrell-capture");
+
+    const auto arguments = parseArguments({argv + 1, argv + argc});
+    if (!arguments) {
+        const std::string sentence = arguments.error().sentence + "\nTry vantrell-capture --help";
+        std::fprintf(stderr, "%s\n", sentence.c_str());
+        return int(ExitCode::wrongUsage);
+    }
+
+    Reporter reporter(arguments->json);
+    SystemClock clock;
+    const CommandContext context{reporter, clock, std::move(environmentKey)};
+    TaskScope scope;
+    scope.start(
+        [](Arguments given, CommandContext with, std::stop_token stop) -> Task<> {
+            const ExitCode code = co_await runCommand(std::move(given), std::move(with), stop);
+            QCoreApplication::exit(int(code));
+        },
+        *arguments, context);
+    // A command that ended without waiting has asked to exit before the loop runs.
+    if (scope.active() == 0)
+        QCoreApplication::processEvents();
+    return QCoreApplication::exec();
+}
