@@ -7,6 +7,8 @@ import { symlinkSync, unlinkSync } from 'node:fs';
 import path from 'node:path';
 import { after, before, test } from 'node:test';
 
+import { Upload } from 'tus-js-client';
+
 import { Client, ServiceProcess } from './support/serviceProcess.js';
 import { tusCreate, tusHeaders, tusOffset, tusPatch } from './support/tusRequests.js';
 
@@ -53,6 +55,35 @@ test('a recording arrives in chunks, and the library knows its checksum', async 
   await sendRest(upload, location, movie);
   assert.equal((await client.confirm(assetId)).status, 200);
   assert.equal((await client.capture(assetId)).sha256, sha256(movie));
+});
+
+test('a tus client that knows nothing of us gets through broken connections', async () => {
+  const movie = randomBytes(CHUNK * 4);
+  const { body } = await client.sign({ bytes: movie.length });
+  const { upload } = body.main;
+  await service.call('DELETE', '/test/log');
+  await service.call('POST', '/test/faults', {
+    rules: [
+      { match: { method: 'PATCH' }, skip: 1, action: { resetAfterBytes: 1000 } },
+      { match: { method: 'PATCH' }, skip: 2, action: 'swallowAnswer' },
+    ],
+  });
+  await new Promise((resolve, reject) => {
+    const { bucket, objectName, contentType } = upload;
+    new Upload(movie, {
+      endpoint: upload.endpoint,
+      headers: { 'x-signature': upload.signature, apikey: upload.apiKey },
+      metadata: { bucketName: bucket, objectName, contentType },
+      chunkSize: CHUNK,
+      retryDelays: [0, 0, 0],
+      onSuccess: resolve,
+      onError: reject,
+    }).start();
+  });
+  const { requests } = (await service.call('GET', '/test/log')).body;
+  assert.equal(requests.filter((/** @type {any} */ { method }) => method === 'HEAD').length, 2);
+  assert.equal((await client.confirm(body.assetId)).status, 200);
+  assert.equal((await client.capture(body.assetId)).sha256, sha256(movie));
 });
 
 test('an upload goes on where it was after the service was killed', async () => {

@@ -12,7 +12,6 @@ import { UsageError } from './usage.js';
 export async function runServe(args) {
   const service = new Service(parseServeOptions(args, process.env));
   const url = await service.start();
-  process.stdout.write(`${JSON.stringify({ event: 'listening', url })}\n`);
   let stopping = false;
   const stop = async () => {
     // A second signal means "now".
@@ -23,6 +22,8 @@ export async function runServe(args) {
   };
   process.on('SIGTERM', stop);
   process.on('SIGINT', stop);
+  // Last: whoever reads this line may stop us at once.
+  process.stdout.write(`${JSON.stringify({ event: 'listening', url })}\n`);
 }
 
 /**
