@@ -29,15 +29,17 @@ int main(int argc, char **argv) {
     Reporter reporter(arguments->json);
     SystemClock clock;
     const CommandContext context{reporter, clock, std::move(environmentKey)};
+    // A command that never waits ends before the event loop runs.
+    std::optional<ExitCode> ended;
     TaskScope scope;
     scope.start(
-        [](Arguments given, CommandContext with, std::stop_token stop) -> Task<> {
-            const ExitCode code = co_await runCommand(std::move(given), std::move(with), stop);
-            QCoreApplication::exit(int(code));
+        [](Arguments given, CommandContext with, std::optional<ExitCode> *end,
+           std::stop_token stop) -> Task<> {
+            *end = co_await runCommand(std::move(given), std::move(with), stop);
+            QCoreApplication::quit();
         },
-        *arguments, context);
-    // A command that ended without waiting has asked to exit before the loop runs.
-    if (scope.active() == 0)
-        QCoreApplication::processEvents();
-    return QCoreApplication::exec();
+        *arguments, context, &ended);
+    if (!ended)
+        QCoreApplication::exec();
+    return int(ended.value_or(ExitCode::failed));
 }

@@ -7,7 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <format>
+#include <sstream>
 
 namespace vantrell {
 
@@ -18,17 +18,21 @@ nlohmann::json json(const PixelRect &rect) {
 }
 
 std::string text(const PixelRect &rect) {
-    return std::format("{}x{} at {},{}", rect.width, rect.height, rect.x, rect.y);
+    std::ostringstream out;
+    out << rect.width << "x" << rect.height << " at " << rect.x << "," << rect.y;
+    return out.str();
 }
 
 void report(const Display &display, const Reporter &reporter) {
+    std::ostringstream line;
+    line << display.id << "  " << text(display.pixels) << "  scale " << display.scale
+         << (display.isPrimary ? "  primary" : "");
     reporter.result({{"id", display.id},
                      {"name", display.name},
                      {"pixels", json(display.pixels)},
                      {"scale", display.scale},
                      {"primary", display.isPrimary}},
-                    std::format("{}  {}  scale {}{}", display.id, text(display.pixels), display.scale,
-                                display.isPrimary ? "  primary" : ""));
+                    line.str());
 }
 
 void report(const WindowDescription &window, const Reporter &reporter) {
@@ -39,8 +43,10 @@ void report(const WindowDescription &window, const Reporter &reporter) {
         object["applicationName"] = *window.applicationName;
     if (window.title)
         object["title"] = *window.title;
-    reporter.result(object, std::format("{}  {}  {}  {}", window.id, text(window.pixels),
-                                        window.applicationName.value_or("?"), window.title.value_or("")));
+    std::ostringstream line;
+    line << window.id << "  " << text(window.pixels) << "  " << window.applicationName.value_or("?") << "  "
+         << window.title.value_or("");
+    reporter.result(object, line.str());
 }
 
 template <typename T>

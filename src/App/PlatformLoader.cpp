@@ -7,7 +7,7 @@
 #include "Platform/NullInputMonitor.h"
 #include "Platform/X11/X11CaptureBackend.h"
 
-#include <QtEnvironmentVariables>
+#include <QtGlobal>
 
 namespace vantrell {
 

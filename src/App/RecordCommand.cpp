@@ -17,7 +17,6 @@
 
 #include <cmath>
 #include <csignal>
-#include <format>
 
 namespace vantrell {
 
@@ -93,8 +92,7 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     if (const auto started = co_await m_engine->start(stop); !started)
         co_return fail(description(started.error()));
 
-    m_context.reporter.note(m_arguments.seconds ? std::format("Recording for {} s", *m_arguments.seconds)
-                                                : std::string("Recording: Ctrl-C stops"));
+    m_context.reporter.note("Recording: Ctrl-C stops");
     if (m_arguments.seconds)
         m_scope.start(this, &RecordRun::stopLater,
                       std::chrono::milliseconds(std::llround(*m_arguments.seconds * 1000)));
