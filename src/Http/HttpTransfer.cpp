@@ -151,6 +151,8 @@ void HttpTransfer::setMethod() {
 void HttpTransfer::setConnection(const std::optional<std::filesystem::path> &authorities) {
     CURL *const easy = m_easy.get();
     curl_easy_setopt(easy, CURLOPT_URL, m_request.url.c_str());
+    // A signature may cover the path letter by letter.
+    curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, long(CURL_HTTP_VERSION_1_1));
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
