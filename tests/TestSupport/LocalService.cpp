@@ -195,10 +195,6 @@ void LocalService::clearLog() {
     call("DELETE", "/test/log");
 }
 
-int LocalService::connectionsOpened() {
-    return call("GET", "/test/log").at("connections").at("opened");
-}
-
 std::vector<nlohmann::json> LocalService::captures(const std::string &key) {
     const nlohmann::json answer = call("GET", "/library/captures", nullptr, key);
     return (answer.is_object() ? answer.at("captures") : answer).get<std::vector<nlohmann::json>>();

@@ -71,7 +71,6 @@ public:
     /// Their methods, separated by spaces.
     std::string methods(const std::string &pathPart = {});
     void clearLog();
-    int connectionsOpened();
 
     /// The captures of the library as its JSON describes them.
     std::vector<nlohmann::json> captures(const std::string &key);
