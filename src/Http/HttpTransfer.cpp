@@ -94,9 +94,11 @@ std::expected<void, TransportError> HttpTransfer::openBody() {
 
 std::expected<void, TransportError> HttpTransfer::setHeaders() {
     const auto append = [this](const std::string &line) {
-        curl_slist *const longer = curl_slist_append(m_headers.get(), line.c_str());
-        static_cast<void>(m_headers.release());
-        m_headers.reset(longer);
+        // The list's first element stays the same once there is one.
+        if (m_headers)
+            curl_slist_append(m_headers.get(), line.c_str());
+        else
+            m_headers.reset(curl_slist_append(nullptr, line.c_str()));
     };
     for (const auto &[name, value] : m_request.headers.fields()) {
         if (holdsLineBreak(name) || holdsLineBreak(value))
