@@ -176,8 +176,8 @@ void HttpTransfer::setConnection(const std::optional<std::filesystem::path> &aut
 bool HttpTransfer::mayBeSentAgain() const {
     if (m_request.method == HttpMethod::get || m_request.method == HttpMethod::head)
         return true;
-    // Nothing of a body has left yet (the server refused the Expect header, say).
-    return m_bodySize > 0 && m_sent == 0;
+    // The server did not understand the Expect header and wants the request without it.
+    return m_refusedExpect && m_sent == 0;
 }
 
 TransportError HttpTransfer::failure(TransportError::Kind kind, PlatformError platform,
@@ -249,6 +249,7 @@ std::size_t HttpTransfer::takeHeader(std::string_view line) {
     if (text.starts_with("HTTP/")) {
         // Each answer begins anew: "100 Continue" and a proxy's own come before the real one.
         m_response.headers.clear();
+        m_refusedExpect = text.find(" 417") != std::string_view::npos;
     } else if (const auto colon = text.find(':'); colon != std::string_view::npos) {
         m_response.headers.add(std::string(text.substr(0, colon)),
                                std::string(trimmed(text.substr(colon + 1))));

@@ -56,6 +56,23 @@ TEST_F(StoragePutTest, sendsNoLargeBodyToAServerThatRefusesIt) {
     EXPECT_EQ(log->count(), 1);
 }
 
+TEST_F(StoragePutTest, sendsAgainWithoutExpectToAServerThatDoesNotKnowIt) {
+    ScriptedHttpServer server([this](ScriptedConnection &c) {
+        while (auto head = c.receiveHead()) {
+            const bool expects = !head->header("expect").empty();
+            if (!expects)
+                head->body = c.receiveBody(head->contentLength());
+            log->note(*head);
+            c.answer(expects ? 417 : 200);
+        }
+    });
+    writeTestFile(file, 2'000'000);
+    const auto result = runTask(storage.putFile(file, server.url(), "video/quicktime", {}));
+    ASSERT_TRUE(result) << logText(result.error());
+    EXPECT_EQ(log->count(), 2);
+    EXPECT_EQ(log->all().back().body, fileContents(file));
+}
+
 TEST_F(StoragePutTest, failsOnUnusableAddressesAndFiles) {
     writeTestFile(file, 10);
     EXPECT_TRUE(
