@@ -94,9 +94,11 @@ std::expected<void, TransportError> HttpTransfer::openBody() {
 
 std::expected<void, TransportError> HttpTransfer::setHeaders() {
     const auto append = [this](const std::string &line) {
-        curl_slist *const longer = curl_slist_append(m_headers.get(), line.c_str());
-        static_cast<void>(m_headers.release());
-        m_headers.reset(longer);
+        // The list's first element stays the same once there is one.
+        if (m_headers)
+            curl_slist_append(m_headers.get(), line.c_str());
+        else
+            m_headers.reset(curl_slist_append(nullptr, line.c_str()));
     };
     for (const auto &[name, value] : m_request.headers.fields()) {
         if (holdsLineBreak(name) || holdsLineBreak(value))
@@ -151,6 +153,8 @@ void HttpTransfer::setMethod() {
 void HttpTransfer::setConnection(const std::optional<std::filesystem::path> &authorities) {
     CURL *const easy = m_easy.get();
     curl_easy_setopt(easy, CURLOPT_URL, m_request.url.c_str());
+    // A signature may cover the path letter by letter.
+    curl_easy_setopt(easy, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, long(CURL_HTTP_VERSION_1_1));
     curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 0L);
@@ -172,8 +176,8 @@ void HttpTransfer::setConnection(const std::optional<std::filesystem::path> &aut
 bool HttpTransfer::mayBeSentAgain() const {
     if (m_request.method == HttpMethod::get || m_request.method == HttpMethod::head)
         return true;
-    // Nothing of a body has left yet (the server refused the Expect header, say).
-    return m_bodySize > 0 && m_sent == 0;
+    // The server did not understand the Expect header and wants the request without it.
+    return m_refusedExpect && m_sent == 0;
 }
 
 TransportError HttpTransfer::failure(TransportError::Kind kind, PlatformError platform,
@@ -245,6 +249,7 @@ std::size_t HttpTransfer::takeHeader(std::string_view line) {
     if (text.starts_with("HTTP/")) {
         // Each answer begins anew: "100 Continue" and a proxy's own come before the real one.
         m_response.headers.clear();
+        m_refusedExpect = text.find(" 417") != std::string_view::npos;
     } else if (const auto colon = text.find(':'); colon != std::string_view::npos) {
         m_response.headers.add(std::string(text.substr(0, colon)),
                                std::string(trimmed(text.substr(colon + 1))));

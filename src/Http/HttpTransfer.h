@@ -79,6 +79,7 @@ private:
     std::int64_t m_sent = 0;
     std::optional<PlatformError> m_fileError;
     int m_timesBegun = 0;
+    bool m_refusedExpect = false;
     HttpResponse m_response;
 
     int m_localPort = 0;

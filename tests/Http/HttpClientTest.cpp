@@ -96,15 +96,17 @@ TEST_F(HttpClientTest, returnsARedirectAsItsStatus) {
 }
 
 TEST_F(HttpClientTest, neverSendsABodyTwiceWhenAKeptConnectionBreaks) {
-    // The first request is answered; the second meets a peer that goes away after the body, in the middle of
-    // it, or in the middle of its answer's first line.
-    for (const std::string &ending : {"after", "within", "first line"}) {
+    // The first request is answered; the second meets a peer that goes away after the head, in the middle of
+    // the body, after it, or in the middle of its answer's first line.
+    for (const std::string ending : {"head", "within", "after", "first line"}) {
         const auto seen = std::make_shared<std::atomic<int>>(0);
         ScriptedHttpServer server([seen, ending](ScriptedConnection &c) {
             if (c.receive())
                 c.answer(200);
             while (const auto head = c.receiveHead()) {
                 ++*seen;
+                if (ending == "head")
+                    return c.reset();
                 c.receiveBody(ending == "within" ? head->contentLength() / 2 : head->contentLength());
                 if (ending == "first line")
                     c.send("HTTP/1.");
@@ -119,7 +121,6 @@ TEST_F(HttpClientTest, neverSendsABodyTwiceWhenAKeptConnectionBreaks) {
         ASSERT_FALSE(result) << ending;
         EXPECT_TRUE(result.error().ambiguous) << ending << ": " << result.error().platform.message;
         EXPECT_EQ(result.error().kind, TransportError::Kind::transport);
-        EXPECT_GT(result.error().bodyBytesSent, 0);
         EXPECT_LE(result.error().bodyBytesSent, 3'000'000);
         settle();
         EXPECT_EQ(*seen, 1) << ending;

@@ -5,6 +5,7 @@
 
 #include "Support/Clock.h"
 #include "Support/OneShot.h"
+#include "TestSupport/RunTask.h"
 
 #include <vector>
 
@@ -47,5 +48,16 @@ private:
     std::vector<Sleeper> m_sleepers;
     std::vector<std::chrono::milliseconds> m_requested;
 };
+
+/// Runs the event loop until the task has ended, moving the clock on whenever somebody sleeps.
+template <typename T>
+T runTask(Task<T> task, ManualClock &clock) {
+    while (!task.isReady()) {
+        eventually([&] { return task.isReady() || clock.sleeperCount() > 0; });
+        if (!task.isReady())
+            clock.advanceToNextSleeper();
+    }
+    return runTask(std::move(task));
+}
 
 } // namespace vantrell::testing

@@ -4,6 +4,7 @@
 #include "TestSupport/ScriptedHttpServer.h"
 
 #include <netinet/in.h>
+#include <stdexcept>
 #include <sys/socket.h>
 
 namespace vantrell::testing {
@@ -13,8 +14,9 @@ ScriptedHttpServer::ScriptedHttpServer(Script script)
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ::bind(m_listener.get(), reinterpret_cast<sockaddr *>(&address), sizeof address);
-    ::listen(m_listener.get(), 64);
+    if (::bind(m_listener.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0 ||
+        ::listen(m_listener.get(), 64) != 0)
+        throw std::runtime_error("no port to listen on");
     socklen_t size = sizeof address;
     ::getsockname(m_listener.get(), reinterpret_cast<sockaddr *>(&address), &size);
     m_port = ntohs(address.sin_port);
