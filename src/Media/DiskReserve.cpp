@@ -9,7 +9,7 @@ namespace vantrell {
 
 namespace {
 
-constexpr std::uint64_t step = std::uint64_t(1) << 20;
+constexpr std::uint64_t reserveGrowth = std::uint64_t(1) << 20;
 
 } // namespace
 
@@ -26,7 +26,7 @@ std::expected<void, PlatformError> DiskReserve::hold(std::uint64_t bytes) {
         }
         m_file = std::move(*file);
     }
-    const std::uint64_t wanted = (bytes / step + 1) * step;
+    const std::uint64_t wanted = (bytes / reserveGrowth + 1) * reserveGrowth;
     const auto reserved = m_file.reserve(wanted);
     if (!reserved && isDiskFull(reserved.error()))
         return reserved;

@@ -8,20 +8,15 @@
 #include "SyntheticMovie.h"
 #include "SystemCallFaults.h"
 #include "TestClip.h"
+#include "TestSupport/ChildProcess.h"
 #include "TestSupport/TemporaryFolder.h"
-
-#include <QProcess>
 
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <cstring>
 #include <fstream>
 #include <random>
 #include <thread>
-
-#include <fcntl.h>
-#include <sys/mman.h>
 
 namespace vantrell::testing {
 namespace {
@@ -29,16 +24,11 @@ namespace {
 const MovieWriter::Options eager{.flushInterval = std::chrono::milliseconds(2),
                                  .syncInterval = std::chrono::milliseconds(4)};
 
-struct RecoveryProcess {
-    /// -1 when it was killed.
-    static int run(const std::string &mode, const std::filesystem::path &movie, int call) {
-        QProcess process;
-        process.start(CRASHING_WRITER, {QString::fromStdString(mode), QString::fromStdString(movie.string()),
-                                        QString::number(call)});
-        EXPECT_TRUE(process.waitForFinished(60000));
-        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    }
-};
+// The exit code, or minus the signal that ended the process.
+int runCrashingWriter(const std::string &mode, const std::filesystem::path &movie, int call) {
+    ChildProcess process({CRASHING_WRITER, mode, movie.string(), std::to_string(call)});
+    return process.waitForExit().value_or(-1000);
+}
 
 // An unfinished movie of real pictures, one chunk a flush.
 void leaveUnfinished(const std::filesystem::path &path, int count, MovieWriter::Options options = eager) {
@@ -155,10 +145,10 @@ TEST(MovieRecovery, recoversAfterAKillAtEverySystemCall) {
     int call = 1;
     for (;; ++call) {
         ASSERT_LT(call, 500);
-        const int result = RecoveryProcess::run("write", path, call);
+        const int result = runCrashingWriter("write", path, call);
         if (result == 0)
             break;
-        ASSERT_EQ(result, -1);
+        ASSERT_EQ(result, -SIGKILL);
         if (std::filesystem::exists(MovieJournal::pathFor(path))) {
             const auto summary = recoverMovie(path);
             ASSERT_TRUE(summary) << "call " << call << ": " << summary.error().message;
@@ -185,7 +175,7 @@ TEST(MovieRecovery, canBeKilledItself) {
     for (const auto &file : {path, journal})
         std::filesystem::copy_file(file, saved / file.filename().string());
     int kills = 0;
-    while (RecoveryProcess::run("recover", path, kills + 1) != 0) {
+    while (runCrashingWriter("recover", path, kills + 1) != 0) {
         ASSERT_LT(++kills, 50);
         const auto summary = recoverMovie(path);
         ASSERT_TRUE(summary) << summary.error().message;
@@ -208,16 +198,14 @@ TEST(MovieRecovery, losesLessThanASecondWhenKilledAtAnyMoment) {
             std::ofstream(progress.string(), std::ios::trunc);
         }
         std::filesystem::resize_file(progress, progressBytes);
-        QProcess process;
-        process.start(CRASHING_WRITER, {"record", QString::fromStdString(path.string()),
-                                        QString::fromStdString(progress.string())});
-        ASSERT_TRUE(process.waitForStarted());
-        process.waitForFinished(int(1500 + random() % 1500));
+        ChildProcess process({CRASHING_WRITER, "record", path.string(), progress.string()});
+        // The moment of the kill is the input of this test, not something that it waits for.
+        std::this_thread::sleep_for(std::chrono::milliseconds(1500 + random() % 1500));
         timespec now{};
         clock_gettime(CLOCK_MONOTONIC, &now);
         const double killed = double(now.tv_sec) + double(now.tv_nsec) * 1e-9;
-        process.kill();
-        process.waitForFinished();
+        process.signal(SIGKILL);
+        ASSERT_EQ(process.waitForExit(), -SIGKILL);
 
         std::vector<double> handedOver(3600);
         std::ifstream(progress.string()).read(reinterpret_cast<char *>(handedOver.data()), progressBytes);

@@ -29,7 +29,7 @@ struct Attempt {
 };
 
 // Writes a short movie with many flushes.
-Attempt writeMovie(const std::filesystem::path &path, int pictures = 40) {
+Attempt attemptMovie(const std::filesystem::path &path, int pictures = 40) {
     Attempt attempt;
     auto writer = MovieWriter::create(
         path, {.flushInterval = std::chrono::milliseconds(1), .syncInterval = std::chrono::milliseconds(2)});
@@ -73,7 +73,7 @@ void failEachCall(Faults::Kind kind, int error) {
     for (int call = 1;; ++call) {
         ASSERT_LT(call, 1000);
         Faults::arm(kind, call, error);
-        const Attempt attempt = writeMovie(path);
+        const Attempt attempt = attemptMovie(path);
         const int made = Faults::callCount();
         Faults::disarm();
         expectNothingLost(path, attempt, call);

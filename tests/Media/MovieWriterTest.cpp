@@ -15,8 +15,6 @@
 namespace vantrell::testing {
 namespace {
 
-constexpr double tick = 1.0 / 90000;
-
 std::unique_ptr<MovieWriter> createWriter(const std::filesystem::path &path) {
     auto writer = MovieWriter::create(path);
     EXPECT_TRUE(writer) << writer.error().message;
@@ -53,11 +51,11 @@ TEST(MovieWriter, writesAMovieThatOthersDecodeExactly) {
     const DecodedMovie::Stream &video = movie.streams[0];
     ASSERT_EQ(video.pictures.size(), 60U);
     for (int i = 0; i < 60; ++i) {
-        EXPECT_NEAR(video.pictures[std::size_t(i)].seconds, i / 60.0, tick);
+        EXPECT_NEAR(video.pictures[std::size_t(i)].seconds, i / 60.0, videoTick);
         EXPECT_NEAR(video.pictures[std::size_t(i)].luma, 40 + i, 2);
     }
     // The last picture came at 0.983 s and stands until the end.
-    EXPECT_NEAR(video.pictures.back().endSeconds, 1.5, tick);
+    EXPECT_NEAR(video.pictures.back().endSeconds, 1.5, videoTick);
     EXPECT_EQ(movie.streams[1].name, "Microphone");
     EXPECT_EQ(movie.streams[2].name, "System Audio");
     // The encoder's priming is skipped: sound begins at zero, with sound.
@@ -86,7 +84,7 @@ TEST(MovieWriter, holdsTheOnlyPictureUntilTheStop) {
     const DecodedMovie movie = decodeMovie(folder / "movie.mov");
     EXPECT_EQ(movie.error, "");
     ASSERT_EQ(movie.streams.size(), 1U);
-    EXPECT_NEAR(movie.durationSeconds, 7201 + 77 * tick, 1e-5);
+    EXPECT_NEAR(movie.durationSeconds, 7201 + 77 * videoTick, 1e-5);
     EXPECT_EQ(movie.streams[0].pictures.size(), 1U);
 }
 
@@ -103,7 +101,7 @@ TEST(MovieWriter, keepsTheOrderOfReorderedPictures) {
     ASSERT_EQ(movie.error, "");
     ASSERT_EQ(movie.streams[0].pictures.size(), 30U);
     for (int i = 0; i < 30; ++i) {
-        EXPECT_NEAR(movie.streams[0].pictures[std::size_t(i)].seconds, i / 60.0, tick);
+        EXPECT_NEAR(movie.streams[0].pictures[std::size_t(i)].seconds, i / 60.0, videoTick);
         EXPECT_NEAR(movie.streams[0].pictures[std::size_t(i)].luma, 40 + i, 3);
     }
 }

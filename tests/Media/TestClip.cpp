@@ -137,6 +137,25 @@ Sound encodeTone(double seconds, double frequency) {
     });
 }
 
+void writeMovie(const std::filesystem::path &path, const Pictures &pictures, const std::vector<Sound> &sounds,
+                double seconds) {
+    auto writer = MovieWriter::create(path);
+    ASSERT_TRUE(writer) << writer.error().message;
+    std::vector<TrackEnd> ends;
+    if (!pictures.samples.empty()) {
+        const TrackId track = (*writer)->addVideoTrack(pictures.format);
+        appendAll(**writer, track, pictures.samples);
+        ends.push_back({track, std::lround(seconds * pictures.format.timeScale)});
+    }
+    for (const Sound &sound : sounds) {
+        const TrackId track = (*writer)->addAudioTrack(sound.format);
+        appendAll(**writer, track, sound.samples);
+        ends.push_back({track, std::lround(seconds * sound.format.sampleRate)});
+    }
+    const auto summary = (*writer)->finish(ends);
+    ASSERT_TRUE(summary) << summary.error().message;
+}
+
 void appendAll(MovieWriter &writer, TrackId track, const std::vector<OwnedSample> &samples) {
     for (const OwnedSample &sample : samples) {
         const auto appended = writer.append(track, sample.view());

@@ -8,10 +8,14 @@
 #include "Media/TrackFormat.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <vector>
 
 namespace vantrell::testing {
+
+/// Seconds of one tick of a picture track.
+inline constexpr double videoTick = 1.0 / 90000;
 
 /// An encoded sample that owns its bytes.
 struct OwnedSample {
@@ -51,6 +55,10 @@ Pictures encodePictures(const PictureOptions &options = {});
 Sound encodeSound(double seconds, const std::function<float(double)> &wave, int channels = 1,
                   int sampleRate = 48000);
 Sound encodeTone(double seconds, double frequency = 440);
+
+/// A finished movie: the pictures, the sounds (in order), all of it `seconds` long.
+void writeMovie(const std::filesystem::path &path, const Pictures &pictures, const std::vector<Sound> &sounds,
+                double seconds);
 
 /// Appends all samples; gtest failure when one is refused.
 void appendAll(MovieWriter &writer, TrackId track, const std::vector<OwnedSample> &samples);

@@ -73,6 +73,13 @@ void ChildProcess::signal(int number) const {
         ::kill(m_pid, number);
 }
 
+std::optional<int> ChildProcess::waitForExit() {
+    int status = 0;
+    if (m_pid <= 0 || ::waitpid(std::exchange(m_pid, -1), &status, 0) < 0)
+        return std::nullopt;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
 void ChildProcess::terminate(std::chrono::milliseconds patience) {
     signal(SIGTERM);
     const auto deadline = std::chrono::steady_clock::now() + patience;

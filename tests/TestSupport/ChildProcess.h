@@ -6,6 +6,7 @@
 #include "Support/UniqueFd.h"
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -31,6 +32,9 @@ public:
     pid_t pid() const { return m_pid; }
     bool isRunning();
     void signal(int number) const;
+    /// Waits until it has ended: its exit code, or minus the number of the signal that ended it. Nothing when
+    /// its end was seen before.
+    std::optional<int> waitForExit();
     /// Asks it to end, waits, and kills it when it does not.
     void terminate(std::chrono::milliseconds patience = std::chrono::seconds(5));
 
