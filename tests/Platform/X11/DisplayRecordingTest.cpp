@@ -1,0 +1,268 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/MovieWriter.h"
+#include "Platform/ScreenError.h"
+#include "Platform/X11/X11CaptureBackend.h"
+#include "Support/HostTime.h"
+#include "TestSupport/FrameCode.h"
+#include "TestSupport/MoviePictures.h"
+#include "TestSupport/RunTask.h"
+#include "TestSupport/ScopedEnvironment.h"
+#include "TestSupport/StreamRun.h"
+#include "TestSupport/X11Painter.h"
+#include "TestSupport/X11Session.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <vector>
+
+using namespace std::chrono_literals;
+
+namespace vantrell::testing {
+namespace {
+
+std::unique_ptr<X11CaptureBackend> openBackend() {
+    auto backend = X11CaptureBackend::create({});
+    EXPECT_TRUE(backend) << backend.error().message;
+    return std::move(*backend);
+}
+
+/// Waits by the clock, with the event loop running.
+void runFor(double seconds) {
+    const double until = hostNow() + seconds;
+    eventually([until] { return hostNow() >= until; });
+}
+
+/// Paints numbered frames at a steady rate; returns the host time of each.
+std::map<std::uint32_t, double> paintNumbers(X11Painter &painter, int count, double rate) {
+    std::map<std::uint32_t, double> times;
+    double next = hostNow();
+    for (int i = 1; i <= count; ++i) {
+        next += 1 / rate;
+        eventually([next] { return hostNow() >= next; });
+        painter.drawNumber(std::uint32_t(i), 32, 48);
+        painter.sync();
+        times[std::uint32_t(i)] = hostNow();
+    }
+    return times;
+}
+
+void expectNear(const MoviePicture::Colour &colour, const MoviePicture::Colour &wanted) {
+    EXPECT_NEAR(colour.y, wanted.y, 2);
+    EXPECT_NEAR(colour.cb, wanted.cb, 2);
+    EXPECT_NEAR(colour.cr, wanted.cr, 2);
+}
+
+TEST(DisplayRecording, holdsAScreenThatNeverChangesUntilTheMomentOfTheStop) {
+    const X11Session session;
+    const auto backend = openBackend();
+    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    ASSERT_TRUE(run.start());
+    runFor(1.3);
+    const auto summary = run.stop();
+    ASSERT_TRUE(summary) << summary.error().message;
+    EXPECT_EQ(run.firstFrames(), 1);
+
+    int pictures = 0;
+    const double duration = forEachPicture(run.movie(), [&](const MoviePicture &) { ++pictures; });
+    EXPECT_NEAR(duration, run.stoppedAt() - *run.firstFrame(), 0.020);
+    EXPECT_NEAR(summary->durationSeconds, duration, 0.001);
+    EXPECT_EQ(pictures, 2);
+    EXPECT_EQ(summary->droppedFrames, 0);
+}
+
+TEST(DisplayRecording, showsTheRightColoursInTheRightPlaces) {
+    const X11Session session;
+    X11Painter painter;
+    const std::vector<std::pair<std::uint32_t, MoviePicture::Colour>> bars{
+        {0x000000, {16, 128, 128}}, {0xffffff, {235, 128, 128}}, {0x808080, {126, 128, 128}},
+        {0xff0000, {63, 102, 240}}, {0x00ff00, {173, 42, 26}},   {0x0000ff, {32, 240, 118}},
+        {0xff8000, {141, 60, 188}},
+    };
+    for (std::size_t i = 0; i < bars.size(); ++i)
+        painter.fill({int(i) * 64, 100, 64, 100}, bars[i].first);
+    painter.sync();
+
+    const auto backend = openBackend();
+    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    ASSERT_TRUE(run.start());
+    ASSERT_TRUE(run.stop());
+    bool isTagged = false;
+    forEachPicture(run.movie(), [&](const MoviePicture &picture) {
+        isTagged = picture.isTaggedBt709;
+        for (std::size_t i = 0; i < bars.size(); ++i) {
+            SCOPED_TRACE(i);
+            expectNear(picture.at(int(i) * 64 + 32, 150), bars[i].second);
+        }
+        expectNear(picture.at(600, 400), {16, 128, 128});
+    });
+    EXPECT_TRUE(isTagged);
+}
+
+TEST(DisplayRecording, capturesEveryFrameOfASourceAtItsTime) {
+    const X11Session session;
+    X11Painter painter;
+    const auto backend = openBackend();
+    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    ASSERT_TRUE(run.start());
+    const auto painted = paintNumbers(painter, 90, 30);
+    const auto summary = run.stop();
+    ASSERT_TRUE(summary);
+
+    std::map<std::uint32_t, double> seen;
+    double before = -1;
+    forEachPicture(run.movie(), [&](const MoviePicture &picture) {
+        EXPECT_GT(picture.seconds, before);
+        before = picture.seconds;
+        if (const auto number =
+                framecode::read(picture.luma + 48 * picture.lumaStride + 32, picture.lumaStride))
+            seen.try_emplace(*number, picture.seconds);
+    });
+    // The machine may be busy with other things: a frame or two may be late, but none may be at a wrong time.
+    EXPECT_GE(seen.size(), 85u);
+    std::vector<double> errors;
+    for (const auto &[number, time] : seen)
+        errors.push_back(std::abs(time - (painted.at(number) - *run.firstFrame())));
+    std::ranges::sort(errors);
+    EXPECT_LT(errors[errors.size() / 2], 0.005);
+}
+
+TEST(DisplayRecording, keepsWhatIsNotDamagedAndTakesWhatIs) {
+    const X11Session session;
+    X11Painter painter;
+    painter.fill({0, 0, 640, 480}, 0x808080);
+    painter.sync();
+    const auto backend = openBackend();
+    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    ASSERT_TRUE(run.start());
+    for (int i = 0; i < 20; ++i) {
+        painter.fill({i * 31, i * 23, 9, 7}, 0xffffff);
+        painter.sync();
+        runFor(0.02);
+    }
+    ASSERT_TRUE(run.stop());
+    forEachPicture(run.movie(), [&](const MoviePicture &picture) {
+        if (picture.seconds < 0.6 && picture.isKey)
+            return;
+        EXPECT_NEAR(picture.at(639, 0).y, 126, 3);
+        EXPECT_NEAR(picture.at(0, 479).y, 126, 3);
+    });
+    std::vector<int> spots;
+    forEachPicture(run.movie(), [&](const MoviePicture &picture) {
+        spots.clear();
+        for (int i = 0; i < 20; ++i)
+            spots.push_back(picture.at(i * 31 + 4, i * 23 + 3).y);
+    });
+    for (const int spot : spots)
+        EXPECT_NEAR(spot, 235, 6);
+}
+
+TEST(DisplayRecording, recordsOddSizesWholeAndWhatLiesOutsideTheDesktopAsBlack) {
+    const X11Session session;
+    X11Painter painter;
+    painter.fill({0, 0, 640, 480}, 0xffffff);
+    painter.sync();
+    const auto backend = openBackend();
+    StreamRun run(*backend, areaConfiguration({600, 451, 101, 53}));
+    ASSERT_TRUE(run.start());
+    ASSERT_TRUE(run.stop());
+    forEachPicture(run.movie(), [&](const MoviePicture &picture) {
+        EXPECT_EQ(picture.width, 102);
+        EXPECT_EQ(picture.height, 54);
+        EXPECT_NEAR(picture.at(2, 2).y, 235, 2);
+        EXPECT_NEAR(picture.at(30, 20).y, 235, 2);
+        EXPECT_NEAR(picture.at(60, 20).y, 16, 2);
+        EXPECT_NEAR(picture.at(20, 50).y, 16, 2);
+    });
+}
+
+TEST(DisplayRecording, drawsThePointerOnlyWhenAskedAndFollowsIt) {
+    const X11Session session;
+    X11Painter painter;
+    painter.fill({0, 0, 640, 480}, 0x00ff00);
+    painter.movePointer(100, 100);
+    painter.sync();
+    const auto backend = openBackend();
+    for (const bool shows : {true, false}) {
+        SCOPED_TRACE(shows);
+        auto configuration = areaConfiguration({0, 0, 640, 480});
+        configuration.showsCursor = shows;
+        StreamRun run(*backend, configuration);
+        ASSERT_TRUE(run.start());
+        runFor(0.1);
+        painter.movePointer(300, 300);
+        painter.sync();
+        runFor(0.5);
+        ASSERT_TRUE(run.stop());
+        const auto differs = [](const MoviePicture &picture, int x, int y) {
+            int most = 0;
+            for (int dy = -8; dy < 8; ++dy)
+                for (int dx = -8; dx < 8; ++dx)
+                    most = std::max(most, std::abs(picture.at(x + dx, y + dy).y - 173));
+            return most > 40;
+        };
+        bool atFirst = false;
+        bool atLast = false;
+        bool oldPlaceAtLast = false;
+        forEachPicture(run.movie(), [&](const MoviePicture &picture) {
+            if (picture.ticks == 0)
+                atFirst = differs(picture, 100, 100);
+            atLast = differs(picture, 300, 300);
+            oldPlaceAtLast = differs(picture, 100, 100);
+        });
+        EXPECT_EQ(atFirst, shows);
+        EXPECT_EQ(atLast, shows);
+        EXPECT_FALSE(oldPlaceAtLast);
+        painter.movePointer(100, 100);
+    }
+}
+
+TEST(DisplayRecording, keepsWhatWasRecordedWhenTheDisplayServerGoesAway) {
+    X11Session session;
+    const auto backend = openBackend();
+    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    ASSERT_TRUE(run.start());
+    runFor(0.5);
+    session.kill();
+    const auto end = run.spontaneousEnd();
+    ASSERT_TRUE(end);
+    EXPECT_TRUE(isScreenError(*end, ScreenErrorCode::connectionLost));
+    const auto summary = run.stop();
+    ASSERT_TRUE(summary);
+    EXPECT_NEAR(forEachPicture(run.movie(), [](const MoviePicture &) {}), summary->durationSeconds, 0.01);
+    EXPECT_GT(summary->durationSeconds, 0.4);
+}
+
+TEST(DisplayRecording, failsWithASentenceAndLeavesNothingBehind) {
+    {
+        const ScopedEnvironment noDisplay("DISPLAY", ":987");
+        const auto backend = X11CaptureBackend::create({});
+        ASSERT_FALSE(backend);
+        EXPECT_EQ(backend.error().message, "There is no display to record: no X server answers");
+    }
+    for (const std::string extension : {"DAMAGE", "MIT-SHM", "XFIXES"}) {
+        SCOPED_TRACE(extension);
+        X11Session::Options options;
+        options.serverArguments = {"-extension", extension};
+        const X11Session session(options);
+        const auto backend = openBackend();
+        StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+        const auto started = run.start();
+        ASSERT_FALSE(started);
+        EXPECT_TRUE(isScreenError(started.error(), ScreenErrorCode::missingExtension));
+        EXPECT_NE(started.error().message.find(extension), std::string::npos) << started.error().message;
+        EXPECT_TRUE(std::filesystem::is_empty(run.folder()));
+    }
+    const X11Session session;
+    const auto backend = openBackend();
+    auto configuration = areaConfiguration({0, 0, 640, 480});
+    StreamRun run(*backend, configuration);
+    std::filesystem::remove(run.folder());
+    EXPECT_FALSE(run.start());
+}
+
+} // namespace
+} // namespace vantrell::testing
