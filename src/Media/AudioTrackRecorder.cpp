@@ -13,7 +13,7 @@ namespace vantrell {
 namespace {
 
 // Enough for speech and good enough for music.
-constexpr int bitRate = 128'000;
+constexpr int soundBitRate = 128'000;
 // What the queue holds at most: an encoder that stands still for longer loses sound instead of memory.
 constexpr double queueSeconds = 5;
 // The encoder wakes for this much at a time. Less would wake the processor more often, more would make a
@@ -25,8 +25,8 @@ constexpr double quietSeconds = 1;
 // How long after the stop its last sound may still arrive.
 constexpr double stopPatience = 0.15;
 
-std::chrono::duration<double> seconds(double value) {
-    return std::chrono::duration<double>(std::max(value, 0.0));
+std::chrono::duration<double> asDuration(double seconds) {
+    return std::chrono::duration<double>(seconds);
 }
 
 } // namespace
@@ -47,7 +47,7 @@ void AudioTrackRecorder::open() {
 }
 
 std::expected<void, PlatformError> AudioTrackRecorder::begin(MovieWriter &writer, double epoch) {
-    auto encoder = AacEncoder::create(bitRate, m_trackName);
+    auto encoder = AacEncoder::create(soundBitRate, m_trackName);
     if (!encoder)
         return std::unexpected(encoder.error());
     m_encoder.emplace(std::move(*encoder));
@@ -130,12 +130,13 @@ void AudioTrackRecorder::run() {
         recorded = recordQueued(lock);
     if (m_isAbandoned)
         return;
-    if (m_queue.lostFrames() > 0)
-        qCWarning(logCapture, "sound lost, encoder too slow: %s, %lld frames", m_trackName.c_str(),
-                  static_cast<long long>(m_queue.lostFrames()));
-    // After a failure, too, the track ends where it was told: with what was written before.
-    m_stopTime = m_stopTime.value_or(m_synchronizer->coveredUntil());
-    const auto end = m_synchronizer->finish(*m_stopTime);
+    const double stopTime = m_stopTime.value_or(m_synchronizer->coveredUntil());
+    const auto lost = static_cast<long long>(m_queue.lostFrames());
+    lock.unlock();
+    if (lost > 0)
+        qCWarning(logCapture, "sound lost, encoder too slow: %s, %lld frames", m_trackName.c_str(), lost);
+    // After a failure, too, the track ends: with what was written before.
+    const auto end = m_synchronizer->finish(stopTime);
     m_endFrame = end ? *end : m_encoder->framesTaken();
     if (recorded && end)
         recorded = m_encoder->finish(m_toMovie);
@@ -147,7 +148,7 @@ void AudioTrackRecorder::run() {
 // False when there is nothing left to do. Owns the lock before and after.
 bool AudioTrackRecorder::waitForWork(std::unique_lock<std::mutex> &lock) {
     if (!m_stopTime)
-        m_wake.wait_for(lock, seconds(quietSeconds / 2),
+        m_wake.wait_for(lock, asDuration(quietSeconds / 2),
                         [this] { return m_isAbandoned || m_stopTime || m_queue.seconds() >= batchSeconds; });
     if (m_isAbandoned)
         return false;
@@ -158,7 +159,8 @@ bool AudioTrackRecorder::waitForWork(std::unique_lock<std::mutex> &lock) {
     const bool awaitsMore =
         m_state == AudioSourceState::running && patience > 0 && m_synchronizer->coveredUntil() < *m_stopTime;
     if (awaitsMore)
-        m_wake.wait_for(lock, seconds(patience), [this] { return m_isAbandoned || m_queue.seconds() > 0; });
+        m_wake.wait_for(lock, asDuration(patience),
+                        [this] { return m_isAbandoned || m_queue.seconds() > 0; });
     return !m_isAbandoned && m_queue.seconds() > 0;
 }
 
