@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Media/AacEncoder.h"
+#include "Media/AudioBlockQueue.h"
+#include "Media/AudioSynchronizer.h"
+#include "Media/MovieWriter.h"
+#include "Platform/AudioSource.h"
+#include "Support/Clock.h"
+#include "Support/OneShot.h"
+
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace vantrell {
+
+/// One source of sound into one track of a movie: source, queue, synchroniser, encoder, writer. The source's
+/// thread only copies into the queue; a thread of the recorder's own does the rest a few times a second.
+///
+///   constructed -> (open) listening, nothing kept but the last seconds -> (begin) recording ->
+///   (requestStop) taking what sounded before the stop -> (finish) done
+///
+/// Used by one thread at a time.
+class AudioTrackRecorder {
+public:
+    /// Gets each block's samples, interleaved, on the source's thread.
+    using SampleTap = std::function<void(std::span<const float> samples)>;
+
+    /// `clock` outlives the recorder. `trackName` is what a player's menu shows.
+    AudioTrackRecorder(std::unique_ptr<AudioSource> source, std::string trackName, const Clock &clock,
+                       SampleTap tap);
+    /// Ends without finishing the track.
+    ~AudioTrackRecorder();
+    AudioTrackRecorder(const AudioTrackRecorder &) = delete;
+    AudioTrackRecorder &operator=(const AudioTrackRecorder &) = delete;
+
+    /// Starts to listen.
+    void open();
+    /// The source's first word; within five seconds of `open`.
+    const OneShot<AudioSourceState> &firstState() const { return m_firstState; }
+
+    /// Adds the track to the movie and records into it. `epoch` is the host time of the movie's zero,
+    /// `writer` outlives `finish`.
+    std::expected<void, PlatformError> begin(MovieWriter &writer, double epoch);
+
+    /// The track ends at this host time. Returns at once.
+    void requestStop(double hostTime);
+    /// Waits until the movie has all sound up to the stop, for a fraction of a second at most. None when
+    /// `begin` did not succeed.
+    std::optional<TrackEnd> finish();
+
+private:
+    void takeBlock(const AudioBlock &block);
+    void noteState(AudioSourceState state);
+    void run();
+    bool waitForWork(std::unique_lock<std::mutex> &lock);
+    std::expected<void, PlatformError> recordQueued(std::unique_lock<std::mutex> &lock);
+    void endThread();
+
+    const std::string m_trackName;
+    const Clock &m_clock;
+    const SampleTap m_tap;
+    const OneShot<AudioSourceState> m_firstState;
+
+    // Set by begin, then the recording thread's until it has ended.
+    std::optional<AacEncoder> m_encoder;
+    std::optional<AudioSynchronizer> m_synchronizer;
+    AacEncoder::PacketSink m_toMovie;
+    TrackId m_track;
+    std::int64_t m_endFrame = 0;
+
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    AudioBlockQueue m_queue;
+    std::optional<AudioSourceState> m_state;
+    std::optional<double> m_stopTime;
+    bool m_isAbandoned = false;
+
+    std::thread m_thread;
+    /// Last: it ends first, and with it the calls into the members above.
+    std::unique_ptr<AudioSource> m_source;
+};
+
+} // namespace vantrell

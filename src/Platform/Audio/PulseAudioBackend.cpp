@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/Audio/PulseAudioBackend.h"
+
+#include "Platform/Audio/PulseAudioSource.h"
+#include "Platform/Audio/PulseMicrophoneList.h"
+#include "Platform/AudioError.h"
+#include "Support/BlockingWork.h"
+
+#include <utility>
+
+namespace vantrell {
+
+Task<std::expected<std::vector<Microphone>, PlatformError>>
+PulseAudioBackend::microphones(std::stop_token stop) {
+    auto listed = co_await runBlocking([] { return listPulseMicrophones(); }, stop);
+    if (!listed)
+        co_return std::unexpected(audioError(AudioErrorCode::serverFailed)); // cancelled: nobody reads it
+    co_return std::move(*listed);
+}
+
+std::unique_ptr<AudioSource> PulseAudioBackend::makeSource(AudioSourceRequest request) {
+    return std::make_unique<PulseAudioSource>(std::move(request));
+}
+
+} // namespace vantrell
