@@ -43,16 +43,14 @@ const Display &displayHolding(const std::vector<Display> &displays, const PixelR
 std::expected<PixelRect, PlatformError> areaOnDisplays(const std::vector<Display> &displays,
                                                        const PixelRect &desktopPixels) {
     if (desktopPixels.isEmpty())
-        return std::unexpected(
-            screenError(ScreenErrorCode::badArea, "The area to capture is smaller than a pixel"));
+        return std::unexpected(screenError(ScreenErrorCode::badArea, "The area is smaller than a pixel"));
     PixelRect bounds;
     for (const Display &display : displays)
         bounds = united(bounds, display.pixels);
     const bool touchesOne = std::ranges::any_of(
         displays, [&](const Display &display) { return sharedPixels(display, desktopPixels) > 0; });
     if (!touchesOne)
-        return std::unexpected(
-            screenError(ScreenErrorCode::badArea, "The area to capture lies outside of every display"));
+        return std::unexpected(screenError(ScreenErrorCode::badArea, "The area lies outside every display"));
     return intersection(bounds, desktopPixels);
 }
 
