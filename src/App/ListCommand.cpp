@@ -65,9 +65,9 @@ ExitCode reportAll(const std::expected<std::vector<T>, PlatformError> &things, c
 Task<ExitCode> runList(ListArguments arguments, CommandContext context, std::stop_token) {
     switch (arguments.what) {
     case ListArguments::What::displays:
-        co_return reportAll(loadPlatform().capture->displays(), context.reporter);
+        co_return reportAll(loadPlatform(context.clock).capture->displays(), context.reporter);
     case ListArguments::What::windows:
-        co_return reportAll(loadPlatform().capture->windows(), context.reporter);
+        co_return reportAll(loadPlatform(context.clock).capture->windows(), context.reporter);
     default:
         context.reporter.failure("This cannot be listed yet");
         co_return ExitCode::failed;

@@ -5,7 +5,10 @@
 
 #include "Platform/NullCaptureBackend.h"
 #include "Platform/NullInputMonitor.h"
+#include "Platform/NullStillCapture.h"
 #include "Platform/X11/X11CaptureBackend.h"
+#include "Platform/X11/X11InputMonitor.h"
+#include "Platform/X11/X11StillCapture.h"
 
 #include <QtGlobal>
 
@@ -14,24 +17,29 @@ namespace vantrell {
 namespace {
 
 Platform nullPlatform(const PlatformError &reason) {
-    return {
-        std::make_unique<NullCaptureBackend>(reason.message), std::make_unique<NullInputMonitor>(reason), {}};
+    return {std::make_unique<NullCaptureBackend>(reason.message),
+            std::make_unique<NullInputMonitor>(reason),
+            std::make_unique<NullStillCapture>(reason),
+            {}};
 }
 
-Platform x11Platform() {
+Platform x11Platform(Clock &clock) {
     auto capture = X11CaptureBackend::create({});
     if (!capture)
         return nullPlatform(capture.error());
     Platform platform;
+    platform.windowBounds = [backend = capture->get()](std::uint32_t id) {
+        return backend->windowBounds(id);
+    };
     platform.capture = std::move(*capture);
-    platform.input = std::make_unique<NullInputMonitor>(
-        PlatformError{"x11", 0, "input events are not observed on this display"});
+    platform.input = std::make_unique<X11InputMonitor>(clock);
+    platform.stills = std::make_unique<X11StillCapture>();
     return platform;
 }
 
 } // namespace
 
-Platform loadPlatform() {
+Platform loadPlatform(Clock &clock) {
     const QByteArray forced = qgetenv("VANTRELL_BACKEND");
     if (forced == "null")
         return nullPlatform({"session", 0, "There is no desktop to record"});
@@ -39,7 +47,7 @@ Platform loadPlatform() {
     if (forced != "x11" && qgetenv("XDG_SESSION_TYPE") == "wayland" &&
         !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
         return nullPlatform({"session", 0, "Recording Wayland sessions is not supported yet"});
-    return x11Platform();
+    return x11Platform(clock);
 }
 
 } // namespace vantrell

@@ -5,6 +5,8 @@
 
 #include "Platform/CaptureBackend.h"
 #include "Platform/InputMonitor.h"
+#include "Platform/StillCapture.h"
+#include "Support/Clock.h"
 
 #include <functional>
 #include <memory>
@@ -17,11 +19,13 @@ namespace vantrell {
 struct Platform {
     std::unique_ptr<CaptureBackend> capture;
     std::unique_ptr<InputMonitor> input;
-    std::function<std::optional<Rect>(std::uint32_t windowId)> windowBounds;
+    std::unique_ptr<StillCapture> stills;
+    /// Where a window is now, in the desktop's pixels. Lives as long as `capture`.
+    std::function<std::optional<PixelRect>(std::uint32_t windowId)> windowBounds;
 };
 
 /// Picks the backends by the session's type; the environment variable VANTRELL_BACKEND ("x11" or "null")
-/// forces them. The only place that knows backends by name. Main thread.
-Platform loadPlatform();
+/// forces them. The only place that knows backends by name. The clock must outlive what is made. Main thread.
+Platform loadPlatform(Clock &clock);
 
 } // namespace vantrell

@@ -45,7 +45,7 @@ private:
     const RecordArguments m_arguments;
     const CommandContext m_context;
     UnixSignals m_signals;
-    Platform m_platform = loadPlatform();
+    Platform m_platform = loadPlatform(m_context.clock);
     std::unique_ptr<RecordingEngine> m_engine;
     /// Resolved with the failure that ended the recording, or with nothing when it was asked to end.
     OneShot<std::optional<Failure>> m_ended;

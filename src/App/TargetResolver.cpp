@@ -3,6 +3,7 @@
 
 #include "App/TargetResolver.h"
 
+#include "Platform/DisplayLayout.h"
 #include "Platform/ScreenError.h"
 
 #include <algorithm>
@@ -10,18 +11,6 @@
 namespace vantrell {
 
 namespace {
-
-std::int64_t sharedPixels(const Display &display, const PixelRect &area) {
-    const PixelRect shared = intersection(display.pixels, area);
-    return std::int64_t(shared.width) * shared.height;
-}
-
-/// The display that shows the most of the area; none when no display shows any of it.
-const Display *displayOf(const std::vector<Display> &displays, const PixelRect &area) {
-    const auto most = std::ranges::max_element(
-        displays, {}, [&area](const Display &display) { return sharedPixels(display, area); });
-    return most != displays.end() && sharedPixels(*most, area) > 0 ? &*most : nullptr;
-}
 
 std::unexpected<PlatformError> refusal(ScreenErrorCode code, std::string sentence) {
     return std::unexpected(screenError(code, std::move(sentence)));
@@ -35,8 +24,7 @@ std::expected<RecordingTarget, PlatformError> resolveWindow(std::uint32_t id, Ca
     const auto window = std::ranges::find(*windows, id, &WindowDescription::id);
     if (window == windows->end())
         return refusal(ScreenErrorCode::noSuchWindow, "There is no window " + std::to_string(id));
-    const Display *display = displayOf(displays, window->pixels);
-    return RecordingTarget::ofWindow(display ? *display : displays.front(), *window);
+    return RecordingTarget::ofWindow(displayHolding(displays, window->pixels), *window);
 }
 
 } // namespace
@@ -51,10 +39,10 @@ std::expected<RecordingTarget, PlatformError> resolveTarget(const TargetArgument
     if (arguments.windowId)
         return resolveWindow(*arguments.windowId, backend, *displays);
     if (arguments.area) {
-        const Display *display = displayOf(*displays, *arguments.area);
-        if (!display)
-            return refusal(ScreenErrorCode::badArea, "The area lies outside every display");
-        return RecordingTarget::area(*display, *arguments.area);
+        const auto area = areaOnDisplays(*displays, *arguments.area);
+        if (!area)
+            return std::unexpected(area.error());
+        return RecordingTarget::area(displayHolding(*displays, *area), *area);
     }
     if (!arguments.displayId)
         return RecordingTarget::wholeDisplay(displays->front());

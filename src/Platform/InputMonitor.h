@@ -35,7 +35,7 @@ public:
     virtual std::expected<void, PlatformError> start(std::function<void(const PointerEvent &)> handler) = 0;
     virtual void stop() = 0;
 
-    /// Where the pointer is now: points, top-left desktop coordinates. None when that cannot be told.
+    /// Where the pointer is now, in the desktop's pixels. None when that cannot be told.
     virtual std::optional<Point> pointerLocation() = 0;
 };
 

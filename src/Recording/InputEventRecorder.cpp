@@ -3,6 +3,7 @@
 
 #include "Recording/InputEventRecorder.h"
 
+#include "Platform/DisplayLayout.h"
 #include "Support/Log.h"
 
 #include <utility>
@@ -16,8 +17,8 @@ constexpr double sampleInterval = 1.0 / 60;
 
 } // namespace
 
-InputEventRecorder::InputEventRecorder(InputMonitor &monitor, Clock &clock)
-    : m_monitor(monitor), m_clock(clock) {}
+InputEventRecorder::InputEventRecorder(InputMonitor &monitor, Clock &clock, Display display)
+    : m_monitor(monitor), m_clock(clock), m_display(std::move(display)) {}
 
 InputEventRecorder::~InputEventRecorder() {
     m_monitor.stop();
@@ -114,7 +115,7 @@ void InputEventRecorder::append(double hostTime, const char *kind, const Point &
 
 std::optional<Point> InputEventRecorder::bottomLeftPointer() {
     const auto location = m_monitor.pointerLocation();
-    return location ? std::optional(flipped(*location)) : std::nullopt;
+    return location ? std::optional(flipped(inPointsOf(m_display, *location))) : std::nullopt;
 }
 
 } // namespace vantrell

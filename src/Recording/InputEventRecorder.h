@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Platform/Display.h"
 #include "Platform/InputMonitor.h"
 #include "Recording/RawEvent.h"
 #include "Support/Clock.h"
@@ -20,8 +21,9 @@ namespace vantrell {
 /// nothing.
 class InputEventRecorder {
 public:
-    /// Both must outlive the recorder.
-    InputEventRecorder(InputMonitor &monitor, Clock &clock);
+    /// Monitor and clock must outlive the recorder. Events are counted in the points of `display`, the one
+    /// that holds the capture.
+    InputEventRecorder(InputMonitor &monitor, Clock &clock, Display display);
     ~InputEventRecorder();
 
     /// Forgets earlier events and starts to observe. Without a working monitor there are simply no events;
@@ -54,6 +56,7 @@ private:
 
     InputMonitor &m_monitor;
     Clock &m_clock;
+    Display m_display;
     double m_lastScrollTime = 0;
     double m_lastSampleTime = 0;
     bool m_sampleDue = false;

@@ -8,6 +8,7 @@
 #include "Capture/Thumbnailer.h"
 #include "Media/MovieReader.h"
 #include "Media/PosterFrame.h"
+#include "Platform/DisplayLayout.h"
 #include "Recording/SidecarEvents.h"
 #include "Support/BlockingWork.h"
 #include "Support/Log.h"
@@ -41,7 +42,7 @@ std::expected<MovieFindings, PlatformError> inspect(const std::filesystem::path 
 
 RecordingEngine::RecordingEngine(RecordingPorts ports, RecordingOptions options)
     : m_ports(std::move(ports)), m_options(std::move(options)),
-      m_eventRecorder(m_ports.input, m_ports.clock) {}
+      m_eventRecorder(m_ports.input, m_ports.clock, m_options.target.display) {}
 
 RecordingEngine::~RecordingEngine() = default;
 
@@ -53,9 +54,12 @@ Task<std::expected<void, Failure>> RecordingEngine::start(std::stop_token stop) 
         co_return std::unexpected(std::move(opened.error()));
     m_startedAt = m_ports.clock.wallNow();
     if (target.window && m_ports.windowBounds) {
-        m_windowTracker.emplace([query = m_ports.windowBounds, id = target.window->id] { return query(id); },
-                                Point{target.display.frame.x, target.display.frame.y}, target.rect,
-                                m_ports.clock);
+        m_windowTracker.emplace(
+            [query = m_ports.windowBounds, id = target.window->id, display = target.display] {
+                return query(id).transform(
+                    [&display](const PixelRect &bounds) { return inPointsOf(display, bounds); });
+            },
+            Point{target.display.frame.x, target.display.frame.y}, target.rect, m_ports.clock);
         m_eventRecorder.liveCaptureRect = [this]() -> std::optional<Rect> {
             return m_windowTracker->currentRect();
         };

@@ -28,8 +28,8 @@ namespace vantrell {
 struct RecordingPorts {
     CaptureBackend &capture;
     InputMonitor &input;
-    /// The bounds of a window now: points, top-left desktop coordinates.
-    std::function<std::optional<Rect>(std::uint32_t windowId)> windowBounds;
+    /// The bounds of a window now, in the desktop's pixels.
+    std::function<std::optional<PixelRect>(std::uint32_t windowId)> windowBounds;
     Clock &clock;
 };
 

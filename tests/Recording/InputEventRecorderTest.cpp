@@ -54,7 +54,7 @@ protected:
 
     HandMovedPointer pointer;
     ManualClock clock;
-    InputEventRecorder recorder{pointer, clock};
+    InputEventRecorder recorder{pointer, clock, Display()};
 };
 
 TEST_F(InputEventRecorderTest, keepsClicksWithTheirTimeAndPlace) {

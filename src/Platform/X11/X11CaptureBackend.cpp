@@ -12,7 +12,7 @@
 namespace vantrell {
 
 X11CaptureBackend::X11CaptureBackend(std::unique_ptr<X11Connection> connection, SoundStageFactory makeSound)
-    : m_connection(std::move(connection)), m_makeSound(std::move(makeSound)) {}
+    : m_connection(std::move(connection)), m_catalog(*m_connection), m_makeSound(std::move(makeSound)) {}
 
 std::expected<std::unique_ptr<X11CaptureBackend>, PlatformError>
 X11CaptureBackend::create(SoundStageFactory makeSound) {
@@ -28,7 +28,10 @@ std::expected<std::vector<Display>, PlatformError> X11CaptureBackend::displays()
 }
 
 std::expected<std::vector<WindowDescription>, PlatformError> X11CaptureBackend::windows() {
-    return std::vector<WindowDescription>();
+    const auto all = displays();
+    if (!all)
+        return std::unexpected(all.error());
+    return m_catalog.windows(*all);
 }
 
 std::unique_ptr<CaptureStream> X11CaptureBackend::makeStream(CaptureStreamConfiguration configuration,

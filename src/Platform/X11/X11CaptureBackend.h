@@ -6,6 +6,7 @@
 #include "Media/SoundStage.h"
 #include "Platform/CaptureBackend.h"
 #include "Platform/X11/X11Connection.h"
+#include "Platform/X11/X11WindowCatalog.h"
 
 #include <memory>
 
@@ -23,10 +24,14 @@ public:
     std::unique_ptr<CaptureStream> makeStream(CaptureStreamConfiguration configuration,
                                               CaptureStreamEvents events) override;
 
+    /// Where a window is now, in the desktop's pixels; none when it is gone.
+    std::optional<PixelRect> windowBounds(std::uint32_t window) const { return m_catalog.bounds(window); }
+
 private:
     X11CaptureBackend(std::unique_ptr<X11Connection> connection, SoundStageFactory makeSound);
 
     std::unique_ptr<X11Connection> m_connection;
+    X11WindowCatalog m_catalog;
     SoundStageFactory m_makeSound;
 };
 
