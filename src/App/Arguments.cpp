@@ -12,10 +12,10 @@ namespace vantrell {
 
 namespace {
 
-using Failure = std::unexpected<UsageError>;
+using Refused = std::unexpected<UsageError>;
 
-Failure usageError(std::string sentence) {
-    return Failure(UsageError{std::move(sentence)});
+Refused usageError(std::string sentence) {
+    return Refused(UsageError{std::move(sentence)});
 }
 
 enum class Takes { nothing = 1, value, optionalValue };
@@ -166,13 +166,13 @@ using Parsed = std::expected<Arguments::Command, UsageError>;
 Parsed parseRecord(const std::vector<std::string> &rest) {
     const auto words = sortWords(rest, joined({targetOptions, deliveryOptions, recordOptions}));
     if (!words)
-        return Failure(words.error());
+        return Refused(words.error());
     if (!words->operands.empty())
         return usageError("record takes no " + words->operands.front());
     RecordArguments arguments;
     const auto target = readTarget(*words);
     if (!target)
-        return Failure(target.error());
+        return Refused(target.error());
     arguments.target = *target;
     if (const auto seconds = words->value("--seconds")) {
         arguments.seconds = parseNumber<double>(*seconds);
@@ -188,30 +188,30 @@ Parsed parseRecord(const std::vector<std::string> &rest) {
         arguments.drawsCursor = *cursor == "drawn";
     }
     if (const auto delivery = readDelivery(*words, arguments); !delivery)
-        return Failure(delivery.error());
+        return Refused(delivery.error());
     return arguments;
 }
 
 Parsed parseScreenshot(const std::vector<std::string> &rest) {
     const auto words = sortWords(rest, joined({targetOptions, deliveryOptions}));
     if (!words)
-        return Failure(words.error());
+        return Refused(words.error());
     if (!words->operands.empty())
         return usageError("screenshot takes no " + words->operands.front());
     ScreenshotArguments arguments;
     const auto target = readTarget(*words);
     if (!target)
-        return Failure(target.error());
+        return Refused(target.error());
     arguments.target = *target;
     if (const auto delivery = readDelivery(*words, arguments); !delivery)
-        return Failure(delivery.error());
+        return Refused(delivery.error());
     return arguments;
 }
 
 Parsed parseUpload(const std::vector<std::string> &rest) {
     const auto words = sortWords(rest, {{"--project", Takes::value}});
     if (!words)
-        return Failure(words.error());
+        return Refused(words.error());
     if (words->operands.empty())
         return usageError("upload needs the files to upload");
     UploadArguments arguments;
@@ -282,7 +282,7 @@ std::expected<Arguments, UsageError> parseArguments(const std::vector<std::strin
         return usageError("Unknown command " + *command);
     Parsed parsed = found->second(rest);
     if (!parsed)
-        return Failure(parsed.error());
+        return Refused(parsed.error());
     arguments.command = std::move(*parsed);
     return arguments;
 }

@@ -4,6 +4,7 @@
 #include "App/ListCommand.h"
 
 #include "App/PlatformLoader.h"
+#include "App/ServiceSession.h"
 
 #include <nlohmann/json.hpp>
 
@@ -60,14 +61,33 @@ ExitCode reportAll(const std::expected<std::vector<T>, PlatformError> &things, c
     return ExitCode::success;
 }
 
+Task<ExitCode> listProjects(CommandContext context, std::stop_token stop) {
+    auto session = ServiceSession::create(context);
+    if (!session) {
+        context.reporter.failure(session.error());
+        co_return ExitCode::failed;
+    }
+    co_await (*session)->connect(stop);
+    const auto projects = co_await (*session)->api().listProjects(stop);
+    if (!projects) {
+        context.reporter.failure(projects.error().description());
+        co_return projects.error().as<APIError::NotPaired>() ? ExitCode::notConnected : ExitCode::failed;
+    }
+    for (const TargetProject &project : *projects)
+        context.reporter.result(project.toJson(), project.id + "  " + project.name);
+    co_return ExitCode::success;
+}
+
 } // namespace
 
-Task<ExitCode> runList(ListArguments arguments, CommandContext context, std::stop_token) {
+Task<ExitCode> runList(ListArguments arguments, CommandContext context, std::stop_token stop) {
     switch (arguments.what) {
     case ListArguments::What::displays:
         co_return reportAll(loadPlatform(context.clock).capture->displays(), context.reporter);
     case ListArguments::What::windows:
         co_return reportAll(loadPlatform(context.clock).capture->windows(), context.reporter);
+    case ListArguments::What::projects:
+        co_return co_await listProjects(context, stop);
     default:
         context.reporter.failure("This cannot be listed yet");
         co_return ExitCode::failed;

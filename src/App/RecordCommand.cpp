@@ -3,6 +3,7 @@
 
 #include "App/RecordCommand.h"
 
+#include "App/CaptureUpload.h"
 #include "App/PlatformLoader.h"
 #include "App/SavedCapture.h"
 #include "App/TargetResolver.h"
@@ -37,6 +38,8 @@ private:
     Task<> togglePause(std::stop_token stop);
     Task<> stopLater(std::chrono::milliseconds delay, std::stop_token stop);
     Task<ExitCode> deliver(RecordingStopOutcome outcome, std::stop_token stop);
+    Task<std::expected<std::string, std::string>> upload(CaptureResult capture, SavedCapture saved,
+                                                         std::stop_token stop);
     ExitCode fail(const std::string &sentence, ExitCode code = ExitCode::failed) const {
         m_context.reporter.failure(sentence);
         return code;
@@ -46,6 +49,8 @@ private:
     const CommandContext m_context;
     UnixSignals m_signals;
     Platform m_platform = loadPlatform(m_context.clock);
+    /// Present when the capture is to be uploaded.
+    std::unique_ptr<ServiceSession> m_session;
     std::unique_ptr<RecordingEngine> m_engine;
     /// Resolved with the failure that ended the recording, or with nothing when it was asked to end.
     OneShot<std::optional<Failure>> m_ended;
@@ -75,6 +80,15 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     auto target = prepare();
     if (!target)
         co_return fail(target.error());
+    if (m_arguments.upload) {
+        // Asked before anything is recorded, so that a wrong address or a missing connection costs no work.
+        auto session = ServiceSession::create(m_context);
+        if (!session)
+            co_return fail(session.error());
+        m_session = std::move(*session);
+        if (!co_await m_session->connect(stop))
+            co_return fail(APIError(APIError::NotPaired{}).description(), ExitCode::notConnected);
+    }
 
     RecordingOptions options;
     options.target = std::move(*target);
@@ -148,8 +162,32 @@ Task<ExitCode> RecordRun::deliver(RecordingStopOutcome outcome, std::stop_token 
         co_return fail(saved->error().description());
     nlohmann::json json = (*saved)->json(capture, outcome.isPartial);
     json["droppedFrames"] = outcome.droppedFrames;
-    m_context.reporter.result(json, (*saved)->file.string());
-    co_return ExitCode::success;
+    std::string text = (*saved)->file.string();
+    ExitCode code = ExitCode::success;
+    if (m_session) {
+        const auto asset = co_await upload(capture, **saved, stop);
+        if (asset) {
+            json["assetId"] = *asset;
+            text += " is uploaded as " + *asset;
+        } else {
+            // The recording itself is safe: it is told all the same, with what went wrong behind it.
+            json["error"] = asset.error();
+            text += " is kept: " + asset.error();
+            code = ExitCode::failed;
+        }
+    }
+    m_context.reporter.result(json, text);
+    co_return code;
+}
+
+Task<std::expected<std::string, std::string>> RecordRun::upload(CaptureResult capture, SavedCapture saved,
+                                                                std::stop_token stop) {
+    const auto project = co_await m_session->chooseProject(m_arguments.projectId, stop);
+    if (!project)
+        co_return std::unexpected(project.error().description());
+    CaptureUpload job{saved.file,         capture.kind,    capture.mime, capture.name,
+                      capture.durationMs, saved.thumbnail, saved.sidecar};
+    co_return co_await uploadCapture(std::move(job), *project, m_session.get(), m_context, stop);
 }
 
 } // namespace

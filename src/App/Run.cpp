@@ -5,6 +5,7 @@
 
 #include "App/ListCommand.h"
 #include "App/RecordCommand.h"
+#include "App/UploadCommand.h"
 
 #include <cstdio>
 
@@ -19,6 +20,7 @@ struct Start {
 
     Task<ExitCode> operator()(RecordArguments arguments) const { return runRecord(arguments, context, stop); }
     Task<ExitCode> operator()(ListArguments arguments) const { return runList(arguments, context, stop); }
+    Task<ExitCode> operator()(UploadArguments arguments) const { return runUpload(arguments, context, stop); }
     Task<ExitCode> operator()(HelpArguments) const {
         std::fputs(usageText().c_str(), stdout);
         co_return ExitCode::success;

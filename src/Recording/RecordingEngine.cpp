@@ -9,6 +9,7 @@
 #include "Media/MovieReader.h"
 #include "Media/PosterFrame.h"
 #include "Platform/DisplayLayout.h"
+#include "Recording/MovieStitcher.h"
 #include "Recording/SidecarEvents.h"
 #include "Support/BlockingWork.h"
 #include "Support/Log.h"
@@ -197,8 +198,13 @@ Task<std::expected<RecordingStopOutcome, Failure>> RecordingEngine::stop(std::st
     co_return outcome;
 }
 
-Task<std::expected<std::filesystem::path, Failure>> RecordingEngine::joinedMovie(std::stop_token) {
-    co_return m_finished.front().fileURL;
+Task<std::expected<std::filesystem::path, Failure>> RecordingEngine::joinedMovie(std::stop_token stop) {
+    if (m_finished.size() == 1)
+        co_return m_finished.front().fileURL;
+    std::vector<std::filesystem::path> files;
+    for (const RecordedSegment &segment : m_finished)
+        files.push_back(segment.fileURL);
+    co_return co_await MovieStitcher::stitch(std::move(files), stop);
 }
 
 CaptureMetadata RecordingEngine::metadata(const std::vector<RawEvent> &events,
