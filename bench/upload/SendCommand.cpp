@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "SendCommand.h"
+
+#include "API/StoragePut.h"
+#include "API/TusUploader.h"
+#include "Support/AtomicFile.h"
+#include "Support/SystemClock.h"
+
+#include <QCoreApplication>
+#include <QCoroTask>
+
+#include <iostream>
+
+namespace vantrell::bench {
+
+namespace {
+
+std::optional<UploadDescriptor> readDescriptor(const std::filesystem::path &file) {
+    const auto text = readFile(file);
+    const auto json = parseJson(text.value_or(""));
+    if (!json)
+        return std::nullopt;
+    JsonReader reader(*json);
+    const UploadDescriptor descriptor = decodeUploadDescriptor(reader);
+    return reader.error() ? std::nullopt : std::optional(descriptor);
+}
+
+Task<std::expected<void, TransferError>> send(UploadDescriptor descriptor, std::filesystem::path file,
+                                              std::filesystem::path locationFile) {
+    HttpClient http;
+    SystemClock clock;
+    if (const auto *standard = std::get_if<StandardUpload>(&descriptor))
+        co_return co_await StoragePut(http).putFile(file, standard->uploadUrl, "video/quicktime", {});
+    std::optional<std::string> location;
+    if (const auto saved = readFile(locationFile); saved && !saved->empty())
+        location = *saved;
+    const TusUploader uploader(http, clock);
+    co_return co_await uploader.upload(file, std::get<TusUpload>(descriptor), location,
+                                       {.onLocation =
+                                            [&locationFile](const std::string &created) {
+                                                if (!locationFile.empty())
+                                                    static_cast<void>(
+                                                        writeFileAtomically(locationFile, created));
+                                            },
+                                        .onProgress = {}},
+                                       {});
+}
+
+} // namespace
+
+int runSend(int argc, char **argv) {
+    QCoreApplication application(argc, argv);
+    const auto descriptor = argc >= 4 ? readDescriptor(argv[2]) : std::nullopt;
+    if (!descriptor) {
+        std::cerr << "send: no descriptor" << std::endl;
+        return 2;
+    }
+    const auto sent = QCoro::waitFor(send(*descriptor, argv[3], argc > 4 ? argv[4] : ""));
+    if (!sent)
+        std::cerr << "send: " << logText(sent.error()) << std::endl;
+    return sent ? 0 : 1;
+}
+
+} // namespace vantrell::bench
