@@ -85,13 +85,14 @@ void MovieWriter::Implementation::run() {
     std::unique_lock lock(mutex);
     for (;;) {
         waitForWork(lock);
+        // Samples may come while the disk is written to; only a flush that begins after the stop is the last.
+        const bool isLast = stopping;
         flush(lock);
         if (error) {
             // What the movie holds stays as long as it was when it stopped growing.
             wake.wait(lock, [this] { return stopping; });
             return;
         }
-        const bool isLast = stopping;
         lock.unlock();
         if (isLast)
             nextElapsedNote = {};

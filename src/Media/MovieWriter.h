@@ -58,7 +58,7 @@ public:
         std::function<double()> elapsed;
         std::chrono::milliseconds flushInterval{500};
         std::chrono::milliseconds syncInterval{1000};
-        std::size_t bufferLimit = std::size_t(32) << 20;
+        std::size_t bufferLimit = std::size_t(16) << 20;
     };
 
     /// Creates the movie and its journal; fails when the movie exists.

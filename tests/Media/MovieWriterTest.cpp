@@ -7,6 +7,7 @@
 #include "Media/MovieJournal.h"
 #include "Media/MovieReader.h"
 #include "Media/PosterFrame.h"
+#include "SyntheticMovie.h"
 #include "TestClip.h"
 #include "TestSupport/TemporaryFolder.h"
 
@@ -137,6 +138,22 @@ TEST(MovieWriter, survivesAClockThatStepsBack) {
     const DecodedMovie movie = decodeMovie(folder / "movie.mov");
     EXPECT_EQ(movie.error, "");
     EXPECT_NEAR(movie.durationSeconds, 10 / 60.0, 1e-3);
+}
+
+TEST(MovieWriter, keepsWhatComesWhileTheDiskIsWrittenTo) {
+    const TemporaryFolder folder;
+    for (int round = 0; round < 20; ++round) {
+        const auto path = folder / (std::to_string(round) + ".mov");
+        auto writer = *MovieWriter::create(path, {.flushInterval = std::chrono::milliseconds(1),
+                                                  .bufferLimit = std::size_t(256) << 10});
+        const std::vector<TrackId> tracks = SyntheticMovie::addTracks(*writer);
+        for (int number = 0; number < 500; ++number)
+            ASSERT_TRUE(SyntheticMovie::append(*writer, tracks[0], number));
+        ASSERT_TRUE(writer->finish({}));
+        const SyntheticMovie::Contents contents = SyntheticMovie::read(path);
+        ASSERT_EQ(contents.fault, "");
+        ASSERT_EQ(contents.counts[0], 500);
+    }
 }
 
 TEST(MovieWriter, refusesToReplaceAMovieAndLeavesNothingOnFailure) {
