@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "ScenePainter.h"
+
+#include "Scene.h"
+#include "Support/HostTime.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <vector>
+
+#include <sys/mman.h>
+#include <time.h>
+#include <unistd.h>
+#include <xcb/shm.h>
+#include <xcb/xcb.h>
+
+namespace vantrell::bench {
+namespace {
+
+/// A full-screen window that a picture in shared memory is put on.
+class Screen {
+public:
+    explicit Screen() : m_xcb(xcb_connect(nullptr, nullptr)) {
+        const xcb_screen_t *screen = xcb_setup_roots_iterator(xcb_get_setup(m_xcb)).data;
+        m_root = screen->root;
+        m_size = {screen->width_in_pixels, screen->height_in_pixels};
+        m_window = xcb_generate_id(m_xcb);
+        const std::uint32_t overrideRedirect = 1;
+        xcb_create_window(m_xcb, XCB_COPY_FROM_PARENT, m_window, m_root, 0, 0, screen->width_in_pixels,
+                          screen->height_in_pixels, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                          XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
+        m_context = xcb_generate_id(m_xcb);
+        xcb_create_gc(m_xcb, m_context, m_window, 0, nullptr);
+        const int fd = ::memfd_create("scene", MFD_CLOEXEC);
+        const std::size_t bytes = std::size_t(m_size.width) * std::size_t(m_size.height) * 4;
+        if (::ftruncate(fd, off_t(bytes)) != 0)
+            std::abort();
+        m_memory = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
+        m_segment = xcb_generate_id(m_xcb);
+        xcb_shm_attach_fd(m_xcb, m_segment, fd, 0);
+        xcb_map_window(m_xcb, m_window);
+        sync();
+    }
+    ~Screen() { xcb_disconnect(m_xcb); }
+
+    PixelSize size() const { return m_size; }
+
+    void put(const Picture &picture, const std::vector<PixelRect> &rects) {
+        auto *pixels = static_cast<std::uint32_t *>(m_memory);
+        for (const PixelRect &rect : rects) {
+            for (int y = rect.y; y < rect.bottom(); ++y)
+                std::memcpy(pixels + std::ptrdiff_t(y) * m_size.width + rect.x, picture.row(y) + rect.x,
+                            std::size_t(rect.width) * 4);
+        }
+        for (const PixelRect &rect : rects)
+            xcb_shm_put_image(m_xcb, m_window, m_context, std::uint16_t(m_size.width),
+                              std::uint16_t(m_size.height), std::uint16_t(rect.x), std::uint16_t(rect.y),
+                              std::uint16_t(rect.width), std::uint16_t(rect.height), std::int16_t(rect.x),
+                              std::int16_t(rect.y), 24, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, m_segment, 0);
+    }
+    void movePointer(const Point &place) {
+        xcb_warp_pointer(m_xcb, XCB_NONE, m_root, 0, 0, 0, 0, std::int16_t(place.x), std::int16_t(place.y));
+    }
+    void sync() { std::free(xcb_get_input_focus_reply(m_xcb, xcb_get_input_focus(m_xcb), nullptr)); }
+
+private:
+    xcb_connection_t *m_xcb;
+    xcb_window_t m_root;
+    PixelSize m_size;
+    xcb_window_t m_window;
+    xcb_gcontext_t m_context;
+    void *m_memory;
+    xcb_shm_seg_t m_segment;
+};
+
+void sleepUntil(double hostTime) {
+    timespec time{};
+    time.tv_sec = time_t(hostTime);
+    time.tv_nsec = long((hostTime - double(time.tv_sec)) * 1e9);
+    ::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &time, nullptr);
+}
+
+} // namespace
+
+int paintScene(const std::string &name, double seconds, const std::filesystem::path &log) {
+    Screen screen;
+    const auto scene = Scene::make(name, screen.size());
+    if (!scene)
+        return 2;
+    Picture picture(screen.size());
+    scene->background(picture);
+    screen.put(picture, {{0, 0, picture.size.width, picture.size.height}});
+    screen.movePointer(scene->movesPointer()
+                           ? pointerAt(0, picture.size)
+                           : Point{double(picture.size.width - 1), double(picture.size.height - 1)});
+    screen.sync();
+    std::ofstream(log.string() + ".ready").put('\n');
+
+    char byte = 0;
+    if (::read(STDIN_FILENO, &byte, 1) != 1)
+        return 1;
+    struct Shown {
+        int number;
+        double time;
+    };
+    std::vector<Shown> shown;
+    const double start = hostNow();
+    const int frames = int(seconds * scene->rate());
+    shown.reserve(std::size_t(frames));
+    for (int n = 1; n <= frames; ++n) {
+        const auto rects = scene->draw(n, picture);
+        sleepUntil(start + n / scene->rate());
+        if (scene->movesPointer())
+            screen.movePointer(pointerAt(n, picture.size));
+        else
+            screen.put(picture, rects);
+        screen.sync();
+        shown.push_back({n, hostNow()});
+    }
+    {
+        std::ofstream out(log);
+        out.precision(9);
+        out << std::fixed;
+        for (const Shown &frame : shown)
+            out << frame.number << ' ' << frame.time << '\n';
+    }
+    std::ofstream(log.string() + ".done").put('\n');
+    while (::read(STDIN_FILENO, &byte, 1) == 1) {
+    }
+    return 0;
+}
+
+} // namespace vantrell::bench
