@@ -105,7 +105,7 @@ Task<std::expected<void, TransferError>> TusUploader::begin(Transfer &transfer) 
         co_return std::unexpected(std::move(created.error()));
     transfer.location = std::move(*created);
     if (transfer.callbacks.onLocation)
-        transfer.callbacks.onLocation(*transfer.location);
+        co_await transfer.callbacks.onLocation(*transfer.location);
     co_return std::expected<void, TransferError>();
 }
 

@@ -37,8 +37,9 @@ namespace vantrell {
 class TusUploader {
 public:
     struct Callbacks {
-        /// A new upload was made; its absolute address. Called before its first byte is sent.
-        std::function<void(const std::string &location)> onLocation;
+        /// A new upload was made; its absolute address. Its first byte is sent when the returned task has
+        /// ended, so that the address can be kept safe before.
+        std::function<Task<>(std::string location)> onLocation;
         /// Bytes that the server holds and the file's size, after each accepted chunk.
         std::function<void(std::int64_t sent, std::int64_t total)> onProgress;
     };

@@ -57,17 +57,19 @@ public:
 
     auto upload(std::stop_token stop = {}) {
         return uploader.upload(file, target, location,
-                               {.onLocation =
-                                    [this](const std::string &l) {
-                                        location = l;
-                                        ++created;
-                                    },
+                               {.onLocation = [this](std::string l) { return keepLocation(std::move(l)); },
                                 .onProgress =
                                     [this](std::int64_t sent, std::int64_t total) {
                                         progress.push_back(sent);
                                         EXPECT_EQ(total, std::int64_t(std::filesystem::file_size(file)));
                                     }},
                                stop);
+    }
+
+    Task<> keepLocation(std::string made) {
+        location = std::move(made);
+        ++created;
+        co_return;
     }
 
     void expectArrived() {
