@@ -3,8 +3,7 @@
 
 #include "Recording/MicrophoneMeter.h"
 
-#include <algorithm>
-#include <cmath>
+#include "Media/PeakLevel.h"
 
 namespace vantrell {
 
@@ -34,13 +33,6 @@ void MicrophoneMeter::take(std::span<const float> samples) {
         if (*onLevel)
             (*onLevel)(level);
     });
-}
-
-double peakLevel(std::span<const float> samples) {
-    float peak = 0;
-    for (const float sample : samples)
-        peak = std::max(peak, std::abs(sample));
-    return std::min(double(peak), 1.0);
 }
 
 } // namespace vantrell

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Analytics/AnalyticsEvent.h"
+#include "Analytics/QueueFile.h"
+#include "Support/Task.h"
+#include "Support/TaskScope.h"
+
+#include <filesystem>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace vantrell {
+
+class Clock;
+class VantrellAPI;
+
+/// The queue of usage events: kept on disk over restarts, posted to the service in batches every 30 s and
+/// whenever 10 events wait. Nothing of it is ever shown to the user, except how many events wait. Main
+/// thread.
+///
+/// The user switches it off with the environment variable DO_NOT_TRACK: then nothing is recorded or sent, and
+/// what waited on disk is removed.
+class Analytics {
+public:
+    /// The process's own queue, made on first use. It ends with the application object.
+    static Analytics &shared();
+
+    /// Reads the queue in `file`; `clock` outlives the object.
+    Analytics(std::filesystem::path file, Clock &clock);
+    Analytics(const Analytics &) = delete;
+    Analytics &operator=(const Analytics &) = delete;
+
+    /// Records an event. A name that does not match "^cap\.[a-z0-9_]+$" is dropped with a log line; beyond
+    /// 200 events the oldest go.
+    void track(const std::string &name, AnalyticsProps props = {});
+
+    /// Posts from now on, the first time in 30 s. `api` outlives the object or is ended with `stop`.
+    void start(VantrellAPI &api);
+    /// Ends posting; events go on to be recorded.
+    void stop();
+
+    /// How many events wait.
+    int count() const { return int(m_events.size()); }
+    bool isOff() const { return m_off; }
+
+private:
+    Task<> flushPeriodically(std::stop_token stop);
+    Task<> flush(std::stop_token stop);
+    Task<bool> postBatch(std::stop_token stop);
+    void load();
+    void save();
+
+    const std::filesystem::path m_path;
+    Clock &m_clock;
+    const bool m_off;
+    QueueFile m_file;
+    /// Oldest first.
+    std::vector<AnalyticsEvent> m_events;
+    VantrellAPI *m_api = nullptr;
+    bool m_isFlushing = false;
+    TaskScope m_timerTask;
+    TaskScope m_scope;
+};
+
+} // namespace vantrell

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "CaptureProgram.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace vantrell::testing {
+
+nlohmann::json CaptureProgram::Ended::json() const {
+    const size_t end = output.find_last_not_of('\n');
+    const size_t begin = output.find_last_of('\n', end == std::string::npos ? end : end - 1);
+    const std::string line = output.substr(begin == std::string::npos ? 0 : begin + 1);
+    const auto parsed = nlohmann::json::parse(line, nullptr, false);
+    EXPECT_FALSE(parsed.is_discarded()) << "not JSON: " << output << errors;
+    return parsed;
+}
+
+CaptureProgram::CaptureProgram() : m_environment(QProcessEnvironment::systemEnvironment()) {
+    set("XDG_DATA_HOME", m_folder / "data");
+    set("XDG_CONFIG_HOME", m_folder / "config");
+    // No keyring: what is not said here must not come from the person who runs the tests.
+    set("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+}
+
+void CaptureProgram::set(const std::string &variable, const std::string &value) {
+    m_environment.insert(QString::fromStdString(variable), QString::fromStdString(value));
+}
+
+CaptureProgram::Ended CaptureProgram::run(const std::vector<std::string> &arguments) {
+    start(arguments);
+    return finish();
+}
+
+void CaptureProgram::start(const std::vector<std::string> &arguments,
+                           const std::vector<std::string> &wrapper) {
+    QStringList words;
+    for (const std::string &word : wrapper)
+        words << QString::fromStdString(word);
+    words << VANTRELL_CAPTURE;
+    for (const std::string &argument : arguments)
+        words << QString::fromStdString(argument);
+    m_errors.clear();
+    m_process.setProcessEnvironment(m_environment);
+    const QString command = words.takeFirst();
+    m_process.start(command, words);
+    ASSERT_TRUE(m_process.waitForStarted());
+}
+
+void CaptureProgram::waitForLog(const std::string &line) {
+    m_process.setReadChannel(QProcess::StandardError);
+    while (m_errors.find(line) == std::string::npos) {
+        ASSERT_TRUE(m_process.waitForReadyRead(30000)) << "no '" << line << "' in: " << m_errors;
+        m_errors += m_process.readAllStandardError().toStdString();
+    }
+}
+
+void CaptureProgram::signal(int number) {
+    ::kill(pid_t(m_process.processId()), number);
+}
+
+CaptureProgram::Ended CaptureProgram::finish() {
+    EXPECT_TRUE(m_process.waitForFinished(60000)) << "still running";
+    m_errors += m_process.readAllStandardError().toStdString();
+    return {m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1,
+            m_process.readAllStandardOutput().toStdString(), m_errors};
+}
+
+std::vector<std::string> CaptureProgram::captureFiles() const {
+    std::vector<std::string> names;
+    std::error_code missing;
+    for (const auto &entry : std::filesystem::directory_iterator(captures(), missing))
+        names.push_back(entry.path().filename().string());
+    return names;
+}
+
+} // namespace vantrell::testing

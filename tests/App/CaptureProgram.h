@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "TestSupport/TemporaryFolder.h"
+
+#include <QProcess>
+#include <QProcessEnvironment>
+
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace vantrell::testing {
+
+/// The program as a user runs it, with folders of its own. Its display is the process's.
+class CaptureProgram {
+public:
+    struct Ended {
+        int exitCode = -1;
+        std::string output;
+        std::string errors;
+
+        /// The last line of the output.
+        nlohmann::json json() const;
+    };
+
+    CaptureProgram();
+
+    void set(const std::string &variable, const std::string &value);
+    Ended run(const std::vector<std::string> &arguments);
+
+    /// Starts it; with `wrapper`, a command that starts it in turn.
+    void start(const std::vector<std::string> &arguments, const std::vector<std::string> &wrapper = {});
+    /// Waits until its log says `line`.
+    void waitForLog(const std::string &line);
+    /// Lets the process's end be seen, for at most that long.
+    void poll(std::chrono::milliseconds patience) { m_process.waitForFinished(int(patience.count())); }
+    bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+    void signal(int number);
+    /// Waits for the end of what was started.
+    Ended finish();
+
+    std::filesystem::path captures() const { return m_folder / "data/VantrellCapture/Captures"; }
+    std::filesystem::path folder() const { return m_folder.path(); }
+    /// Names of the files in the captures folder.
+    std::vector<std::string> captureFiles() const;
+
+private:
+    TemporaryFolder m_folder;
+    QProcessEnvironment m_environment;
+    QProcess m_process;
+    std::string m_errors;
+};
+
+} // namespace vantrell::testing
