@@ -5,12 +5,14 @@
 
 #include "API/TusProtocol.h"
 #include "TestSupport/RunTask.h"
+#include "TestSupport/TestCertificate.h"
 #include "TestSupport/TestFile.h"
 
-#include <QUuid>
-
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
+#include <iostream>
+#include <vector>
 
 namespace vantrell::bench {
 
@@ -18,14 +20,11 @@ using nlohmann::json;
 
 namespace {
 
-/// The same request to another port of this computer.
-std::string withPort(const std::string &url, int port) {
-    if (port == 0)
-        return url;
-    const auto colon = url.find(':', url.find("//"));
-    const auto end = url.find('/', colon);
-    return url.substr(0, colon + 1) + std::to_string(port) +
-           (end == std::string::npos ? "" : url.substr(end));
+std::optional<std::filesystem::path> certificateIn(const std::filesystem::path &folder, bool wanted) {
+    if (!wanted)
+        return std::nullopt;
+    testing::makeTestCertificate(folder);
+    return folder;
 }
 
 } // namespace
@@ -34,15 +33,15 @@ std::string ownProgram() {
     return std::filesystem::read_symlink("/proc/self/exe");
 }
 
-Contest::Contest(bool tls, std::filesystem::path folder)
-    : m_folder(std::move(folder)), m_file(m_folder / "film.mov"), m_tls(tls),
-      m_service(
-          {.arguments = {"--discard", "--quiet", "--chunk-size", std::to_string(chunkBytes)}, .tls = tls}),
-      m_key(m_service.createKey()), m_project(m_service.createProject("Bench")) {}
-
-int Contest::servicePort() const {
-    const std::string &url = m_service.url();
-    return std::stoi(url.substr(url.rfind(':') + 1));
+Contest::Contest(Line line, std::filesystem::path folder)
+    : m_folder(std::move(folder)), m_file(m_folder / "film.mov"), m_tls(line.tls),
+      m_server(certificateIn(m_folder, line.tls)) {
+    if (line.delay.count() > 0)
+        m_proxy = std::make_unique<DelayProxy>(m_server.port(), line.delay);
+    const std::string authority = m_folder / "authority.pem";
+    if (m_tls)
+        m_environment = {
+            {"SSL_CERT_FILE", authority}, {"CURL_CA_BUNDLE", authority}, {"NODE_EXTRA_CA_CERTS", authority}};
 }
 
 void Contest::setFile(std::int64_t bytes) {
@@ -53,66 +52,63 @@ void Contest::setFile(std::int64_t bytes) {
     std::filesystem::resize_file(m_file, std::uintmax_t(bytes));
 }
 
-json Contest::descriptor(const std::string &transfer) {
-    m_service.configure({{"transfer", transfer}});
-    json answer =
-        m_service.call("POST", "/v1/capture/sign",
-                       {{"projectId", m_project},
-                        {"kind", "video"},
-                        {"mime", "video/quicktime"},
-                        {"bytes", m_bytes},
-                        {"durationMs", 1000},
-                        {"meta", false},
-                        {"captureId", QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString()}},
-                       m_key);
-    json upload = answer.at("main").at("upload");
-    for (const char *key : {"endpoint", "uploadUrl"})
-        if (upload.contains(key))
-            upload[key] = withPort(upload.at(key), m_port);
-    return upload;
+std::string Contest::url(const std::string &path) const {
+    const int port = m_proxy ? m_proxy->port() : m_server.port();
+    return (m_tls ? "https://127.0.0.1:" : "http://127.0.0.1:") + std::to_string(port) + path;
 }
 
-std::filesystem::path Contest::write(const json &descriptor) const {
+std::filesystem::path Contest::describe(const json &descriptor) const {
     const std::filesystem::path path = m_folder / "descriptor.json";
     std::ofstream(path) << descriptor.dump();
     return path;
 }
 
-Variables Contest::environment() const {
-    if (!m_tls)
-        return {};
-    const std::string authority = m_service.authority();
-    return {{"SSL_CERT_FILE", authority}, {"CURL_CA_BUNDLE", authority}, {"NODE_EXTRA_CA_CERTS", authority}};
+std::filesystem::path Contest::describeTus() const {
+    return describe({{"kind", "tus"},
+                     {"endpoint", url("/tus")},
+                     {"signature", "signature"},
+                     {"apiKey", "key"},
+                     {"bucket", "captures"},
+                     {"objectName", "film.mov"},
+                     {"contentType", "video/quicktime"},
+                     {"chunkSize", chunkBytes}});
+}
+
+RunCost Contest::runTus(const Command &command) {
+    const RunCost cost = runChild(command, m_environment);
+    if (m_server.newestOffset() != m_bytes) {
+        std::cerr << command[0] << " did not send everything" << std::endl;
+        std::exit(1);
+    }
+    return cost;
 }
 
 RunCost Contest::oursTus() {
-    return runChild({ownProgram(), "send", write(descriptor("tus")), m_file}, environment());
-}
-
-RunCost Contest::oursPut() {
-    return runChild({ownProgram(), "send", write(descriptor("standard")), m_file}, environment());
+    return runTus({ownProgram(), "send", describeTus(), m_file});
 }
 
 RunCost Contest::tusJs() {
-    const std::string script = VANTRELL_SOURCE_DIR "/bench/upload/tus-js.mjs";
-    return runChild({"node", script, write(descriptor("tus")), m_file}, environment());
+    return runTus({"node", VANTRELL_SOURCE_DIR "/bench/upload/tus-js.mjs", describeTus(), m_file});
+}
+
+RunCost Contest::oursPut() {
+    const auto descriptor = describe({{"kind", "standard"}, {"uploadUrl", url("/put")}});
+    return runChild({ownProgram(), "send", descriptor, m_file}, m_environment);
 }
 
 RunCost Contest::curlPut() {
-    const std::string url = descriptor("standard").at("uploadUrl");
     return runChild(
-        {"curl", "-sSf", "-o", "/dev/null", "-H", "Content-Type: video/quicktime", "-T", m_file, url},
-        environment());
+        {"curl", "-sSf", "-o", "/dev/null", "-H", "Content-Type: video/quicktime", "-T", m_file, url("/put")},
+        m_environment);
 }
 
-std::string Contest::createUpload(const json &descriptor) {
+std::string Contest::createUpload() {
     HttpClient::Options options;
     if (m_tls)
-        options.authorities = m_service.authority();
+        options.authorities = m_folder / "authority.pem";
     HttpClient http(options);
-    JsonReader reader(descriptor);
-    const TusProtocol protocol(http, std::get<TusUpload>(decodeUploadDescriptor(reader)));
-    return withPort(testing::runTask(protocol.createUpload(m_bytes, {})).value(), m_port);
+    const TusProtocol protocol(http, TusUpload{.endpoint = url("/tus")});
+    return testing::runTask(protocol.createUpload(m_bytes, {})).value();
 }
 
 void Contest::splitFile() {
@@ -127,8 +123,7 @@ void Contest::splitFile() {
 
 RunCost Contest::curlTus() {
     splitFile();
-    const json target = descriptor("tus");
-    const std::string location = createUpload(target);
+    const std::string location = createUpload();
     const std::filesystem::path config = m_folder / "curl.conf";
     std::ofstream out(config);
     std::vector<std::filesystem::path> chunks;
@@ -137,15 +132,14 @@ RunCost Contest::curlTus() {
     std::ranges::sort(chunks);
     for (std::size_t i = 0; i < chunks.size(); ++i) {
         out << (i ? "next\n" : "") << "url = \"" << location << "\"\nrequest = PATCH\nupload-file = \""
-            << chunks[i].string() << "\"\noutput = /dev/null\nsilent\nfail\n"
-            << "header = \"Expect:\"\nheader = \"Tus-Resumable: 1.0.0\"\n"
-            << "header = \"Content-Type: application/offset+octet-stream\"\n"
-            << "header = \"x-signature: " << target.at("signature").get<std::string>() << "\"\n"
-            << "header = \"apikey: " << target.at("apiKey").get<std::string>() << "\"\n"
+            << chunks[i].string() << "\"\noutput = /dev/null\nsilent\nfail\nheader = \"Expect:\"\n"
+            << "header = \"Tus-Resumable: 1.0.0\"\nheader = \"Content-Type: "
+               "application/offset+octet-stream\"\n"
+            << "header = \"x-signature: signature\"\nheader = \"apikey: key\"\n"
             << "header = \"Upload-Offset: " << std::int64_t(i) * chunkBytes << "\"\n";
     }
     out.close();
-    return runChild({"curl", "--config", config}, environment());
+    return runTus({"curl", "--config", config});
 }
 
 } // namespace vantrell::bench

@@ -4,29 +4,34 @@
 #pragma once
 
 #include "ChildRun.h"
+#include "DelayProxy.h"
+#include "DiscardServer.h"
 
-#include "API/SignedCapture.h"
-#include "API/VantrellAPI.h"
-#include "TestSupport/LocalService.h"
+#include <nlohmann/json.hpp>
 
+#include <chrono>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <string>
 
 namespace vantrell::bench {
 
-/// One discarding service, one file, and the programs that send the file to it.
+/// One discarding server, one file, and the programs that send the file to it.
 class Contest {
 public:
     static constexpr std::int64_t chunkBytes = 6 << 20;
 
-    Contest(bool tls, std::filesystem::path folder);
+    struct Line {
+        bool tls = false;
+        /// Half of a round trip; 0 leaves the line as it is.
+        std::chrono::milliseconds delay{0};
+    };
+
+    Contest(Line line, std::filesystem::path folder);
 
     /// The file that is sent from now on, of that size.
     void setFile(std::int64_t bytes);
-    /// Everything goes through this port instead of the service's own; 0 for its own.
-    void setPort(int port) { m_port = port; }
-    int servicePort() const;
 
     RunCost oursTus();
     /// curl sending the same chunks over one kept-alive connection.
@@ -35,23 +40,24 @@ public:
     RunCost oursPut();
     RunCost curlPut();
 
-    testing::LocalService &service() { return m_service; }
+    /// Connections since the last call.
+    int takeConnectionCount() { return m_server.takeConnectionCount(); }
 
 private:
-    nlohmann::json descriptor(const std::string &transfer);
-    std::filesystem::path write(const nlohmann::json &descriptor) const;
-    std::string createUpload(const nlohmann::json &descriptor);
-    Variables environment() const;
+    std::string url(const std::string &path) const;
+    std::filesystem::path describe(const nlohmann::json &descriptor) const;
+    std::filesystem::path describeTus() const;
+    std::string createUpload();
+    RunCost runTus(const Command &command);
     void splitFile();
 
     std::filesystem::path m_folder;
     std::filesystem::path m_file;
     std::int64_t m_bytes = 0;
     bool m_tls;
-    int m_port = 0;
-    testing::LocalService m_service;
-    std::string m_key;
-    std::string m_project;
+    DiscardServer m_server;
+    std::unique_ptr<DelayProxy> m_proxy;
+    Variables m_environment;
 };
 
 /// This program's own path, to start it once more as the sender.

@@ -3,12 +3,13 @@
 
 #include "DelayProxy.h"
 
+#include "LoopbackPort.h"
+
 #include <condition_variable>
 #include <deque>
 #include <stdexcept>
 #include <string>
 
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 
@@ -85,26 +86,13 @@ void carry(int from, int to, std::chrono::milliseconds delay) {
     writer.join();
 }
 
-sockaddr_in loopback(int port) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(std::uint16_t(port));
-    return address;
-}
-
 } // namespace
 
 DelayProxy::DelayProxy(int targetPort, std::chrono::milliseconds oneWay)
-    : m_targetPort(targetPort), m_oneWay(oneWay),
-      m_listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address = loopback(0);
-    socklen_t size = sizeof address;
-    if (::bind(m_listener.get(), reinterpret_cast<sockaddr *>(&address), size) != 0 ||
-        ::listen(m_listener.get(), 64) != 0 ||
-        ::getsockname(m_listener.get(), reinterpret_cast<sockaddr *>(&address), &size) != 0)
-        throw std::runtime_error("no port for the proxy");
-    m_port = ntohs(address.sin_port);
+    : m_targetPort(targetPort), m_oneWay(oneWay), m_listener(makeTcpSocket()),
+      m_port(bindToFreePort(m_listener.get())) {
+    if (::listen(m_listener.get(), 64) != 0)
+        throw std::runtime_error("the proxy cannot listen");
     m_acceptor = std::thread([this] { acceptAll(); });
 }
 
@@ -120,15 +108,14 @@ void DelayProxy::acceptAll() {
         UniqueFd client(::accept4(m_listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
         if (!client)
             return;
-        ++m_connections;
         std::scoped_lock lock(m_mutex);
         m_threads.emplace_back([this, socket = std::move(client)]() mutable { serve(std::move(socket)); });
     }
 }
 
 void DelayProxy::serve(UniqueFd client) {
-    const UniqueFd server(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    const sockaddr_in address = loopback(m_targetPort);
+    const UniqueFd server = makeTcpSocket();
+    const sockaddr_in address = loopbackAddress(m_targetPort);
     if (::connect(server.get(), reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
         return;
     const int now = 1;

@@ -5,7 +5,6 @@
 
 #include "Support/UniqueFd.h"
 
-#include <atomic>
 #include <chrono>
 #include <mutex>
 #include <thread>
@@ -22,17 +21,15 @@ public:
     DelayProxy &operator=(const DelayProxy &) = delete;
 
     int port() const { return m_port; }
-    int takeConnectionCount() { return m_connections.exchange(0); }
 
 private:
     void acceptAll();
     void serve(UniqueFd client);
 
-    int m_targetPort;
-    std::chrono::milliseconds m_oneWay;
+    const int m_targetPort;
+    const std::chrono::milliseconds m_oneWay;
     UniqueFd m_listener;
     int m_port = 0;
-    std::atomic<int> m_connections = 0;
     std::mutex m_mutex;
     std::vector<std::thread> m_threads;
     std::thread m_acceptor;

@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "Contest.h"
-#include "DelayProxy.h"
 #include "Endurance.h"
 #include "SendCommand.h"
 
@@ -10,6 +9,7 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <functional>
@@ -52,7 +52,7 @@ void compare(const char *title, int rounds, const std::vector<Contender> &conten
 }
 
 void compareThroughput(bool tls, const Arguments &arguments, const std::filesystem::path &folder) {
-    Contest contest(tls, folder);
+    Contest contest({.tls = tls}, folder);
     contest.setFile(arguments.bytes);
     compare(tls ? "tus, 6 MiB chunks, TLS" : "tus, 6 MiB chunks, plain", arguments.rounds,
             {{"ours", [&] { return contest.oursTus(); }},
@@ -63,17 +63,15 @@ void compareThroughput(bool tls, const Arguments &arguments, const std::filesyst
 }
 
 void compareDistant(const Arguments &arguments, const std::filesystem::path &folder) {
-    Contest contest(false, folder);
-    contest.setFile(arguments.bytes / 4);
-    DelayProxy proxy(contest.servicePort(), std::chrono::milliseconds(25));
-    contest.setPort(proxy.port());
+    Contest contest({.delay = std::chrono::milliseconds(25)}, folder);
+    contest.setFile(arguments.bytes / 2);
     int most = 0;
     compare("tus, 6 MiB chunks, 50 ms round trips", arguments.rounds,
             {{"ours",
               [&] {
-                  proxy.takeConnectionCount();
+                  contest.takeConnectionCount();
                   const RunCost cost = contest.oursTus();
-                  most = std::max(most, proxy.takeConnectionCount());
+                  most = std::max(most, contest.takeConnectionCount());
                   return cost;
               }},
              {"curl", [&] { return contest.curlTus(); }}});
@@ -81,7 +79,7 @@ void compareDistant(const Arguments &arguments, const std::filesystem::path &fol
 }
 
 void compareMemory(const std::filesystem::path &folder) {
-    Contest contest(false, folder);
+    Contest contest({}, folder);
     contest.setFile(64LL << 20);
     const RunCost small = contest.oursTus();
     const RunCost smallPut = contest.oursPut();

@@ -4,6 +4,7 @@
 #include "TestSupport/LocalService.h"
 
 #include "Support/UniqueFd.h"
+#include "TestSupport/TestCertificate.h"
 
 #include <curl/curl.h>
 
@@ -34,15 +35,6 @@ std::string readLine(int fd) {
     return line;
 }
 
-void makeCertificate(const std::filesystem::path &folder) {
-    const std::string command = "openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=localhost "
-                                "-addext subjectAltName=IP:127.0.0.1,DNS:localhost -keyout '" +
-                                (folder / "key.pem").string() + "' -out '" +
-                                (folder / "authority.pem").string() + "' 2>/dev/null";
-    if (std::system(command.c_str()) != 0)
-        giveUp("openssl could not make a certificate");
-}
-
 std::size_t append(char *bytes, std::size_t size, std::size_t count, void *target) {
     static_cast<std::string *>(target)->append(bytes, size * count);
     return size * count;
@@ -52,7 +44,7 @@ std::size_t append(char *bytes, std::size_t size, std::size_t count, void *targe
 
 LocalService::LocalService(Options options) : m_options(std::move(options)) {
     if (m_options.tls)
-        makeCertificate(m_folder.path());
+        makeTestCertificate(m_folder.path());
     start(0);
 }
 
