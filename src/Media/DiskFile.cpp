@@ -4,6 +4,7 @@
 #include "Media/DiskFile.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
@@ -112,6 +113,10 @@ std::expected<void, PlatformError> DiskFile::reserve(std::uint64_t size) const {
         (done.error().code == EOPNOTSUPP || done.error().code == ENOSYS || done.error().code == EINTR))
         return {};
     return done;
+}
+
+std::expected<void, PlatformError> DiskFile::lock() const {
+    return posixResult("lock", ::flock(m_fd.get(), LOCK_EX | LOCK_NB));
 }
 
 std::expected<void, PlatformError> syncFolder(const std::filesystem::path &folder) {

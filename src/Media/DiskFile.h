@@ -41,6 +41,9 @@ public:
     /// cannot: only a full disk is an error.
     std::expected<void, PlatformError> reserve(std::uint64_t size) const;
 
+    /// Keeps other processes from locking the file as long as it is open here; EWOULDBLOCK when one has.
+    std::expected<void, PlatformError> lock() const;
+
     int fd() const { return m_fd.get(); }
     bool isOpen() const { return m_fd.isValid(); }
     void close() { m_fd.reset(); }

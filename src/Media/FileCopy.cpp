@@ -3,6 +3,8 @@
 
 #include "Media/FileCopy.h"
 
+#include "Media/MovieError.h"
+
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -45,7 +47,7 @@ std::expected<std::uint64_t, PlatformError> copyThroughBuffer(const DiskFile &fr
     if (!count)
         return std::unexpected(count.error());
     if (*count == 0)
-        return std::unexpected(PlatformError{"movie", 5, "a movie shrank while it was copied"});
+        return std::unexpected(movieError(MovieFault::shrank, "a movie shrank while it was copied"));
     if (const auto written = to.writeAt(toOffset, std::span(buffer).first(*count)); !written)
         return std::unexpected(written.error());
     return *count;

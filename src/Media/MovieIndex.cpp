@@ -4,6 +4,7 @@
 #include "Media/MovieIndex.h"
 
 #include "Media/ByteReader.h"
+#include "Media/MovieError.h"
 #include "Media/SampleTableReader.h"
 
 #include <algorithm>
@@ -21,7 +22,7 @@ constexpr std::size_t mostTracks = 64;
 constexpr std::size_t mostEdits = 4096;
 
 std::unexpected<PlatformError> damaged(const char *what) {
-    return std::unexpected(PlatformError{"movie", 3, std::string("damaged movie: ") + what});
+    return std::unexpected(movieError(MovieFault::damaged, std::string("damaged movie: ") + what));
 }
 
 struct Box {

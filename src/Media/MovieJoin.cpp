@@ -22,6 +22,8 @@ namespace vantrell {
 
 namespace {
 
+constexpr std::string_view partSuffix = ".part";
+
 struct ByteRange {
     std::uint64_t begin = std::numeric_limits<std::uint64_t>::max();
     std::uint64_t end = 0;
@@ -137,11 +139,13 @@ std::expected<MovieSummary, MovieJoinError> joinMovies(std::span<const std::file
                                                        const std::filesystem::path &output,
                                                        std::stop_token stop) {
     // Under another name until it is whole: a movie that a crash left behind is nobody's result.
-    const std::filesystem::path temporary = output.string() + ".part";
+    const std::filesystem::path temporary = output.string() + std::string(partSuffix);
     ::unlink(temporary.c_str());
     auto file = DiskFile::create(temporary);
     if (!file)
         return std::unexpected(file.error());
+    if (const auto locked = file->lock(); !locked)
+        return std::unexpected(locked.error());
     bool isKept = false;
     const ScopeExit removeFailed([&] {
         if (!isKept)
@@ -166,6 +170,19 @@ std::expected<MovieSummary, MovieJoinError> joinMovies(std::span<const std::file
     if (const auto synced = syncFolder(output.parent_path()); !synced)
         qCWarning(logCapture, "joined movie's folder not synchronised: %s", synced.error().message.c_str());
     return summary;
+}
+
+void removeAbandonedJoins(const std::filesystem::path &folder) {
+    std::error_code failure;
+    for (std::filesystem::directory_iterator entry(folder, failure), end; entry != end && !failure;
+         entry.increment(failure)) {
+        const std::filesystem::path &path = entry->path();
+        if (path.extension() != partSuffix || path.stem().extension() != ".mov")
+            continue;
+        const auto file = DiskFile::openForWriting(path);
+        if (file && file->lock())
+            ::unlink(path.c_str());
+    }
 }
 
 } // namespace vantrell

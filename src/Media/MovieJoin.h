@@ -37,4 +37,7 @@ std::expected<MovieSummary, MovieJoinError> joinMovies(std::span<const std::file
                                                        const std::filesystem::path &output,
                                                        std::stop_token stop = {});
 
+/// Removes what joins that were killed left in `folder`; those of living processes stay.
+void removeAbandonedJoins(const std::filesystem::path &folder);
+
 } // namespace vantrell

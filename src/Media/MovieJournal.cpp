@@ -7,10 +7,6 @@
 #include "Media/Crc32c.h"
 #include "Media/MovieJournalLayout.h"
 
-#include <sys/file.h>
-
-#include <cerrno>
-
 #include <unistd.h>
 
 namespace vantrell {
@@ -21,12 +17,6 @@ namespace {
 
 constexpr std::string_view journalSuffix = ".journal";
 constexpr std::uint64_t reserveStep = std::uint64_t(256) << 10;
-
-std::expected<void, PlatformError> lockFile(const DiskFile &file) {
-    if (::flock(file.fd(), LOCK_EX | LOCK_NB) != 0)
-        return std::unexpected(PlatformError::fromErrno("lock journal", errno));
-    return {};
-}
 
 std::expected<void, PlatformError> writeNote(const DiskFile &file, std::uint64_t place,
                                              std::uint64_t sequence, std::uint64_t value) {
@@ -53,7 +43,7 @@ std::expected<MovieJournal, PlatformError> MovieJournal::create(const std::files
     auto file = DiskFile::create(pathFor(movie));
     if (!file)
         return std::unexpected(file.error());
-    if (const auto locked = lockFile(*file); !locked)
+    if (const auto locked = file->lock(); !locked)
         return std::unexpected(locked.error());
     ByteWriter head;
     head.text(magic);
@@ -146,7 +136,7 @@ std::expected<DiskFile, PlatformError> lockMovieJournal(const std::filesystem::p
     auto file = DiskFile::openForWriting(journal);
     if (!file)
         return file;
-    if (const auto locked = lockFile(*file); !locked)
+    if (const auto locked = file->lock(); !locked)
         return std::unexpected(locked.error());
     return file;
 }

@@ -3,6 +3,7 @@
 
 #include "Media/ByteReader.h"
 #include "Media/Crc32c.h"
+#include "Media/MovieError.h"
 #include "Media/MovieJournal.h"
 #include "Media/MovieJournalLayout.h"
 
@@ -128,7 +129,7 @@ std::expected<MovieJournalContents, PlatformError> readMovieJournal(const DiskFi
         return std::unexpected(count.error());
     bytes.resize(*count);
     if (bytes.size() < recordsBegin || !std::ranges::equal(std::span(bytes).first(magic.size()), magic))
-        return std::unexpected(PlatformError{"movie", 1, "not a movie's journal"});
+        return std::unexpected(movieError(MovieFault::notAJournal, "not a movie's journal"));
 
     MovieJournalContents contents;
     contents.elapsed = std::bit_cast<double>(readNote(bytes, elapsedNote));

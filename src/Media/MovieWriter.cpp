@@ -5,6 +5,7 @@
 
 #include "Media/DiskReserve.h"
 #include "Media/MovieAssembler.h"
+#include "Media/MovieError.h"
 #include "Media/MovieJournal.h"
 #include "Media/MovieSyncer.h"
 #include "Support/Log.h"
@@ -245,7 +246,7 @@ std::expected<void, PlatformError> MovieWriter::append(TrackId track, const Enco
     if (self.error)
         return std::unexpected(*self.error);
     if (self.stopping)
-        return std::unexpected(PlatformError{"movie", 2, "the movie is finished"});
+        return std::unexpected(movieError(MovieFault::finished, "the movie is finished"));
     auto &[data, samples] = self.pending[std::size_t(track.index)];
     data.insert(data.end(), sample.data.begin(), sample.data.end());
     samples.push_back(

@@ -4,6 +4,7 @@
 #include "Media/SampleTableReader.h"
 
 #include "Media/ByteReader.h"
+#include "Media/MovieError.h"
 
 #include <limits>
 
@@ -18,7 +19,7 @@ using Samples = std::vector<MovieIndex::Sample>;
 using Result = std::expected<void, PlatformError>;
 
 std::unexpected<PlatformError> disagreement(const char *what) {
-    return std::unexpected(PlatformError{"movie", 4, std::string("damaged movie: ") + what});
+    return std::unexpected(movieError(MovieFault::damaged, std::string("damaged movie: ") + what));
 }
 
 // A table of `entryBytes` entries behind version, flags and count; empty when the count is not backed by

@@ -172,6 +172,17 @@ TEST(MovieJoin, joinsReorderedPicturesInTheirOrder) {
                     2 * videoTick);
 }
 
+TEST(MovieJoin, clearsAwayWhatAKilledJoinLeft) {
+    const TemporaryFolder folder;
+    ASSERT_TRUE(writeFileAtomically(folder / "a.mov.part", "abandoned"));
+    ASSERT_TRUE(writeFileAtomically(folder / "b.mov.part", "under way"));
+    const auto underWay = *DiskFile::openForWriting(folder / "b.mov.part");
+    ASSERT_TRUE(underWay.lock());
+    removeAbandonedJoins(folder.path());
+    EXPECT_FALSE(std::filesystem::exists(folder / "a.mov.part"));
+    EXPECT_TRUE(std::filesystem::exists(folder / "b.mov.part"));
+}
+
 TEST(MovieJoin, failsWithoutATraceAndWithoutTouchingTheSources) {
     const TemporaryFolder folder;
     writeSegment(folder / "a.mov", 0.3, 60, 1);

@@ -144,8 +144,8 @@ TEST(MovieWriter, keepsWhatComesWhileTheDiskIsWrittenTo) {
     const TemporaryFolder folder;
     for (int round = 0; round < 20; ++round) {
         const auto path = folder / (std::to_string(round) + ".mov");
-        auto writer = *MovieWriter::create(path, {.flushInterval = std::chrono::milliseconds(1),
-                                                  .bufferLimit = std::size_t(256) << 10});
+        auto writer = *MovieWriter::create(
+            path, {.flushInterval = std::chrono::milliseconds(1), .bufferLimit = std::size_t(256) << 10});
         const std::vector<TrackId> tracks = SyntheticMovie::addTracks(*writer);
         for (int number = 0; number < 500; ++number)
             ASSERT_TRUE(SyntheticMovie::append(*writer, tracks[0], number));
