@@ -88,7 +88,7 @@ void drawPhoto(Picture &picture, const PixelRect &area, std::uint32_t seed) {
             const double v = y * 0.017 - seed;
             const double a = std::sin(u + 1.7 * std::sin(v)) + std::sin(v * 1.3 + std::cos(u * 0.7));
             const double b = std::sin(u * 2.1 - v) + std::cos(v * 0.6 + u);
-            const int grain = int(hash(std::uint32_t(x) + seed, std::uint32_t(y)) % 9) - 4;
+            const int grain = int(hash(std::uint32_t(x) + seed, std::uint32_t(y)) % 5) - 2;
             const auto channel = [&](double value) {
                 return std::uint32_t(std::clamp(int(128 + 55 * value) + grain, 0, 255));
             };
@@ -160,7 +160,7 @@ public:
                 std::uint32_t *to = frame.row(y);
                 for (int x = 0; x < 1280; ++x) {
                     std::uint32_t pixel = 0;
-                    const int grain = int(hash(std::uint32_t(x * 7 + i * 131), std::uint32_t(y)) % 5) - 2;
+                    const int grain = int(hash(std::uint32_t(x * 7 + i * 131), std::uint32_t(y)) % 3) - 1;
                     for (unsigned shift = 0; shift < 24; shift += 8) {
                         const int a = int(from[x] >> shift & 0xff);
                         const int b = int(from[x + 1] >> shift & 0xff);

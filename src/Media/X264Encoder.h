@@ -5,6 +5,7 @@
 
 #include "Media/BlockMap.h"
 #include "Media/Nv12Frame.h"
+#include "Media/QuantizerControl.h"
 #include "Support/PlatformError.h"
 
 #include <cstdint>
@@ -18,8 +19,6 @@ namespace vantrell {
 /// How the screen is encoded.
 struct X264EncoderSettings {
     PixelSize picture;
-    /// The H.264 quantizer of changed parts; parts that stay keep what they were encoded with.
-    int quantizer = 21;
     /// Parts of a frame that are encoded at the same time.
     int slices = 1;
 };

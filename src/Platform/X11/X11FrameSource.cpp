@@ -16,8 +16,10 @@ namespace {
 constexpr int bytesPerPixel = 4;
 /// More patches than this cost more in requests than the pixels between them.
 constexpr int mostPatches = 12;
-/// A program that sets the pointer's place moves no device; looking four times a second finds that.
+/// A program that sets the pointer's place moves no device; looking four times a second finds that, and while
+/// the place was found to change, looking goes on at the frame rate.
 constexpr double pointerLookInterval = 0.25;
+constexpr double movingPointerLookInterval = 1.0 / 60;
 /// The desktop's size changes now and then under a fetch; a server that refuses for ever is broken.
 constexpr int mostFailedFetches = 200;
 
@@ -177,12 +179,14 @@ std::expected<void, PlatformError> X11FrameSource::collectChanges() {
             m_stale.mark(onPicture({rects[i].x, rects[i].y, rects[i].width, rects[i].height}));
     }
     if (m_cursor) {
-        m_nextPointerLook = hostNow() + pointerLookInterval;
+        const double now = hostNow();
         const PixelRect before = m_cursor->rect();
-        if (m_cursor->finishUpdate(*m_x11)) {
+        const bool moved = m_cursor->finishUpdate(*m_x11);
+        if (moved) {
             m_stale.mark(onPicture(before));
             m_stale.mark(onPicture(m_cursor->rect()));
         }
+        m_nextPointerLook = now + (moved ? movingPointerLookInterval : pointerLookInterval);
     }
     return {};
 }

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include <cstddef>
+
+namespace vantrell {
+
+/// Chooses the H.264 quantizer. Text and everything that changes little gets a fine one, for ever: it costs
+/// next to nothing. Large moving pictures get a coarser one the more there is in them, as the eye allows, so
+/// that a film that plays does not blow the file up. It moves in steps and seldom: parts that stand still are
+/// passed over by the encoder only while the quantizer is not finer than the one that they were encoded with.
+class QuantizerControl {
+public:
+    static constexpr int finest = 19;
+    static constexpr int coarsest = 27;
+
+    /// `blocks` is the picture's number of macroblocks.
+    explicit QuantizerControl(int blocks) : m_blocks(blocks) {}
+
+    /// For the next frame; a key frame, which everything after it builds on, gets a finer one.
+    int quantizer(bool isKeyFrame) const;
+
+    /// What the frame that was just encoded took.
+    void frameEncoded(double hostTime, int changedBlocks, std::size_t bytes, bool isKeyFrame);
+
+private:
+    int m_blocks;
+    int m_quantizer = finest;
+    /// Running mean of what a changed block takes, as if it were encoded at the finest quantizer: bits.
+    double m_detail = 0;
+    double m_changedAt = 0;
+    double m_movedAt = 0;
+};
+
+} // namespace vantrell
