@@ -50,6 +50,11 @@ void report(const WindowDescription &window, const Reporter &reporter) {
     reporter.result(object, line.str());
 }
 
+void report(const Microphone &microphone, const Reporter &reporter) {
+    reporter.result({{"id", microphone.id}, {"name", microphone.name}, {"default", microphone.isDefault}},
+                    microphone.id + "  " + microphone.name + (microphone.isDefault ? "  default" : ""));
+}
+
 template <typename T>
 ExitCode reportAll(const std::expected<std::vector<T>, PlatformError> &things, const Reporter &reporter) {
     if (!things) {
@@ -88,6 +93,8 @@ Task<ExitCode> runList(ListArguments arguments, CommandContext context, std::sto
         co_return reportAll(loadPlatform(context.clock).capture->windows(), context.reporter);
     case ListArguments::What::projects:
         co_return co_await listProjects(context, stop);
+    case ListArguments::What::microphones:
+        co_return reportAll(co_await loadPlatform(context.clock).audio->microphones(stop), context.reporter);
     default:
         context.reporter.failure("This cannot be listed yet");
         co_return ExitCode::failed;

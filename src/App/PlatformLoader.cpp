@@ -3,6 +3,8 @@
 
 #include "App/PlatformLoader.h"
 
+#include "Media/SoundRecorder.h"
+#include "Platform/Audio/PulseAudioBackend.h"
 #include "Platform/NullCaptureBackend.h"
 #include "Platform/NullInputMonitor.h"
 #include "Platform/NullStillCapture.h"
@@ -17,17 +19,19 @@ namespace vantrell {
 namespace {
 
 Platform nullPlatform(const PlatformError &reason) {
-    return {std::make_unique<NullCaptureBackend>(reason.message),
+    return {std::make_unique<PulseAudioBackend>(),
+            std::make_unique<NullCaptureBackend>(reason.message),
             std::make_unique<NullInputMonitor>(reason),
             std::make_unique<NullStillCapture>(reason),
             {}};
 }
 
 Platform x11Platform(Clock &clock) {
-    auto capture = X11CaptureBackend::create({});
+    Platform platform;
+    platform.audio = std::make_unique<PulseAudioBackend>();
+    auto capture = X11CaptureBackend::create(SoundRecorder::factory(*platform.audio));
     if (!capture)
         return nullPlatform(capture.error());
-    Platform platform;
     platform.windowBounds = [backend = capture->get()](std::uint32_t id) {
         return backend->windowBounds(id);
     };

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Platform/AudioBackend.h"
 #include "Platform/CaptureBackend.h"
 #include "Platform/InputMonitor.h"
 #include "Platform/StillCapture.h"
@@ -17,6 +18,8 @@ namespace vantrell {
 /// The desktop session behind the ports. What this desktop lacks is stood in for by null backends, which
 /// carry the sentence for the user.
 struct Platform {
+    std::unique_ptr<AudioBackend> audio;
+    /// Records its sound from `audio`.
     std::unique_ptr<CaptureBackend> capture;
     std::unique_ptr<InputMonitor> input;
     std::unique_ptr<StillCapture> stills;

@@ -34,6 +34,7 @@ public:
 
 private:
     std::expected<RecordingTarget, std::string> prepare();
+    Task<std::expected<void, PlatformError>> checkMicrophone(std::stop_token stop);
     void onSignal(int signal);
     Task<> togglePause(std::stop_token stop);
     Task<> stopLater(std::chrono::milliseconds delay, std::stop_token stop);
@@ -76,10 +77,22 @@ std::expected<RecordingTarget, std::string> RecordRun::prepare() {
     return std::move(*target);
 }
 
+Task<std::expected<void, PlatformError>> RecordRun::checkMicrophone(std::stop_token stop) {
+    if (!m_arguments.microphone)
+        co_return std::expected<void, PlatformError>();
+    const auto connected = co_await m_platform.audio->microphones(stop);
+    // Without a sound server the screen is recorded all the same, and the result says what is missing.
+    if (!connected)
+        co_return std::expected<void, PlatformError>();
+    co_return requireMicrophone(*connected, m_arguments.microphoneId);
+}
+
 Task<ExitCode> RecordRun::run(std::stop_token stop) {
     auto target = prepare();
     if (!target)
         co_return fail(target.error());
+    if (const auto microphone = co_await checkMicrophone(stop); !microphone)
+        co_return fail(microphone.error().description());
     if (m_arguments.upload) {
         // Asked before anything is recorded, so that a wrong address or a missing connection costs no work.
         auto session = ServiceSession::create(m_context);
@@ -162,6 +175,10 @@ Task<ExitCode> RecordRun::deliver(RecordingStopOutcome outcome, std::stop_token 
         co_return fail(saved->error().description());
     nlohmann::json json = (*saved)->json(capture, outcome.isPartial);
     json["droppedFrames"] = outcome.droppedFrames;
+    if (outcome.soundProblem) {
+        json["soundProblem"] = outcome.soundProblem->description();
+        m_context.reporter.note("Recorded without sound: " + outcome.soundProblem->description());
+    }
     std::string text = (*saved)->file.string();
     ExitCode code = ExitCode::success;
     if (m_session) {

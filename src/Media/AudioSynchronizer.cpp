@@ -22,11 +22,11 @@ constexpr double certainJump = 0.100;
 
 } // namespace
 
-std::expected<AudioSynchronizer, PlatformError> AudioSynchronizer::create(double epoch, Sink sink) {
+std::expected<AudioSynchronizer, PlatformError> AudioSynchronizer::create(Sink sink) {
     auto stretcher = SoundStretcher::create();
     if (!stretcher)
         return std::unexpected(stretcher.error());
-    return AudioSynchronizer(epoch, std::move(sink), std::move(*stretcher));
+    return AudioSynchronizer(std::move(sink), std::move(*stretcher));
 }
 
 std::expected<void, PlatformError> AudioSynchronizer::push(std::span<const float> samples, double hostTime,

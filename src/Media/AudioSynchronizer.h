@@ -28,7 +28,10 @@ public:
     /// Takes the next stereo frames of the track; its error ends the call that made them.
     using Sink = std::function<std::expected<void, PlatformError>(std::span<const float> samples)>;
 
-    static std::expected<AudioSynchronizer, PlatformError> create(double epoch, Sink sink);
+    static std::expected<AudioSynchronizer, PlatformError> create(Sink sink);
+
+    /// The host time of the first frame; set before any sound.
+    void setEpoch(double hostTime) { m_epoch = hostTime; }
 
     /// Takes interleaved stereo frames, the first of which sounded at `hostTime`. `startsAnew`: they do not
     /// continue the ones before.
@@ -46,8 +49,8 @@ public:
     double coveredUntil() const;
 
 private:
-    AudioSynchronizer(double epoch, Sink sink, SoundStretcher stretcher)
-        : m_epoch(epoch), m_sink(std::move(sink)), m_stretcher(std::move(stretcher)) {}
+    AudioSynchronizer(Sink sink, SoundStretcher stretcher)
+        : m_sink(std::move(sink)), m_stretcher(std::move(stretcher)) {}
 
     /// Where the next frame of the device would come out, in frames from the epoch.
     double position() const { return double(m_written) + m_stretcher.pendingFrames(); }
@@ -58,7 +61,7 @@ private:
     std::expected<void, PlatformError> write(std::span<const float> samples);
     std::expected<void, PlatformError> writeSilence(std::int64_t frames);
 
-    double m_epoch;
+    double m_epoch = 0;
     Sink m_sink;
     SoundStretcher m_stretcher;
     DriftController m_drift;

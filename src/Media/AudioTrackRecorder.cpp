@@ -3,10 +3,13 @@
 
 #include "Media/AudioTrackRecorder.h"
 
+#include "Support/HostTime.h"
 #include "Support/Log.h"
 
 #include <chrono>
 #include <utility>
+
+#include <pthread.h>
 
 namespace vantrell {
 
@@ -22,8 +25,8 @@ constexpr double batchSeconds = 0.25;
 // A source that is quiet for this long has nothing to say: its silence is recorded, so that a crash finds a
 // track as long as the picture. Sound that arrives later than this is lost.
 constexpr double quietSeconds = 1;
-// How long after the stop its last sound may still arrive.
-constexpr double stopPatience = 0.15;
+// How long after the stop its last sound may still arrive: a fragment and a cycle of the server's.
+constexpr double stopPatience = 0.1;
 
 std::chrono::duration<double> asDuration(double seconds) {
     return std::chrono::duration<double>(seconds);
@@ -32,8 +35,8 @@ std::chrono::duration<double> asDuration(double seconds) {
 } // namespace
 
 AudioTrackRecorder::AudioTrackRecorder(std::unique_ptr<AudioSource> source, std::string trackName,
-                                       const Clock &clock, SampleTap tap)
-    : m_trackName(std::move(trackName)), m_clock(clock), m_tap(std::move(tap)), m_queue(queueSeconds),
+                                       SampleTap tap)
+    : m_trackName(std::move(trackName)), m_tap(std::move(tap)), m_queue(queueSeconds),
       m_source(std::move(source)) {}
 
 AudioTrackRecorder::~AudioTrackRecorder() {
@@ -46,22 +49,35 @@ void AudioTrackRecorder::open() {
                      .stateChanged = [this](AudioSourceState state) { noteState(state); }});
 }
 
-std::expected<void, PlatformError> AudioTrackRecorder::begin(MovieWriter &writer, double epoch) {
+std::optional<AudioSourceState>
+AudioTrackRecorder::waitForState(std::chrono::steady_clock::time_point deadline) {
+    std::unique_lock lock(m_mutex);
+    m_wake.wait_until(lock, deadline, [this] { return m_state.has_value(); });
+    return m_state;
+}
+
+std::expected<void, PlatformError> AudioTrackRecorder::addTo(MovieWriter &writer) {
     auto encoder = AacEncoder::create(soundBitRate, m_trackName);
     if (!encoder)
         return std::unexpected(encoder.error());
-    m_encoder.emplace(std::move(*encoder));
     auto synchronizer = AudioSynchronizer::create(
-        epoch, [this](std::span<const float> samples) { return m_encoder->encode(samples, m_toMovie); });
+        [this](std::span<const float> samples) { return m_encoder->encode(samples, m_toMovie); });
     if (!synchronizer)
         return std::unexpected(synchronizer.error());
+    m_encoder.emplace(std::move(*encoder));
     m_synchronizer.emplace(std::move(*synchronizer));
     m_track = writer.addAudioTrack(m_encoder->format());
     m_toMovie = [&writer, track = m_track](const EncodedSample &packet) {
         return writer.append(track, packet);
     };
-    m_thread = std::thread([this] { run(); });
     return {};
+}
+
+void AudioTrackRecorder::begin(double epoch) {
+    if (!m_synchronizer)
+        return;
+    m_synchronizer->setEpoch(epoch);
+    m_thread = std::thread([this] { run(); });
 }
 
 void AudioTrackRecorder::requestStop(double hostTime) {
@@ -108,22 +124,23 @@ void AudioTrackRecorder::noteState(AudioSourceState state) {
         std::scoped_lock lock(m_mutex);
         m_state = state;
     }
-    m_firstState.resolve(state);
+    m_wake.notify_all();
     const char *const name = m_trackName.c_str();
     switch (state) {
     case AudioSourceState::running:
         qCInfo(logCapture, "sound comes: %s", name);
         break;
     case AudioSourceState::deviceMissing:
-        qCWarning(logCapture, "no device, recording silence: %s", name);
+        qCWarning(logCapture, "the device is away: %s", name);
         break;
     case AudioSourceState::serverMissing:
-        qCWarning(logCapture, "no sound server, recording silence: %s", name);
+        qCWarning(logCapture, "the sound server is away: %s", name);
         break;
     }
 }
 
 void AudioTrackRecorder::run() {
+    ::pthread_setname_np(::pthread_self(), "sound track");
     std::unique_lock lock(m_mutex);
     std::expected<void, PlatformError> recorded;
     while (recorded && waitForWork(lock))
@@ -155,7 +172,7 @@ bool AudioTrackRecorder::waitForWork(std::unique_lock<std::mutex> &lock) {
     if (!m_stopTime)
         return true;
     // The last sound before the stop is still on its way, if there is a device.
-    const double patience = *m_stopTime + stopPatience - m_clock.hostNow();
+    const double patience = *m_stopTime + stopPatience - hostNow();
     const bool awaitsMore =
         m_state == AudioSourceState::running && patience > 0 && m_synchronizer->coveredUntil() < *m_stopTime;
     if (awaitsMore)
@@ -174,7 +191,7 @@ std::expected<void, PlatformError> AudioTrackRecorder::recordQueued(std::unique_
         m_queue.recycle(std::move(*block));
     }
     lock.unlock();
-    const double quietUntil = m_clock.hostNow() - quietSeconds;
+    const double quietUntil = hostNow() - quietSeconds;
     const auto filled = m_synchronizer->fillUntil(quietUntil);
     lock.lock();
     return filled;

@@ -8,9 +8,8 @@
 #include "Media/AudioSynchronizer.h"
 #include "Media/MovieWriter.h"
 #include "Platform/AudioSource.h"
-#include "Support/Clock.h"
-#include "Support/OneShot.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -24,7 +23,7 @@ namespace vantrell {
 /// One source of sound into one track of a movie: source, queue, synchroniser, encoder, writer. The source's
 /// thread only copies into the queue; a thread of the recorder's own does the rest a few times a second.
 ///
-///   constructed -> (open) listening, nothing kept but the last seconds -> (begin) recording ->
+///   constructed -> (open) listening, only the last seconds are kept -> (addTo, begin) recording ->
 ///   (requestStop) taking what sounded before the stop -> (finish) done
 ///
 /// Used by one thread at a time.
@@ -33,9 +32,8 @@ public:
     /// Gets each block's samples, interleaved, on the source's thread.
     using SampleTap = std::function<void(std::span<const float> samples)>;
 
-    /// `clock` outlives the recorder. `trackName` is what a player's menu shows.
-    AudioTrackRecorder(std::unique_ptr<AudioSource> source, std::string trackName, const Clock &clock,
-                       SampleTap tap);
+    /// `trackName` is what a player's menu shows.
+    AudioTrackRecorder(std::unique_ptr<AudioSource> source, std::string trackName, SampleTap tap);
     /// Ends without finishing the track.
     ~AudioTrackRecorder();
     AudioTrackRecorder(const AudioTrackRecorder &) = delete;
@@ -43,17 +41,18 @@ public:
 
     /// Starts to listen.
     void open();
-    /// The source's first word; within five seconds of `open`.
-    const OneShot<AudioSourceState> &firstState() const { return m_firstState; }
+    /// The source's last word; waits for its first one until the deadline at most.
+    std::optional<AudioSourceState> waitForState(std::chrono::steady_clock::time_point deadline);
 
-    /// Adds the track to the movie and records into it. `epoch` is the host time of the movie's zero,
-    /// `writer` outlives `finish`.
-    std::expected<void, PlatformError> begin(MovieWriter &writer, double epoch);
+    /// Adds the track to the movie. `writer` outlives `finish`.
+    std::expected<void, PlatformError> addTo(MovieWriter &writer);
+    /// Records from here on; `epoch` is the host time of the movie's zero. Does nothing without a track.
+    void begin(double epoch);
 
     /// The track ends at this host time. Returns at once.
     void requestStop(double hostTime);
-    /// Waits until the movie has all sound up to the stop, for a fraction of a second at most. None when
-    /// `begin` did not succeed.
+    /// Waits until the movie has all sound up to the stop, for a tenth of a second at most. None when nothing
+    /// was recorded.
     std::optional<TrackEnd> finish();
 
 private:
@@ -65,11 +64,9 @@ private:
     void endThread();
 
     const std::string m_trackName;
-    const Clock &m_clock;
     const SampleTap m_tap;
-    const OneShot<AudioSourceState> m_firstState;
 
-    // Set by begin, then the recording thread's until it has ended.
+    // Set before the recording thread begins, then the recording thread's until it has ended.
     std::optional<AacEncoder> m_encoder;
     std::optional<AudioSynchronizer> m_synchronizer;
     AacEncoder::PacketSink m_toMovie;

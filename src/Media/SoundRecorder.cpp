@@ -6,50 +6,72 @@
 #include "Platform/AudioError.h"
 #include "Support/Log.h"
 
+#include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace vantrell {
 
-SoundRecorder::SoundRecorder(AudioBackend &backend, Configuration configuration, const Clock &clock,
-                             AudioTrackRecorder::SampleTap microphoneTap) {
+namespace {
+
+// A server that is there answers in a few hundredths of a second. One that takes longer may still come: its
+// tracks begin with silence.
+constexpr std::chrono::milliseconds serverPatience{500};
+
+} // namespace
+
+SoundStageFactory SoundRecorder::factory(AudioBackend &backend) {
+    return [&backend](const CaptureStreamConfiguration &configuration,
+                      AudioTrackRecorder::SampleTap microphone) -> std::unique_ptr<SoundStage> {
+        if (!configuration.capturesMicrophone && !configuration.capturesSystemAudio)
+            return nullptr;
+        return std::make_unique<SoundRecorder>(backend, configuration, std::move(microphone));
+    };
+}
+
+SoundRecorder::SoundRecorder(AudioBackend &backend, const CaptureStreamConfiguration &configuration,
+                             AudioTrackRecorder::SampleTap microphone) {
     using Kind = AudioSourceRequest::Kind;
     if (configuration.capturesMicrophone)
         m_tracks.push_back(std::make_unique<AudioTrackRecorder>(
-            backend.makeSource({Kind::microphone, std::move(configuration.microphoneId)}), "Microphone",
-            clock, std::move(microphoneTap)));
+            backend.makeSource({Kind::microphone, configuration.microphoneId}), "Microphone",
+            std::move(microphone)));
     if (configuration.capturesSystemAudio)
         m_tracks.push_back(std::make_unique<AudioTrackRecorder>(
-            backend.makeSource({Kind::systemAudio, std::nullopt}), "System Audio", clock, nullptr));
-}
-
-Task<std::expected<void, PlatformError>> SoundRecorder::open(std::stop_token stop) {
-    std::vector<OneShot<AudioSourceState>> answers;
-    for (const auto &track : m_tracks) {
-        answers.push_back(track->firstState());
-        track->open();
-    }
-    bool isServerMissing = !answers.empty();
-    for (const auto &answer : answers) {
-        const auto state = co_await answer.wait(stop);
-        if (!state)
-            co_return std::expected<void, PlatformError>();
-        isServerMissing = isServerMissing && *state == AudioSourceState::serverMissing;
-    }
-    if (!isServerMissing)
-        co_return std::expected<void, PlatformError>();
-    m_tracks.clear();
-    qCWarning(logCapture, "no sound server: recording without sound");
-    co_return std::unexpected(audioError(AudioErrorCode::noSoundServer));
-}
-
-std::expected<void, PlatformError> SoundRecorder::begin(MovieWriter &writer, double epoch) {
+            backend.makeSource({Kind::systemAudio, std::nullopt}), "System Audio", nullptr));
     for (const auto &track : m_tracks)
-        if (const auto begun = track->begin(writer, epoch); !begun)
-            return begun;
-    return {};
+        track->open();
 }
 
-std::vector<TrackEnd> SoundRecorder::stop(double hostTime) {
+void SoundRecorder::begin(MovieWriter &writer) {
+    waitForServer();
+    for (const auto &track : m_tracks) {
+        if (const auto added = track->addTo(writer); !added) {
+            qCCritical(logCapture, "no sound: %s", added.error().message.c_str());
+            m_problem = added.error();
+        }
+    }
+}
+
+void SoundRecorder::waitForServer() {
+    const auto deadline = std::chrono::steady_clock::now() + serverPatience;
+    const bool isServerMissing =
+        std::ranges::all_of(m_tracks, [deadline](const std::unique_ptr<AudioTrackRecorder> &track) {
+            return track->waitForState(deadline) == AudioSourceState::serverMissing;
+        });
+    if (!isServerMissing || m_tracks.empty())
+        return;
+    m_tracks.clear();
+    m_problem = audioError(AudioErrorCode::noSoundServer);
+    qCWarning(logCapture, "recording without sound: no sound server");
+}
+
+void SoundRecorder::setEpoch(double hostTime) {
+    for (const auto &track : m_tracks)
+        track->begin(hostTime);
+}
+
+std::vector<TrackEnd> SoundRecorder::end(double hostTime) {
     for (const auto &track : m_tracks)
         track->requestStop(hostTime);
     std::vector<TrackEnd> ends;

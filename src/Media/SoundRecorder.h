@@ -4,58 +4,36 @@
 #pragma once
 
 #include "Media/AudioTrackRecorder.h"
-#include "Media/MovieWriter.h"
+#include "Media/SoundStage.h"
 #include "Platform/AudioBackend.h"
-#include "Support/Clock.h"
 
-#include <expected>
 #include <memory>
 #include <optional>
-#include <stop_token>
-#include <string>
 #include <vector>
 
 namespace vantrell {
 
-/// The sound of one movie: the microphone's track, then the system audio's, each when asked for. A capture
-/// stream owns one beside its picture.
-///
-///     sound.open()                     while the picture is being set up, so that sound is there in time
-///     add the picture's track
-///     sound.begin(writer, epoch)       at the first frame; epoch is its host time
-///     sound.stop(hostTime)             the same moment that the picture is held to
-///     writer.finish(...)               with the ends that stop returned
-///
-/// `open` on the main thread, the others on any one thread at a time.
-class SoundRecorder {
+/// The sound of one stretch over the desktop's sound server. It listens from its construction on, so that the
+/// sound of the first picture is there.
+class SoundRecorder final : public SoundStage {
 public:
-    struct Configuration {
-        bool capturesMicrophone = false;
-        /// Absent: the default one, also when that changes.
-        std::optional<std::string> microphoneId;
-        bool capturesSystemAudio = false;
-    };
+    /// For capture streams that record sound from `backend`, which outlives them.
+    static SoundStageFactory factory(AudioBackend &backend);
 
-    /// `microphoneTap` gets the microphone's samples, interleaved, on a thread of the source's, from `open`
-    /// on and never after `stop` has returned. `backend` and `clock` outlive the recorder.
-    SoundRecorder(AudioBackend &backend, Configuration configuration, const Clock &clock,
-                  AudioTrackRecorder::SampleTap microphoneTap);
+    SoundRecorder(AudioBackend &backend, const CaptureStreamConfiguration &configuration,
+                  AudioTrackRecorder::SampleTap microphone);
 
-    /// Starts to listen; done when every source has said whether there is sound. A device that is not there
-    /// is no failure: its track is silent until it comes. Without a sound server:
-    /// AudioErrorCode::noSoundServer; the recording goes on, `begin` then adds no track and `stop` returns
-    /// nothing. Cancelled counts as done.
-    Task<std::expected<void, PlatformError>> open(std::stop_token stop);
-
-    /// Adds the tracks and records into them. After an error there is no sound. `writer` outlives `stop`.
-    std::expected<void, PlatformError> begin(MovieWriter &writer, double epoch);
-
-    /// Ends the tracks at this host time; done when the writer has all of it, within a quarter of a second.
-    std::vector<TrackEnd> stop(double hostTime);
+    void begin(MovieWriter &writer) override;
+    void setEpoch(double hostTime) override;
+    std::vector<TrackEnd> end(double hostTime) override;
+    std::optional<PlatformError> problem() const override { return m_problem; }
 
 private:
+    void waitForServer();
+
     /// In the order of the tracks.
     std::vector<std::unique_ptr<AudioTrackRecorder>> m_tracks;
+    std::optional<PlatformError> m_problem;
 };
 
 } // namespace vantrell

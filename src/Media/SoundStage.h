@@ -8,6 +8,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -20,17 +21,20 @@ public:
     /// Ends the listening when `end` did not.
     virtual ~SoundStage() = default;
 
-    /// Begins to listen and adds its tracks, the microphone's first, then the system's. A device that is not
-    /// there is silence until it comes: sound never keeps a picture from being recorded. The writer lives
-    /// until `end` has returned.
+    /// Adds its tracks, the microphone's first, then the system's. A device that is not there is silence
+    /// until it comes; without a sound server there are no tracks: sound never keeps a picture from being
+    /// recorded. May take half a second. The writer lives until `end` has returned.
     virtual void begin(MovieWriter &writer) = 0;
 
     /// The host time that is the movie's zero. What was heard before is left out.
     virtual void setEpoch(double hostTime) = 0;
 
     /// Ends the sound at that host time. When it returns, every sample is with the writer and no thread uses
-    /// it any more. Within 50 ms.
+    /// it any more. Within a tenth of a second, since the last sound is still on its way from the device.
     virtual std::vector<TrackEnd> end(double hostTime) = 0;
+
+    /// Why there is no sound, when there is none. After `begin`.
+    virtual std::optional<PlatformError> problem() const = 0;
 };
 
 /// Makes the sound of one stretch, or nothing when the configuration wants none. `microphone` gets

@@ -220,7 +220,8 @@ void StagedCaptureStream::finish() {
     if (m_events.recordingFinished)
         m_events.recordingFinished({.durationSeconds = finished->durationMs / 1000,
                                     .frames = encoded.frames,
-                                    .droppedFrames = m_droppedFrames});
+                                    .droppedFrames = m_droppedFrames,
+                                    .soundProblem = m_sound ? m_sound->problem() : std::nullopt});
 }
 
 } // namespace vantrell

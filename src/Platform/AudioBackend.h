@@ -15,16 +15,16 @@
 
 namespace vantrell {
 
-/// Port: the sound of this desktop. Main thread.
+/// Port: the sound of this desktop.
 class AudioBackend {
 public:
     virtual ~AudioBackend() = default;
 
     /// The microphones that are connected, the default one first. Errors: AudioErrorCode::noSoundServer,
-    /// serverFailed. Ends within five seconds.
+    /// serverFailed. Ends within five seconds. Main thread.
     virtual Task<std::expected<std::vector<Microphone>, PlatformError>> microphones(std::stop_token stop) = 0;
 
-    /// Touches nothing until the source is started.
+    /// Touches nothing until the source is started. Any thread.
     virtual std::unique_ptr<AudioSource> makeSource(AudioSourceRequest request) = 0;
 };
 

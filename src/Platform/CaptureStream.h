@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <expected>
 #include <functional>
+#include <optional>
 #include <span>
 #include <stop_token>
 
@@ -22,6 +23,8 @@ struct RecordingSummary {
     /// Changes of the screen that got no frame of their own because the encoder or the disk could not keep
     /// up.
     std::int64_t droppedFrames = 0;
+    /// Why the sound that was wanted is not there. A device that was away is no problem: it is silence.
+    std::optional<PlatformError> soundProblem;
 };
 
 /// What a stream tells. Called on the stream's own threads, one call at a time, never after the stream is

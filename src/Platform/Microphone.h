@@ -3,7 +3,12 @@
 
 #pragma once
 
+#include "Support/PlatformError.h"
+
+#include <expected>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace vantrell {
 
@@ -18,5 +23,9 @@ struct Microphone {
 
     bool operator==(const Microphone &) const = default;
 };
+
+/// That there is a microphone to record: the one with the id or, without one, any.
+std::expected<void, PlatformError> requireMicrophone(const std::vector<Microphone> &connected,
+                                                     const std::optional<std::string> &id);
 
 } // namespace vantrell

@@ -133,6 +133,8 @@ Task<std::expected<void, Failure>> RecordingEngine::finalize(std::shared_ptr<Str
     if (!summary)
         co_return std::unexpected(std::move(summary.error()));
     m_droppedFrames += summary->droppedFrames;
+    if (summary->soundProblem)
+        m_soundProblem = summary->soundProblem;
     const auto facts =
         co_await runBlocking([file = segment->fileURL()] { return readMovieFacts(file); }, stop);
     if (!facts)
@@ -195,6 +197,7 @@ Task<std::expected<RecordingStopOutcome, Failure>> RecordingEngine::stop(std::st
     capture.thumbnailJPEG = (*findings)->thumbnail;
     capture.durationMs = std::llround((*findings)->durationMs);
     outcome.droppedFrames = m_droppedFrames;
+    outcome.soundProblem = m_soundProblem;
     co_return outcome;
 }
 

@@ -94,6 +94,7 @@ private:
     std::shared_ptr<StreamSegment> m_current;
     bool m_isPaused = false;
     std::int64_t m_droppedFrames = 0;
+    std::optional<PlatformError> m_soundProblem;
 };
 
 } // namespace vantrell

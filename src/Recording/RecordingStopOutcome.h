@@ -4,8 +4,10 @@
 #pragma once
 
 #include "Capture/CaptureResult.h"
+#include "Support/PlatformError.h"
 
 #include <cstdint>
+#include <optional>
 
 namespace vantrell {
 
@@ -16,6 +18,8 @@ struct RecordingStopOutcome {
     bool isPartial = false;
     /// Changes of the screen that got no frame because the machine could not keep up.
     std::int64_t droppedFrames = 0;
+    /// Why the sound that was wanted is missing, from some segment on or altogether.
+    std::optional<PlatformError> soundProblem;
 };
 
 } // namespace vantrell

@@ -72,6 +72,8 @@ void PulseAudioSource::changeOver(std::optional<PulseDeviceQuery::Device> device
         PulseRecordStream::Handlers{.block = m_handlers.block ? m_handlers.block : [](const AudioBlock &) {},
                                     .started = [this] { report(AudioSourceState::running); },
                                     .ended = [this] { streamEnded(); }});
+    if (!m_stream->isOpen())
+        streamEnded();
 }
 
 void PulseAudioSource::streamEnded() {

@@ -38,10 +38,10 @@ void PulseDeviceQuery::takeServer(const pa_server_info *info) {
 }
 
 void PulseDeviceQuery::takeSink(const pa_sink_info *info, int end) {
-    // One entry, then the end of the list; the next question may be asked at the first.
-    if (end == 0 && info && info->monitor_source_name)
-        askForSource(std::string(info->monitor_source_name).c_str());
-    else if (end < 0)
+    // The next question replaces this one: the end comes here only when no sink did.
+    if (end == 0 && info->monitor_source_name)
+        askForSource(info->monitor_source_name);
+    else
         finish(std::nullopt);
 }
 

@@ -3,8 +3,9 @@
 
 #include "Platform/Audio/PulseRecordStream.h"
 
+#include "Support/HostTime.h"
+
 #include <algorithm>
-#include <ctime>
 #include <span>
 #include <utility>
 
@@ -20,12 +21,6 @@ constexpr int eagerReads = 8;
 constexpr int readsPerTiming = 8;
 // Longer than a server may take to answer a stream's first question.
 constexpr std::size_t heldFramesLimit = std::size_t(2) * audioSampleRate;
-
-double hostTimeNow() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return double(now.tv_sec) + double(now.tv_nsec) * 1e-9;
-}
 
 } // namespace
 
@@ -148,7 +143,7 @@ void PulseRecordStream::timingArrived() {
     }
     // The server's newest frame sounded as long before the answer as the device's own buffers hold; from a
     // monitor it is yet to be heard.
-    const double answered = hostTimeNow() - double(info->transport_usec) * 1e-6;
+    const double answered = hostNow() - double(info->transport_usec) * 1e-6;
     const double device = (double(info->source_usec) - double(info->sink_usec)) * 1e-6;
     if (m_clock.observe(info->write_index / frameBytes, answered - device))
         m_startsAnew = true;
