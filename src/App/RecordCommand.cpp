@@ -3,15 +3,13 @@
 
 #include "App/RecordCommand.h"
 
-#include "App/CaptureUpload.h"
+#include "App/CaptureDelivery.h"
 #include "App/PlatformLoader.h"
-#include "App/SavedCapture.h"
 #include "App/TargetResolver.h"
 #include "App/UnixSignals.h"
 #include "Capture/CaptureStorage.h"
 #include "Recording/DiskSpace.h"
 #include "Recording/RecordingEngine.h"
-#include "Support/BlockingWork.h"
 #include "Support/Log.h"
 
 #include <nlohmann/json.hpp>
@@ -28,7 +26,8 @@ class RecordRun {
 public:
     RecordRun(RecordArguments arguments, CommandContext context)
         : m_arguments(std::move(arguments)), m_context(std::move(context)),
-          m_signals({SIGINT, SIGTERM, SIGUSR1}, [this](int signal) { onSignal(signal); }) {}
+          m_signals({SIGINT, SIGTERM, SIGUSR1}, [this](int signal) { onSignal(signal); }),
+          m_delivery({m_arguments.outputFolder, m_arguments.upload, m_arguments.projectId}, m_context) {}
 
     Task<ExitCode> run(std::stop_token stop);
 
@@ -38,9 +37,6 @@ private:
     void onSignal(int signal);
     Task<> togglePause(std::stop_token stop);
     Task<> stopLater(std::chrono::milliseconds delay, std::stop_token stop);
-    Task<ExitCode> deliver(RecordingStopOutcome outcome, std::stop_token stop);
-    Task<std::expected<std::string, std::string>> upload(CaptureResult capture, SavedCapture saved,
-                                                         std::stop_token stop);
     ExitCode fail(const std::string &sentence, ExitCode code = ExitCode::failed) const {
         m_context.reporter.failure(sentence);
         return code;
@@ -50,8 +46,7 @@ private:
     const CommandContext m_context;
     UnixSignals m_signals;
     Platform m_platform = loadPlatform(m_context.clock);
-    /// Present when the capture is to be uploaded.
-    std::unique_ptr<ServiceSession> m_session;
+    CaptureDelivery m_delivery;
     std::unique_ptr<RecordingEngine> m_engine;
     /// Resolved with the failure that ended the recording, or with nothing when it was asked to end.
     OneShot<std::optional<Failure>> m_ended;
@@ -65,14 +60,7 @@ std::expected<RecordingTarget, std::string> RecordRun::prepare() {
     auto target = resolveTarget(m_arguments.target, *m_platform.capture);
     if (!target)
         return std::unexpected(target.error().description());
-    std::vector<std::filesystem::path> folders{CaptureStorage::directory()};
-    if (m_arguments.outputFolder)
-        folders.push_back(*m_arguments.outputFolder);
-    for (const std::filesystem::path &folder : folders) {
-        if (const auto writable = prepareFolder(folder); !writable)
-            return std::unexpected(writable.error().description());
-    }
-    if (const auto enough = checkFreeDiskSpace(folders.front()); !enough)
+    if (const auto enough = checkFreeDiskSpace(CaptureStorage::directory()); !enough)
         return std::unexpected(description(enough.error()));
     return std::move(*target);
 }
@@ -93,15 +81,8 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
         co_return fail(target.error());
     if (const auto microphone = co_await checkMicrophone(stop); !microphone)
         co_return fail(microphone.error().description());
-    if (m_arguments.upload) {
-        // Asked before anything is recorded, so that a wrong address or a missing connection costs no work.
-        auto session = ServiceSession::create(m_context);
-        if (!session)
-            co_return fail(session.error());
-        m_session = std::move(*session);
-        if (!co_await m_session->connect(stop))
-            co_return fail(APIError(APIError::NotPaired{}).description(), ExitCode::notConnected);
-    }
+    if (const auto prepared = co_await m_delivery.prepare(stop); !prepared)
+        co_return prepared.error();
 
     RecordingOptions options;
     options.target = std::move(*target);
@@ -130,12 +111,18 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     auto outcome = co_await m_engine->stop(stop);
     if (!outcome)
         co_return fail(description(ended && *ended ? **ended : outcome.error()), ExitCode::nothingRecorded);
-    const ExitCode delivered = co_await deliver(std::move(*outcome), stop);
+    nlohmann::json more{{"droppedFrames", outcome->droppedFrames}};
+    if (outcome->soundProblem) {
+        more["soundProblem"] = outcome->soundProblem->description();
+        m_context.reporter.note("Recorded without sound: " + outcome->soundProblem->description());
+    }
     if (ended && *ended) {
-        // The capture above is what was recorded up to here.
+        // What was recorded up to here is delivered all the same.
+        more["endedBecause"] = description(**ended);
         m_context.reporter.note(description(**ended));
     }
-    co_return delivered;
+    co_return co_await m_delivery.deliver(std::move(outcome->capture), outcome->isPartial, std::move(more),
+                                          stop);
 }
 
 void RecordRun::onSignal(int signal) {
@@ -163,48 +150,6 @@ Task<> RecordRun::togglePause(std::stop_token stop) {
 Task<> RecordRun::stopLater(std::chrono::milliseconds delay, std::stop_token stop) {
     if (co_await m_context.clock.sleep(delay, stop))
         m_ended.resolve(std::nullopt);
-}
-
-Task<ExitCode> RecordRun::deliver(RecordingStopOutcome outcome, std::stop_token stop) {
-    const CaptureResult &capture = outcome.capture;
-    const auto saved = co_await runBlocking(
-        [capture, folder = m_arguments.outputFolder] { return saveCapture(capture, folder); }, stop);
-    if (!saved)
-        co_return ExitCode::failed;
-    if (!*saved)
-        co_return fail(saved->error().description());
-    nlohmann::json json = (*saved)->json(capture, outcome.isPartial);
-    json["droppedFrames"] = outcome.droppedFrames;
-    if (outcome.soundProblem) {
-        json["soundProblem"] = outcome.soundProblem->description();
-        m_context.reporter.note("Recorded without sound: " + outcome.soundProblem->description());
-    }
-    std::string text = (*saved)->file.string();
-    ExitCode code = ExitCode::success;
-    if (m_session) {
-        const auto asset = co_await upload(capture, **saved, stop);
-        if (asset) {
-            json["assetId"] = *asset;
-            text += " is uploaded as " + *asset;
-        } else {
-            // The recording itself is safe: it is told all the same, with what went wrong behind it.
-            json["error"] = asset.error();
-            text += " is kept: " + asset.error();
-            code = ExitCode::failed;
-        }
-    }
-    m_context.reporter.result(json, text);
-    co_return code;
-}
-
-Task<std::expected<std::string, std::string>> RecordRun::upload(CaptureResult capture, SavedCapture saved,
-                                                                std::stop_token stop) {
-    const auto project = co_await m_session->chooseProject(m_arguments.projectId, stop);
-    if (!project)
-        co_return std::unexpected(project.error().description());
-    CaptureUpload job{saved.file,         capture.kind,    capture.mime, capture.name,
-                      capture.durationMs, saved.thumbnail, saved.sidecar};
-    co_return co_await uploadCapture(std::move(job), *project, m_session.get(), m_context, stop);
 }
 
 } // namespace

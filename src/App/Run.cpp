@@ -5,6 +5,7 @@
 
 #include "App/ListCommand.h"
 #include "App/RecordCommand.h"
+#include "App/ScreenshotCommand.h"
 #include "App/UploadCommand.h"
 
 #include <cstdio>
@@ -19,6 +20,9 @@ struct Start {
     const std::stop_token &stop;
 
     Task<ExitCode> operator()(RecordArguments arguments) const { return runRecord(arguments, context, stop); }
+    Task<ExitCode> operator()(ScreenshotArguments arguments) const {
+        return runScreenshot(arguments, context, stop);
+    }
     Task<ExitCode> operator()(ListArguments arguments) const { return runList(arguments, context, stop); }
     Task<ExitCode> operator()(UploadArguments arguments) const { return runUpload(arguments, context, stop); }
     Task<ExitCode> operator()(HelpArguments) const {

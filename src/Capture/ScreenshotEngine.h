@@ -5,20 +5,35 @@
 
 #include "Capture/CaptureError.h"
 #include "Capture/CaptureResult.h"
+#include "Capture/ScreenshotError.h"
 #include "Platform/Display.h"
+#include "Platform/StillCapture.h"
 #include "Platform/WindowDescription.h"
+#include "Support/Task.h"
 
 #include <chrono>
 #include <expected>
 #include <optional>
+#include <stop_token>
 #include <string>
 #include <vector>
 
 namespace vantrell {
 
-/// Packages captured images as captures and owns the rule by which captures are named.
+/// Takes stills, packages captured images as captures and owns the rule by which captures are named.
 class ScreenshotEngine {
 public:
+    using Result = std::expected<CaptureResult, ScreenshotError>;
+
+    /// Takes a still of a window, of a whole display, or of an area of the desktop's pixels, and packages it.
+    /// `on` is the display that holds it. Main thread, which is not blocked; `stills` outlives the task.
+    static Task<Result> captureWindow(StillCapture *stills, WindowDescription window, Display on,
+                                      double scale, std::stop_token stop);
+    static Task<Result> captureDisplay(StillCapture *stills, Display display, double scale,
+                                       std::stop_token stop);
+    static Task<Result> captureArea(StillCapture *stills, PixelRect area, Display on, double scale,
+                                    std::stop_token stop);
+
     /// Encodes the image as PNG into a new capture file and describes it. Blocks on coding and disk.
     /// `source` is "window", "display" or "region".
     static std::expected<CaptureResult, CaptureError> package(const QImage &image, const std::string &source,

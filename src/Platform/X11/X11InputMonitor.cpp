@@ -166,7 +166,7 @@ void X11InputMonitor::drain() {
     m_draining = false;
     if (m_x11 && m_x11->isBroken()) {
         // The socket of a server that has gone stays readable for ever.
-        m_notifier->setEnabled(false);
+        stop();
         qCWarning(logCapture, "input events end: %s", X11Connection::lostError().message.c_str());
     }
 }

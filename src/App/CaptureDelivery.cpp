@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "App/CaptureDelivery.h"
+
+#include "App/CaptureUpload.h"
+#include "Capture/CaptureStorage.h"
+#include "Support/BlockingWork.h"
+
+#include <utility>
+#include <vector>
+
+namespace vantrell {
+
+CaptureDelivery::CaptureDelivery(Options options, CommandContext context)
+    : m_options(std::move(options)), m_context(std::move(context)) {}
+
+Task<std::expected<void, ExitCode>> CaptureDelivery::prepare(std::stop_token stop) {
+    std::vector<std::filesystem::path> folders{CaptureStorage::directory()};
+    if (m_options.folder)
+        folders.push_back(*m_options.folder);
+    for (const std::filesystem::path &folder : folders) {
+        if (const auto writable = prepareFolder(folder); !writable) {
+            m_context.reporter.failure(writable.error().description());
+            co_return std::unexpected(ExitCode::failed);
+        }
+    }
+    if (m_options.upload) {
+        auto session = ServiceSession::create(m_context);
+        if (!session) {
+            m_context.reporter.failure(session.error());
+            co_return std::unexpected(ExitCode::failed);
+        }
+        m_session = std::move(*session);
+        if (!co_await m_session->connect(stop)) {
+            m_context.reporter.failure(APIError(APIError::NotPaired{}).description());
+            co_return std::unexpected(ExitCode::notConnected);
+        }
+    }
+    co_return std::expected<void, ExitCode>();
+}
+
+Task<ExitCode> CaptureDelivery::deliver(CaptureResult capture, bool isPartial, nlohmann::json more,
+                                        std::stop_token stop) {
+    const auto saved = co_await runBlocking(
+        [capture, folder = m_options.folder] { return saveCapture(capture, folder); }, stop);
+    if (!saved)
+        co_return ExitCode::failed;
+    if (!*saved) {
+        m_context.reporter.failure(saved->error().description());
+        co_return ExitCode::failed;
+    }
+    nlohmann::json json = (*saved)->json(capture, isPartial);
+    json.update(more);
+    std::string text = (*saved)->file.string();
+    ExitCode code = ExitCode::success;
+    if (m_session) {
+        const auto asset = co_await upload(capture, **saved, stop);
+        if (asset) {
+            json["assetId"] = *asset;
+            text += " is uploaded as " + *asset;
+        } else {
+            // The capture itself is safe: it is told all the same, with what went wrong behind it.
+            json["error"] = asset.error();
+            text += " is kept: " + asset.error();
+            code = ExitCode::failed;
+        }
+    }
+    m_context.reporter.result(json, text);
+    co_return code;
+}
+
+Task<std::expected<std::string, std::string>>
+CaptureDelivery::upload(CaptureResult capture, SavedCapture saved, std::stop_token stop) {
+    const auto project = co_await m_session->chooseProject(m_options.projectId, stop);
+    if (!project)
+        co_return std::unexpected(project.error().description());
+    CaptureUpload job{saved.file,         capture.kind,    capture.mime, capture.name,
+                      capture.durationMs, saved.thumbnail, saved.sidecar};
+    co_return co_await uploadCapture(std::move(job), *project, m_session.get(), m_context, stop);
+}
+
+} // namespace vantrell

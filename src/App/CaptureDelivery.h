@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "App/CommandContext.h"
+#include "App/ExitCode.h"
+#include "App/SavedCapture.h"
+#include "App/ServiceSession.h"
+#include "Capture/CaptureResult.h"
+#include "Support/Task.h"
+
+#include <nlohmann/json.hpp>
+
+#include <expected>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+
+namespace vantrell {
+
+/// Where a command's capture goes: into a folder, to the service when asked for, and onto standard output.
+/// Main thread. Failures are reported here; the exit code says which.
+class CaptureDelivery {
+public:
+    struct Options {
+        /// Absent: captures stay in the captures folder.
+        std::optional<std::filesystem::path> folder;
+        bool upload = false;
+        std::optional<std::string> projectId;
+    };
+
+    CaptureDelivery(Options options, CommandContext context);
+
+    /// Looks before anything is captured, so that an unwritable folder, a wrong address or a missing
+    /// connection costs no work.
+    Task<std::expected<void, ExitCode>> prepare(std::stop_token stop);
+
+    /// `more` is added to the capture's JSON.
+    Task<ExitCode> deliver(CaptureResult capture, bool isPartial, nlohmann::json more, std::stop_token stop);
+
+private:
+    Task<std::expected<std::string, std::string>> upload(CaptureResult capture, SavedCapture saved,
+                                                         std::stop_token stop);
+
+    const Options m_options;
+    const CommandContext m_context;
+    /// Present when captures are uploaded.
+    std::unique_ptr<ServiceSession> m_session;
+};
+
+} // namespace vantrell
