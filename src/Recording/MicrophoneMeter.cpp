@@ -3,7 +3,8 @@
 
 #include "Recording/MicrophoneMeter.h"
 
-#include "Media/PeakLevel.h"
+#include <algorithm>
+#include <cmath>
 
 namespace vantrell {
 
@@ -33,6 +34,13 @@ void MicrophoneMeter::take(std::span<const float> samples) {
         if (*onLevel)
             (*onLevel)(level);
     });
+}
+
+double peakLevel(std::span<const float> samples) {
+    float peak = 0;
+    for (const float sample : samples)
+        peak = std::max(peak, std::abs(sample));
+    return std::min(double(peak), 1.0);
 }
 
 } // namespace vantrell

@@ -34,4 +34,7 @@ private:
     double m_lastEmit = 0;
 };
 
+/// The largest absolute sample, at most 1; 0 for none.
+double peakLevel(std::span<const float> samples);
+
 } // namespace vantrell
