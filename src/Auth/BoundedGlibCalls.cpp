@@ -59,7 +59,7 @@ GObjectPtr<GAsyncResult> BoundedGlibCalls::run(const Start &start) {
     while (!slot->result) {
         if (isOutOfTime())
             g_cancellable_cancel(m_cancellable.get());
-        const bool ending = g_cancellable_is_cancelled(m_cancellable.get()) != FALSE;
+        const bool ending = isCancelled();
         if (ending && !abandonAt)
             abandonAt = std::chrono::steady_clock::now() + windUp;
         if (abandonAt && std::chrono::steady_clock::now() >= *abandonAt)

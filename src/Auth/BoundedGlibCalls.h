@@ -39,6 +39,8 @@ public:
     /// Runs one call to its end. None when it was cancelled or out of time and did not even end upon that.
     GObjectPtr<GAsyncResult> run(const Start &start);
 
+    /// Stopped, or out of time.
+    bool isCancelled() const { return g_cancellable_is_cancelled(m_cancellable.get()) != FALSE; }
     /// The deadline has passed; what ended as cancelled was out of time.
     bool isOutOfTime() const;
 

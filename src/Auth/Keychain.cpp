@@ -20,10 +20,10 @@ using Kind = KeychainError::Kind;
 constexpr auto retryReserve = 1s;
 
 template <typename T>
-Task<Keychain::Result<T>> onPool(QThreadPool *pool, std::function<Keychain::Result<T>()> work,
-                                 std::stop_token stop) {
+Task<Keychain::Result<T>> onWorker(SerialWorker *worker, std::function<Keychain::Result<T>()> work,
+                                   std::stop_token stop) {
     const OneShot<Keychain::Result<T>> done;
-    pool->start([done, work = std::move(work)] { done.resolve(work()); });
+    worker->post([done, work = std::move(work)] { done.resolve(work()); });
     auto result = co_await done.wait(stop);
     if (!result)
         co_return std::unexpected(KeychainError{Kind::cancelled, {}});
@@ -33,10 +33,7 @@ Task<Keychain::Result<T>> onPool(QThreadPool *pool, std::function<Keychain::Resu
 } // namespace
 
 Keychain::Keychain(Options options)
-    : m_options(options), m_store(std::make_shared<SecretStore>()), m_watcher([this] { lookAgain(); }) {
-    m_worker.setMaxThreadCount(1);
-    m_promptWorker.setMaxThreadCount(1);
-}
+    : m_options(options), m_store(std::make_shared<SecretStore>()), m_watcher([this] { lookAgain(); }) {}
 
 Keychain::~Keychain() {
     m_alive.reset();
@@ -81,6 +78,14 @@ Task<Keychain::Result<void>> Keychain::remove(std::string account, std::stop_tok
     co_return result;
 }
 
+Task<Keychain::Result<void>> Keychain::prepareToWrite(std::string account, std::stop_token stop) {
+    const Work<void> work = [](SecretStore &store, Deadline deadline) {
+        return store.expectWritable(deadline);
+    };
+    auto result = co_await attempt<void>(account, work, stop);
+    co_return result;
+}
+
 template <typename T>
 Task<Keychain::Result<T>> Keychain::attempt(std::string account, Work<T> work, std::stop_token stop) {
     const std::weak_ptr<bool> alive = m_alive;
@@ -90,7 +95,7 @@ Task<Keychain::Result<T>> Keychain::attempt(std::string account, Work<T> work, s
     };
     const std::unexpected<KeychainError> gone(KeychainError{Kind::cancelled, {}});
 
-    auto first = co_await onPool<T>(&m_worker, once, stop);
+    auto first = co_await onWorker<T>(&m_worker, once, stop);
     if (alive.expired())
         co_return gone;
     if (first) {
@@ -107,7 +112,7 @@ Task<Keychain::Result<T>> Keychain::attempt(std::string account, Work<T> work, s
     if (!unlocked)
         co_return first;
 
-    auto second = co_await onPool<T>(&m_worker, once, stop);
+    auto second = co_await onWorker<T>(&m_worker, once, stop);
     if (alive.expired())
         co_return gone;
     note(second ? std::nullopt : std::optional(second.error()));
@@ -132,7 +137,7 @@ Task<> Keychain::askToUnlock(std::string account, std::stop_token stop) {
     m_prompt = Prompt::open;
     qCInfo(logAuth, "keychain asks to be unlocked");
     const std::function<Result<void>()> ask = [store = m_store, account] { return store->unlock(account); };
-    const auto result = co_await onPool<void>(&m_promptWorker, ask, stop);
+    const auto result = co_await onWorker<void>(&m_promptWorker, ask, stop);
     if (stop.stop_requested())
         co_return;
     m_prompt = Prompt::answered;

@@ -6,10 +6,9 @@
 #include "Auth/KeychainError.h"
 #include "Auth/SecretServiceWatcher.h"
 #include "Support/OneShot.h"
+#include "Support/SerialWorker.h"
 #include "Support/Task.h"
 #include "Support/TaskScope.h"
-
-#include <QThreadPool>
 
 #include <chrono>
 #include <expected>
@@ -61,6 +60,9 @@ public:
     /// Forgets the cached value at once. Success means that nothing is stored afterwards.
     Task<Result<void>> remove(std::string account, std::stop_token stop);
 
+    /// Makes sure that a write would go well, asking the user as need be: called ahead of time.
+    Task<Result<void>> prepareToWrite(std::string account, std::stop_token stop);
+
     /// What was read or written before, without asking the keyring. Thread-safe.
     std::optional<std::string> cached(const std::string &account) const;
 
@@ -94,8 +96,8 @@ private:
     Prompt m_prompt = Prompt::notAsked;
     std::vector<OneShot<bool>> m_waitingForUnlock;
     /// A prompt may stay open while the operations go on.
-    QThreadPool m_worker;
-    QThreadPool m_promptWorker;
+    SerialWorker m_worker;
+    SerialWorker m_promptWorker;
     SecretServiceWatcher m_watcher;
     /// Tells an operation that resumes whether the keychain is still there.
     std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);

@@ -125,25 +125,37 @@ std::unexpected<KeychainError> SecretSession::abandoned() const {
     return std::unexpected(KeychainError{kind, "no answer in time"});
 }
 
-SecretSession::Result<SecretSession> SecretSession::open(BoundedGlibCalls &calls) {
-    SecretSession session(calls);
-    const auto connected = calls.run([](GCancellable *cancellable, GAsyncReadyCallback done, gpointer data) {
-        g_bus_get(G_BUS_TYPE_SESSION, cancellable, done, data);
-    });
-    if (!connected)
-        return session.abandoned();
-    ErrorSlot error;
-    session.m_bus.reset(g_bus_get_finish(connected.get(), error));
-    if (!session.m_bus) {
+SecretSession::Result<void> SecretSession::connect() {
+    for (;;) {
+        const auto connected =
+            m_calls->run([](GCancellable *cancellable, GAsyncReadyCallback done, gpointer data) {
+                g_bus_get(G_BUS_TYPE_SESSION, cancellable, done, data);
+            });
+        if (!connected)
+            return abandoned();
+        ErrorSlot error;
+        m_bus.reset(g_bus_get_finish(connected.get(), error));
+        if (m_bus)
+            return {};
+        // The connection is the process's: another's cancelling of its making reaches this call as well.
+        if (g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_CANCELLED) && !m_calls->isCancelled())
+            continue;
         // Whatever keeps the bus from being reached, without one there is no service either.
-        const Kind kind = kindOf(error.get(), calls);
+        const Kind kind = kindOf(error.get(), *m_calls);
         const bool givenUp = kind == Kind::notAnswering || kind == Kind::cancelled;
         return std::unexpected(KeychainError{givenUp ? kind : Kind::absent, error.get()->message});
     }
+}
+
+SecretSession::Result<SecretSession> SecretSession::open(BoundedGlibCalls &calls) {
+    SecretSession session(calls);
+    if (const auto connected = session.connect(); !connected)
+        return std::unexpected(connected.error());
     // By default the library ends the process with SIGTERM when the bus goes away.
     g_dbus_connection_set_exit_on_close(session.m_bus.get(), FALSE);
 
     session.m_wasThere = session.isOwned();
+    ErrorSlot error;
     const auto opened = calls.run([](GCancellable *cancellable, GAsyncReadyCallback done, gpointer data) {
         secret_service_open(SECRET_TYPE_SERVICE, nullptr, SECRET_SERVICE_OPEN_SESSION, cancellable, done,
                             data);

@@ -42,6 +42,7 @@ public:
 private:
     explicit SecretSession(BoundedGlibCalls &calls) : m_calls(&calls) {}
 
+    Result<void> connect();
     /// The service has its name, without starting it.
     bool isOwned();
     std::unexpected<KeychainError> failure(const GError *error) const;

@@ -35,14 +35,22 @@ std::expected<void, KeychainError> removeUnlocked(SecretSession &session, const 
     return {};
 }
 
-/// Locked keyrings of some services show no entries, so "not found" is believed only of an unlocked one.
-std::expected<void, KeychainError> expectUnlockedDefault(SecretSession &session) {
+std::expected<void, KeychainError> expectOpenDefault(SecretSession &session) {
     const auto collection = session.defaultCollection();
     if (!collection)
         return std::unexpected(collection.error());
-    if (*collection && secret_collection_get_locked(collection->get()))
+    if (!*collection)
+        return std::unexpected(KeychainError{Kind::noKeyring, "no default keyring"});
+    if (secret_collection_get_locked(collection->get()))
         return locked("the default keyring is locked");
     return {};
+}
+
+/// Locked keyrings of some services show no entries, so "nothing stored" is believed only when the default
+/// keyring is open or does not exist.
+std::expected<void, KeychainError> believeMissing(SecretSession &session) {
+    const auto open = expectOpenDefault(session);
+    return open || open.error().kind == Kind::noKeyring ? std::expected<void, KeychainError>() : open;
 }
 
 } // namespace
@@ -66,8 +74,8 @@ std::expected<std::optional<std::string>, KeychainError> SecretStore::read(const
     }
     if (!items->empty())
         return locked("the entry is in a locked keyring");
-    if (const auto open = expectUnlockedDefault(*session); !open)
-        return std::unexpected(open.error());
+    if (const auto missing = believeMissing(*session); !missing)
+        return std::unexpected(missing.error());
     return std::nullopt;
 }
 
@@ -77,17 +85,20 @@ std::expected<void, KeychainError> SecretStore::write(const std::string &account
     auto session = SecretSession::open(calls);
     if (!session)
         return std::unexpected(session.error());
-    const auto collection = session->defaultCollection();
-    if (!collection)
-        return std::unexpected(collection.error());
-    if (!*collection)
-        return std::unexpected(KeychainError{Kind::noKeyring, "no default keyring"});
     // Checked here, since storing into a locked keyring would ask for the password, each time.
-    if (secret_collection_get_locked(collection->get()))
-        return locked("the default keyring is locked");
+    if (const auto writable = expectOpenDefault(*session); !writable)
+        return writable;
     // An older entry that cannot be removed does not keep the new one out.
     (void)removeUnlocked(*session, account);
     return session->store(account, value);
+}
+
+std::expected<void, KeychainError> SecretStore::expectWritable(Deadline deadline) {
+    BoundedGlibCalls calls(m_stop.get_token(), deadline);
+    auto session = SecretSession::open(calls);
+    if (!session)
+        return std::unexpected(session.error());
+    return expectOpenDefault(*session);
 }
 
 std::expected<void, KeychainError> SecretStore::remove(const std::string &account, Deadline deadline) {
@@ -97,7 +108,7 @@ std::expected<void, KeychainError> SecretStore::remove(const std::string &accoun
         return std::unexpected(session.error());
     if (const auto removed = removeUnlocked(*session, account); !removed)
         return removed;
-    return expectUnlockedDefault(*session);
+    return believeMissing(*session);
 }
 
 std::expected<void, KeychainError> SecretStore::unlock(const std::string &account) {

@@ -32,6 +32,9 @@ public:
     /// Success means that there is no entry afterwards.
     std::expected<void, KeychainError> remove(const std::string &account, Deadline deadline);
 
+    /// Whether a write would find an open keyring to go to.
+    std::expected<void, KeychainError> expectWritable(Deadline deadline);
+
     /// Asks the user for the keyring's password, or to create a default keyring where there is none. Returns
     /// when the user has answered, which may take for ever: `cancel` ends it.
     std::expected<void, KeychainError> unlock(const std::string &account);

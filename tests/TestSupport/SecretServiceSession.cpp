@@ -3,6 +3,7 @@
 
 #include "TestSupport/SecretServiceSession.h"
 
+#include "Support/UniqueFd.h"
 #include "TestSupport/RunTask.h"
 
 #include <QDBusArgument>
@@ -14,7 +15,13 @@
 #include <QDBusReply>
 #include <QFile>
 
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <array>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <stdexcept>
 
@@ -64,6 +71,16 @@ void require(bool condition, const char *what) {
         throw std::runtime_error(what);
 }
 
+/// Invalid when nobody listens.
+UniqueFd connectTo(const std::string &path) {
+    UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    path.copy(address.sun_path, sizeof address.sun_path - 1);
+    if (::connect(socket.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0)
+        socket.reset();
+    return socket;
+}
+
 /// The process's session bus.
 class PrivateBus {
 public:
@@ -89,8 +106,7 @@ private:
 
         m_daemon = std::make_unique<ChildProcess>(std::vector<std::string>{
             "dbus-daemon", "--nofork", "--nopidfile", "--config-file=" + configuration});
-        require(eventually([&socket] { return QFile::exists(QString::fromStdString(socket)); }),
-                "dbus-daemon does not listen");
+        require(eventually([&socket] { return connectTo(socket).isValid(); }), "dbus-daemon does not listen");
         qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + QByteArray::fromStdString(socket));
         qunsetenv("DISPLAY");
         qunsetenv("WAYLAND_DISPLAY");
@@ -177,6 +193,25 @@ void SecretServiceSession::unlock() {
     call("org.gnome.keyring.InternalUnsupportedGuiltRiddenInterface", "UnlockWithMasterPassword",
          {QVariant::fromValue(QDBusObjectPath(QLatin1String(loginCollection))),
           QVariant::fromValue(password)});
+}
+
+void SecretServiceSession::unlockSilently() {
+    const UniqueFd socket = connectTo(m_home / "control/control");
+    require(socket.isValid(), "the keyring's control socket is not there");
+    const auto number = [](std::size_t value) {
+        const std::uint32_t bigEndian = htonl(std::uint32_t(value));
+        return std::string(reinterpret_cast<const char *>(&bigEndian), sizeof bigEndian);
+    };
+    constexpr std::size_t unlockOperation = 1;
+    const std::string password = keyringPassword;
+    // One byte for the sender's credentials, then length, operation, password.
+    const std::string request = std::string(1, 0) + number(3 * 4 + password.size()) +
+                                number(unlockOperation) + number(password.size()) + password;
+    std::array<char, 8> answer{};
+    require(::send(socket.get(), request.data(), request.size(), 0) == ssize_t(request.size()) &&
+                ::recv(socket.get(), answer.data(), answer.size(), MSG_WAITALL) == ssize_t(answer.size()) &&
+                answer.back() == 0,
+            "the keyring does not unlock");
 }
 
 void SecretServiceSession::kill() {

@@ -34,6 +34,8 @@ public:
     /// Locks or opens the default keyring of the running daemon.
     void lock();
     void unlock();
+    /// As the login manager does: no signal tells of it.
+    void unlockSilently();
     /// SIGKILL; returns when its name is gone from the bus.
     void kill();
     /// Hung: alive, but answers nothing until it is resumed or killed.

@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Auth/PairingClient.h"
+
+#include "Analytics/Analytics.h"
+#include "Auth/KeyProvider.h"
+#include "Auth/Keychain.h"
+#include "Auth/PairingMessages.h"
+#include "Support/Clock.h"
+#include "Support/Log.h"
+
+#include <algorithm>
+
+using namespace std::chrono_literals;
+
+namespace vantrell {
+
+namespace {
+
+constexpr auto lookAgainAfter = 30s;
+/// Keeps a wrong answer's interval from overflowing the clock.
+constexpr std::int64_t longestIntervalSeconds = 24 * 60 * 60;
+
+std::expected<PairingRequestResponse, APIError> acceptedRequest(const HttpResult &result) {
+    if (!result)
+        return std::unexpected(APIError::of(result.error()));
+    if (result->status != 201)
+        return std::unexpected(APIError::http(result->status));
+    auto response = PairingRequestResponse::decode(result->body);
+    if (!response)
+        return std::unexpected(APIError(APIError::MalformedResponse{}));
+    return std::move(*response);
+}
+
+} // namespace
+
+PairingClient::PairingClient(Services services, ServiceURL service)
+    : m_services(services), m_service(std::move(service)) {
+    if (m_services.keys.key()) {
+        m_state = PairingState::paired();
+        m_looked = true;
+    } else {
+        m_lookTask.start(this, &PairingClient::look);
+    }
+    m_services.keychain.onReachable = [this] { lookAgain(); };
+}
+
+PairingClient::~PairingClient() {
+    m_services.keychain.onReachable = nullptr;
+}
+
+Task<> PairingClient::ready(std::stop_token stop) {
+    if (m_looked)
+        co_return;
+    const OneShot<bool> looked;
+    m_waitingForLook.push_back(looked);
+    co_await looked.wait(stop);
+}
+
+Task<PairingClient::Begun> PairingClient::begin(std::stop_token stop) {
+    const OneShot<Begun> answered;
+    m_scope.start(this, &PairingClient::openKeyring);
+    m_scope.start(this, &PairingClient::request, answered);
+    const auto result = co_await answered.wait(stop);
+    if (!result)
+        co_return std::unexpected(APIError::of(TransportError::cancelled()));
+    co_return *result;
+}
+
+/// The user is at the desk now: a password asked for here is not missing when the key arrives.
+Task<> PairingClient::openKeyring(std::stop_token stop) {
+    co_await m_services.keychain.prepareToWrite(Keychain::apiKeyAccount, stop);
+}
+
+Task<> PairingClient::request(OneShot<Begun> answered, std::stop_token stop) {
+    const auto result = co_await post("v1/keys/request", nlohmann::json{{"name", deviceName()}}.dump(), stop);
+    if (stop.stop_requested()) {
+        answered.resolve(std::unexpected(APIError::of(TransportError::cancelled())));
+        co_return;
+    }
+    const auto accepted = acceptedRequest(result);
+    if (!accepted) {
+        qCCritical(logAuth, "pairing request failed");
+        answered.resolve(std::unexpected(accepted.error()));
+        co_return;
+    }
+    answered.resolve(accepted->approvalUrl);
+    m_outcome.reset();
+    const PairingState waiting = PairingState::waitingForApproval(accepted->approvalUrl);
+    change(waiting);
+    // Whoever was told may have disconnected again, or be gone with this client.
+    if (stop.stop_requested() || m_state != waiting)
+        co_return;
+    const double deadline = m_services.clock.hostNow() + double(accepted->expiresInSeconds);
+    startPolling(accepted->deviceCode, accepted->pollIntervalSeconds, deadline);
+}
+
+void PairingClient::startPolling(std::string deviceCode, std::int64_t intervalSeconds, double deadline) {
+    m_pollTask.cancel();
+    m_pollTask.start(this, &PairingClient::poll, std::move(deviceCode), intervalSeconds, deadline);
+}
+
+Task<> PairingClient::poll(std::string deviceCode, std::int64_t intervalSeconds, double deadline,
+                           std::stop_token stop) {
+    const std::chrono::seconds interval(std::clamp<std::int64_t>(intervalSeconds, 1, longestIntervalSeconds));
+    const std::string body = nlohmann::json{{"deviceCode", deviceCode}}.dump();
+    while (m_services.clock.hostNow() < deadline) {
+        if (!co_await m_services.clock.sleep(interval, stop))
+            co_return;
+        const auto result = co_await post("v1/keys/poll", body, stop);
+        if (stop.stop_requested())
+            co_return;
+        if (!result)
+            continue;
+        const auto response = PairingPollResponse::decode(result->body);
+        if (!response)
+            continue;
+        const Turn turn = co_await act(*response, stop);
+        if (stop.stop_requested() || turn == Turn::over)
+            co_return;
+    }
+    if (m_state.kind != PairingState::Kind::paired)
+        end(PairingOutcome::expired);
+}
+
+Task<PairingClient::Turn> PairingClient::act(PairingPollResponse response, std::stop_token stop) {
+    if (response.status == "approved" && response.apiKey) {
+        const auto stored =
+            co_await m_services.keychain.write(*response.apiKey, Keychain::apiKeyAccount, stop);
+        if (stop.stop_requested())
+            co_return Turn::over;
+        if (stored) {
+            m_removalPending = false;
+            m_lookTask.cancel();
+            m_services.analytics.track("cap.pairing_completed");
+            qCInfo(logAuth, "pairing approved");
+            end(PairingOutcome::approved);
+        } else {
+            qCCritical(logAuth, "keychain write failed; pairing dropped");
+            end(PairingOutcome::notStored);
+        }
+        co_return Turn::over;
+    }
+    if (response.status == "denied" || response.status == "expired" || response.status == "claimed") {
+        qCInfo(logAuth, "pairing ended: %s", response.status.c_str());
+        end(response.status == "denied"    ? PairingOutcome::denied
+            : response.status == "expired" ? PairingOutcome::expired
+                                           : PairingOutcome::claimed);
+        co_return Turn::over;
+    }
+    co_return Turn::goOn;
+}
+
+Task<PairingClient::Removed> PairingClient::unpair(std::stop_token stop) {
+    m_pollTask.cancel();
+    m_lookTask.cancel();
+    noteLooked();
+    m_removalPending = true;
+    const OneShot<Removed> done;
+    m_scope.start(this, &PairingClient::removeKey, done);
+    change(PairingState::unpaired());
+    const auto result = co_await done.wait(stop);
+    if (!result)
+        co_return std::unexpected(KeychainError{KeychainError::Kind::cancelled, {}});
+    co_return *result;
+}
+
+Task<> PairingClient::removeKey(OneShot<Removed> done, std::stop_token stop) {
+    const auto removed = co_await m_services.keychain.remove(Keychain::apiKeyAccount, stop);
+    done.resolve(removed);
+    if (stop.stop_requested() || !m_removalPending)
+        co_return;
+    if (removed)
+        m_removalPending = false;
+    else
+        lookAgain();
+}
+
+void PairingClient::keyRejected() {
+    if (m_services.keys.isOverridden()) {
+        qCCritical(logAuth, "key from the environment refused");
+        m_services.keys.dropOverriding();
+        m_pollTask.cancel();
+        change(PairingState::unpaired());
+    } else {
+        unpair();
+    }
+}
+
+void PairingClient::lookAgain() {
+    if (m_state.kind == PairingState::Kind::paired)
+        return;
+    m_lookTask.cancel();
+    m_lookTask.start(this, &PairingClient::look);
+}
+
+Task<> PairingClient::look(std::stop_token stop) {
+    for (;;) {
+        const auto problem = m_removalPending ? co_await lookToRemove(stop) : co_await lookToRead(stop);
+        if (stop.stop_requested() || !problem)
+            co_return;
+        // A service that is not there announces itself when it comes; the other problems end without a word.
+        if (*problem == KeychainError::Kind::absent || *problem == KeychainError::Kind::cancelled)
+            co_return;
+        if (!co_await m_services.clock.sleep(lookAgainAfter, stop))
+            co_return;
+    }
+}
+
+Task<PairingClient::Problem> PairingClient::lookToRemove(std::stop_token stop) {
+    const auto removed = co_await m_services.keychain.remove(Keychain::apiKeyAccount, stop);
+    if (!removed)
+        co_return removed.error().kind;
+    m_removalPending = false;
+    co_return std::nullopt;
+}
+
+Task<PairingClient::Problem> PairingClient::lookToRead(std::stop_token stop) {
+    const auto stored = co_await m_services.keychain.read(Keychain::apiKeyAccount, stop);
+    if (stop.stop_requested())
+        co_return std::nullopt;
+    noteLooked();
+    if (!stored)
+        co_return stored.error().kind;
+    if (*stored && m_state.kind == PairingState::Kind::unpaired)
+        change(PairingState::paired());
+    co_return std::nullopt;
+}
+
+void PairingClient::noteLooked() {
+    m_looked = true;
+    for (const OneShot<bool> &waiting : std::exchange(m_waitingForLook, {}))
+        waiting.resolve(true);
+}
+
+void PairingClient::end(PairingOutcome outcome) {
+    m_outcome = outcome;
+    change(outcome == PairingOutcome::approved ? PairingState::paired() : PairingState::unpaired());
+}
+
+void PairingClient::change(PairingState state) {
+    m_state = std::move(state);
+    if (onChange)
+        onChange();
+}
+
+Task<HttpResult> PairingClient::post(std::string path, std::string body, std::stop_token stop) {
+    HttpRequest request{.method = HttpMethod::post, .url = m_service.appending(path)};
+    request.headers.add("Content-Type", "application/json");
+    request.body = std::move(body);
+    co_return co_await m_services.http.send(std::move(request), stop);
+}
+
+} // namespace vantrell

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Support/SerialWorker.h"
+
+namespace vantrell {
+
+SerialWorker::~SerialWorker() {
+    {
+        std::scoped_lock lock(m_mutex);
+        m_closing = true;
+    }
+    m_changed.notify_all();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+void SerialWorker::post(std::function<void()> work) {
+    {
+        std::scoped_lock lock(m_mutex);
+        m_waiting.push_back(std::move(work));
+        if (!m_thread.joinable())
+            m_thread = std::thread([this] { run(); });
+    }
+    m_changed.notify_one();
+}
+
+void SerialWorker::run() {
+    for (;;) {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait(lock, [this] { return m_closing || !m_waiting.empty(); });
+        if (m_waiting.empty())
+            return;
+        const std::function<void()> work = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        lock.unlock();
+        work();
+    }
+}
+
+} // namespace vantrell
