@@ -49,6 +49,8 @@ Task<std::expected<void, TransferError>> StoragePut::put(HttpBody body, std::int
         co_return std::unexpected(transferErrorOf(response.error()));
     if (!response->isSuccess())
         co_return std::unexpected(APIError::http(response->status, "Storage rejected the upload"));
+    if (response->isWebPage())
+        co_return std::unexpected(APIError(APIError::MalformedResponse{}));
     co_return std::expected<void, TransferError>();
 }
 

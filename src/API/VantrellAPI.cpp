@@ -111,6 +111,9 @@ VantrellAPI::Result<std::string> VantrellAPI::send(HttpMethod method, std::strin
         co_return std::unexpected(APIError::of(response.error()));
     if (!response->isSuccess())
         co_return std::unexpected(failureOf(*response));
+    // Somebody on the way said yes, not the service: a confirmation must not be believed then.
+    if (response->isWebPage())
+        co_return std::unexpected(APIError(APIError::MalformedResponse{}));
     co_return std::move(response->body);
 }
 

@@ -21,6 +21,10 @@ struct HttpResponse {
     std::int64_t bodyBytesSent = 0;
 
     bool isSuccess() const { return status >= 200 && status <= 299; }
+
+    /// A page for a person: what a captive portal or a proxy on the way answers in the server's place, often
+    /// with status 200.
+    bool isWebPage() const;
 };
 
 } // namespace vantrell

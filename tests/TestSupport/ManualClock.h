@@ -23,6 +23,9 @@ public:
     /// in the event loop is done when this returns.
     void advance(std::chrono::milliseconds duration);
 
+    /// The wall clock jumps; nobody who sleeps may notice.
+    void setWall(WallTime wall) { m_wall = wall; }
+
     /// Waits in the event loop until somebody sleeps, then moves to the earliest wake time. Returns how long
     /// that sleeper had asked for, or nothing when nobody slept within `patience` of real time.
     std::optional<std::chrono::milliseconds>

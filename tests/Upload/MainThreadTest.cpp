@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "StallMeter.h"
+#include "TestSupport/RunTask.h"
+#include "UploadFixture.h"
+
+#include <thread>
+
+using namespace std::chrono_literals;
+
+namespace vantrell::testing {
+namespace {
+
+// A picture at 60 Hz lasts 16 ms. Sanitizers make everything several times slower.
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+constexpr auto allowedStall = 80ms;
+#else
+constexpr auto allowedStall = 16ms;
+#endif
+
+class MainThreadTest : public UploadFixture {};
+
+TEST_F(MainThreadTest, isNeverKeptWaitingByTwoUploads) {
+    service->configure({{"chunkSize", 6 << 20}});
+    const auto first = makeCapture("heavy", 60'000'000);
+    const auto second = makeCapture("heavy too", 60'000'000);
+    {
+        StallMeter meter;
+        enqueue(first);
+        enqueue(second);
+        ASSERT_TRUE(eventually([this] { return manager->isIdle(); }, 120s));
+        EXPECT_LE(meter.longest(), allowedStall);
+        EXPECT_GT(meter.beats(), 40);
+        RecordProperty("longestStallMs", int(meter.longest().count()));
+    }
+    service->configure({{"chunkSize", 100'000}});
+    expectInLibrary(*first);
+    expectInLibrary(*second);
+}
+
+TEST_F(MainThreadTest, wouldBeSeenWaiting) {
+    StallMeter meter;
+    QMetaObject::invokeMethod(&meter, [] { std::this_thread::sleep_for(100ms); }, Qt::QueuedConnection);
+    ASSERT_TRUE(eventually([&meter] { return meter.longest() >= 95ms; }));
+}
+
+} // namespace
+} // namespace vantrell::testing
