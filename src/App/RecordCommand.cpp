@@ -160,6 +160,7 @@ Task<ExitCode> RecordRun::deliver(RecordingStopOutcome outcome, std::stop_token 
         co_return ExitCode::failed;
     if (!*saved)
         co_return fail(saved->error().description());
+    RecordingJournal::remove(outcome.journal);
     nlohmann::json json = (*saved)->json(capture, outcome.isPartial);
     json["droppedFrames"] = outcome.droppedFrames;
     std::string text = (*saved)->file.string();

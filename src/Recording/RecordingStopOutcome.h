@@ -6,6 +6,7 @@
 #include "Capture/CaptureResult.h"
 
 #include <cstdint>
+#include <filesystem>
 
 namespace vantrell {
 
@@ -16,6 +17,9 @@ struct RecordingStopOutcome {
     bool isPartial = false;
     /// Changes of the screen that got no frame because the machine could not keep up.
     std::int64_t droppedFrames = 0;
+    /// What would recover the recording; whoever has taken the capture over removes it
+    /// (RecordingJournal::remove).
+    std::filesystem::path journal;
 };
 
 } // namespace vantrell
