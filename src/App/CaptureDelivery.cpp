@@ -50,6 +50,8 @@ Task<ExitCode> CaptureDelivery::deliver(CaptureResult capture, bool isPartial, n
         m_context.reporter.failure(saved->error().description());
         co_return ExitCode::failed;
     }
+    if (onSaved)
+        onSaved();
     nlohmann::json json = (*saved)->json(capture, isPartial);
     json.update(more);
     std::string text = (*saved)->file.string();

@@ -14,6 +14,7 @@
 
 #include <expected>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -33,6 +34,9 @@ public:
     };
 
     CaptureDelivery(Options options, CommandContext context);
+
+    /// Called when the capture is safe in its place, before it is uploaded. May be empty.
+    std::function<void()> onSaved;
 
     /// Looks before anything is captured, so that an unwritable folder, a wrong address or a missing
     /// connection costs no work.

@@ -121,6 +121,7 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
         more["endedBecause"] = description(**ended);
         m_context.reporter.note(description(**ended));
     }
+    m_delivery.onSaved = [journal = outcome->journal] { RecordingJournal::remove(journal); };
     co_return co_await m_delivery.deliver(std::move(outcome->capture), outcome->isPartial, std::move(more),
                                           stop);
 }

@@ -52,6 +52,11 @@ private:
     QObject m_context;
 };
 
+Task<> keep(std::optional<std::string> *kept, std::string location) {
+    *kept = std::move(location);
+    co_return;
+}
+
 TEST(TusEndurance, aLargeFileSurvivesCutsAnywhereInFlatMemoryWithNothingSentTwiceBeyondAChunk) {
     const unsigned seed = std::random_device{}();
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -87,15 +92,15 @@ TEST(TusEndurance, aLargeFileSurvivesCutsAnywhereInFlatMemoryWithNothingSentTwic
     for (bool complete = false; !complete; ++cuts) {
         ASSERT_LT(cuts, 200);
         RandomCut cut(random);
-        const auto result =
-            runTask(uploader.upload(file, target, location,
-                                    {.onLocation = [&](const std::string &l) { location = l; },
-                                     .onProgress =
-                                         [&](std::int64_t, std::int64_t) {
-                                             peak = std::max(peak, residentBytes());
-                                             cut.chunkAccepted();
-                                         }},
-                                    cut.stop.get_token()));
+        const auto result = runTask(
+            uploader.upload(file, target, location,
+                            {.onLocation = [&](std::string l) { return keep(&location, std::move(l)); },
+                             .onProgress =
+                                 [&](std::int64_t, std::int64_t) {
+                                     peak = std::max(peak, residentBytes());
+                                     cut.chunkAccepted();
+                                 }},
+                            cut.stop.get_token()));
         complete = result.has_value();
         ASSERT_TRUE(complete || cut.stop.stop_requested()) << logText(result.error());
     }
