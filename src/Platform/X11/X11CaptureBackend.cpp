@@ -4,8 +4,9 @@
 #include "Platform/X11/X11CaptureBackend.h"
 
 #include "Media/StagedCaptureStream.h"
+#include "Platform/X11/X11AreaSource.h"
 #include "Platform/X11/X11Displays.h"
-#include "Platform/X11/X11FrameSource.h"
+#include "Platform/X11/X11WindowSource.h"
 
 #include <utility>
 
@@ -36,7 +37,12 @@ std::expected<std::vector<WindowDescription>, PlatformError> X11CaptureBackend::
 
 std::unique_ptr<CaptureStream> X11CaptureBackend::makeStream(CaptureStreamConfiguration configuration,
                                                              CaptureStreamEvents events) {
-    auto source = std::make_unique<X11FrameSource>(configuration.source, configuration.showsCursor);
+    std::unique_ptr<FrameSource> source;
+    if (configuration.window)
+        source = std::make_unique<X11WindowSource>(*configuration.window, configuration.output,
+                                                   configuration.showsCursor);
+    else
+        source = std::make_unique<X11AreaSource>(configuration.source, configuration.showsCursor);
     return std::make_unique<StagedCaptureStream>(std::move(configuration), std::move(events),
                                                  std::move(source), m_makeSound);
 }

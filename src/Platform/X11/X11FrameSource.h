@@ -3,66 +3,62 @@
 
 #pragma once
 
-#include "Media/BlockMap.h"
 #include "Platform/FrameSource.h"
-#include "Platform/X11/ShmSegment.h"
 #include "Platform/X11/X11Connection.h"
 #include "Platform/X11/X11Cursor.h"
 #include "Platform/X11/X11Wakeup.h"
 
-#include <xcb/damage.h>
-#include <xcb/xfixes.h>
-
 #include <memory>
 #include <optional>
-#include <vector>
 
 namespace vantrell {
 
-/// A part of the desktop: sleeps until the server reports damage (DAMAGE) and fetches the damaged parts only
-/// (MIT-SHM). What lies outside of the desktop is black. The pointer is drawn into the pixels when asked for,
-/// and its movements are then changes (XFIXES, XInput 2).
-class X11FrameSource final : public FrameSource {
+/// What all pictures taken from an X server have in common: a connection of the capture thread's own,
+/// sleeping until an event tells of a change, and the pointer, which is drawn into the pixels only when asked
+/// for and whose movements are then changes (XFIXES, XInput 2).
+class X11FrameSource : public FrameSource {
 public:
-    /// `area` in the desktop's pixels.
-    X11FrameSource(const PixelRect &area, bool showsCursor);
-    ~X11FrameSource() override;
+    std::expected<FrameWait, PlatformError> wait(double notBefore, std::optional<double> deadline) final;
+    void interrupt() final { m_wakeup.interrupt(); }
 
-    std::expected<void, PlatformError> open() override;
-    PixelSize size() const override { return m_area.size(); }
-    std::expected<FrameWait, PlatformError> wait(double notBefore, std::optional<double> deadline) override;
-    std::expected<FrameUpdate, PlatformError> fetch() override;
-    void interrupt() override { m_wakeup.interrupt(); }
+protected:
+    explicit X11FrameSource(bool showsCursor) : m_showsCursor(showsCursor) {}
+
+    std::expected<void, PlatformError> connect();
+    const X11Connection &x11() const { return *m_x11; }
+    xcb_connection_t *xcb() const { return m_x11->xcb(); }
+
+    /// Called for every event but the pointer's; reports changes through `noteChange`.
+    virtual void handle(const xcb_generic_event_t &event, double now) = 0;
+    /// Why there will be no more pictures, once that is so.
+    virtual std::optional<PlatformError> ended() const { return std::nullopt; }
+
+    /// There is something to fetch since `hostTime`.
+    void noteChange(double hostTime);
+    /// When the first of the changes happened that are fetched now.
+    double takeChangeTime();
+
+    /// The pointer; none when it is not wanted.
+    X11Cursor *cursor() { return m_cursor ? &*m_cursor : nullptr; }
+    /// Sends the pointer's questions together with others.
+    void askForPointer();
+    /// Takes the answers; true when it has moved or changed. `before` is where it was.
+    bool pointerMoved(PixelRect &before);
+
+    /// Pixels of that visual are blue, green, red, unused: what everything after the capture works on.
+    bool hasBgrxPixels(xcb_visualid_t visual) const;
+    static PlatformError unsupportedPixels();
 
 private:
     void drainEvents();
-    void handle(const xcb_generic_event_t &event);
-    void noteChange(double hostTime);
-    /// Takes the damage so far and the pointer's new place into `m_stale`.
-    std::expected<void, PlatformError> collectChanges();
-    std::expected<void, PlatformError> fetchStale();
-    PixelRect onPicture(const PixelRect &desktop) const;
 
-    PixelRect m_area;
     bool m_showsCursor;
     X11Wakeup m_wakeup;
-
     std::unique_ptr<X11Connection> m_x11;
-    PixelSize m_desktop;
-    std::uint8_t m_firstDamageEvent = 0;
-    xcb_damage_damage_t m_damage = XCB_NONE;
-    xcb_xfixes_region_t m_region = XCB_NONE;
-    std::unique_ptr<ShmSegment> m_memory;
     std::optional<X11Cursor> m_cursor;
-
     std::optional<double> m_changedAt;
-    bool m_damaged = false;
     /// When the pointer is looked at next although no device reported a movement.
     double m_nextPointerLook = 0;
-    int m_failedFetches = 0;
-    /// Blocks of the picture that must be fetched.
-    BlockMap m_stale;
-    std::vector<FramePatch> m_patches;
 };
 
 } // namespace vantrell

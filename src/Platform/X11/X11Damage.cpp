@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/X11/X11Damage.h"
+
+#include <utility>
+
+namespace vantrell {
+
+std::expected<X11Damage, PlatformError> X11Damage::create(const X11Connection &connection,
+                                                          xcb_window_t window) {
+    const auto damageExtension = connection.require(&xcb_damage_id, "DAMAGE");
+    if (!damageExtension)
+        return std::unexpected(damageExtension.error());
+    const auto fixes = connection.require(&xcb_xfixes_id, "XFIXES");
+    if (!fixes)
+        return std::unexpected(fixes.error());
+    X11Damage damage;
+    damage.m_xcb = connection.xcb();
+    damage.m_firstEvent = (*damageExtension)->first_event;
+    xcb_discard_reply(damage.m_xcb, xcb_damage_query_version(damage.m_xcb, 1, 1).sequence);
+    xcb_discard_reply(damage.m_xcb, xcb_xfixes_query_version(damage.m_xcb, 5, 0).sequence);
+    damage.m_region = xcb_generate_id(damage.m_xcb);
+    xcb_xfixes_create_region(damage.m_xcb, damage.m_region, 0, nullptr);
+    damage.m_damage = xcb_generate_id(damage.m_xcb);
+    xcb_damage_create(damage.m_xcb, damage.m_damage, window, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+    return damage;
+}
+
+bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &hostTime) {
+    if ((event.response_type & ~X11Connection::sentEventBit) != m_firstEvent + XCB_DAMAGE_NOTIFY)
+        return false;
+    const auto &notify = reinterpret_cast<const xcb_damage_notify_event_t &>(event);
+    if (notify.damage != m_damage)
+        return false;
+    m_isDamaged = true;
+    hostTime = X11Connection::hostTime(notify.timestamp, now);
+    return true;
+}
+
+void X11Damage::ask() {
+    if (!std::exchange(m_isDamaged, false))
+        return;
+    xcb_damage_subtract(m_xcb, m_damage, XCB_NONE, m_region);
+    m_asked = xcb_xfixes_fetch_region(m_xcb, m_region);
+}
+
+bool X11Damage::answer(const std::function<void(const PixelRect &)> &damaged) {
+    const auto asked = std::exchange(m_asked, std::nullopt);
+    if (!asked)
+        return true;
+    const XcbPointer<xcb_xfixes_fetch_region_reply_t> region(
+        xcb_xfixes_fetch_region_reply(m_xcb, *asked, nullptr));
+    if (!region)
+        return false;
+    const xcb_rectangle_t *rects = xcb_xfixes_fetch_region_rectangles(region.get());
+    for (int i = 0; i < xcb_xfixes_fetch_region_rectangles_length(region.get()); ++i)
+        damaged({rects[i].x, rects[i].y, rects[i].width, rects[i].height});
+    return true;
+}
+
+} // namespace vantrell

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/X11/X11PatchReader.h"
+
+#include <cstring>
+#include <utility>
+
+namespace vantrell {
+namespace {
+
+constexpr int bytesPerPixel = 4;
+
+std::size_t bytesOf(int width, int height) {
+    return std::size_t(width) * std::size_t(height) * bytesPerPixel;
+}
+
+} // namespace
+
+std::expected<X11PatchReader, PlatformError> X11PatchReader::create(const X11Connection &connection,
+                                                                    PixelSize most) {
+    const auto shm = connection.require(&xcb_shm_id, "MIT-SHM");
+    if (!shm)
+        return std::unexpected(shm.error());
+    auto memory = ShmSegment::create(connection, bytesOf(most.width, most.height));
+    if (!memory)
+        return std::unexpected(memory.error());
+    X11PatchReader reader;
+    reader.m_xcb = connection.xcb();
+    reader.m_memory = std::move(*memory);
+    return reader;
+}
+
+void X11PatchReader::request(const Cut &cut, const PixelRect &part, std::size_t offset) {
+    m_requests.push_back(xcb_shm_get_image(m_xcb, cut.drawable, std::int16_t(part.x), std::int16_t(part.y),
+                                           std::uint16_t(part.width), std::uint16_t(part.height), ~0u,
+                                           XCB_IMAGE_FORMAT_Z_PIXMAP, m_memory->id(), std::uint32_t(offset)));
+}
+
+std::optional<std::span<FramePatch>> X11PatchReader::read(const Cut &cut,
+                                                          const std::vector<PixelRect> &rects) {
+    m_patches.clear();
+    m_requests.clear();
+    std::size_t offset = 0;
+    const PixelRect whole{0, 0, cut.drawableSize.width, cut.drawableSize.height};
+    for (const PixelRect &rect : rects) {
+        const PixelRect wanted{rect.x + cut.x, rect.y + cut.y, rect.width, rect.height};
+        const PixelRect part = intersection(wanted, whole);
+        std::uint8_t *pixels = m_memory->data() + offset;
+        m_patches.push_back({rect, pixels, std::ptrdiff_t(rect.width) * bytesPerPixel});
+        if (part == wanted) {
+            request(cut, part, offset);
+        } else {
+            std::memset(pixels, 0, bytesOf(rect.width, rect.height));
+            // The server packs what it writes: rows that reach over the edge come one by one.
+            for (int y = part.y; y < part.bottom(); ++y)
+                request(cut, {part.x, y, part.width, 1},
+                        offset + bytesOf(rect.width, y - wanted.y) + bytesOf(part.x - wanted.x, 1));
+        }
+        offset += bytesOf(rect.width, rect.height);
+    }
+    bool refused = false;
+    for (const xcb_shm_get_image_cookie_t cookie : m_requests) {
+        xcb_generic_error_t *error = nullptr;
+        const XcbPointer<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(m_xcb, cookie, &error));
+        const XcbPointer<xcb_generic_error_t> ignored(error);
+        refused |= !reply;
+    }
+    if (refused)
+        return std::nullopt;
+    return m_patches;
+}
+
+} // namespace vantrell

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Platform/FrameSource.h"
+#include "Platform/X11/ShmSegment.h"
+#include "Support/Geometry.h"
+
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace vantrell {
+
+/// Reads rectangles of a drawable through memory that is shared with the X server, all in one round trip.
+/// Belongs to the connection's thread and ends before it.
+class X11PatchReader {
+public:
+    static std::expected<X11PatchReader, PlatformError> create(const X11Connection &connection,
+                                                               PixelSize most);
+
+    /// A picture of the reader's client, cut out of a drawable.
+    struct Cut {
+        xcb_drawable_t drawable;
+        PixelSize drawableSize;
+        /// Where the picture's corner lies in the drawable; what lies outside of it is black.
+        int x;
+        int y;
+    };
+
+    /// Disjoint rectangles of the picture, whose area is at most the one it was made for. None when the
+    /// server refused, which it does when the drawable has just changed its size.
+    std::optional<std::span<FramePatch>> read(const Cut &cut, const std::vector<PixelRect> &rects);
+
+    /// The pixels of a patch that `read` returned, to draw on.
+    std::uint8_t *writable(const FramePatch &patch) const {
+        return m_memory->data() + (patch.pixels - m_memory->data());
+    }
+
+private:
+    X11PatchReader() = default;
+    void request(const Cut &cut, const PixelRect &part, std::size_t offset);
+
+    xcb_connection_t *m_xcb = nullptr;
+    std::unique_ptr<ShmSegment> m_memory;
+    std::vector<xcb_shm_get_image_cookie_t> m_requests;
+    std::vector<FramePatch> m_patches;
+};
+
+} // namespace vantrell

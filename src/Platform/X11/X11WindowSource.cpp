@@ -1,0 +1,215 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/X11/X11WindowSource.h"
+
+#include "Platform/ScreenError.h"
+#include "Support/HostTime.h"
+
+#include <xcb/composite.h>
+
+#include <string>
+#include <utility>
+
+namespace vantrell {
+namespace {
+
+constexpr int mostWindowPatches = 12;
+
+} // namespace
+
+X11WindowSource::X11WindowSource(xcb_window_t window, PixelSize picture, bool showsCursor)
+    : X11FrameSource(showsCursor), m_window(window), m_size(picture), m_stale(picture), m_fitted(picture) {}
+
+std::expected<void, PlatformError> X11WindowSource::open() {
+    if (auto connected = connect(); !connected)
+        return connected;
+    const auto composite = x11().require(&xcb_composite_id, "Composite");
+    if (!composite)
+        return std::unexpected(composite.error());
+    const auto place = X11WindowPlace::of(x11(), m_window);
+    if (!place || place->isInputOnly)
+        return std::unexpected(
+            screenError(ScreenErrorCode::noSuchWindow, "There is no window " + std::to_string(m_window)));
+    if (!hasBgrxPixels(place->visual))
+        return std::unexpected(unsupportedPixels());
+    xcb_discard_reply(xcb(), xcb_composite_query_version(xcb(), 0, 4).sequence);
+    constexpr std::uint32_t structure = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    xcb_change_window_attributes(xcb(), m_window, XCB_CW_EVENT_MASK, &structure);
+    xcb_composite_redirect_window(xcb(), m_window, XCB_COMPOSITE_REDIRECT_AUTOMATIC);
+    auto damage = X11Damage::create(x11(), m_window);
+    if (!damage)
+        return std::unexpected(damage.error());
+    m_damage.emplace(std::move(*damage));
+    auto reader = X11PatchReader::create(x11(), m_size);
+    if (!reader)
+        return std::unexpected(reader.error());
+    m_reader.emplace(std::move(*reader));
+    m_readerSize = m_size;
+    xcb_flush(xcb());
+    if (x11().isBroken())
+        return std::unexpected(X11Connection::lostError());
+    noteChange(hostNow());
+    return {};
+}
+
+void X11WindowSource::handle(const xcb_generic_event_t &event, double now) {
+    double when = now;
+    if (m_damage->handles(event, now, when)) {
+        noteChange(when);
+        return;
+    }
+    switch (event.response_type & ~X11Connection::sentEventBit) {
+    case XCB_DESTROY_NOTIFY:
+        m_isClosed |= reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window == m_window;
+        break;
+    case XCB_MAP_NOTIFY:
+        m_wholeIsStale = true;
+        [[fallthrough]];
+    case XCB_CONFIGURE_NOTIFY:
+    case XCB_REPARENT_NOTIFY:
+        m_isOutdated = true;
+        noteChange(now);
+        break;
+    default:
+        break;
+    }
+}
+
+std::optional<PlatformError> X11WindowSource::ended() const {
+    if (!m_isClosed)
+        return std::nullopt;
+    return screenError(ScreenErrorCode::windowClosed, "The recorded window was closed");
+}
+
+bool X11WindowSource::renew() {
+    m_isOutdated = false;
+    const xcb_pixmap_t pixmap = xcb_generate_id(xcb());
+    const auto named = xcb_composite_name_window_pixmap_checked(xcb(), m_window, pixmap);
+    const auto place = X11WindowPlace::of(x11(), m_window);
+    const XcbPointer<xcb_generic_error_t> refused(xcb_request_check(xcb(), named));
+    if (place)
+        m_place = place->content;
+    // A window that is not shown has no pixels; those that it had last stay.
+    if (refused || !place)
+        return m_pixmap != XCB_NONE;
+    xcb_generic_error_t *error = nullptr;
+    const XcbPointer<xcb_get_geometry_reply_t> geometry(
+        xcb_get_geometry_reply(xcb(), xcb_get_geometry(xcb(), pixmap), &error));
+    const XcbPointer<xcb_generic_error_t> ignored(error);
+    if (!geometry)
+        return false;
+    if (m_pixmap != XCB_NONE)
+        xcb_free_pixmap(xcb(), m_pixmap);
+    m_pixmap = pixmap;
+    m_border = place->borderWidth;
+    const PixelSize size{geometry->width, geometry->height};
+    const PixelRect content = intersection({0, 0, size.width, size.height},
+                                           {place->borderWidth + place->content.x - place->window.x,
+                                            place->borderWidth + place->content.y - place->window.y,
+                                            place->content.width, place->content.height});
+    // After a move alone everything else is as it was.
+    if (size != m_pixmapSize || content != m_content || m_wholeIsStale) {
+        m_pixmapSize = size;
+        m_content = content;
+        m_wholeIsStale = true;
+    }
+    return true;
+}
+
+FrameUpdate X11WindowSource::nothing(double changedAt) {
+    m_patches.clear();
+    return {changedAt, m_patches};
+}
+
+std::expected<FrameUpdate, PlatformError> X11WindowSource::fetch() {
+    const double changedAt = takeChangeTime();
+    m_damage->ask();
+    askForPointer();
+    bool damaged = false;
+    const auto markDamage = [&](const PixelRect &rect) {
+        damaged = true;
+        // The pixmap has the window's border around it, the damage has not.
+        m_stale.mark(
+            {rect.x + m_border - m_content.x, rect.y + m_border - m_content.y, rect.width, rect.height});
+    };
+    if (!m_damage->answer(markDamage))
+        return std::unexpected(X11Connection::lostError());
+    PixelRect before;
+    const bool moved = pointerMoved(before);
+    if (m_isOutdated && !renew() && !x11().isBroken()) {
+        if (m_pixmap != XCB_NONE)
+            return nothing(changedAt);
+        // Not shown yet: black until it is.
+        m_patches = {m_fitted.black()};
+        return FrameUpdate{changedAt, m_patches};
+    }
+    if (x11().isBroken())
+        return std::unexpected(X11Connection::lostError());
+    if (m_content.isEmpty())
+        return nothing(changedAt);
+    if (moved) {
+        m_stale.mark({before.x - m_place.x, before.y - m_place.y, before.width, before.height});
+        const PixelRect &now = cursor()->rect();
+        m_stale.mark({now.x - m_place.x, now.y - m_place.y, now.width, now.height});
+    }
+    if (m_content.size() == m_size)
+        return fetchParts(changedAt);
+    if (!damaged && !moved && !m_wholeIsStale)
+        return nothing(changedAt);
+    return fetchWhole(changedAt);
+}
+
+std::expected<FrameUpdate, PlatformError> X11WindowSource::fetchParts(double changedAt) {
+    if (std::exchange(m_wholeIsStale, false))
+        m_stale.markAll();
+    const auto patches = m_reader->read(
+        {.drawable = m_pixmap, .drawableSize = m_pixmapSize, .x = m_content.x, .y = m_content.y},
+        m_stale.rectangles(mostWindowPatches));
+    if (x11().isBroken())
+        return std::unexpected(X11Connection::lostError());
+    if (!patches) {
+        m_isOutdated = true;
+        noteChange(hostNow());
+        return nothing(changedAt);
+    }
+    m_stale.clear();
+    for (const FramePatch &patch : *patches)
+        drawPointer(patch);
+    return FrameUpdate{changedAt, *patches};
+}
+
+std::expected<FrameUpdate, PlatformError> X11WindowSource::fetchWhole(double changedAt) {
+    const PixelSize source = m_content.size();
+    if (source.width > m_readerSize.width || source.height > m_readerSize.height) {
+        auto reader = X11PatchReader::create(x11(), source);
+        if (!reader)
+            return std::unexpected(reader.error());
+        m_reader.emplace(std::move(*reader));
+        m_readerSize = source;
+    }
+    const auto patches = m_reader->read(
+        {.drawable = m_pixmap, .drawableSize = m_pixmapSize, .x = m_content.x, .y = m_content.y},
+        {{0, 0, source.width, source.height}});
+    if (x11().isBroken())
+        return std::unexpected(X11Connection::lostError());
+    if (!patches) {
+        m_isOutdated = true;
+        noteChange(hostNow());
+        return nothing(changedAt);
+    }
+    m_wholeIsStale = false;
+    m_stale.clear();
+    drawPointer(patches->front());
+    m_patches = {m_fitted.fit(patches->front().pixels, patches->front().stride, source)};
+    return FrameUpdate{changedAt, m_patches};
+}
+
+void X11WindowSource::drawPointer(const FramePatch &patch) {
+    if (cursor())
+        cursor()->draw(
+            {patch.rect.x + m_place.x, patch.rect.y + m_place.y, patch.rect.width, patch.rect.height},
+            m_reader->writable(patch), patch.stride);
+}
+
+} // namespace vantrell

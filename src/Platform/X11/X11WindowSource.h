@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Media/BlockMap.h"
+#include "Media/FittedPicture.h"
+#include "Platform/X11/X11Damage.h"
+#include "Platform/X11/X11FrameSource.h"
+#include "Platform/X11/X11PatchReader.h"
+#include "Platform/X11/X11WindowPlace.h"
+
+#include <optional>
+#include <vector>
+
+namespace vantrell {
+
+/// A window's own content (COMPOSITE), also while it is covered or moved. While it is not shown at all
+/// (another virtual desktop, minimised) its last picture stays. When its size changes, it is scaled to fit
+/// the picture, whose size does not change. Closing it ends the source with `windowClosed`.
+class X11WindowSource final : public X11FrameSource {
+public:
+    X11WindowSource(xcb_window_t window, PixelSize picture, bool showsCursor);
+
+    std::expected<void, PlatformError> open() override;
+    PixelSize size() const override { return m_size; }
+    std::expected<FrameUpdate, PlatformError> fetch() override;
+
+private:
+    void handle(const xcb_generic_event_t &event, double now) override;
+    std::optional<PlatformError> ended() const override;
+    /// Takes the window's present pixels and place. True when there are any.
+    bool renew();
+    std::expected<FrameUpdate, PlatformError> fetchParts(double changedAt);
+    std::expected<FrameUpdate, PlatformError> fetchWhole(double changedAt);
+    void drawPointer(const FramePatch &patch);
+    FrameUpdate nothing(double changedAt);
+
+    xcb_window_t m_window;
+    PixelSize m_size;
+    std::uint8_t m_firstCompositeEvent = 0;
+    bool m_isClosed = false;
+    /// The window was mapped, moved or resized since its place and pixels were asked for.
+    bool m_isOutdated = true;
+    std::optional<X11Damage> m_damage;
+    std::optional<X11PatchReader> m_reader;
+    PixelSize m_readerSize;
+    xcb_pixmap_t m_pixmap = XCB_NONE;
+    PixelSize m_pixmapSize;
+    int m_border = 0;
+    /// The content's corner in the pixmap, and its place on the desktop.
+    PixelRect m_content;
+    PixelRect m_place;
+    BlockMap m_stale;
+    bool m_wholeIsStale = true;
+    FittedPicture m_fitted;
+    std::vector<FramePatch> m_patches;
+};
+
+} // namespace vantrell
