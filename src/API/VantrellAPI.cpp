@@ -112,8 +112,10 @@ VantrellAPI::Result<std::string> VantrellAPI::send(HttpMethod method, std::strin
     if (!response->isSuccess())
         co_return std::unexpected(failureOf(*response));
     // Somebody on the way said yes, not the service: a confirmation must not be believed then.
-    if (response->isWebPage())
+    if (response->isWebPage()) {
+        qCCritical(logUpload, "decode failure: not JSON but a web page");
         co_return std::unexpected(APIError(APIError::MalformedResponse{}));
+    }
     co_return std::move(response->body);
 }
 
