@@ -122,7 +122,7 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
         m_context.reporter.note(description(**ended));
     }
     co_return co_await m_delivery.deliver(std::move(outcome->capture), outcome->isPartial, std::move(more),
-                                          stop);
+                                          outcome->journal, stop);
 }
 
 void RecordRun::onSignal(int signal) {

@@ -4,42 +4,16 @@
 #include "Recording/RecordingEngine.h"
 
 #include "Capture/CaptureStorage.h"
-#include "Capture/ScreenshotEngine.h"
-#include "Capture/Thumbnailer.h"
 #include "Media/MovieReader.h"
-#include "Media/PosterFrame.h"
 #include "Platform/DisplayLayout.h"
+#include "Recording/FinishedRecording.h"
 #include "Recording/MovieStitcher.h"
-#include "Recording/SidecarEvents.h"
 #include "Support/BlockingWork.h"
 #include "Support/Log.h"
 
-#include <cmath>
 #include <utility>
 
 namespace vantrell {
-
-namespace {
-
-/// What the finished movie gives besides itself.
-struct MovieFindings {
-    double durationMs = 0;
-    QImage poster;
-    std::optional<std::string> thumbnail;
-};
-
-std::expected<MovieFindings, PlatformError> inspect(const std::filesystem::path &movie) {
-    const auto facts = readMovieFacts(movie);
-    if (!facts)
-        return std::unexpected(facts.error());
-    MovieFindings findings{facts->durationMs, {}, {}};
-    if (auto poster = decodePosterFrame(movie))
-        findings.poster = std::move(*poster);
-    findings.thumbnail = Thumbnailer::jpegThumbnail(findings.poster);
-    return findings;
-}
-
-} // namespace
 
 RecordingEngine::RecordingEngine(RecordingPorts ports, RecordingOptions options)
     : m_ports(std::move(ports)), m_options(std::move(options)),
@@ -51,8 +25,15 @@ Task<std::expected<void, Failure>> RecordingEngine::start(std::stop_token stop) 
     const RecordingTarget &target = m_options.target;
     if (onMicLevel)
         m_meter = std::make_unique<MicrophoneMeter>(m_ports.clock, onMicLevel);
-    if (auto opened = co_await openSegment(stop); !opened)
+    m_journal =
+        std::make_unique<RecordingJournal>(CaptureStorage::newFileURL("recording"), m_options, m_ports.clock);
+    m_eventRecorder.onEvent = [journal = m_journal.get()](const RawEvent &event) {
+        journal->addEvent(event);
+    };
+    if (auto opened = co_await openSegment(stop); !opened) {
+        m_journal->discard();
         co_return std::unexpected(std::move(opened.error()));
+    }
     m_startedAt = m_ports.clock.wallNow();
     if (target.window && m_ports.windowBounds) {
         m_windowTracker.emplace(
@@ -119,6 +100,9 @@ Task<std::expected<void, Failure>> RecordingEngine::openSegment(std::stop_token 
         if (onStreamDeath)
             onStreamDeath(error ? Failure(std::move(*error)) : Failure(RecordingError::streamEnded));
     };
+    segment->onFirstFrame = [this](double hostTime) { m_journal->addAnchor(hostTime); };
+    // Named before it exists: a movie that is there and not named would not be found again.
+    m_journal->addSegment(segment->fileURL());
     CaptureStreamConfiguration configuration = streamConfiguration();
     auto started = co_await segment->start(&m_ports.capture, std::move(configuration), stop);
     if (!started)
@@ -172,30 +156,32 @@ Task<std::expected<RecordingStopOutcome, Failure>> RecordingEngine::stop(std::st
         }
     }
     m_finished = usableSegments();
-    if (m_finished.empty() || !m_startedAt)
+    if (m_finished.empty() || !m_startedAt) {
+        if (m_journal)
+            m_journal->discard();
         co_return std::unexpected(Failure(CaptureError::encodeFailed));
+    }
 
     auto movie = co_await joinedMovie(stop);
     if (!movie)
         co_return std::unexpected(std::move(movie.error()));
-    const auto findings = co_await runBlocking([file = *movie] { return inspect(file); }, stop);
-    if (!findings)
+    m_journal->setMovie(*movie);
+    FinishedRecording recording{*movie,
+                                m_options,
+                                *m_startedAt,
+                                events,
+                                m_finished,
+                                m_ports.clock.wallNow(),
+                                outcome.isPartial ? " (partial)" : ""};
+    auto capture = co_await runBlocking([recording] { return describeRecording(recording); }, stop);
+    if (!capture)
         co_return std::unexpected(Failure(Cancelled{}));
-    if (!*findings)
-        co_return std::unexpected(Failure(findings->error()));
-
-    CaptureResult &capture = outcome.capture;
-    capture.kind = "video";
-    capture.mime = "video/quicktime";
-    capture.fileURL = *movie;
-    capture.metadata = metadata(events, m_finished, (*findings)->durationMs);
-    capture.name =
-        ScreenshotEngine::captureName("recording", capture.metadata.window, m_ports.clock.wallNow());
-    if (outcome.isPartial)
-        capture.name += " (partial)";
-    capture.previewImage = (*findings)->poster;
-    capture.thumbnailJPEG = (*findings)->thumbnail;
-    capture.durationMs = std::llround((*findings)->durationMs);
+    if (!*capture)
+        co_return std::unexpected(Failure(capture->error()));
+    outcome.capture = std::move(**capture);
+    outcome.journal = m_journal->path();
+    if (!co_await m_journal->close(stop))
+        co_return std::unexpected(Failure(Cancelled{}));
     outcome.droppedFrames = m_droppedFrames;
     outcome.soundProblem = m_soundProblem;
     co_return outcome;
@@ -208,31 +194,6 @@ Task<std::expected<std::filesystem::path, Failure>> RecordingEngine::joinedMovie
     for (const RecordedSegment &segment : m_finished)
         files.push_back(segment.fileURL);
     co_return co_await MovieStitcher::stitch(std::move(files), stop);
-}
-
-CaptureMetadata RecordingEngine::metadata(const std::vector<RawEvent> &events,
-                                          const std::vector<RecordedSegment> &segments,
-                                          double durationMs) const {
-    const RecordingTarget &target = m_options.target;
-    CaptureMetadata metadata;
-    metadata.type = "recording";
-    metadata.capturedAt = iso8601(*m_startedAt);
-    metadata.source = target.kind();
-    metadata.display = {{target.display.frame.width, target.display.frame.height}, target.scale};
-    if (target.window)
-        metadata.window = ScreenshotEngine::windowInfo(*target.window, target.rect);
-    if (metadata.source == "region")
-        metadata.region = target.rect;
-    metadata.pixelSize = target.source.size();
-    RecordingInfo recording;
-    recording.fps = m_options.fps;
-    recording.durationMs = durationMs;
-    recording.events = sidecarEvents(events, target.display.frame, target.rect, segments);
-    recording.anchorHostTime = segments.front().anchorHostTime;
-    recording.cursorInVideo = !m_options.separateCursor;
-    recording.autoCamera = m_options.autoCamera;
-    metadata.recording = std::move(recording);
-    return metadata;
 }
 
 } // namespace vantrell

@@ -9,8 +9,9 @@
 #include "Recording/InputEventRecorder.h"
 #include "Recording/MicrophoneMeter.h"
 #include "Recording/RecordedSegment.h"
+#include "Recording/RecordingJournal.h"
+#include "Recording/RecordingOptions.h"
 #include "Recording/RecordingStopOutcome.h"
-#include "Recording/RecordingTarget.h"
 #include "Recording/StreamSegment.h"
 #include "Recording/WindowFrameTracker.h"
 #include "Support/Clock.h"
@@ -33,25 +34,15 @@ struct RecordingPorts {
     Clock &clock;
 };
 
-/// What is recorded and how; fixed for the recording.
-struct RecordingOptions {
-    RecordingTarget target;
-    bool micEnabled = false;
-    /// Absent: the default microphone.
-    std::optional<std::string> micDeviceId;
-    bool systemAudioEnabled = false;
-    /// The pointer is left out of the picture; its path is in the sidecar.
-    bool separateCursor = true;
-    bool autoCamera = false;
-    double fps = 60;
-};
-
 /// Records one screen recording as a chain of segments. Main thread; one operation at a time.
 ///
 ///     idle --start--> recording --pause--> paused --resume--> recording ... --stop--> stopped
 ///
 /// Each stretch of `recording` is one movie file; `stop`, from recording or paused, joins them without
 /// re-encoding. A failed operation leaves the files of earlier segments where they are.
+///
+/// From the start until the capture that `stop` returned has been taken over, a journal beside the movies
+/// lets RecordingRecovery make the capture should the process not get there.
 class RecordingEngine {
 public:
     RecordingEngine(RecordingPorts ports, RecordingOptions options);
@@ -81,14 +72,13 @@ private:
     Task<std::expected<std::filesystem::path, Failure>> joinedMovie(std::stop_token stop);
     CaptureStreamConfiguration streamConfiguration() const;
     std::vector<RecordedSegment> usableSegments();
-    CaptureMetadata metadata(const std::vector<RawEvent> &events,
-                             const std::vector<RecordedSegment> &segments, double durationMs) const;
 
     RecordingPorts m_ports;
     const RecordingOptions m_options;
     InputEventRecorder m_eventRecorder;
     std::optional<WindowFrameTracker> m_windowTracker;
     std::unique_ptr<MicrophoneMeter> m_meter;
+    std::unique_ptr<RecordingJournal> m_journal;
     std::optional<Clock::WallTime> m_startedAt;
     std::vector<RecordedSegment> m_finished;
     std::shared_ptr<StreamSegment> m_current;

@@ -7,6 +7,7 @@
 #include "Support/PlatformError.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 
 namespace vantrell {
@@ -20,6 +21,9 @@ struct RecordingStopOutcome {
     std::int64_t droppedFrames = 0;
     /// Why the sound that was wanted is missing, from some segment on or altogether.
     std::optional<PlatformError> soundProblem;
+    /// What would recover the recording; whoever has taken the capture over removes it
+    /// (RecordingJournal::remove).
+    std::filesystem::path journal;
 };
 
 } // namespace vantrell

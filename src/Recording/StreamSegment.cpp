@@ -33,10 +33,17 @@ Task<std::expected<void, PlatformError>> StreamSegment::start(CaptureBackend *ba
                                                               std::stop_token stop) {
     configuration.outputFile = m_fileURL;
     CaptureStreamEvents events;
-    events.firstFrame = [this](double hostTime) {
-        std::scoped_lock lock(m_anchorMutex);
-        if (!m_firstFrameHostTime)
+    events.firstFrame = [this, self = m_self, loop = EventLoop::current()](double hostTime) {
+        {
+            std::scoped_lock lock(m_anchorMutex);
+            if (m_firstFrameHostTime)
+                return;
             m_firstFrameHostTime = hostTime;
+        }
+        loop.post([self, hostTime] {
+            if (*self && (*self)->onFirstFrame)
+                (*self)->onFirstFrame(hostTime);
+        });
     };
     if (onMicSample)
         events.microphoneSamples = onMicSample;

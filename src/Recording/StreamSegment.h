@@ -39,6 +39,9 @@ public:
     /// The stream stopped by itself; the error that it gave, if any. Main thread, at most once.
     std::function<void(std::optional<PlatformError>)> onSpontaneousEnd;
 
+    /// Host time of the first frame. Main thread, once. Set before the start.
+    std::function<void(double)> onFirstFrame;
+
     /// Interleaved microphone samples, on the stream's thread. Set before the start.
     std::function<void(std::span<const float>)> onMicSample;
 

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Recording/RawEvent.h"
+#include "Recording/RecordingOptions.h"
+#include "Support/Clock.h"
+#include "Support/TaskScope.h"
+
+#include <expected>
+#include <filesystem>
+#include <memory>
+#include <stop_token>
+#include <string>
+
+namespace vantrell {
+
+/// Keeps on disk what a recording would need after a crash besides its movies: what is recorded, which movies
+/// belong to it, and the input events. Main thread; the disk is written to on worker threads, at most once a
+/// second. What survives: a kill or a power cut, everything noted more than a second (and the disk's own
+/// time) before. Without a working disk nothing is kept and the log says so: a recording is never stopped by
+/// it.
+///
+/// While the journal lives, its file is locked, so that no other process takes the recording for abandoned.
+class RecordingJournal {
+public:
+    /// `path` must not exist. The clock must outlive the journal.
+    RecordingJournal(std::filesystem::path path, const RecordingOptions &options, Clock &clock);
+    ~RecordingJournal();
+    RecordingJournal(const RecordingJournal &) = delete;
+    RecordingJournal &operator=(const RecordingJournal &) = delete;
+
+    const std::filesystem::path &path() const { return m_path; }
+
+    void addSegment(const std::filesystem::path &movie);
+    /// The host time that is zero in the segment added last.
+    void addAnchor(double hostTime);
+    void addEvent(const RawEvent &event);
+    /// The recording is whole in this movie; only its delivery is missing.
+    void setMovie(const std::filesystem::path &movie);
+
+    /// Writes what waits; what is added later is dropped. The file stays, locked until the journal goes.
+    Task<std::expected<void, Cancelled>> close(std::stop_token stop);
+    /// Nothing is there to recover: the file goes, what is added later is dropped.
+    void discard();
+
+    /// Removes a closed journal. Blocks a little.
+    static void remove(const std::filesystem::path &path);
+
+private:
+    class File;
+
+    void add(std::string line);
+    void flush();
+    Task<> flushLater(std::stop_token stop);
+
+    const std::filesystem::path m_path;
+    Clock &m_clock;
+    std::shared_ptr<File> m_file;
+    std::string m_pending;
+    bool m_isFlushDue = false;
+    TaskScope m_scope;
+};
+
+} // namespace vantrell

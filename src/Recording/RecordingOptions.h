@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Recording/RecordingTarget.h"
+
+#include <optional>
+#include <string>
+
+namespace vantrell {
+
+/// What is recorded and how; fixed for the recording.
+struct RecordingOptions {
+    RecordingTarget target;
+    bool micEnabled = false;
+    /// Absent: the default microphone.
+    std::optional<std::string> micDeviceId;
+    bool systemAudioEnabled = false;
+    /// The pointer is left out of the picture; its path is in the sidecar.
+    bool separateCursor = true;
+    bool autoCamera = false;
+    double fps = 60;
+};
+
+} // namespace vantrell

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Recording/RawEvent.h"
+#include "Recording/RecordingOptions.h"
+#include "Support/Clock.h"
+#include "Support/JsonReader.h"
+
+#include <expected>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantrell {
+
+/// What is known of a recording that is under way or was cut off.
+struct RecordingRecord {
+    struct Segment {
+        /// A name in the captures folder.
+        std::filesystem::path file;
+        std::optional<double> anchorHostTime;
+    };
+
+    RecordingOptions options;
+    Clock::WallTime startedAt;
+    std::vector<Segment> segments;
+    std::vector<RawEvent> events;
+    /// The whole recording's movie, once there is one; a name in the captures folder.
+    std::optional<std::filesystem::path> movie;
+};
+
+/// The record as lines of JSON that are written as things happen, so that a file that breaks off anywhere
+/// still says everything up to there.
+namespace recordingLines {
+
+std::string beginning(const RecordingOptions &options, Clock::WallTime startedAt);
+std::string segment(const std::filesystem::path &file);
+/// Of the segment named last.
+std::string anchor(double hostTime);
+std::string event(const RawEvent &event);
+std::string movie(const std::filesystem::path &file);
+
+/// Reads such lines; what does not end in a line break is left out, and so is everything behind a line that
+/// cannot be read. The error: there is no beginning.
+std::expected<RecordingRecord, JsonError> read(std::string_view text);
+
+} // namespace recordingLines
+
+} // namespace vantrell

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Recording/RecordingRecovery.h"
+
+#include "Capture/CaptureStorage.h"
+#include "Media/DiskFile.h"
+#include "Media/MovieJoin.h"
+#include "Media/MovieJournal.h"
+#include "Media/MovieReader.h"
+#include "Media/MovieRecovery.h"
+#include "Recording/FinishedRecording.h"
+#include "Recording/RecordingJournal.h"
+#include "Recording/RecordingRecord.h"
+#include "Support/AtomicFile.h"
+#include "Support/Log.h"
+
+#include <algorithm>
+#include <set>
+#include <system_error>
+
+namespace vantrell {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char *recoveredSuffix = " (recovered)";
+
+bool isRecordingJournal(const fs::path &path) {
+    return path.extension() == ".recording";
+}
+
+std::expected<RecordingRecord, PlatformError> readRecord(const fs::path &journal) {
+    const auto text = readFile(journal);
+    if (!text)
+        return std::unexpected(text.error());
+    auto record = recordingLines::read(*text);
+    if (!record)
+        return std::unexpected(PlatformError{"recording", 1, "damaged journal: " + record.error().message});
+    return std::move(*record);
+}
+
+// Whole or made whole, with something in it.
+std::optional<double> durationOfMovie(const fs::path &movie) {
+    if (fs::exists(MovieJournal::pathFor(movie)))
+        if (const auto recovered = recoverMovie(movie); !recovered) {
+            qCCritical(logCapture, "segment not recovered: %s", recovered.error().message.c_str());
+            return std::nullopt;
+        }
+    if (!fs::exists(movie))
+        return std::nullopt;
+    const auto facts = readMovieFacts(movie);
+    if (!facts) {
+        qCCritical(logCapture, "segment not readable: %s", facts.error().message.c_str());
+        return std::nullopt;
+    }
+    return facts->durationMs > 0 ? std::optional(facts->durationMs) : std::nullopt;
+}
+
+std::vector<RecordedSegment> usableSegments(const RecordingRecord &record, const fs::path &folder) {
+    std::vector<RecordedSegment> usable;
+    for (const RecordingRecord::Segment &segment : record.segments) {
+        const fs::path movie = folder / segment.file;
+        if (const auto durationMs = durationOfMovie(movie))
+            usable.push_back({movie, segment.anchorHostTime.value_or(0), *durationMs});
+    }
+    return usable;
+}
+
+std::expected<fs::path, Failure> wholeMovie(const RecordingRecord &record, const fs::path &folder,
+                                            const std::vector<RecordedSegment> &segments) {
+    // It was joined before it was cut off.
+    if (record.movie && readMovieFacts(folder / *record.movie))
+        return folder / *record.movie;
+    if (segments.size() == 1)
+        return segments.front().fileURL;
+    std::vector<fs::path> files;
+    for (const RecordedSegment &segment : segments)
+        files.push_back(segment.fileURL);
+    const fs::path output = CaptureStorage::newFileURL("mov");
+    const auto joined = joinMovies(files, output);
+    if (joined)
+        return output;
+    if (const auto *error = std::get_if<PlatformError>(&joined.error()))
+        return std::unexpected(Failure(*error));
+    return std::unexpected(Failure(CaptureError::encodeFailed));
+}
+
+// All that is known of a movie whose recording's journal is lost: what it shows of itself.
+RecordingRecord recordOfOrphan(const fs::path &movie) {
+    RecordingRecord record;
+    record.segments.push_back({movie.filename(), {}});
+    std::error_code failure;
+    const auto written = fs::last_write_time(movie, failure);
+    if (!failure)
+        record.startedAt =
+            std::chrono::time_point_cast<Clock::WallTime::duration>(std::chrono::file_clock::to_sys(written));
+    const auto facts = readMovieFacts(movie);
+    if (!facts)
+        return record;
+    for (const MovieFacts::Track &track : facts->tracks)
+        if (track.isVideo) {
+            Display display;
+            display.pixels = {0, 0, track.size.width, track.size.height};
+            display.frame = toPoints(display.pixels, 1);
+            record.options.target = RecordingTarget::wholeDisplay(display);
+            break;
+        }
+    return record;
+}
+
+std::expected<std::optional<CaptureResult>, Failure>
+recoverRecord(RecordingRecord record, const fs::path &folder, Clock::WallTime now) {
+    FinishedRecording recording;
+    recording.segments = usableSegments(record, folder);
+    if (recording.segments.empty())
+        return std::nullopt;
+    const auto movie = wholeMovie(record, folder, recording.segments);
+    if (!movie)
+        return std::unexpected(movie.error());
+    recording.movie = *movie;
+    recording.options = std::move(record.options);
+    recording.startedAt = record.startedAt;
+    recording.events = std::move(record.events);
+    recording.now = now;
+    recording.nameSuffix = recoveredSuffix;
+    auto capture = describeRecording(recording);
+    if (!capture)
+        return std::unexpected(Failure(capture.error()));
+    qCInfo(logCapture, "recording recovered");
+    return std::optional(std::move(*capture));
+}
+
+} // namespace
+
+std::vector<fs::path> RecordingRecovery::abandoned(const fs::path &folder) {
+    removeAbandonedJoins(folder);
+    std::vector<fs::path> found;
+    std::set<fs::path> known;
+    std::error_code failure;
+    for (fs::directory_iterator entry(folder, failure), end; entry != end && !failure;
+         entry.increment(failure)) {
+        if (!isRecordingJournal(entry->path()))
+            continue;
+        // A recording under way names its movies too, which are then nobody else's.
+        if (const auto record = readRecord(entry->path()))
+            for (const RecordingRecord::Segment &segment : record->segments)
+                known.insert(folder / segment.file);
+        const auto file = DiskFile::openForWriting(entry->path());
+        if (file && file->lock())
+            found.push_back(entry->path());
+    }
+    for (fs::path &movie : unfinishedMovies(folder))
+        if (!known.contains(movie))
+            found.push_back(std::move(movie));
+    std::ranges::sort(found);
+    return found;
+}
+
+std::expected<std::optional<CaptureResult>, Failure> RecordingRecovery::recover(const fs::path &what,
+                                                                                Clock::WallTime now) {
+    const fs::path folder = what.parent_path();
+    if (!isRecordingJournal(what)) {
+        if (!durationOfMovie(what))
+            return std::nullopt;
+        return recoverRecord(recordOfOrphan(what), folder, now);
+    }
+    const auto journal = DiskFile::openForWriting(what);
+    if (!journal)
+        return std::unexpected(Failure(journal.error()));
+    if (const auto locked = journal->lock(); !locked)
+        return std::unexpected(Failure(locked.error()));
+    auto record = readRecord(what);
+    if (!record) {
+        // Its movies, if there are any, are found as movies without a recording.
+        qCCritical(logCapture, "recording's journal dropped: %s", record.error().message.c_str());
+        forget(what);
+        return std::nullopt;
+    }
+    auto recovered = recoverRecord(std::move(*record), folder, now);
+    if (recovered && !*recovered)
+        forget(what);
+    return recovered;
+}
+
+void RecordingRecovery::forget(const fs::path &what) {
+    if (isRecordingJournal(what))
+        RecordingJournal::remove(what);
+}
+
+} // namespace vantrell
