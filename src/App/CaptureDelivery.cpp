@@ -5,6 +5,7 @@
 
 #include "App/CaptureUpload.h"
 #include "Capture/CaptureStorage.h"
+#include "Recording/RecordingRecovery.h"
 #include "Support/BlockingWork.h"
 
 #include <utility>
@@ -41,9 +42,15 @@ Task<std::expected<void, ExitCode>> CaptureDelivery::prepare(std::stop_token sto
 }
 
 Task<ExitCode> CaptureDelivery::deliver(CaptureResult capture, bool isPartial, nlohmann::json more,
-                                        std::stop_token stop) {
+                                        std::filesystem::path recoverable, std::stop_token stop) {
     const auto saved = co_await runBlocking(
-        [capture, folder = m_options.folder] { return saveCapture(capture, folder); }, stop);
+        [capture, recoverable, folder = m_options.folder] {
+            auto done = saveCapture(capture, folder);
+            if (done)
+                RecordingRecovery::forget(recoverable);
+            return done;
+        },
+        stop);
     if (!saved)
         co_return ExitCode::failed;
     if (!*saved) {

@@ -42,8 +42,10 @@ public:
     /// connection costs no work.
     Task<std::expected<void, ExitCode>> prepare(std::stop_token stop);
 
-    /// `more` is added to the capture's JSON.
-    Task<ExitCode> deliver(CaptureResult capture, bool isPartial, nlohmann::json more, std::stop_token stop);
+    /// `more` is added to the capture's JSON. `recoverable` is what would recover the capture after a crash:
+    /// it is forgotten once the capture has its place and its side files.
+    Task<ExitCode> deliver(CaptureResult capture, bool isPartial, nlohmann::json more,
+                           std::filesystem::path recoverable, std::stop_token stop);
 
 private:
     Task<std::expected<std::string, std::string>> upload(CaptureResult capture, SavedCapture saved,

@@ -123,7 +123,7 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     }
     m_delivery.onSaved = [journal = outcome->journal] { RecordingJournal::remove(journal); };
     co_return co_await m_delivery.deliver(std::move(outcome->capture), outcome->isPartial, std::move(more),
-                                          stop);
+                                          outcome->journal, stop);
 }
 
 void RecordRun::onSignal(int signal) {

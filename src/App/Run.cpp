@@ -5,6 +5,7 @@
 
 #include "App/ListCommand.h"
 #include "App/RecordCommand.h"
+#include "App/RecoverCommand.h"
 #include "App/ScreenshotCommand.h"
 #include "App/UploadCommand.h"
 
@@ -22,6 +23,9 @@ struct Start {
     Task<ExitCode> operator()(RecordArguments arguments) const { return runRecord(arguments, context, stop); }
     Task<ExitCode> operator()(ScreenshotArguments arguments) const {
         return runScreenshot(arguments, context, stop);
+    }
+    Task<ExitCode> operator()(RecoverArguments arguments) const {
+        return runRecover(arguments, context, stop);
     }
     Task<ExitCode> operator()(ListArguments arguments) const { return runList(arguments, context, stop); }
     Task<ExitCode> operator()(UploadArguments arguments) const { return runUpload(arguments, context, stop); }

@@ -46,7 +46,7 @@ Task<ExitCode> runScreenshot(ScreenshotArguments arguments, CommandContext conte
         context.reporter.failure(std::visit(Sentence{}, taken.error()));
         co_return ExitCode::failed;
     }
-    co_return co_await delivery.deliver(std::move(*taken), false, nlohmann::json::object(), stop);
+    co_return co_await delivery.deliver(std::move(*taken), false, nlohmann::json::object(), {}, stop);
 }
 
 } // namespace vantrell
