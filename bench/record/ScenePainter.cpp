@@ -16,6 +16,7 @@
 #include <unistd.h>
 #include <xcb/shm.h>
 #include <xcb/xcb.h>
+#include <xcb/xtest.h>
 
 namespace vantrell::bench {
 namespace {
@@ -61,8 +62,10 @@ public:
                               std::uint16_t(rect.width), std::uint16_t(rect.height), std::int16_t(rect.x),
                               std::int16_t(rect.y), 24, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, m_segment, 0);
     }
+    /// As a device moves it, not as a program sets it.
     void movePointer(const Point &place) {
-        xcb_warp_pointer(m_xcb, XCB_NONE, m_root, 0, 0, 0, 0, std::int16_t(place.x), std::int16_t(place.y));
+        xcb_test_fake_input(m_xcb, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, m_root, std::int16_t(place.x),
+                            std::int16_t(place.y), 0);
     }
     void sync() { std::free(xcb_get_input_focus_reply(m_xcb, xcb_get_input_focus(m_xcb), nullptr)); }
 

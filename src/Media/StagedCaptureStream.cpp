@@ -81,7 +81,7 @@ std::expected<void, PlatformError> StagedCaptureStream::open() {
     if (auto opened = m_source->open(); !opened)
         return opened;
     const PixelSize picture = m_source->size();
-    auto encoder = X264Encoder::create({.picture = picture});
+    auto encoder = X264Encoder::create(picture);
     if (!encoder)
         return std::unexpected(encoder.error());
 

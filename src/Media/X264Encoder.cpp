@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <thread>
 #include <utility>
 
 extern "C" {
@@ -32,7 +33,12 @@ void logFromX264(void *, int level, const char *format, va_list arguments) {
 
 constexpr std::uint8_t h273Bt709 = 1;
 
-x264_param_t parametersFor(const X264EncoderSettings &settings, PixelSize encoded) {
+/// One thread encodes 1080p at 60 frames a second with ease. Larger pictures are cut into slices that are
+/// encoded at the same time, which costs 3 % more in all, and with a little less care.
+constexpr int largePicture = 2'500'000;
+constexpr int mostSlices = 4;
+
+x264_param_t parametersFor(PixelSize encoded) {
     x264_param_t p;
     x264_param_default_preset(&p, "superfast", nullptr);
     p.i_width = encoded.width;
@@ -47,8 +53,9 @@ x264_param_t parametersFor(const X264EncoderSettings &settings, PixelSize encode
     p.rc.i_lookahead = 0;
     p.i_sync_lookahead = 0;
     p.rc.b_mb_tree = 0;
-    p.i_threads = settings.slices;
-    p.b_sliced_threads = settings.slices > 1;
+    const bool isLarge = encoded.width * encoded.height > largePicture;
+    p.i_threads = isLarge ? std::clamp(int(std::thread::hardware_concurrency()), 1, mostSlices) : 1;
+    p.b_sliced_threads = p.i_threads > 1;
     p.i_timebase_num = 1;
     p.i_timebase_den = X264Encoder::timeScale;
     p.i_fps_num = 60;
@@ -73,7 +80,8 @@ x264_param_t parametersFor(const X264EncoderSettings &settings, PixelSize encode
     p.analyse.i_luma_deadzone[0] = 25;
     p.analyse.b_dct_decimate = 0;
     p.analyse.i_chroma_qp_offset = 2;
-    p.analyse.b_fast_pskip = 0;
+    p.analyse.b_fast_pskip = isLarge;
+    p.analyse.b_transform_8x8 = !isLarge;
 
     // Key frames are asked for by time, by the caller.
     p.i_keyint_max = X264_KEYINT_MAX_INFINITE;
@@ -132,13 +140,12 @@ PixelSize X264Encoder::encodedSize() const {
     return m_state->encoded;
 }
 
-std::expected<std::unique_ptr<X264Encoder>, PlatformError>
-X264Encoder::create(const X264EncoderSettings &settings) {
-    const BlockMap blocks(settings.picture);
+std::expected<std::unique_ptr<X264Encoder>, PlatformError> X264Encoder::create(PixelSize picture) {
+    const BlockMap blocks(picture);
     auto state =
         std::make_unique<State>(State{.quantizer = QuantizerControl(blocks.columns() * blocks.rows())});
-    state->encoded = {(settings.picture.width + 1) / 2 * 2, (settings.picture.height + 1) / 2 * 2};
-    x264_param_t parameters = parametersFor(settings, state->encoded);
+    state->encoded = {(picture.width + 1) / 2 * 2, (picture.height + 1) / 2 * 2};
+    x264_param_t parameters = parametersFor(state->encoded);
     state->encoder.reset(x264_encoder_open(&parameters));
     if (!state->encoder)
         return std::unexpected(

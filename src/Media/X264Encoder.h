@@ -16,13 +16,6 @@
 
 namespace vantrell {
 
-/// How the screen is encoded.
-struct X264EncoderSettings {
-    PixelSize picture;
-    /// Parts of a frame that are encoded at the same time.
-    int slices = 1;
-};
-
 /// One compressed frame, length-prefixed as MP4 and QuickTime hold it.
 struct EncodedFrame {
     std::span<const std::uint8_t> data;
@@ -37,8 +30,7 @@ public:
     /// Ticks a second of all presentation times.
     static constexpr int timeScale = 90000;
 
-    static std::expected<std::unique_ptr<X264Encoder>, PlatformError>
-    create(const X264EncoderSettings &settings);
+    static std::expected<std::unique_ptr<X264Encoder>, PlatformError> create(PixelSize picture);
     ~X264Encoder();
     X264Encoder(const X264Encoder &) = delete;
     X264Encoder &operator=(const X264Encoder &) = delete;
