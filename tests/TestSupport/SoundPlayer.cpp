@@ -17,7 +17,8 @@ constexpr std::uint32_t playedRate = 48000;
 constexpr std::uint32_t bufferedFrames = playedRate / 2;
 // Shorter than the server's cycles.
 constexpr pa_usec_t observationInterval = 5000;
-constexpr double observationWindow = 0.5;
+constexpr double observationWindow = 0.7;
+constexpr double steadiness = 0.004;
 
 double monotonicNow() {
     timespec now{};
@@ -79,12 +80,18 @@ SoundPlayer::~SoundPlayer() {
 }
 
 std::optional<double> SoundPlayer::startTime(double at) const {
-    std::optional<double> start;
+    std::optional<double> before;
+    std::optional<double> after;
     const std::scoped_lock lock(m_mutex);
-    for (const Observation &observation : m_observations)
-        if (std::fabs(observation.at - at) < observationWindow)
-            start = std::min(start.value_or(observation.start), observation.start);
-    return start;
+    for (const Observation &observation : m_observations) {
+        if (std::fabs(observation.at - at) > observationWindow)
+            continue;
+        std::optional<double> &start = observation.at < at ? before : after;
+        start = std::min(start.value_or(observation.start), observation.start);
+    }
+    if (!before || !after || std::fabs(*before - *after) > steadiness)
+        return std::nullopt;
+    return std::min(*before, *after);
 }
 
 void SoundPlayer::write(std::size_t bytes) {

@@ -24,8 +24,8 @@ public:
     SoundPlayer &operator=(const SoundPlayer &) = delete;
 
     /// Host time at which the signal's first sample was heard, or would have been at the pace at which it was
-    /// played around host time `at` (the server may stumble); to a millisecond or two. None when nothing was
-    /// played then.
+    /// played around host time `at`; to a millisecond or two. None when nothing was played then or the server
+    /// stumbled, as it does on a busy machine: then nobody can tell.
     std::optional<double> startTime(double at) const;
 
 private:

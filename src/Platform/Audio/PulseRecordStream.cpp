@@ -16,9 +16,10 @@ namespace {
 // Frames the server hands over at a time: 43 ms, the longest processing cycle that PipeWire takes. Smaller
 // ones wake both processes more often; larger ones come in uneven lots and keep a stop waiting.
 constexpr std::uint32_t fragmentFrames = 2048;
-// At first each read asks for the timing, so that the clock is right within half a second; then every eighth.
+// At first each read asks for the timing, so that the clock is right within half a second; then six a second
+// do.
 constexpr int eagerReads = 8;
-constexpr int readsPerTiming = 8;
+constexpr int readsPerTiming = 4;
 // Longer than a server may take to answer a stream's first question.
 constexpr std::size_t heldFramesLimit = std::size_t(2) * audioSampleRate;
 

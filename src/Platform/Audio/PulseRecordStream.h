@@ -44,7 +44,7 @@ private:
     /// The server's number of the next frame to be read.
     std::int64_t m_position = 0;
     bool m_startsAnew = true;
-    /// Read and not delivered: until the stream's first timing nobody knows when they sounded.
+    /// Read and not delivered: until the clock is set nobody knows when they sounded.
     std::vector<float> m_held;
     int m_reads = 0;
     // Last, the stream first of all: their callbacks use what is above.

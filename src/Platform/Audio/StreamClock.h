@@ -20,16 +20,17 @@ public:
     /// the frames jump.
     bool observe(std::int64_t frame, double hostTime);
 
-    bool isSet() const { return m_count > 0; }
+    /// Enough observations for one of them to be in time.
+    bool isSet() const { return m_count >= needed; }
     /// Host seconds at which the frame sounded. Only when set.
     double timeOf(std::int64_t frame) const;
 
     void reset() { *this = {}; }
 
 private:
-    /// A device's clock that is off by 300 ppm makes the smallest offset of so many observations, three a
-    /// second, lag by less than a millisecond.
-    static constexpr std::size_t remembered = 8;
+    /// A second's worth: hardly ever are all of them late, and a stream that stumbles is followed as soon.
+    static constexpr std::size_t remembered = 6;
+    static constexpr std::size_t needed = 3;
 
     double offset() const;
 

@@ -71,21 +71,31 @@ protected:
     /// Plays a signal and waits until it is known when it is heard.
     std::unique_ptr<SoundPlayer> play(const std::string &output, const TestSignal &signal) {
         auto player = std::make_unique<SoundPlayer>(output, signal.samples());
-        EXPECT_TRUE(eventually([&] { return player->startTime(hostNow() - 0.5).has_value(); }))
+        EXPECT_TRUE(eventually([&] { return player->startTime(hostNow() - 0.7).has_value(); }))
             << "cannot play";
         return player;
     }
 
-    static void expectInSync(const DecodedMovie::Stream &track, double at, const TestSignal &signal,
-                             const SoundPlayer &player, const Recording &recording) {
-        const auto start = player.startTime(recording.epoch() + at);
-        ASSERT_TRUE(start) << "nothing was played";
-        const auto match = signal.match(track, at, recording.epoch() - *start);
-        // A busy machine makes the server drop parts of it; another signal has less than 0.2.
-        EXPECT_GT(match.likeness, 0.4) << track.name << " at " << at << " s";
-        EXPECT_LE(std::fabs(match.offset), tolerance) << track.name << " at " << at << " s";
-        std::printf("%s at %.2f s: %+.1f ms, likeness %.2f\n", track.name.c_str(), at, match.offset * 1000,
-                    match.likeness);
+    /// Looks at the track between two times wherever it is known what was heard.
+    static void expectInSync(const DecodedMovie::Stream &track, double from, double to,
+                             const TestSignal &signal, const SoundPlayer &player,
+                             const Recording &recording) {
+        SCOPED_TRACE(track.name);
+        int judged = 0;
+        for (double at = from; at < to; at += 0.5) {
+            // The middle of the piece that is compared.
+            const auto start = player.startTime(recording.epoch() + at + 0.2);
+            if (!start)
+                continue;
+            ++judged;
+            const auto match = signal.match(track, at, recording.epoch() - *start);
+            std::printf("%s at %.2f s: %+.1f ms, likeness %.2f\n", track.name.c_str(), at,
+                        match.offset * 1000, match.likeness);
+            // A busy machine makes the server drop parts of it; another signal has less than 0.2.
+            EXPECT_GT(match.likeness, 0.4) << "at " << at << " s";
+            EXPECT_LE(std::fabs(match.offset), tolerance) << "at " << at << " s";
+        }
+        EXPECT_GT(judged, 0) << "the server never played steadily";
     }
 
     SoundSession m_session;
@@ -105,10 +115,8 @@ TEST_F(SoundRecording, microphoneAndSystemAudioAreTracksOfTheirOwnInSync) {
     ASSERT_EQ(movie.streams.size(), 2U);
     EXPECT_EQ(movie.streams[0].name, "Microphone");
     EXPECT_EQ(movie.streams[1].name, "System Audio");
-    for (const double at : {0.1, 1.0, 3.0, 5.5}) {
-        expectInSync(movie.streams[0], at, m_voice, *voice, recording);
-        expectInSync(movie.streams[1], at, m_music, *music, recording);
-    }
+    expectInSync(movie.streams[0], 0.05, 5.5, m_voice, *voice, recording);
+    expectInSync(movie.streams[1], 0.05, 5.5, m_music, *music, recording);
 }
 
 TEST_F(SoundRecording, anUnpluggedMicrophoneIsSilentUntilItIsBack) {
@@ -124,9 +132,9 @@ TEST_F(SoundRecording, anUnpluggedMicrophoneIsSilentUntilItIsBack) {
     const auto movie = recording.stop();
 
     ASSERT_EQ(movie.streams.size(), 1U);
-    expectInSync(movie.streams[0], 1, m_voice, *voice, recording);
+    expectInSync(movie.streams[0], 0.5, 1.5, m_voice, *voice, recording);
     EXPECT_LT(movie.streams[0].peak(unplugged + 0.3, unplugged + 1.9), 0.001);
-    expectInSync(movie.streams[0], plugged + 2, m_voice, *voice, recording);
+    expectInSync(movie.streams[0], plugged + 1, plugged + 2.5, m_voice, *voice, recording);
 }
 
 TEST_F(SoundRecording, followsTheDefaultDevicesUnlessOneIsPinned) {
@@ -151,12 +159,12 @@ TEST_F(SoundRecording, followsTheDefaultDevicesUnlessOneIsPinned) {
 
     ASSERT_EQ(followed.streams.size(), 2U);
     ASSERT_EQ(kept.streams.size(), 1U);
-    expectInSync(followed.streams[0], 1, m_voice, *voice, following);
-    expectInSync(followed.streams[1], 1, m_music, *music, following);
-    expectInSync(followed.streams[0], changed + 2, headsetVoice, *otherVoice, following);
-    expectInSync(followed.streams[1], changed + 2, headphonesMusic, *otherMusic, following);
-    expectInSync(kept.streams[0], 1, m_voice, *voice, pinned);
-    expectInSync(kept.streams[0], changed + 2, m_voice, *voice, pinned);
+    expectInSync(followed.streams[0], 0.5, 1.5, m_voice, *voice, following);
+    expectInSync(followed.streams[1], 0.5, 1.5, m_music, *music, following);
+    expectInSync(followed.streams[0], changed + 1, changed + 2.5, headsetVoice, *otherVoice, following);
+    expectInSync(followed.streams[1], changed + 1, changed + 2.5, headphonesMusic, *otherMusic, following);
+    expectInSync(kept.streams[0], 0.5, 1.5, m_voice, *voice, pinned);
+    expectInSync(kept.streams[0], changed + 1, changed + 2.5, m_voice, *voice, pinned);
 }
 
 TEST_F(SoundRecording, aKilledSoundServerIsSilenceUntilItRunsAgain) {
@@ -176,7 +184,7 @@ TEST_F(SoundRecording, aKilledSoundServerIsSilenceUntilItRunsAgain) {
     ASSERT_EQ(movie.streams.size(), 2U);
     EXPECT_GT(movie.streams[0].peak(0.5, 1.4), 0.1);
     EXPECT_LT(movie.streams[0].peak(killed + 0.3, killed + 1), 0.001);
-    expectInSync(movie.streams[0], restarted + 2, m_voice, *voice, recording);
+    expectInSync(movie.streams[0], restarted + 1, restarted + 2.5, m_voice, *voice, recording);
 }
 
 TEST_F(SoundRecording, withoutASoundServerItRecordsNoSoundAndSaysSo) {
@@ -212,7 +220,7 @@ TEST_F(SoundRecording, aHungSoundServerHoldsNothingUpAndIsHeardWhenItGoesOn) {
     const auto movie = recording.stop();
     ASSERT_EQ(movie.streams.size(), 1U);
     EXPECT_LT(movie.streams[0].peak(0, 4), 0.001);
-    expectInSync(movie.streams[0], resumed + 1, m_voice, *voice, recording);
+    expectInSync(movie.streams[0], resumed + 0.5, resumed + 1.5, m_voice, *voice, recording);
 }
 
 TEST_F(SoundRecording, listsMicrophonesTheDefaultOneFirst) {
