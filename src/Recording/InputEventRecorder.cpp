@@ -47,7 +47,7 @@ void InputEventRecorder::handle(const PointerEvent &event) {
         return;
     switch (event.kind) {
     case PointerEvent::Kind::moved:
-        pointerMoved();
+        pointerMoved(event.hostTime);
         break;
     case PointerEvent::Kind::scroll:
         handleScroll(event);
@@ -75,11 +75,11 @@ void InputEventRecorder::handleScroll(const PointerEvent &event) {
         append(event.hostTime, "scroll", *location);
 }
 
-void InputEventRecorder::pointerMoved() {
+void InputEventRecorder::pointerMoved(double hostTime) {
     const double now = m_clock.hostNow();
     const double wait = m_lastSampleTime + sampleInterval - now;
     if (wait <= 0) {
-        samplePointer(now);
+        samplePointer(hostTime);
         return;
     }
     if (std::exchange(m_sampleDue, true))
@@ -96,7 +96,7 @@ void InputEventRecorder::pointerMoved() {
 }
 
 void InputEventRecorder::samplePointer(double hostTime) {
-    m_lastSampleTime = hostTime;
+    m_lastSampleTime = m_clock.hostNow();
     const auto location = bottomLeftPointer();
     if (!location || location == lastMoveLocation)
         return;

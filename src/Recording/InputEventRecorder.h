@@ -49,7 +49,7 @@ public:
 private:
     void handle(const PointerEvent &event);
     void handleScroll(const PointerEvent &event);
-    void pointerMoved();
+    void pointerMoved(double hostTime);
     void samplePointer(double hostTime);
     void append(double hostTime, const char *kind, const Point &location);
     std::optional<Point> bottomLeftPointer();

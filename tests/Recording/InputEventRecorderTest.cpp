@@ -33,10 +33,12 @@ public:
     }
     void moveTo(double x, double y) {
         location = {x, y};
-        send(PointerEvent::Kind::moved, 0);
+        send(PointerEvent::Kind::moved, movedAt);
     }
 
     Point location;
+    /// When the server saw it move.
+    double movedAt = 999;
     bool refuses = false;
 
 private:
@@ -103,6 +105,7 @@ TEST_F(InputEventRecorderTest, recordsTheLastPlaceOfAQuickMove) {
     clock.advance(20ms);
     const auto events = recorder.stop();
     ASSERT_EQ(events.size(), 2u);
+    EXPECT_EQ(events.front().hostTime, pointer.movedAt);
     EXPECT_EQ(events.back().location, (Point{3, -3}));
 }
 

@@ -6,6 +6,7 @@
 #include "TestSupport/RunTask.h"
 
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <cstdlib>
 #include <stdexcept>
@@ -28,7 +29,7 @@ xcb_visualid_t alphaVisual(const xcb_screen_t &screen) {
 } // namespace
 
 X11Application::X11Application(const Options &options)
-    : m_connection(xcb_connect(nullptr, nullptr)), m_colour(options.colour) {
+    : m_connection(xcb_connect(nullptr, nullptr)), m_colour(options.colour), m_slowness(options.slowness) {
     if (xcb_connection_has_error(m_connection))
         throw std::runtime_error("no X server for the application");
     const xcb_screen_t &screen = *xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
@@ -73,7 +74,9 @@ X11Application::~X11Application() {
 void X11Application::handleEvents() {
     while (xcb_generic_event_t *event = xcb_poll_for_event(m_connection)) {
         const std::uint8_t type = event->response_type & 0x7f;
-        if (type == XCB_EXPOSE) {
+        if (type == XCB_EXPOSE && m_slowness.count() > 0) {
+            QTimer::singleShot(m_slowness, m_notifier.get(), [this] { paint(); });
+        } else if (type == XCB_EXPOSE) {
             paint();
         } else if (type == XCB_BUTTON_PRESS) {
             const auto &press = *reinterpret_cast<xcb_button_press_event_t *>(event);
@@ -91,6 +94,7 @@ void X11Application::paint() {
     fill({0, 0, 4096, 4096}, m_colour);
     for (const PixelRect &mark : m_drawn)
         fill(mark, markColour);
+    xcb_flush(m_connection);
     ++m_repaints;
 }
 

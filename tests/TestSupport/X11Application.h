@@ -5,6 +5,7 @@
 
 #include "Support/Geometry.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -30,6 +31,8 @@ public:
         bool hasAlpha = false;
         std::uint32_t colour = 0x3070b0;
         int borderWidth = 0;
+        /// How long it takes to repaint.
+        std::chrono::milliseconds slowness{0};
         /// Out of the window manager's reach, like a menu.
         bool overridesRedirect = false;
     };
@@ -74,6 +77,7 @@ private:
     xcb_window_t m_window = 0;
     xcb_gcontext_t m_context = 0;
     std::uint32_t m_colour;
+    std::chrono::milliseconds m_slowness;
     int m_repaints = 0;
     std::vector<Point> m_marks;
     /// The marks in the window's own pixels.

@@ -15,6 +15,8 @@
 
 #include <set>
 
+using namespace std::chrono_literals;
+
 namespace vantrell::testing {
 namespace {
 
@@ -61,7 +63,7 @@ TEST_F(X11StillCaptureTest, keepsAWindowsTransparency) {
 TEST_F(X11StillCaptureTest, showsAWindowWholeWhereOthersCoverIt) {
     for (const bool managed : {false, true}) {
         const X11Session session({.windowManager = managed});
-        X11Application pad({.colour = 0x3070b0});
+        X11Application pad({.colour = 0x3070b0, .slowness = 20ms});
         X11Application cover({.pixels = {100, 60, 300, 300}, .colour = 0xff0000});
         X11Application menu({.pixels = {60, 50, 30, 30}, .colour = 0x00ff00, .overridesRedirect = true});
         const QImage still = window(pad);
@@ -136,7 +138,7 @@ TEST_F(X11StillCaptureTest, saysWhichExtensionIsMissing) {
 
 TEST_F(X11StillCaptureTest, saysThatAWindowWasClosedInTheMiddle) {
     const X11Session session;
-    X11Application pad;
+    X11Application pad({.slowness = 20ms});
     X11Application cover({.pixels = {100, 60, 300, 300}});
     const auto closed =
         runTask([](X11StillCapture *with, X11Application *application) -> Task<StillCapture::Result> {
