@@ -220,6 +220,61 @@ TEST(DisplayRecording, drawsThePointerOnlyWhenAskedAndFollowsIt) {
     }
 }
 
+TEST(DisplayRecording, goesOnWhenTheDesktopBecomesSmallerAndLargerAgain) {
+    const X11Session session;
+    X11Painter painter;
+    painter.fill({0, 0, 640, 480}, 0xffffff);
+    painter.sync();
+    ASSERT_EQ(session.run({"xrandr", "--newmode", "small", "12", "320", "336", "368", "400", "240", "241",
+                           "244", "250"}),
+              0);
+    ASSERT_EQ(session.run({"xrandr", "--addmode", "screen", "small"}), 0);
+    const auto backend = openBackend();
+    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    ASSERT_TRUE(run.start());
+    runFor(0.1);
+    ASSERT_EQ(session.run({"xrandr", "--output", "screen", "--mode", "small"}), 0);
+    painter.fill({0, 0, 320, 240}, 0x0000ff);
+    painter.sync();
+    runFor(0.2);
+    ASSERT_TRUE(run.stop());
+    MoviePicture::Colour inside{};
+    MoviePicture::Colour outside{};
+    forEachPicture(run.movie(), [&](const MoviePicture &picture) {
+        EXPECT_EQ(picture.width, 640);
+        inside = picture.at(200, 200);
+        outside = picture.at(500, 400);
+    });
+    expectNear(inside, {32, 240, 118});
+    expectNear(outside, {16, 128, 128});
+}
+
+TEST(DisplayRecording, leavesNoDescriptorAndNoThreadBehindHoweverOftenItIsDone) {
+    const X11Session session;
+    X11Painter painter;
+    const auto backend = openBackend();
+    const auto count = [](const char *folder) {
+        return std::distance(std::filesystem::directory_iterator(folder),
+                             std::filesystem::directory_iterator());
+    };
+    std::ptrdiff_t descriptors = 0;
+    std::ptrdiff_t threads = 0;
+    for (int i = 0; i < 25; ++i) {
+        {
+            StreamRun run(*backend, areaConfiguration({0, 0, 320, 240}));
+            ASSERT_TRUE(run.start());
+            painter.drawNumber(std::uint32_t(i), 0, 0);
+            ASSERT_TRUE(run.stop());
+        }
+        if (i == 4) {
+            descriptors = count("/proc/self/fd");
+            threads = count("/proc/self/task");
+        }
+    }
+    EXPECT_EQ(count("/proc/self/fd"), descriptors);
+    EXPECT_LE(count("/proc/self/task"), threads);
+}
+
 TEST(DisplayRecording, keepsWhatWasRecordedWhenTheDisplayServerGoesAway) {
     X11Session session;
     const auto backend = openBackend();

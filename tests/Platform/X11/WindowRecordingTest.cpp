@@ -178,5 +178,21 @@ TEST_F(WindowRecording, refusesAWindowThatDoesNotExist) {
     EXPECT_TRUE(std::filesystem::is_empty(run.folder()));
 }
 
+TEST(WindowRecordingWithoutComposite, saysWhichExtensionIsMissing) {
+    X11Session::Options options;
+    options.serverArguments = {"-extension", "Composite"};
+    const X11Session session(options);
+    X11Painter painter;
+    const auto backend = X11CaptureBackend::create({});
+    ASSERT_TRUE(backend);
+    CaptureStreamConfiguration wanted;
+    wanted.window = painter.openWindow({0, 0, 100, 100}, "subject");
+    wanted.output = {100, 100};
+    StreamRun run(**backend, wanted);
+    const auto started = run.start();
+    ASSERT_FALSE(started);
+    EXPECT_EQ(started.error().message, "The display server lacks the extension Composite");
+}
+
 } // namespace
 } // namespace vantrell::testing
