@@ -27,6 +27,12 @@ std::optional<UploadDescriptor> readDescriptor(const std::filesystem::path &file
     return reader.error() ? std::nullopt : std::optional(descriptor);
 }
 
+Task<> keep(std::string location, std::filesystem::path file) {
+    if (!file.empty() && !writeFileAtomically(file, location))
+        std::cerr << "send: the location was not kept" << std::endl;
+    co_return;
+}
+
 Task<std::expected<void, TransferError>> send(UploadDescriptor descriptor, std::filesystem::path file,
                                               std::filesystem::path locationFile) {
     HttpClient http;
@@ -37,15 +43,12 @@ Task<std::expected<void, TransferError>> send(UploadDescriptor descriptor, std::
     if (const auto saved = readFile(locationFile); saved && !saved->empty())
         location = *saved;
     const TusUploader uploader(http, clock);
-    co_return co_await uploader.upload(file, std::get<TusUpload>(descriptor), location,
-                                       {.onLocation =
-                                            [&locationFile](const std::string &created) {
-                                                if (!locationFile.empty())
-                                                    static_cast<void>(
-                                                        writeFileAtomically(locationFile, created));
-                                            },
-                                        .onProgress = {}},
-                                       {});
+    co_return co_await uploader.upload(
+        file, std::get<TusUpload>(descriptor), location,
+        {.onLocation =
+             [&locationFile](std::string created) { return keep(std::move(created), locationFile); },
+         .onProgress = {}},
+        {});
 }
 
 } // namespace
