@@ -5,6 +5,7 @@
 
 #include "Support/AtomicFile.h"
 #include "Support/Log.h"
+#include "Upload/JournalText.h"
 
 #include <algorithm>
 #include <cerrno>

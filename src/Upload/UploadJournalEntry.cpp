@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string_view>
 #include <utility>
 
 namespace vantrell {
@@ -130,32 +131,6 @@ UploadJournalEntry UploadJournalEntry::decode(JsonReader &reader) {
         .projectGone = reader.optionalBoolean("projectGone"),
         .createdAt = readDate(reader, "createdAt"),
     };
-}
-
-std::string encodeJournal(const std::vector<UploadJournalEntry> &entries) {
-    nlohmann::json array = nlohmann::json::array();
-    for (const UploadJournalEntry &entry : entries)
-        array.push_back(entry.encode());
-    // A path may hold any bytes: one that is no UTF-8 must not cost the other entries their record.
-    return array.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-}
-
-std::expected<std::vector<UploadJournalEntry>, JsonError> decodeJournal(std::string_view text) {
-    const auto json = parseJson(text);
-    if (!json)
-        return std::unexpected(json.error());
-    if (!json->is_array())
-        return std::unexpected(
-            JsonError{std::string("the document is ") + json->type_name() + ", not an array"});
-    std::vector<UploadJournalEntry> entries;
-    entries.reserve(json->size());
-    for (const nlohmann::json &object : *json) {
-        JsonReader reader(object, "[" + std::to_string(entries.size()) + "]");
-        entries.push_back(UploadJournalEntry::decode(reader));
-        if (reader.error())
-            return std::unexpected(*reader.error());
-    }
-    return entries;
 }
 
 } // namespace vantrell

@@ -9,12 +9,9 @@
 
 #include <chrono>
 #include <cstdint>
-#include <expected>
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <string_view>
-#include <vector>
 
 namespace vantrell {
 
@@ -65,10 +62,5 @@ struct UploadJournalEntry {
 
     bool operator==(const UploadJournalEntry &) const = default;
 };
-
-/// One line of JSON: the array of all entries, keys sorted.
-std::string encodeJournal(const std::vector<UploadJournalEntry> &entries);
-/// One wrong entry makes the whole text unreadable.
-std::expected<std::vector<UploadJournalEntry>, JsonError> decodeJournal(std::string_view text);
 
 } // namespace vantrell

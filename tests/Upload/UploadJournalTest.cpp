@@ -9,6 +9,7 @@
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/TemporaryFolder.h"
+#include "Upload/JournalText.h"
 
 #include <gmock/gmock.h>
 
@@ -154,11 +155,21 @@ TEST_F(UploadJournalTest, refusesAFileWithAnythingWrongInItAsAWhole) {
         EXPECT_EQ(log.count("app.vantrell.capture.upload: upload journal unreadable, starting fresh: "), 1)
             << entry;
     }
-    for (const std::string &text : {std::string(), std::string("{}"), "[" + good}) {
+    for (const std::string &text : {std::string(), std::string("{}"), std::string("7"), std::string("[[]]"),
+                                    "[" + good, "[" + good + "]]"}) {
         fill(text);
         EXPECT_THAT(open()->entries(), IsEmpty()) << text;
         EXPECT_EQ(contents(), text) << "left as it is";
     }
+}
+
+TEST_F(UploadJournalTest, ignoresKeysThatItDoesNotKnow) {
+    std::string entry = oneEntry;
+    entry.insert(1, R"("later":{"kind":7,"list":[1,{"phase":"paused"},[]]},"flags":[{}],"name":null,)");
+    fill("[" + entry + "," + oneEntry + "]");
+    const auto journal = open();
+    ASSERT_EQ(journal->entries().size(), 2u);
+    EXPECT_EQ(journal->entries()[0], journal->entries()[1]);
 }
 
 TEST_F(UploadJournalTest, keepsAnUnreadableFileBesideBeforeItIsReplaced) {
