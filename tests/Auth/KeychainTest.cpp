@@ -77,7 +77,7 @@ TEST_F(KeychainTest, aReadUnderWayDoesNotBringARemovedKeyBack) {
     Keychain keychain;
     auto reading = keychain.read(account, {});
     auto removing = keychain.remove(account, {});
-    runTask(std::move(reading));
+    EXPECT_TRUE(runTask(std::move(reading)));
     EXPECT_TRUE(runTask(std::move(removing)));
     EXPECT_EQ(keychain.cached(account), std::nullopt);
 }

@@ -101,7 +101,7 @@ TEST_F(UploadJournalTest, keepsTheOrderOfEntries) {
     b.name = "B";
     journal->upsert(b);
     journal->remove(a.captureId);
-    runTask(journal->written({}));
+    EXPECT_TRUE(runTask(journal->written({})));
     EXPECT_THAT(namesOf(UploadJournal::read(file)), ElementsAre("B", "c"));
 }
 
@@ -249,7 +249,7 @@ TEST_F(UploadJournalTest, goesOnWithoutItsFileOnAReadOnlyDisk) {
     const FailingDisk failing(1, EROFS, true);
     const auto journal = open();
     journal->upsert(entryNamed("a"));
-    runTask(journal->written({}));
+    EXPECT_TRUE(runTask(journal->written({})));
     EXPECT_THAT(namesOf(journal->entries()), ElementsAre("a"));
     EXPECT_TRUE(log.contains("upload journal not locked: open: Read-only file system"));
     EXPECT_TRUE(log.contains("upload journal write failed: "));

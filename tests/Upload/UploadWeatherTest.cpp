@@ -26,7 +26,7 @@ protected:
         SCOPED_TRACE(fault.method + " " + fault.path + " " + fault.action.dump());
         service->clearLog();
         ends.clear();
-        const auto capture = makeCapture("survivor " + std::to_string(++m_count), 350'000);
+        const auto capture = makeCapture("survivor " + std::to_string(++batchCount), 350'000);
         service->fault(fault.method, fault.path, fault.action, fault.times);
         enqueue(capture);
         runUploads();
@@ -43,10 +43,10 @@ protected:
     }
 
     /// Over all tests: the library is theirs together.
-    static int m_count;
+    static int batchCount;
 };
 
-int UploadWeatherTest::m_count = 0;
+int UploadWeatherTest::batchCount = 0;
 
 TEST_F(UploadWeatherTest, survivesWhatHappensToAChunk) {
     const std::vector<nlohmann::json> actions = {

@@ -37,7 +37,7 @@ std::expected<void, PlatformError> X11AreaSource::open() {
     auto damage = X11Damage::create(x11(), x11().root());
     if (!damage)
         return std::unexpected(damage.error());
-    m_damage.emplace(std::move(*damage));
+    m_damage = *damage;
     xcb_flush(xcb());
     if (x11().isBroken())
         return std::unexpected(X11Connection::lostError());

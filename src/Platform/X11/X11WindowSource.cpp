@@ -40,7 +40,7 @@ std::expected<void, PlatformError> X11WindowSource::open() {
     auto damage = X11Damage::create(x11(), m_window);
     if (!damage)
         return std::unexpected(damage.error());
-    m_damage.emplace(std::move(*damage));
+    m_damage = *damage;
     auto reader = X11PatchReader::create(x11(), m_size);
     if (!reader)
         return std::unexpected(reader.error());
