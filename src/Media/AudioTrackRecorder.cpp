@@ -167,22 +167,28 @@ bool AudioTrackRecorder::waitForWork(std::unique_lock<std::mutex> &lock) {
     if (!m_stopTime)
         m_wake.wait_for(lock, asDuration(quietSeconds / 2),
                         [this] { return m_isAbandoned || m_stopTime || m_queue.seconds() >= batchSeconds; });
-    if (m_isAbandoned)
+    if (m_isAbandoned || hasReachedStop())
         return false;
     if (!m_stopTime)
         return true;
     // The last sound before the stop is still on its way, if there is a device.
     const double patience = *m_stopTime + stopPatience - hostNow();
-    const bool awaitsMore =
-        m_state == AudioSourceState::running && patience > 0 && m_synchronizer->coveredUntil() < *m_stopTime;
-    if (awaitsMore)
+    if (m_state == AudioSourceState::running && patience > 0)
         m_wake.wait_for(lock, asDuration(patience),
                         [this] { return m_isAbandoned || m_queue.seconds() > 0; });
     return !m_isAbandoned && m_queue.seconds() > 0;
 }
 
+// What comes behind the stop is left in the queue: it may come faster than it can be encoded.
+bool AudioTrackRecorder::hasReachedStop() const {
+    return m_stopTime && m_synchronizer->coveredUntil() >= *m_stopTime;
+}
+
 std::expected<void, PlatformError> AudioTrackRecorder::recordQueued(std::unique_lock<std::mutex> &lock) {
-    while (auto block = m_queue.pop()) {
+    while (!m_isAbandoned && !hasReachedStop()) {
+        auto block = m_queue.pop();
+        if (!block)
+            break;
         lock.unlock();
         const auto pushed = m_synchronizer->push(block->samples, block->hostTime, block->startsAnew);
         lock.lock();

@@ -61,6 +61,7 @@ private:
     void run();
     bool waitForWork(std::unique_lock<std::mutex> &lock);
     std::expected<void, PlatformError> recordQueued(std::unique_lock<std::mutex> &lock);
+    bool hasReachedStop() const;
     void endThread();
 
     const std::string m_trackName;
