@@ -97,6 +97,7 @@ void ScriptedConnection::answer(int status, const std::string &headers, const st
 void ScriptedConnection::reset() {
     const linger abruptly{1, 0};
     ::setsockopt(m_socket.get(), SOL_SOCKET, SO_LINGER, &abruptly, sizeof abruptly);
+    std::scoped_lock lock(m_closing);
     m_socket.reset();
 }
 
@@ -108,6 +109,7 @@ void ScriptedConnection::waitForClose() {
 }
 
 void ScriptedConnection::shutDown() {
+    std::scoped_lock lock(m_closing);
     ::shutdown(m_socket.get(), SHUT_RDWR);
 }
 

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -54,6 +55,8 @@ private:
     bool fill();
 
     UniqueFd m_socket;
+    /// The server may shut down what the connection's own thread is closing.
+    std::mutex m_closing;
     int m_number;
     std::string m_pending;
 };
