@@ -4,9 +4,12 @@
 #include "App/Run.h"
 
 #include "App/ListCommand.h"
+#include "App/PairCommand.h"
 #include "App/RecordCommand.h"
 #include "App/RecoverCommand.h"
 #include "App/ScreenshotCommand.h"
+#include "App/StatusCommand.h"
+#include "App/UnpairCommand.h"
 #include "App/UploadCommand.h"
 
 #include <cstdio>
@@ -29,6 +32,9 @@ struct Start {
     }
     Task<ExitCode> operator()(ListArguments arguments) const { return runList(arguments, context, stop); }
     Task<ExitCode> operator()(UploadArguments arguments) const { return runUpload(arguments, context, stop); }
+    Task<ExitCode> operator()(PairArguments arguments) const { return runPair(arguments, context, stop); }
+    Task<ExitCode> operator()(UnpairArguments arguments) const { return runUnpair(arguments, context, stop); }
+    Task<ExitCode> operator()(StatusArguments arguments) const { return runStatus(arguments, context, stop); }
     Task<ExitCode> operator()(HelpArguments) const {
         std::fputs(usageText().c_str(), stdout);
         co_return ExitCode::success;

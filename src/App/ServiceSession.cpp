@@ -8,15 +8,17 @@
 namespace vantrell {
 
 std::expected<std::unique_ptr<ServiceSession>, std::string>
-ServiceSession::create(const CommandContext &context) {
+ServiceSession::create(const CommandContext &context, Keychain::Options keychain) {
     auto url = ServiceURL::fromEnvironment();
     if (!url)
         return std::unexpected(description(url.error()));
-    return std::unique_ptr<ServiceSession>(new ServiceSession(std::move(*url), context.environmentKey));
+    return std::unique_ptr<ServiceSession>(
+        new ServiceSession(std::move(*url), context.environmentKey, keychain));
 }
 
-ServiceSession::ServiceSession(ServiceURL url, std::optional<std::string> environmentKey)
-    : m_url(std::move(url)), m_keyProvider(m_keychain, std::move(environmentKey)),
+ServiceSession::ServiceSession(ServiceURL url, std::optional<std::string> environmentKey,
+                               Keychain::Options keychain)
+    : m_url(std::move(url)), m_keychain(keychain), m_keyProvider(m_keychain, std::move(environmentKey)),
       m_api(
           m_http, m_url, [this] { return m_keyProvider.key(); },
           // A command does not disconnect the account: it says that the key was refused, and ends.

@@ -22,7 +22,8 @@ namespace vantrell {
 class ServiceSession {
 public:
     /// Fails with a sentence when the service's address is unusable.
-    static std::expected<std::unique_ptr<ServiceSession>, std::string> create(const CommandContext &context);
+    static std::expected<std::unique_ptr<ServiceSession>, std::string>
+    create(const CommandContext &context, Keychain::Options keychain = {});
 
     /// Fetches the key from the keyring unless the environment holds one. False when there is none; the
     /// keyring's own problem, if that is why, is in `keychain().problem()`.
@@ -31,6 +32,7 @@ public:
     HttpClient &http() { return m_http; }
     VantrellAPI &api() { return m_api; }
     Keychain &keychain() { return m_keychain; }
+    KeyProvider &keys() { return m_keyProvider; }
     const ServiceURL &url() const { return m_url; }
 
     /// The project to upload to: the one asked for, else the chosen one, else the account's first.
@@ -38,7 +40,7 @@ public:
                                                              std::stop_token stop);
 
 private:
-    ServiceSession(ServiceURL url, std::optional<std::string> environmentKey);
+    ServiceSession(ServiceURL url, std::optional<std::string> environmentKey, Keychain::Options keychain);
 
     ServiceURL m_url;
     HttpClient m_http;

@@ -57,12 +57,24 @@ void CaptureProgram::waitForLog(const std::string &line) {
     }
 }
 
+std::string CaptureProgram::nextLine() {
+    m_process.setReadChannel(QProcess::StandardOutput);
+    while (!m_process.canReadLine()) {
+        if (!m_process.waitForReadyRead(30000)) {
+            ADD_FAILURE() << "no line of output; errors: " << m_process.readAllStandardError().toStdString();
+            return {};
+        }
+    }
+    return m_process.readLine().trimmed().toStdString();
+}
+
 void CaptureProgram::signal(int number) {
     ::kill(pid_t(m_process.processId()), number);
 }
 
 CaptureProgram::Ended CaptureProgram::finish() {
-    EXPECT_TRUE(!isRunning() || m_process.waitForFinished(60000)) << "still running";
+    EXPECT_TRUE(!isRunning() || m_process.waitForFinished(60000))
+        << "still running; errors: " << m_process.readAllStandardError().toStdString();
     m_errors += m_process.readAllStandardError().toStdString();
     return {m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1,
             m_process.readAllStandardOutput().toStdString(), m_errors};

@@ -37,6 +37,9 @@ public:
     void start(const std::vector<std::string> &arguments, const std::vector<std::string> &wrapper = {});
     /// Waits until its log says `line`.
     void waitForLog(const std::string &line);
+    /// The next line of its output, which `finish` then leaves out.
+    std::string nextLine();
+    qint64 processId() const { return m_process.processId(); }
     /// Lets the process's end be seen, for at most that long.
     void poll(std::chrono::milliseconds patience) { m_process.waitForFinished(int(patience.count())); }
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }

@@ -3,21 +3,15 @@
 
 #include "TestSupport/SecretServiceSession.h"
 
-#include "Support/UniqueFd.h"
 #include "TestSupport/RunTask.h"
+#include "TestSupport/UnixSocket.h"
 
 #include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
-#include <QDBusReply>
-#include <QFile>
 
 #include <arpa/inet.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 
 #include <array>
 #include <csignal>
@@ -50,72 +44,10 @@ constexpr char keyringPassword[] = "test";
 constexpr char loginCollection[] = "/org/freedesktop/secrets/collection/login";
 constexpr char secretsName[] = "org.freedesktop.secrets";
 
-// No service directories: a call to a name that nobody owns fails instead of starting another, locked daemon.
-constexpr char busConfiguration[] =
-    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:path=%1</listen>
-  <auth>EXTERNAL</auth>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-)";
-
 void require(bool condition, const char *what) {
     if (!condition)
         throw std::runtime_error(what);
 }
-
-/// Invalid when nobody listens.
-UniqueFd connectTo(const std::string &path) {
-    UniqueFd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
-    path.copy(address.sun_path, sizeof address.sun_path - 1);
-    if (::connect(socket.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) != 0)
-        socket.reset();
-    return socket;
-}
-
-/// The process's session bus.
-class PrivateBus {
-public:
-    static PrivateBus &instance() {
-        static PrivateBus bus;
-        return bus;
-    }
-
-    bool isOwned(const char *name) {
-        return connection().interface()->isServiceRegistered(QLatin1String(name)).value();
-    }
-
-    QDBusConnection connection() { return QDBusConnection::sessionBus(); }
-
-private:
-    PrivateBus() {
-        const std::string socket = m_folder / "bus";
-        const std::string configuration = m_folder / "bus.conf";
-        QFile file(QString::fromStdString(configuration));
-        require(file.open(QIODevice::WriteOnly), "cannot write the bus configuration");
-        file.write(QString::fromLatin1(busConfiguration).arg(QString::fromStdString(socket)).toUtf8());
-        file.close();
-
-        m_daemon = std::make_unique<ChildProcess>(std::vector<std::string>{
-            "dbus-daemon", "--nofork", "--nopidfile", "--config-file=" + configuration});
-        require(eventually([&socket] { return connectTo(socket).isValid(); }), "dbus-daemon does not listen");
-        qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + QByteArray::fromStdString(socket));
-        qunsetenv("DISPLAY");
-        qunsetenv("WAYLAND_DISPLAY");
-        require(connection().isConnected(), "the session bus was used before the test made its own");
-    }
-
-    TemporaryFolder m_folder;
-    std::unique_ptr<ChildProcess> m_daemon;
-};
 
 /// The exit code of a shell command and what it wrote to standard output.
 std::pair<int, std::string> runCommand(const std::string &command) {
@@ -131,20 +63,9 @@ std::string attributes(const std::string &service, const std::string &account) {
     return " service '" + service + "' account '" + account + "'";
 }
 
-QDBusMessage call(const char *interface, const char *method, const QVariantList &arguments) {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(QLatin1String(secretsName), QStringLiteral("/org/freedesktop/secrets"),
-                                       QLatin1String(interface), QLatin1String(method));
-    message.setArguments(arguments);
-    const QDBusMessage answer = PrivateBus::instance().connection().call(message);
-    require(answer.type() == QDBusMessage::ReplyMessage, method);
-    return answer;
-}
-
 } // namespace
 
-SecretServiceSession::SecretServiceSession() {
-    PrivateBus::instance();
+SecretServiceSession::SecretServiceSession(SessionBus &bus) : m_bus(bus) {
     std::filesystem::permissions(m_home.path(), std::filesystem::perms::owner_all);
 }
 
@@ -169,12 +90,13 @@ void SecretServiceSession::start(const std::string &arguments) {
                                      "exec gnome-keyring-daemon --foreground --components=secrets " +
                                      "--control-directory=\"$HOME/control\"" + arguments +
                                      " < \"$HOME/password\""},
-        ChildProcess::Environment{{"HOME", home},
+        ChildProcess::Environment{{"DBUS_SESSION_BUS_ADDRESS", m_bus.address()},
+                                  {"HOME", home},
                                   {"XDG_DATA_HOME", home},
                                   {"XDG_CONFIG_HOME", home},
                                   {"XDG_CACHE_HOME", home},
                                   {"XDG_RUNTIME_DIR", home}});
-    require(eventually([] { return PrivateBus::instance().isOwned(secretsName); }),
+    require(eventually([this] { return m_bus.isOwned(secretsName); }),
             "gnome-keyring-daemon does not take its name");
 }
 
@@ -219,7 +141,7 @@ void SecretServiceSession::kill() {
         return;
     m_daemon->signal(SIGKILL);
     m_daemon.reset();
-    require(eventually([] { return !PrivateBus::instance().isOwned(secretsName); }),
+    require(eventually([this] { return !m_bus.isOwned(secretsName); }),
             "the name of the keyring does not go away");
 }
 
@@ -231,16 +153,31 @@ void SecretServiceSession::resume() {
     m_daemon->signal(SIGCONT);
 }
 
+QDBusMessage SecretServiceSession::call(const char *interface, const char *method,
+                                        const QVariantList &arguments) const {
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(QLatin1String(secretsName), QStringLiteral("/org/freedesktop/secrets"),
+                                       QLatin1String(interface), QLatin1String(method));
+    message.setArguments(arguments);
+    const QDBusMessage answer = m_bus.connection().call(message);
+    require(answer.type() == QDBusMessage::ReplyMessage, method);
+    return answer;
+}
+
+std::string SecretServiceSession::onBus() const {
+    return "DBUS_SESSION_BUS_ADDRESS='" + m_bus.address() + "' ";
+}
+
 std::optional<std::string> SecretServiceSession::lookup(const std::string &service,
                                                         const std::string &account) {
-    const auto [code, output] = runCommand("secret-tool lookup" + attributes(service, account));
+    const auto [code, output] = runCommand(onBus() + "secret-tool lookup" + attributes(service, account));
     return code == 0 ? std::optional(output) : std::nullopt;
 }
 
 void SecretServiceSession::store(const std::string &service, const std::string &account,
                                  const std::string &secret) {
-    const auto [code, output] = runCommand("printf %s '" + secret + "' | secret-tool store --label=other" +
-                                           attributes(service, account));
+    const auto [code, output] = runCommand("printf %s '" + secret + "' | " + onBus() +
+                                           "secret-tool store --label=other" + attributes(service, account));
     require(code == 0, "secret-tool does not store");
 }
 

@@ -4,7 +4,11 @@
 #pragma once
 
 #include "TestSupport/ChildProcess.h"
+#include "TestSupport/SessionBus.h"
 #include "TestSupport/TemporaryFolder.h"
+
+#include <QDBusMessage>
+#include <QVariantList>
 
 #include <filesystem>
 #include <memory>
@@ -13,16 +17,12 @@
 
 namespace vantrell::testing {
 
-/// A session bus of the test's own, and on it a real keyring daemon with keyrings of its own. The bus starts
-/// no service by itself, so nobody but this object decides when the daemon is there. Main thread.
-///
-/// The bus is shared by all sessions of a process, since libraries keep their connection to it; the first one
-/// makes it this process's session bus and takes the displays out of the environment, so that nothing can ask
-/// on a screen. Everything started ends with the process, however it ends.
+/// A real keyring daemon with keyrings of its own on a bus that starts no services, so nobody but this object
+/// decides when the daemon is there. It ends with the object, also when the test dies. Main thread.
 class SecretServiceSession {
 public:
     /// Without a daemon yet.
-    SecretServiceSession();
+    explicit SecretServiceSession(SessionBus &bus = SessionBus::ofThisProcess());
     ~SecretServiceSession();
     SecretServiceSession(const SecretServiceSession &) = delete;
     SecretServiceSession &operator=(const SecretServiceSession &) = delete;
@@ -52,7 +52,11 @@ public:
 
 private:
     void start(const std::string &arguments);
+    QDBusMessage call(const char *interface, const char *method, const QVariantList &arguments) const;
+    /// What a shell command needs in front to reach the bus.
+    std::string onBus() const;
 
+    SessionBus &m_bus;
     TemporaryFolder m_home;
     std::unique_ptr<ChildProcess> m_daemon;
 };
