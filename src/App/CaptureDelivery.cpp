@@ -3,7 +3,6 @@
 
 #include "App/CaptureDelivery.h"
 
-#include "App/CaptureUpload.h"
 #include "Capture/CaptureStorage.h"
 #include "Recording/RecordingRecovery.h"
 #include "Support/BlockingWork.h"
@@ -33,6 +32,12 @@ Task<std::expected<void, ExitCode>> CaptureDelivery::prepare(std::stop_token sto
             co_return std::unexpected(ExitCode::failed);
         }
         m_session = std::move(*session);
+        auto uploads = UploadRun::create(*m_session, m_context);
+        if (!uploads) {
+            m_context.reporter.failure(uploads.error());
+            co_return std::unexpected(ExitCode::failed);
+        }
+        m_uploads = std::move(*uploads);
         if (!co_await m_session->connect(stop)) {
             m_context.reporter.failure(APIError(APIError::NotPaired{}).description());
             co_return std::unexpected(ExitCode::notConnected);
@@ -79,14 +84,23 @@ Task<ExitCode> CaptureDelivery::deliver(CaptureResult capture, bool isPartial, n
     co_return code;
 }
 
+void CaptureDelivery::interrupt() {
+    if (m_uploads)
+        m_uploads->interrupt();
+}
+
 Task<std::expected<std::string, std::string>>
 CaptureDelivery::upload(CaptureResult capture, SavedCapture saved, std::stop_token stop) {
     const auto project = co_await m_session->chooseProject(m_options.projectId, stop);
     if (!project)
         co_return std::unexpected(project.error().description());
-    CaptureUpload job{saved.file,         capture.kind,    capture.mime, capture.name,
-                      capture.durationMs, saved.thumbnail, saved.sidecar};
-    co_return co_await uploadCapture(std::move(job), *project, m_session.get(), m_context, stop);
+    co_await m_uploads->fetchLimits(stop);
+    capture.fileURL = saved.file;
+    const QUuid id = m_uploads->add(std::move(capture), *project);
+    if (!co_await m_uploads->finish(stop))
+        co_return std::unexpected(uploadInterrupted);
+    const UploadEnd *const end = m_uploads->endOf(id);
+    co_return end ? end->assetId : std::unexpected(uploadInterrupted);
 }
 
 } // namespace vantrell

@@ -7,6 +7,7 @@
 #include "App/ExitCode.h"
 #include "App/SavedCapture.h"
 #include "App/ServiceSession.h"
+#include "App/UploadRun.h"
 #include "Capture/CaptureResult.h"
 #include "Support/Task.h"
 
@@ -47,6 +48,9 @@ public:
     Task<ExitCode> deliver(CaptureResult capture, bool isPartial, nlohmann::json more,
                            std::filesystem::path recoverable, std::stop_token stop);
 
+    /// Ends waiting for the upload, which can be resumed later.
+    void interrupt();
+
 private:
     Task<std::expected<std::string, std::string>> upload(CaptureResult capture, SavedCapture saved,
                                                          std::stop_token stop);
@@ -55,6 +59,7 @@ private:
     const CommandContext m_context;
     /// Present when captures are uploaded.
     std::unique_ptr<ServiceSession> m_session;
+    std::unique_ptr<UploadRun> m_uploads;
 };
 
 } // namespace vantrell

@@ -129,8 +129,8 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
 void RecordRun::onSignal(int signal) {
     if (signal == SIGUSR1)
         m_scope.start(this, &RecordRun::togglePause);
-    else
-        m_ended.resolve(std::nullopt);
+    else if (!m_ended.resolve(std::nullopt))
+        m_delivery.interrupt();
 }
 
 Task<> RecordRun::togglePause(std::stop_token stop) {

@@ -27,6 +27,13 @@ void Reporter::failure(const std::string &sentence) const {
         std::fprintf(stderr, "%s\n", sentence.c_str());
 }
 
+void Reporter::failure(const std::string &sentence, const std::filesystem::path &file) const {
+    if (m_json)
+        result({{"error", sentence}, {"file", file.string()}}, {});
+    else
+        failure(file.string() + ": " + sentence);
+}
+
 void Reporter::note(const std::string &text) const {
     if (!m_json)
         std::fprintf(stderr, "%s\n", text.c_str());

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include <filesystem>
 #include <string>
 
 namespace vantrell {
@@ -19,6 +20,8 @@ public:
 
     /// `{"error": sentence}` or the sentence on standard error.
     void failure(const std::string &sentence) const;
+    /// The same, about one of several files.
+    void failure(const std::string &sentence, const std::filesystem::path &file) const;
 
     /// A remark for a person; left out with JSON.
     void note(const std::string &text) const;

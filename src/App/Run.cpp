@@ -32,6 +32,7 @@ struct Start {
     }
     Task<ExitCode> operator()(ListArguments arguments) const { return runList(arguments, context, stop); }
     Task<ExitCode> operator()(UploadArguments arguments) const { return runUpload(arguments, context, stop); }
+    Task<ExitCode> operator()(ResumeArguments) const { return runResume(context, stop); }
     Task<ExitCode> operator()(PairArguments arguments) const { return runPair(arguments, context, stop); }
     Task<ExitCode> operator()(UnpairArguments arguments) const { return runUnpair(arguments, context, stop); }
     Task<ExitCode> operator()(StatusArguments arguments) const { return runStatus(arguments, context, stop); }

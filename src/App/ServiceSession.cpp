@@ -35,10 +35,13 @@ Task<std::expected<std::string, APIError>> ServiceSession::chooseProject(std::op
                                                                          std::stop_token stop) {
     if (asked)
         co_return *asked;
+    const auto chosen = Settings(Settings::defaultFile()).string("selectedProjectId");
     auto projects = co_await m_api.listProjects(stop);
+    // While nobody answers, the user's choice stands: the upload itself will find out.
+    if (!projects && chosen && projects.error().as<APIError::Network>())
+        co_return *chosen;
     if (!projects)
         co_return std::unexpected(projects.error());
-    const auto chosen = Settings(Settings::defaultFile()).string("selectedProjectId");
     for (const TargetProject &project : *projects) {
         if (project.id == chosen)
             co_return project.id;

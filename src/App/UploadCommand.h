@@ -12,7 +12,11 @@
 
 namespace vantrell {
 
-/// Uploads files, one after another, each with the side files beside it.
+/// Uploads files, each with the side files beside it, and what earlier runs left. Ctrl-C leaves everything to
+/// be resumed.
 Task<ExitCode> runUpload(UploadArguments arguments, CommandContext context, std::stop_token stop);
+
+/// Finishes the uploads of earlier runs, also those that failed then.
+Task<ExitCode> runResume(CommandContext context, std::stop_token stop);
 
 } // namespace vantrell

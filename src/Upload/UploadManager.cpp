@@ -143,6 +143,8 @@ Task<> UploadManager::runInSlot(QUuid entryId, QUuid shelfId, std::stop_token st
         co_return;
     m_active.erase(entryId);
     fillSlots();
+    if (isIdle() && onIdle)
+        onIdle();
 }
 
 Task<> UploadManager::run(QUuid entryId, QUuid shelfId, std::stop_token stop) {

@@ -71,12 +71,16 @@ public:
     /// runs, and on with those that are not parked.
     void restoreFromJournal();
 
+    /// It has a slot.
+    bool isRunning(const QUuid &entryId) const { return m_active.contains(entryId); }
     /// Nothing runs and nothing waits; parked uploads do not count.
     bool isIdle() const { return m_active.empty() && m_waiting.empty(); }
 
     /// A project was found deleted on the service; once for each.
     std::function<void(const std::string &projectId)> onProjectGone;
     std::function<void(const UploadEnd &)> onEnd;
+    /// The last upload has ended.
+    std::function<void()> onIdle;
 
 private:
     struct Waiting {
