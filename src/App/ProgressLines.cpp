@@ -4,8 +4,10 @@
 #include "App/ProgressLines.h"
 
 #include <QString>
+#include <QtGlobal>
 
 #include <cstdio>
+#include <mutex>
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -25,27 +27,55 @@ std::string fitted(const std::string &line) {
     return text.toStdString();
 }
 
-} // namespace
+/// What stands at the bottom of the terminal, which other threads log to.
+std::recursive_mutex terminal;
+std::vector<std::string> shown;
+QtMessageHandler logBelow = nullptr;
 
-ProgressLines::ProgressLines() : m_onTerminal(::isatty(STDERR_FILENO) == 1) {}
+void erase() {
+    // Up to the first line, and everything below it away.
+    if (!shown.empty())
+        std::fprintf(stderr, "\x1b[%zuA\r\x1b[J", shown.size());
+}
 
-void ProgressLines::show(const std::vector<std::string> &lines) {
-    if (!m_onTerminal || lines == m_shown)
-        return;
-    clear();
-    for (const std::string &line : lines)
+void draw() {
+    for (const std::string &line : shown)
         std::fprintf(stderr, "%s\n", fitted(line).c_str());
     std::fflush(stderr);
-    m_shown = lines;
+}
+
+void logAbove(QtMsgType type, const QMessageLogContext &context, const QString &message) {
+    std::scoped_lock lock(terminal);
+    erase();
+    logBelow(type, context, message);
+    draw();
+}
+
+} // namespace
+
+ProgressLines::ProgressLines() : m_onTerminal(::isatty(STDERR_FILENO) == 1) {
+    if (m_onTerminal)
+        logBelow = qInstallMessageHandler(logAbove);
+}
+
+ProgressLines::~ProgressLines() {
+    if (!m_onTerminal)
+        return;
+    clear();
+    qInstallMessageHandler(logBelow);
+}
+
+void ProgressLines::show(const std::vector<std::string> &lines) {
+    std::scoped_lock lock(terminal);
+    if (!m_onTerminal || lines == shown)
+        return;
+    erase();
+    shown = lines;
+    draw();
 }
 
 void ProgressLines::clear() {
-    if (m_shown.empty())
-        return;
-    // Up to the first of them, and everything below it away.
-    std::fprintf(stderr, "\x1b[%zuA\r\x1b[J", m_shown.size());
-    std::fflush(stderr);
-    m_shown.clear();
+    show({});
 }
 
 } // namespace vantrell

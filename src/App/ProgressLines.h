@@ -9,11 +9,12 @@
 namespace vantrell {
 
 /// Lines at the bottom of a terminal that are written over until they are cleared: one for each file that is
-/// on its way. Nothing where standard error is no terminal. Main thread.
+/// on its way. Log lines of any thread are written above them. Nothing where standard error is no terminal.
+/// Main thread, one at a time.
 class ProgressLines {
 public:
     ProgressLines();
-    ~ProgressLines() { clear(); }
+    ~ProgressLines();
     ProgressLines(const ProgressLines &) = delete;
     ProgressLines &operator=(const ProgressLines &) = delete;
 
@@ -23,7 +24,6 @@ public:
 
 private:
     const bool m_onTerminal;
-    std::vector<std::string> m_shown;
 };
 
 } // namespace vantrell

@@ -18,6 +18,9 @@ export class BodyTap {
   /** @type {((chunk: Buffer) => boolean)|undefined} */
   #filter;
   #ended = false;
+  /** While the body stands still its end does, too: a short body would be answered. */
+  #holdsEnd = false;
+  #endIsHeld = false;
 
   /** @param {import('node:http').IncomingMessage} req */
   constructor(req) {
@@ -25,10 +28,15 @@ export class BodyTap {
     this.#push = req.push.bind(req);
     this.#read = req._read.bind(req);
     req.push = (/** @type {Buffer|null} */ chunk) => {
-      if (chunk === null) return this.#ended ? false : this.#push(null);
+      if (chunk === null) return this.#pushEnd();
       this.bytes += chunk.length;
       return this.#filter ? this.#filter(chunk) : this.#push(chunk);
     };
+  }
+
+  #pushEnd() {
+    this.#endIsHeld = this.#holdsEnd;
+    return this.#ended || this.#holdsEnd ? false : this.#push(null);
   }
 
   /** @param {number} limit @param {() => void} endConnection */
@@ -56,6 +64,7 @@ export class BodyTap {
       room -= taken.length;
       if (taken.length > 0) this.#push(taken);
       if (room > 0) return true;
+      this.#holdsEnd = true;
       held.push(chunk.subarray(taken.length));
       this.#req._read = () => {};
       if (held.length === 1 && forMs !== undefined) setTimeout(() => this.#release(held), forMs);
@@ -80,8 +89,10 @@ export class BodyTap {
   #release(held) {
     this.#filter = undefined;
     this.#req._read = this.#read;
+    this.#holdsEnd = false;
     for (const chunk of held) if (chunk.length > 0) this.#push(chunk);
-    this.#read(0);
+    if (this.#endIsHeld) this.#push(null);
+    else this.#read(0);
   }
 
   /** @param {() => void} then */
