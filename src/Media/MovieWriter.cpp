@@ -10,6 +10,7 @@
 #include "Media/MovieSyncer.h"
 #include "Support/Log.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <condition_variable>
 #include <mutex>
@@ -38,6 +39,14 @@ struct MovieWriter::Implementation {
     struct Pending {
         std::vector<std::uint8_t> data;
         std::vector<SampleEntry> samples;
+
+        void clear() {
+            samples.clear();
+            // The buffer is used again; after the disk stalled it may have grown far beyond what is usual.
+            if (data.capacity() > usualChunkBytes)
+                data = {};
+            data.clear();
+        }
     };
 
     Implementation(const std::filesystem::path &moviePath, Options writerOptions, MovieAssembler assembled,
@@ -52,6 +61,8 @@ struct MovieWriter::Implementation {
     void waitForWork(std::unique_lock<std::mutex> &lock);
     void flush(std::unique_lock<std::mutex> &lock);
     std::expected<void, PlatformError> store(const std::vector<TrackDescription> &tracks);
+    std::expected<void, PlatformError> storeChunks();
+    void storeWhatFailed();
     void noteElapsedWhenDue();
     void fail(const PlatformError &failure);
     void stopThreads();
@@ -121,19 +132,11 @@ void MovieWriter::Implementation::flush(std::unique_lock<std::mutex> &lock) {
     std::swap(writing, pending);
     const std::size_t taken = pendingBytes;
     const std::vector<TrackDescription> tracks = std::exchange(newTracks, {});
-    const bool hadFailed = error.has_value();
     lock.unlock();
 
-    if (!hadFailed && (taken > 0 || !tracks.empty()))
+    if (taken > 0 || !tracks.empty())
         if (const auto stored = store(tracks); !stored)
             fail(stored.error());
-    for (Pending &chunk : writing) {
-        chunk.samples.clear();
-        // The buffer is used again; after the disk stalled it may have grown far beyond what is usual.
-        if (chunk.data.capacity() > usualChunkBytes)
-            chunk.data = {};
-        chunk.data.clear();
-    }
     const std::uint64_t header = assembler.headerBytes() + finalisationSlack;
 
     lock.lock();
@@ -145,23 +148,50 @@ void MovieWriter::Implementation::flush(std::unique_lock<std::mutex> &lock) {
 
 std::expected<void, PlatformError>
 MovieWriter::Implementation::store(const std::vector<TrackDescription> &tracks) {
-    for (const TrackDescription &track : tracks) {
+    for (const TrackDescription &track : tracks)
         assembler.addTrack(track);
+    for (const TrackDescription &track : tracks)
         if (const auto added = journal.addTrack(track); !added)
             return added;
-    }
-    for (std::uint32_t track = 0; track < writing.size(); ++track) {
-        const auto &[data, samples] = writing[track];
-        if (samples.empty())
-            continue;
-        const auto offset = assembler.writeChunk(track, data, samples);
-        if (!offset)
-            return std::unexpected(offset.error());
-        if (const auto added = journal.addChunk(track, *offset, data, samples); !added)
-            return added;
-    }
+    if (const auto stored = storeChunks(); !stored)
+        return stored;
     syncer.written(assembler.end());
     return reserve.hold(assembler.headerBytes() + finalisationSlack);
+}
+
+std::expected<void, PlatformError> MovieWriter::Implementation::storeChunks() {
+    for (std::uint32_t track = 0; track < writing.size(); ++track) {
+        Pending &chunk = writing[track];
+        if (chunk.samples.empty())
+            continue;
+        const auto offset = assembler.writeChunk(track, chunk.data, chunk.samples);
+        if (!offset)
+            return std::unexpected(offset.error());
+        const auto added = journal.addChunk(track, *offset, chunk.data, chunk.samples);
+        chunk.clear();
+        if (!added)
+            return added;
+    }
+    return {};
+}
+
+void MovieWriter::Implementation::storeWhatFailed() {
+    // On a full disk the room that is left belongs to the finishing.
+    if (!error || isDiskFull(*error))
+        return;
+    for (const TrackDescription &track : std::exchange(newTracks, {}))
+        assembler.addTrack(track);
+    // A round may end at the journal, which the finished movie does not need.
+    for (auto *waiting : {&writing, &pending}) {
+        if (waiting == &pending)
+            std::swap(writing, pending);
+        for (std::size_t round = 0; round <= writing.size(); ++round)
+            if (storeChunks())
+                break;
+        if (std::ranges::any_of(writing, [](const Pending &chunk) { return !chunk.samples.empty(); }))
+            return;
+    }
+    qCInfo(logCapture, "movie is whole in spite of the failure");
 }
 
 void MovieWriter::Implementation::noteElapsedWhenDue() {
@@ -264,6 +294,7 @@ std::expected<void, PlatformError> MovieWriter::append(TrackId track, const Enco
 std::expected<MovieSummary, PlatformError> MovieWriter::finish(std::span<const TrackEnd> ends) {
     Implementation &self = *m_implementation;
     self.stopThreads();
+    self.storeWhatFailed();
     std::vector<std::optional<std::int64_t>> trackEnds(self.assembler.trackCount());
     for (const TrackEnd &end : ends)
         if (std::size_t(end.track.index) < trackEnds.size())
