@@ -69,7 +69,9 @@ std::string CaptureProgram::nextLine() {
 }
 
 void CaptureProgram::signal(int number) {
-    ::kill(pid_t(m_process.processId()), number);
+    // A program that has ended has the id 0, which is everybody in the group of the tests.
+    if (const auto id = pid_t(m_process.processId()); id > 0)
+        ::kill(id, number);
 }
 
 CaptureProgram::Ended CaptureProgram::finish() {
