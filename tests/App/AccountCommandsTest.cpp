@@ -5,6 +5,7 @@
 #include "TestSupport/LocalService.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/SecretServiceSession.h"
+#include "TestSupport/X11Session.h"
 
 #include <QElapsedTimer>
 
@@ -12,6 +13,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <regex>
 #include <set>
 #include <sstream>
 
@@ -30,6 +32,12 @@ std::string contentsOf(const std::filesystem::path &file) {
     std::ostringstream text;
     text << stream.rdbuf();
     return text.str();
+}
+
+/// What a signed address or a tus grant of the service holds: until when, and the signature.
+bool holdsSignature(const std::string &text) {
+    static const std::regex signature(R"(signature=|\d{13}\.[A-Za-z0-9_-]{20})");
+    return std::regex_search(text, signature);
 }
 
 /// The commands around the account, with a real keyring and the real service.
@@ -135,6 +143,60 @@ TEST_F(AccountCommands, theKeyShowsNowhere) {
                         Not(::testing::AnyOf(HasSubstr(key), HasSubstr("vk_from_the"))))
                 << entry.path();
     }
+}
+
+TEST_F(AccountCommands, aFullRunWithTroublesLeavesNoKeyAndNoSignedAddress) {
+    const X11Session session;
+    program.set("DISPLAY", qEnvironmentVariable("DISPLAY").toStdString());
+    pair();
+    const std::string key = stored().value();
+    std::string seen;
+    service.configure({{"transfer", "tus"}, {"chunkSize", 1000}});
+    // Each of these is logged; two transfers are refused, of the capture and of its thumbnail.
+    service.fault("PATCH", "/storage/tus", {{"resetAfterBytes", 500}}, 1, 1);
+    service.fault("PUT", "/storage/put", {{"status", 403}, {"body", {{"error", "expired"}}}}, 1);
+    service.fault("POST", "/confirm", {{"status", 503}});
+    const auto recorded = program.run({"record", "--seconds", "1", "--upload", "--json"});
+    EXPECT_EQ(recorded.exitCode, 0) << recorded.output << recorded.errors;
+    EXPECT_THAT(recorded.errors, HasSubstr("confirm")) << "the troubles are not in the log";
+
+    // Killed in the middle of the next, and looked at while it was there.
+    service.fault("PATCH", "/storage/tus", {{"stallAfterBytes", 500}}, 1, 1);
+    program.start({"upload", recorded.json()["file"].get<std::string>(), "--json"});
+    EXPECT_TRUE(eventually([this] {
+        return contentsOf(program.folder() / "data/VantrellCapture/upload-journal.json")
+                   .find("tusLocation") != std::string::npos;
+    }));
+    for (const auto &process : std::filesystem::directory_iterator("/proc"))
+        seen += contentsOf(process.path() / "cmdline");
+    seen += contentsOf("/proc/" + std::to_string(program.processId()) + "/environ");
+    program.signal(SIGKILL);
+    const auto killed = program.finish();
+    seen += recorded.output + recorded.errors + killed.output + killed.errors;
+    int files = 0;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(program.folder())) {
+        if (entry.is_regular_file()) {
+            ++files;
+            seen += contentsOf(entry.path());
+        }
+    }
+    EXPECT_GE(files, 5) << "movie, sidecar, thumbnail, journal, queue";
+    EXPECT_THAT(seen, HasSubstr(R"("phase":"uploading")"));
+    EXPECT_EQ(seen.find(key), std::string::npos);
+    EXPECT_FALSE(holdsSignature(seen));
+
+    // A signature would have been found.
+    const auto projects = program.run({"list", "projects", "--json"}).json();
+    const auto grant = service.call("POST", "/v1/capture/sign",
+                                    {{"projectId", projects["id"]},
+                                     {"kind", "image"},
+                                     {"mime", "image/png"},
+                                     {"bytes", 5000},
+                                     {"meta", true},
+                                     {"captureId", "00000000-0000-4000-8000-000000000001"}},
+                                    key);
+    EXPECT_TRUE(holdsSignature(grant["main"].dump())) << grant;
+    EXPECT_TRUE(holdsSignature(grant["meta"].dump())) << grant;
 }
 
 TEST_F(AccountCommands, pairSaysHowItEndedOtherwise) {
