@@ -37,24 +37,22 @@ double bestSsim(const Picture &drawn, const MoviePicture &seen) {
     return std::max(score(lumaOf(drawn, 0.2126, 0.7152, 0.0722)), score(lumaOf(drawn, 0.299, 0.587, 0.114)));
 }
 
-/// How well the pointer's arrow shows at the place where frame n has it: the darkest pixel of its inside.
-std::optional<int> pointerFrame(const MoviePicture &picture, const Picture &background, PixelSize screen,
-                                int from, int to) {
+/// The frame at whose place the desktop looks most as if the pointer were there.
+std::optional<int> pointerFrame(const MoviePicture &picture, const std::vector<std::uint8_t> &background,
+                                PixelSize screen, int last) {
+    // The pointer's hot spot is its middle. It is black with a white border.
+    constexpr int reach = 6;
+    constexpr int leastDifference = 1500;
+    constexpr int mostLostAtOnce = 12;
     int best = -1;
-    int bestDifference = 60;
-    for (int n = std::max(0, from); n <= to; ++n) {
+    int bestDifference = leastDifference;
+    for (int n = last + 1; n <= last + mostLostAtOnce; ++n) {
         const Point place = pointerAt(n, screen);
         int difference = 0;
-        for (int i = 2; i < 6; ++i) {
-            const int x = int(place.x) + 1 + i / 3;
-            const int y = int(place.y) + i;
-            if (x >= screen.width || y >= screen.height)
-                continue;
-            const std::uint32_t pixel = background.row(y)[x];
-            const int luma = int(16 + (0.2126 * (pixel >> 16 & 0xff) + 0.7152 * (pixel >> 8 & 0xff) +
-                                       0.0722 * (pixel & 0xff)) *
-                                          219 / 255);
-            difference += std::abs(int(picture.luma[y * picture.lumaStride + x]) - luma);
+        for (int y = int(place.y) - reach; y <= int(place.y) + reach; ++y) {
+            for (int x = int(place.x) - reach; x <= int(place.x) + reach; ++x)
+                difference += std::abs(int(picture.luma[y * picture.lumaStride + x]) -
+                                       int(background[std::size_t(y * screen.width + x)]));
         }
         if (difference > bestDifference) {
             bestDifference = difference;
@@ -111,6 +109,7 @@ MovieFigures measureMovie(const std::filesystem::path &movie, const std::string 
     const auto scene = Scene::make(sceneName, screen);
     Picture drawn(screen);
     scene->background(drawn);
+    const std::vector<std::uint8_t> background = lumaOf(drawn, 0.2126, 0.7152, 0.0722);
     int drawnNumber = 0;
     int lastNumber = 0;
     int sampled = 0;
@@ -121,7 +120,7 @@ MovieFigures measureMovie(const std::filesystem::path &movie, const std::string 
     figures.duration = testing::forEachPicture(movie, [&](const MoviePicture &picture) {
         std::optional<int> number;
         if (scene->movesPointer()) {
-            number = pointerFrame(picture, drawn, screen, lastNumber, lastNumber + 20);
+            number = pointerFrame(picture, background, screen, lastNumber);
         } else {
             const auto code = testing::framecode::read(
                 picture.luma + Scene::codeY * picture.lumaStride + Scene::codeX, picture.lumaStride);

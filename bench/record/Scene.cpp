@@ -263,9 +263,11 @@ void Picture::fill(const PixelRect &rect, std::uint32_t colour) {
 }
 
 Point pointerAt(int n, PixelSize screen) {
+    // Ellipses of changing size: it never stands still and is nowhere twice within a second.
     const double t = n * 0.05;
-    return {std::floor(screen.width * (0.5 + 0.4 * std::cos(t))),
-            std::floor(screen.height * (0.5 + 0.4 * std::sin(t * 0.7)))};
+    const double radius = 0.35 + 0.1 * std::cos(n * 0.013);
+    return {std::floor(screen.width * (0.5 + radius * std::cos(t))),
+            std::floor(screen.height * (0.5 + radius * std::sin(t)))};
 }
 
 std::vector<std::string> Scene::names() {
