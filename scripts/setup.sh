@@ -21,7 +21,8 @@ build_packages=(
 # A desktop out of nothing, for the demo and the tests.
 desktop_packages=(xvfb openbox dbus xauth x11-utils x11-xserver-utils xdotool hsetroot procps openssl curl)
 test_packages=(
-  ffmpeg chromium gnome-keyring libsecret-tools picom sox pipewire pipewire-pulse wireplumber pulseaudio-utils
+  ffmpeg mpv chromium gstreamer1.0-plugins-base-apps gstreamer1.0-plugins-good gstreamer1.0-libav
+  gnome-keyring libsecret-tools picom sox pipewire pipewire-pulse wireplumber pulseaudio-utils
 )
 
 # install_packages <package>... installs what is missing, with apt.

@@ -7,7 +7,7 @@ namespace vantrell {
 namespace {
 
 /// With as many bytes of changes behind it as this times its own size, a key frame adds little to the file.
-constexpr double cheapShare = 8;
+constexpr double cheapShare = 20;
 constexpr double shortest = 4;
 constexpr double usual = 10;
 constexpr double longest = 60;

@@ -11,14 +11,14 @@ namespace {
 
 /// A frame moves when more than this share of it changed.
 constexpr double movingShare = 0.05;
-/// So much detail does not call for a coarser quantizer yet.
-constexpr double plainDetail = 8;
 /// Quantizer steps for each doubling of the detail.
 constexpr double stepsPerDoubling = 2.4;
 /// The quantizer's step size doubles every six.
 constexpr double stepsPerSizeDoubling = 6;
 constexpr double keyFrameSteps = 3;
 constexpr double inertia = 0.1;
+/// A cut counts as at most so many times the mean.
+constexpr double mostGrowth = 4;
 constexpr double changeInterval = 0.25;
 /// Once nothing large has moved for this long, what is there is sharpened.
 constexpr double calmInterval = 0.3;
@@ -35,20 +35,22 @@ void QuantizerControl::frameEncoded(double hostTime, int changedBlocks, std::siz
     if (changedBlocks < movingShare * m_blocks) {
         if (hostTime - m_movedAt >= calmInterval) {
             m_quantizer = finest;
-            m_detail = 0;
+            m_detail = plainDetail;
         }
         return;
     }
     m_movedAt = hostTime;
     const double coarseness = std::exp2((m_quantizer - finest) / stepsPerSizeDoubling);
     const double detail = double(bytes) * 8 / changedBlocks * coarseness;
-    m_detail = m_detail > 0 ? m_detail + (detail - m_detail) * inertia : detail;
+    // One frame that is all new, at a cut, says little about those that follow.
+    const double most = mostGrowth * std::max(m_detail, plainDetail);
+    m_detail += (std::min(detail, most) - m_detail) * inertia;
     if (hostTime - m_changedAt < changeInterval)
         return;
     const double wanted =
         finest + stepsPerDoubling * std::log2(std::max(m_detail, plainDetail) / plainDetail);
-    // Less than a step and a half is not worth that standing parts are encoded once more.
-    if (std::abs(wanted - m_quantizer) < 1.5)
+    // Less than a step is not worth that standing parts are encoded once more.
+    if (std::abs(wanted - m_quantizer) < 1)
         return;
     m_quantizer = std::clamp(int(std::lround(wanted)), finest, coarsest);
     m_changedAt = hostTime;

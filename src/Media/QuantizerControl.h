@@ -26,10 +26,13 @@ public:
     void frameEncoded(double hostTime, int changedBlocks, std::size_t bytes, bool isKeyFrame);
 
 private:
+    /// So much detail does not call for a coarser quantizer yet.
+    static constexpr double plainDetail = 8;
+
     int m_blocks;
     int m_quantizer = finest;
     /// Running mean of what a changed block takes, as if it were encoded at the finest quantizer: bits.
-    double m_detail = 0;
+    double m_detail = plainDetail;
     double m_changedAt = 0;
     double m_movedAt = 0;
 };

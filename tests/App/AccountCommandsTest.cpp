@@ -50,6 +50,14 @@ protected:
     }
 
     void use(const SessionBus &bus) { program.set("DBUS_SESSION_BUS_ADDRESS", bus.address()); }
+    /// What opens an address on this desktop: a shell script.
+    void useBrowser(const std::string &script) {
+        const auto opener = program.folder() / "xdg-open";
+        std::ofstream(opener) << "#!/bin/sh\n" << script << '\n';
+        std::filesystem::permissions(opener, std::filesystem::perms::owner_all);
+        program.set("PATH", program.folder().string() + ":" + qEnvironmentVariable("PATH").toStdString());
+        program.set("DISPLAY", ":nowhere");
+    }
     std::optional<std::string> stored() { return keyring.lookup(keyService, keyAccount); }
 
     /// Starts `pair` and returns the code of the approval page.
@@ -113,15 +121,23 @@ TEST_F(AccountCommands, pairStaysConnectedOverRestartsUntilUnpair) {
     EXPECT_EQ(program.run({"list", "projects"}).exitCode, 3);
 }
 
+TEST_F(AccountCommands, isConnectedByTheOwnersClickInTheBrowserThatPairOpens) {
+    const std::string owner = "exec node " VANTRELL_SOURCE_DIR "/service/test/support/answerPairing.js \"$1\" ";
+    useBrowser(owner + "Deny");
+    EXPECT_EQ(program.run({"pair", "--json"}).json()["error"],
+              "The connection was denied on the approval page");
+    useBrowser(owner + "Approve");
+    const auto ended = program.run({"pair", "--json"});
+    EXPECT_EQ(ended.json(), (nlohmann::json{{"connected", true}})) << ended.errors;
+    EXPECT_TRUE(stored());
+    EXPECT_EQ(program.run({"status", "--json"}).json()["connected"], true);
+}
+
 TEST_F(AccountCommands, theKeyShowsNowhere) {
     // A browser that writes down what it is given.
-    const auto browser = program.folder() / "xdg-open";
     const auto seen = program.folder() / "browser.log";
-    std::ofstream(browser) << "#!/bin/sh\n{ echo \"$@\"; env; } > '" << seen.string() << ".part'\nmv '"
-                           << seen.string() << ".part' '" << seen.string() << "'\n";
-    std::filesystem::permissions(browser, std::filesystem::perms::owner_all);
-    program.set("PATH", program.folder().string() + ":" + qEnvironmentVariable("PATH").toStdString());
-    program.set("DISPLAY", ":nowhere");
+    useBrowser("{ echo \"$@\"; env; } > '" + seen.string() + ".part'\nmv '" + seen.string() + ".part' '" +
+               seen.string() + "'");
     program.set("VANTRELL_API_KEY", "vk_from_the_environment");
 
     const std::string code = beginPairing();

@@ -6,6 +6,7 @@
 #include "Media/MovieReader.h"
 #include "Support/AtomicFile.h"
 #include "TestSupport/LocalService.h"
+#include "TestSupport/SoundSession.h"
 #include "TestSupport/X11Painter.h"
 #include "TestSupport/X11Session.h"
 
@@ -14,6 +15,7 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <cstdlib>
 
 using ::testing::HasSubstr;
 
@@ -86,6 +88,31 @@ TEST(RecordCommand, savesOnASignalAndJoinsWhatAPauseSplit) {
     const auto sidecar = CaptureMetadata::fromJson(readFile(json["sidecar"].get<std::string>()).value_or(""));
     ASSERT_TRUE(sidecar);
     EXPECT_NEAR(sidecar->recording->durationMs, facts->durationMs, 1);
+}
+
+// VANTRELL_PAUSES sets how often; what leaks shows in the sanitizer's exit code.
+TEST(RecordCommand, canBePausedAgainAndAgain) {
+    const X11Session session({.width = 320, .height = 240});
+    const SoundSession sound;
+    CaptureProgram program;
+    program.start({"record", "--mic", "--system-audio", "--json"});
+    program.waitForLog("recording started");
+    const char *pauses = std::getenv("VANTRELL_PAUSES");
+    for (int left = pauses ? std::atoi(pauses) : 5; left > 0; --left) {
+        program.signal(SIGUSR1);
+        program.waitForLog("recording paused");
+        program.signal(SIGUSR1);
+        program.waitForLog("recording resumed");
+    }
+    program.signal(SIGINT);
+    const auto ended = program.finish();
+    ASSERT_EQ(ended.exitCode, 0) << ended.errors;
+    const nlohmann::json json = ended.json();
+    EXPECT_EQ(json["partial"], false);
+    const auto facts = readMovieFacts(json["file"].get<std::string>());
+    ASSERT_TRUE(facts) << facts.error().message;
+    EXPECT_NEAR(facts->durationMs, json["durationMs"].get<double>(), 1);
+    EXPECT_EQ(facts->tracks.size(), 3u);
 }
 
 TEST(RecordCommand, refusesWhatCannotBeRecordedAndLeavesNothingBehind) {

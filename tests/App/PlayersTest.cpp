@@ -1,0 +1,130 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "CaptureProgram.h"
+#include "Support/HostTime.h"
+#include "TestSupport/FrameCode.h"
+#include "TestSupport/MoviePictures.h"
+#include "TestSupport/RunTask.h"
+#include "TestSupport/SoundSession.h"
+#include "TestSupport/X11Painter.h"
+#include "TestSupport/X11Session.h"
+
+#include <QImage>
+#include <QProcess>
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <map>
+
+namespace vantrell::testing {
+namespace {
+
+constexpr int codeX = 16;
+constexpr int codeY = 32;
+
+/// A recording with sound that was paused, of a screen on which numbers count.
+class RecordedMovie {
+public:
+    RecordedMovie() {
+        program.start({"record", "--mic", "--system-audio", "--json"});
+        program.waitForLog("recording started");
+        count(2.5);
+        program.signal(SIGUSR1);
+        program.waitForLog("recording paused");
+        program.signal(SIGUSR1);
+        program.waitForLog("recording resumed");
+        count(2.5);
+        program.signal(SIGINT);
+        const auto ended = program.finish();
+        EXPECT_EQ(ended.exitCode, 0) << ended.errors;
+        path = ended.json().at("file").get<std::string>();
+        forEachPicture(path, [this](const MoviePicture &picture) {
+            if (const auto number =
+                    framecode::read(picture.luma + codeY * picture.lumaStride + codeX, picture.lumaStride))
+                shownAt[int(*number)] = picture.seconds;
+        });
+        EXPECT_GT(shownAt.size(), 100u);
+    }
+
+    CaptureProgram program;
+    std::filesystem::path path;
+    /// Number to the time at which the movie shows it.
+    std::map<int, double> shownAt;
+
+private:
+    void count(double seconds) {
+        const double until = hostNow() + seconds;
+        for (double next = hostNow(); next < until; next += 1 / 30.0) {
+            m_painter.drawNumber(++m_number, codeX, codeY);
+            m_painter.sync();
+            eventually([next] { return hostNow() >= next; });
+        }
+    }
+
+    X11Painter m_painter;
+    std::uint32_t m_number = 0;
+};
+
+/// Runs a player to its end; what it complained of.
+std::string play(const QString &player, const QStringList &arguments) {
+    QProcess process;
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(player, arguments);
+    if (!process.waitForFinished(60000) || process.exitCode() != 0)
+        ADD_FAILURE() << player.toStdString() << " failed: " << process.exitCode() << ' '
+                      << process.errorString().toStdString();
+    return process.readAll().toStdString();
+}
+
+void expectShows(const QString &picture, double seconds, const RecordedMovie &movie,
+                 const std::string &output) {
+    const QImage image = QImage(picture).convertToFormat(QImage::Format_Grayscale8);
+    ASSERT_FALSE(image.isNull()) << picture.toStdString() << ": " << output;
+    const auto number = framecode::read(image.constScanLine(codeY) + codeX, image.bytesPerLine());
+    ASSERT_TRUE(number) << picture.toStdString();
+    // Some show the picture of that time, some the next one.
+    EXPECT_NEAR(movie.shownAt.at(int(*number)), seconds, 0.07) << picture.toStdString();
+}
+
+TEST(Players, openARecordingAndSeekInIt) {
+    const X11Session session({.width = 640, .height = 360});
+    const SoundSession sound;
+    const RecordedMovie movie;
+    const QString file = QString::fromStdString(movie.path.string());
+    const QString folder = QString::fromStdString(movie.program.folder().string());
+    // Before and behind the joint, and back from there: each player starts anew.
+    for (const double seconds : {4.2, 1.3}) {
+        const QString time = QString::number(seconds);
+
+        std::string output =
+            play(QStringLiteral("mpv"),
+                 {QStringLiteral("--no-config"), QStringLiteral("--really-quiet"), QStringLiteral("--ao=null"),
+                  QStringLiteral("--vo=image"), QStringLiteral("--vo-image-format=png"),
+                  QStringLiteral("--vo-image-outdir=") + folder + QStringLiteral("/mpv"),
+                  QStringLiteral("--start=") + time, QStringLiteral("--frames=1"), file});
+        expectShows(folder + QStringLiteral("/mpv/00000001.png"), seconds, movie, output);
+
+        output = play(QStringLiteral("gst-play-1.0"),
+                      {QStringLiteral("--no-interactive"), QStringLiteral("-s"), time,
+                       QStringLiteral("--videosink=videoconvert ! pngenc ! multifilesink location=") + folder +
+                           QStringLiteral("/gst%05d.png"),
+                       QStringLiteral("--audiosink=fakesink"), file});
+        expectShows(folder + QStringLiteral("/gst00000.png"), seconds, movie, output);
+
+        output = play(QStringLiteral("node"),
+                      {QStringLiteral(VANTRELL_SOURCE_DIR "/service/test/support/showFrame.js"), file, time,
+                       folder + QStringLiteral("/browser.png")});
+        expectShows(folder + QStringLiteral("/browser.png"), seconds, movie, output);
+
+        EXPECT_EQ(play(QStringLiteral("ffplay"),
+                       {QStringLiteral("-loglevel"), QStringLiteral("warning"), QStringLiteral("-nostats"),
+                        QStringLiteral("-autoexit"), QStringLiteral("-ss"), time, QStringLiteral("-t"),
+                        QStringLiteral("0.5"), file}),
+                  "");
+    }
+}
+
+} // namespace
+} // namespace vantrell::testing
