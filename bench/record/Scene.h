@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,12 +16,18 @@ namespace vantrell::bench {
 /// A picture in BGRX.
 struct Picture {
     explicit Picture(PixelSize pixels)
-        : size(pixels), data(std::size_t(pixels.width) * std::size_t(pixels.height)) {}
+        : size(pixels), own(std::size_t(pixels.width) * std::size_t(pixels.height)), data(own) {}
+    /// In memory of somebody else's.
+    Picture(PixelSize pixels, std::uint32_t *memory)
+        : size(pixels), data(memory, std::size_t(pixels.width) * std::size_t(pixels.height)) {}
+    Picture(Picture &&) = default;
+    Picture &operator=(Picture &&) = default;
     std::uint32_t *row(int y) { return data.data() + std::ptrdiff_t(y) * size.width; }
     const std::uint32_t *row(int y) const { return data.data() + std::ptrdiff_t(y) * size.width; }
     void fill(const PixelRect &rect, std::uint32_t colour);
     PixelSize size;
-    std::vector<std::uint32_t> data;
+    std::vector<std::uint32_t> own;
+    std::span<std::uint32_t> data;
 };
 
 /// Something that happens on a screen: frame n is the same whenever it is drawn, so that a recording can be

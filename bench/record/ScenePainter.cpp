@@ -7,7 +7,6 @@
 #include "Support/HostTime.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <vector>
 
@@ -49,13 +48,10 @@ public:
 
     PixelSize size() const { return m_size; }
 
-    void put(const Picture &picture, const std::vector<PixelRect> &rects) {
-        auto *pixels = static_cast<std::uint32_t *>(m_memory);
-        for (const PixelRect &rect : rects) {
-            for (int y = rect.y; y < rect.bottom(); ++y)
-                std::memcpy(pixels + std::ptrdiff_t(y) * m_size.width + rect.x, picture.row(y) + rect.x,
-                            std::size_t(rect.width) * 4);
-        }
+    /// What `put` shows; not to be drawn into before `sync` has returned.
+    Picture picture() const { return {m_size, static_cast<std::uint32_t *>(m_memory)}; }
+
+    void put(const std::vector<PixelRect> &rects) {
         for (const PixelRect &rect : rects)
             xcb_shm_put_image(m_xcb, m_window, m_context, std::uint16_t(m_size.width),
                               std::uint16_t(m_size.height), std::uint16_t(rect.x), std::uint16_t(rect.y),
@@ -93,9 +89,9 @@ int paintScene(const std::string &name, double seconds, const std::filesystem::p
     const auto scene = Scene::make(name, screen.size());
     if (!scene)
         return 2;
-    Picture picture(screen.size());
+    Picture picture = screen.picture();
     scene->background(picture);
-    screen.put(picture, {{0, 0, picture.size.width, picture.size.height}});
+    screen.put({{0, 0, picture.size.width, picture.size.height}});
     screen.movePointer(scene->movesPointer()
                            ? pointerAt(0, picture.size)
                            : Point{double(picture.size.width - 1), double(picture.size.height - 1)});
@@ -119,7 +115,7 @@ int paintScene(const std::string &name, double seconds, const std::filesystem::p
         if (scene->movesPointer())
             screen.movePointer(pointerAt(n, picture.size));
         else
-            screen.put(picture, rects);
+            screen.put(rects);
         screen.sync();
         shown.push_back({n, hostNow()});
     }

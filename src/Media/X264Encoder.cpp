@@ -78,7 +78,7 @@ x264_param_t parametersFor(PixelSize encoded) {
     p.analyse.i_subpel_refine = 0;
     p.b_deblocking_filter = 0;
     p.analyse.i_luma_deadzone[0] = 22;
-    p.analyse.b_dct_decimate = 0;
+    p.analyse.b_dct_decimate = isLarge;
     p.analyse.i_chroma_qp_offset = 4;
     p.analyse.b_fast_pskip = isLarge;
     p.analyse.b_transform_8x8 = !isLarge;
