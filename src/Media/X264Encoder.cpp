@@ -72,8 +72,8 @@ x264_param_t parametersFor(PixelSize encoded) {
 
     // Measured on text, scrolling, film and full-screen motion: what moves on a screen moves by whole pixels,
     // so the half-pixel planes, a third of a still frame's cost, pay only on film, and little there. Without
-    // the deblocking filter letters stay crisp, and it is cheaper. Bytes are better spent on brightness than on
-    // colour, and on small differences, which add up while a picture moves: they are neither dropped nor
+    // the deblocking filter letters stay crisp, and it is cheaper. Bytes are better spent on brightness than
+    // on colour, and on small differences, which add up while a picture moves: they are neither dropped nor
     // skipped.
     p.analyse.i_subpel_refine = 0;
     p.b_deblocking_filter = 0;

@@ -122,7 +122,8 @@ TEST_F(AccountCommands, pairStaysConnectedOverRestartsUntilUnpair) {
 }
 
 TEST_F(AccountCommands, isConnectedByTheOwnersClickInTheBrowserThatPairOpens) {
-    const std::string owner = "exec node " VANTRELL_SOURCE_DIR "/service/test/support/answerPairing.js \"$1\" ";
+    const std::string owner =
+        "exec node " VANTRELL_SOURCE_DIR "/service/test/support/answerPairing.js \"$1\" ";
     useBrowser(owner + "Deny");
     EXPECT_EQ(program.run({"pair", "--json"}).json()["error"],
               "The connection was denied on the approval page");

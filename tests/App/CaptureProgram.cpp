@@ -43,6 +43,7 @@ void CaptureProgram::start(const std::vector<std::string> &arguments,
     for (const std::string &argument : arguments)
         words << QString::fromStdString(argument);
     m_errors.clear();
+    m_heard = 0;
     m_process.setProcessEnvironment(m_environment);
     const QString command = words.takeFirst();
     m_process.start(command, words);
@@ -51,10 +52,12 @@ void CaptureProgram::start(const std::vector<std::string> &arguments,
 
 void CaptureProgram::waitForLog(const std::string &line) {
     m_process.setReadChannel(QProcess::StandardError);
-    while (m_errors.find(line) == std::string::npos) {
+    std::size_t found = 0;
+    while ((found = m_errors.find(line, m_heard)) == std::string::npos) {
         ASSERT_TRUE(m_process.waitForReadyRead(30000)) << "no '" << line << "' in: " << m_errors;
         m_errors += m_process.readAllStandardError().toStdString();
     }
+    m_heard = found + line.size();
 }
 
 std::string CaptureProgram::nextLine() {

@@ -35,7 +35,7 @@ public:
 
     /// Starts it; with `wrapper`, a command that starts it in turn.
     void start(const std::vector<std::string> &arguments, const std::vector<std::string> &wrapper = {});
-    /// Waits until its log says `line`.
+    /// Waits until its log says `line`, after what was waited for before.
     void waitForLog(const std::string &line);
     /// The next line of its output, which `finish` then leaves out.
     std::string nextLine();
@@ -57,6 +57,8 @@ private:
     QProcessEnvironment m_environment;
     QProcess m_process;
     std::string m_errors;
+    /// How much of it was waited for.
+    std::size_t m_heard = 0;
 };
 
 } // namespace vantrell::testing

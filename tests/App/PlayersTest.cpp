@@ -85,7 +85,7 @@ void expectShows(const QString &picture, double seconds, const RecordedMovie &mo
     const auto number = framecode::read(image.constScanLine(codeY) + codeX, image.bytesPerLine());
     ASSERT_TRUE(number) << picture.toStdString();
     // Some show the picture of that time, some the next one.
-    EXPECT_NEAR(movie.shownAt.at(int(*number)), seconds, 0.07) << picture.toStdString();
+    EXPECT_NEAR(movie.shownAt.at(int(*number)), seconds, 0.1) << picture.toStdString();
 }
 
 TEST(Players, openARecordingAndSeekInIt) {
@@ -98,20 +98,21 @@ TEST(Players, openARecordingAndSeekInIt) {
     for (const double seconds : {4.2, 1.3}) {
         const QString time = QString::number(seconds);
 
-        std::string output =
-            play(QStringLiteral("mpv"),
-                 {QStringLiteral("--no-config"), QStringLiteral("--really-quiet"), QStringLiteral("--ao=null"),
-                  QStringLiteral("--vo=image"), QStringLiteral("--vo-image-format=png"),
-                  QStringLiteral("--vo-image-outdir=") + folder + QStringLiteral("/mpv"),
-                  QStringLiteral("--start=") + time, QStringLiteral("--frames=1"), file});
+        std::string output = play(QStringLiteral("mpv"),
+                                  {QStringLiteral("--no-config"), QStringLiteral("--really-quiet"),
+                                   QStringLiteral("--ao=null"), QStringLiteral("--vo=image"),
+                                   QStringLiteral("--vo-image-format=png"),
+                                   QStringLiteral("--vo-image-outdir=") + folder + QStringLiteral("/mpv"),
+                                   QStringLiteral("--start=") + time, QStringLiteral("--frames=1"), file});
         expectShows(folder + QStringLiteral("/mpv/00000001.png"), seconds, movie, output);
 
         output = play(QStringLiteral("gst-play-1.0"),
                       {QStringLiteral("--no-interactive"), QStringLiteral("-s"), time,
-                       QStringLiteral("--videosink=videoconvert ! pngenc ! multifilesink location=") + folder +
-                           QStringLiteral("/gst%05d.png"),
+                       QStringLiteral("--videosink=videoconvert ! pngenc ! multifilesink location=") +
+                           folder + QStringLiteral("/gst%05d.png"),
                        QStringLiteral("--audiosink=fakesink"), file});
-        expectShows(folder + QStringLiteral("/gst00000.png"), seconds, movie, output);
+        // Sometimes it shows the beginning before it seeks.
+        expectShows(folder + QStringLiteral("/gst00001.png"), seconds, movie, output);
 
         output = play(QStringLiteral("node"),
                       {QStringLiteral(VANTRELL_SOURCE_DIR "/service/test/support/showFrame.js"), file, time,
