@@ -26,13 +26,6 @@ std::uint32_t grey(int value) {
     return v | v << 8 | v << 16;
 }
 
-PixelRect drawCode(int n, Picture &picture) {
-    framecode::draw(std::uint32_t(n),
-                    reinterpret_cast<std::uint8_t *>(picture.row(Scene::codeY) + Scene::codeX),
-                    std::ptrdiff_t(picture.size.width) * 4);
-    return {Scene::codeX, Scene::codeY, framecode::width, framecode::height};
-}
-
 constexpr int glyphWidth = 9;
 constexpr int glyphHeight = 18;
 
@@ -118,7 +111,7 @@ public:
     std::vector<PixelRect> draw(int n, Picture &picture) override {
         const PixelRect caret{300, 604, 2, 18};
         picture.fill(caret, n % 2 ? 0x101010 : 0xf7f7f4);
-        return {drawCode(n, picture), caret};
+        return {drawNumber(n, picture), caret};
     }
 };
 
@@ -132,7 +125,7 @@ public:
         const int line = (n / columns) % 18;
         const int y = top + line * glyphHeight;
         const int x = 120 + (n % columns) * glyphWidth;
-        std::vector<PixelRect> changed{drawCode(n, picture)};
+        std::vector<PixelRect> changed{drawNumber(n, picture)};
         if (n % columns == 0) {
             picture.fill({112, y, 980, glyphHeight}, 0xf7f7f4);
             changed.push_back({112, y, 980, glyphHeight});
@@ -182,7 +175,7 @@ public:
         const Picture &frame = m_frames[std::size_t(step < frames ? step : 2 * frames - 2 - step)];
         for (int y = 0; y < m_area.height; ++y)
             std::memcpy(picture.row(m_area.y + y) + m_area.x, frame.row(y), std::size_t(m_area.width) * 4);
-        return {drawCode(n, picture), m_area};
+        return {drawNumber(n, picture), m_area};
     }
 
 private:
@@ -212,7 +205,7 @@ public:
         for (int y = 0; y < m_area.height; ++y)
             std::memcpy(picture.row(m_area.y + y) + m_area.x, m_page.row(top + y),
                         std::size_t(m_area.width) * 4);
-        return {drawCode(n, picture), m_area};
+        return {drawNumber(n, picture), m_area};
     }
 
 private:
@@ -223,7 +216,8 @@ private:
 
 class MotionScene final : public Scene {
 public:
-    explicit MotionScene(PixelSize screen) : m_wall({screen.width * 2, screen.height + 400}) {
+    explicit MotionScene(PixelSize screen)
+        : m_screen(screen), m_wall({screen.width * 2, screen.height + 400}) {
         drawPhoto(m_wall, {0, 0, m_wall.size.width, m_wall.size.height}, 23);
         for (int i = 0; i < 12; ++i)
             drawText(m_wall, {i * m_wall.size.width / 12, 100 + (i * 331) % 700, 400, 200}, std::uint32_t(i),
@@ -232,17 +226,23 @@ public:
     double rate() const override { return 60; }
     void background(Picture &picture) override { drawDesktop(picture); }
     std::vector<PixelRect> draw(int n, Picture &picture) override {
-        const int range = m_wall.size.width - picture.size.width - 1;
-        const int step = n * 9 % (2 * range);
-        const int dx = step < range ? step : 2 * range - step;
-        const int dy = int(190 + 180 * std::sin(n * 0.02));
-        for (int y = 0; y < picture.size.height; ++y)
-            std::memcpy(picture.row(y), m_wall.row(y + dy) + dx, std::size_t(picture.size.width) * 4);
-        drawCode(n, picture);
+        const PixelRect part = wallPart(n);
+        for (int y = 0; y < part.height; ++y)
+            std::memcpy(picture.row(y), m_wall.row(y + part.y) + part.x, std::size_t(part.width) * 4);
+        drawNumber(n, picture);
         return {{0, 0, picture.size.width, picture.size.height}};
     }
 
+    const Picture *wall() const override { return &m_wall; }
+    PixelRect wallPart(int n) const override {
+        const int range = m_wall.size.width - m_screen.width - 1;
+        const int step = n * 9 % (2 * range);
+        const int x = step < range ? step : 2 * range - step;
+        return {x, int(190 + 180 * std::sin(n * 0.02)), m_screen.width, m_screen.height};
+    }
+
 private:
+    PixelSize m_screen;
     Picture m_wall;
 };
 
@@ -260,6 +260,12 @@ void Picture::fill(const PixelRect &rect, std::uint32_t colour) {
     const PixelRect part = intersection(rect, {0, 0, size.width, size.height});
     for (int y = part.y; y < part.bottom(); ++y)
         std::fill_n(row(y) + part.x, part.width, colour);
+}
+
+PixelRect Scene::drawNumber(int n, Picture &picture) {
+    framecode::draw(std::uint32_t(n), reinterpret_cast<std::uint8_t *>(picture.row(codeY) + codeX),
+                    std::ptrdiff_t(picture.size.width) * 4);
+    return {codeX, codeY, framecode::width, framecode::height};
 }
 
 Point pointerAt(int n, PixelSize screen) {

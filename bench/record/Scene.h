@@ -48,6 +48,12 @@ public:
     /// Draws frame n (from 1) over frame n - 1 and returns what it changed.
     virtual std::vector<PixelRect> draw(int n, Picture &picture) = 0;
     /// Where the pointer is in frame n; the pointer stays out of the way unless the scene is about it.
+    /// What a scene that moves as a whole shows a part of, if it does, and frame n's place in it. The display
+    /// moves it itself, as desktops do, and only the number is drawn.
+    virtual const Picture *wall() const { return nullptr; }
+    virtual PixelRect wallPart(int) const { return {}; }
+    /// Draws frame n's number; what changed.
+    static PixelRect drawNumber(int n, Picture &picture);
     virtual bool movesPointer() const { return false; }
 
     static constexpr int codeX = 16;

@@ -6,7 +6,9 @@
 #include "Scene.h"
 #include "Support/HostTime.h"
 
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <vector>
 
@@ -58,6 +60,25 @@ public:
                               std::uint16_t(rect.width), std::uint16_t(rect.height), std::int16_t(rect.x),
                               std::int16_t(rect.y), 24, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, m_segment, 0);
     }
+    /// Brings a picture to the display, for `putPart`.
+    void upload(const Picture &wall) {
+        m_wall = xcb_generate_id(m_xcb);
+        xcb_create_pixmap(m_xcb, 24, m_wall, m_root, std::uint16_t(wall.size.width),
+                          std::uint16_t(wall.size.height));
+        const int rows = m_size.width * m_size.height / wall.size.width;
+        for (int y = 0; y < wall.size.height; y += rows) {
+            const int count = std::min(rows, wall.size.height - y);
+            std::memcpy(m_memory, wall.row(y), std::size_t(wall.size.width) * std::size_t(count) * 4);
+            xcb_shm_put_image(m_xcb, m_wall, m_context, std::uint16_t(wall.size.width), std::uint16_t(rows),
+                              0, 0, std::uint16_t(wall.size.width), std::uint16_t(count), 0, std::int16_t(y),
+                              24, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, m_segment, 0);
+            sync();
+        }
+    }
+    void putPart(const PixelRect &part) {
+        xcb_copy_area(m_xcb, m_wall, m_window, m_context, std::int16_t(part.x), std::int16_t(part.y), 0, 0,
+                      std::uint16_t(part.width), std::uint16_t(part.height));
+    }
     /// As a device moves it, not as a program sets it.
     void movePointer(const Point &place) {
         xcb_test_fake_input(m_xcb, XCB_MOTION_NOTIFY, 0, XCB_CURRENT_TIME, m_root, std::int16_t(place.x),
@@ -70,6 +91,7 @@ private:
     xcb_window_t m_root;
     PixelSize m_size;
     xcb_window_t m_window;
+    xcb_pixmap_t m_wall = XCB_NONE;
     xcb_gcontext_t m_context;
     void *m_memory;
     xcb_shm_seg_t m_segment;
@@ -89,6 +111,8 @@ int paintScene(const std::string &name, double seconds, const std::filesystem::p
     const auto scene = Scene::make(name, screen.size());
     if (!scene)
         return 2;
+    if (scene->wall())
+        screen.upload(*scene->wall());
     Picture picture = screen.picture();
     scene->background(picture);
     screen.put({{0, 0, picture.size.width, picture.size.height}});
@@ -110,12 +134,14 @@ int paintScene(const std::string &name, double seconds, const std::filesystem::p
     const int frames = int(seconds * scene->rate());
     shown.reserve(std::size_t(frames));
     for (int n = 1; n <= frames; ++n) {
-        const auto rects = scene->draw(n, picture);
+        const auto rects =
+            scene->wall() ? std::vector{Scene::drawNumber(n, picture)} : scene->draw(n, picture);
         sleepUntil(start + n / scene->rate());
         if (scene->movesPointer())
             screen.movePointer(pointerAt(n, picture.size));
-        else
-            screen.put(rects);
+        else if (scene->wall())
+            screen.putPart(scene->wallPart(n));
+        screen.put(rects);
         screen.sync();
         shown.push_back({n, hostNow()});
     }
