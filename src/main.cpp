@@ -4,6 +4,7 @@
 #include "App/Arguments.h"
 #include "App/Run.h"
 #include "Auth/KeyProvider.h"
+#include "Media/FFmpegLog.h"
 #include "Support/Log.h"
 #include "Support/SystemClock.h"
 #include "Support/TaskScope.h"
@@ -16,6 +17,7 @@ int main(int argc, char **argv) {
     // First of all, while there is one thread: the key leaves the environment.
     std::optional<std::string> environmentKey = KeyProvider::takeFromEnvironment();
     installLogging();
+    installFFmpegLog();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName("vantrell-capture");
 
