@@ -29,7 +29,13 @@ double monotonicNow() {
 } // namespace
 
 SoundPlayer::SoundPlayer(const std::string &sink, std::vector<float> signal)
-    : m_signal(std::move(signal)), m_loop(pa_threaded_mainloop_new()),
+    : SoundPlayer(sink, [signal = std::move(signal)](std::int64_t firstFrame, std::span<float> samples) {
+          for (float &sample : samples)
+              sample = signal[std::size_t(firstFrame++) % signal.size()];
+      }) {}
+
+SoundPlayer::SoundPlayer(const std::string &sink, Source source)
+    : m_source(std::move(source)), m_loop(pa_threaded_mainloop_new()),
       m_context(pa_context_new(pa_threaded_mainloop_get_api(m_loop), "player")), m_sink(sink) {
     pa_context_set_state_callback(
         m_context,
@@ -96,8 +102,8 @@ std::optional<double> SoundPlayer::startTime(double at) const {
 
 void SoundPlayer::write(std::size_t bytes) {
     std::vector<float> samples(bytes / sizeof(float));
-    for (float &sample : samples)
-        sample = m_signal[std::size_t(m_written++) % m_signal.size()];
+    m_source(m_written, samples);
+    m_written += std::int64_t(samples.size());
     pa_stream_write(m_stream, samples.data(), samples.size() * sizeof(float), nullptr, 0, PA_SEEK_RELATIVE);
 }
 

@@ -6,18 +6,24 @@
 #include <pulse/pulseaudio.h>
 
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 namespace vantrell::testing {
 
-/// Plays a mono signal into an output of the sound server, over and over, and knows when each sample is
-/// heard.
+/// Plays a mono signal into an output of the sound server, over and over or as it is made, and knows when
+/// each sample is heard.
 class SoundPlayer {
 public:
     SoundPlayer(const std::string &sink, std::vector<float> signal);
+    /// Makes the samples from a frame on, of 48000 a second; called in the player's thread, about half a
+    /// second before they are heard.
+    using Source = std::function<void(std::int64_t firstFrame, std::span<float> samples)>;
+    SoundPlayer(const std::string &sink, Source source);
     /// Silence at once.
     ~SoundPlayer();
     SoundPlayer(const SoundPlayer &) = delete;
@@ -32,7 +38,7 @@ private:
     void write(std::size_t bytes);
     void observe();
 
-    const std::vector<float> m_signal;
+    const Source m_source;
     pa_threaded_mainloop *m_loop;
     pa_context *m_context;
     pa_stream *m_stream = nullptr;

@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+// Records flashes and beeps that are made at the same moment, with pauses, and tells how far they are apart
+// in the movie.
+//
+//     bench_sync [--seconds 600] [--pauses 5] [--skew 0] [--keep DIR]
+
+#include "BeepPlayer.h"
+#include "CaptureProgram.h"
+#include "FlashScene.h"
+#include "MovieSigns.h"
+#include "Offsets.h"
+#include "Support/HostTime.h"
+#include "TestSupport/RunTask.h"
+#include "TestSupport/ScopedEnvironment.h"
+#include "TestSupport/SoundSession.h"
+#include "TestSupport/TemporaryFolder.h"
+#include "TestSupport/X11Session.h"
+
+#include <QCoreApplication>
+
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+namespace vantrell::bench {
+namespace {
+
+constexpr int screenWidth = 1280;
+constexpr int screenHeight = 720;
+constexpr std::chrono::seconds pauseLength{3};
+
+struct Options {
+    double seconds = 600;
+    int pauses = 5;
+    /// How much faster the sound devices' clock runs, in millionths.
+    int skew = 0;
+    std::string keep;
+};
+
+Options parse(int argc, char **argv) {
+    Options options;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const std::string name = argv[i];
+        const char *value = argv[i + 1];
+        if (name == "--seconds")
+            options.seconds = std::strtod(value, nullptr);
+        else if (name == "--pauses")
+            options.pauses = int(std::strtol(value, nullptr, 10));
+        else if (name == "--skew")
+            options.skew = int(std::strtol(value, nullptr, 10));
+        else if (name == "--keep")
+            options.keep = value;
+        else
+            std::exit(2);
+    }
+    if (argc % 2 == 0 || options.seconds <= 0 || options.pauses < 0)
+        std::exit(2);
+    return options;
+}
+
+/// Its own sound server; with a skew, one whose clock is wrong.
+std::unique_ptr<testing::SoundSession> startSound(int skew) {
+    if (skew == 0)
+        return std::make_unique<testing::SoundSession>();
+    const testing::ScopedEnvironment library("LD_PRELOAD", SKEWED_CLOCK);
+    const testing::ScopedEnvironment amount("SKEW_PPM", std::to_string(skew));
+    return std::make_unique<testing::SoundSession>();
+}
+
+/// Records for the wanted time, pauses not counted. The movie, or nothing.
+std::string record(const Options &options, const std::string &folder) {
+    testing::CaptureProgram program;
+    program.start({"record", "--display", "--mic", "--system-audio", "--output", folder, "--json"});
+    program.waitForLog("recording started");
+    const std::chrono::milliseconds stretch(int(options.seconds * 1000 / (options.pauses + 1)));
+    program.poll(stretch);
+    for (int i = 0; i < options.pauses && program.isRunning(); ++i) {
+        program.signal(SIGUSR1);
+        program.waitForLog("recording paused");
+        program.poll(pauseLength);
+        program.signal(SIGUSR1);
+        program.waitForLog("recording resumed");
+        program.poll(stretch);
+    }
+    program.signal(SIGINT);
+    const auto ended = program.finish();
+    if (ended.exitCode == 0)
+        return ended.json()["file"].get<std::string>();
+    std::fprintf(stderr, "the recording failed: %s\n", ended.errors.c_str());
+    return {};
+}
+
+/// How much faster than the host's the clock of a player's device ran between two moments, in millionths.
+double measuredSkew(const BeepPlayer &player, double first, double last) {
+    const auto early = player.startTime(first);
+    const auto late = player.startTime(last);
+    return early && late ? (*early - *late) / (last - first) * 1e6 : 0;
+}
+
+int run(const Options &options) {
+    const testing::X11Session screen({.width = screenWidth, .height = screenHeight});
+    const auto sound = startSound(options.skew);
+    BeepPlayer microphone(std::string(testing::SoundSession::microphone) + "_in");
+    BeepPlayer speaker(testing::SoundSession::speaker);
+    if (!testing::eventually([&] { return microphone.isSteady() && speaker.isSteady(); })) {
+        std::fprintf(stderr, "the sound server does not play\n");
+        return 1;
+    }
+    const double begun = hostNow();
+    FlashScene scene(screenWidth, screenHeight, {&microphone, &speaker});
+    const testing::TemporaryFolder temporary;
+    const std::string movie =
+        record(options, options.keep.empty() ? temporary.path().string() : options.keep);
+    const double ended = hostNow();
+    const auto flashes = scene.finish();
+    if (movie.empty())
+        return 1;
+
+    const MovieSigns signs = readSigns(movie);
+    std::printf(
+        "%.1f s recorded with %d pauses; %zu flashes made; the sound devices' clock measures %+.0f ppm "
+        "(microphone) and %+.0f ppm (speaker)\n",
+        signs.durationSeconds, options.pauses, flashes.size(), measuredSkew(microphone, begun, ended),
+        measuredSkew(speaker, begun, ended));
+    // The movie's first sound is the microphone's.
+    for (std::size_t i = 0; i < signs.tracks.size() && i < outputs; ++i)
+        printOffsets(signs, signs.tracks[i], flashes, i);
+    return signs.tracks.size() == outputs ? 0 : 1;
+}
+
+} // namespace
+} // namespace vantrell::bench
+
+int main(int argc, char **argv) {
+    const QCoreApplication application(argc, argv);
+    return vantrell::bench::run(vantrell::bench::parse(argc, argv));
+}
