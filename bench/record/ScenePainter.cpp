@@ -55,16 +55,16 @@ public:
 
     void put(const std::vector<PixelRect> &rects) {
         for (const PixelRect &rect : rects)
-            xcb_shm_put_image(m_xcb, m_window, m_context, std::uint16_t(m_size.width),
-                              std::uint16_t(m_size.height), std::uint16_t(rect.x), std::uint16_t(rect.y),
-                              std::uint16_t(rect.width), std::uint16_t(rect.height), std::int16_t(rect.x),
-                              std::int16_t(rect.y), 24, XCB_IMAGE_FORMAT_Z_PIXMAP, 0, m_segment, 0);
+            put(m_window, rect, rect.x, rect.y);
     }
     /// Brings a picture to the display, for `putPart`.
     void upload(const Picture &wall) {
         m_wall = xcb_generate_id(m_xcb);
         xcb_create_pixmap(m_xcb, 24, m_wall, m_root, std::uint16_t(wall.size.width),
                           std::uint16_t(wall.size.height));
+        m_covered = xcb_generate_id(m_xcb);
+        xcb_create_pixmap(m_xcb, 24, m_covered, m_root, std::uint16_t(m_size.width),
+                          std::uint16_t(m_size.height));
         const int rows = m_size.width * m_size.height / wall.size.width;
         for (int y = 0; y < wall.size.height; y += rows) {
             const int count = std::min(rows, wall.size.height - y);
@@ -75,9 +75,20 @@ public:
             sync();
         }
     }
-    void putPart(const PixelRect &part) {
-        xcb_copy_area(m_xcb, m_wall, m_window, m_context, std::int16_t(part.x), std::int16_t(part.y), 0, 0,
-                      std::uint16_t(part.width), std::uint16_t(part.height));
+    /// Shows that part of the wall with a piece of the picture over it, in one stroke: what looks at the
+    /// display in between sees the frame before.
+    void putPart(const PixelRect &part, const PixelRect &piece) {
+        const auto copy = [this](xcb_drawable_t from, xcb_drawable_t to, const PixelRect &rect, int x,
+                                 int y) {
+            xcb_copy_area(m_xcb, from, to, m_context, std::int16_t(rect.x), std::int16_t(rect.y),
+                          std::int16_t(x), std::int16_t(y), std::uint16_t(rect.width),
+                          std::uint16_t(rect.height));
+        };
+        const PixelRect covered{part.x + piece.x, part.y + piece.y, piece.width, piece.height};
+        copy(m_wall, m_covered, covered, 0, 0);
+        put(m_wall, piece, covered.x, covered.y);
+        copy(m_wall, m_window, part, 0, 0);
+        copy(m_covered, m_wall, {0, 0, piece.width, piece.height}, covered.x, covered.y);
     }
     /// As a device moves it, not as a program sets it.
     void movePointer(const Point &place) {
@@ -87,11 +98,20 @@ public:
     void sync() { std::free(xcb_get_input_focus_reply(m_xcb, xcb_get_input_focus(m_xcb), nullptr)); }
 
 private:
+    void put(xcb_drawable_t to, const PixelRect &rect, int x, int y) {
+        xcb_shm_put_image(m_xcb, to, m_context, std::uint16_t(m_size.width), std::uint16_t(m_size.height),
+                          std::uint16_t(rect.x), std::uint16_t(rect.y), std::uint16_t(rect.width),
+                          std::uint16_t(rect.height), std::int16_t(x), std::int16_t(y), 24,
+                          XCB_IMAGE_FORMAT_Z_PIXMAP, 0, m_segment, 0);
+    }
+
     xcb_connection_t *m_xcb;
     xcb_window_t m_root;
     PixelSize m_size;
     xcb_window_t m_window;
     xcb_pixmap_t m_wall = XCB_NONE;
+    /// What the wall has under the piece that is put over it.
+    xcb_pixmap_t m_covered = XCB_NONE;
     xcb_gcontext_t m_context;
     void *m_memory;
     xcb_shm_seg_t m_segment;
@@ -140,8 +160,9 @@ int paintScene(const std::string &name, double seconds, const std::filesystem::p
         if (scene->movesPointer())
             screen.movePointer(pointerAt(n, picture.size));
         else if (scene->wall())
-            screen.putPart(scene->wallPart(n));
-        screen.put(rects);
+            screen.putPart(scene->wallPart(n), rects.front());
+        else
+            screen.put(rects);
         screen.sync();
         shown.push_back({n, hostNow()});
     }
