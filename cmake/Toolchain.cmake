@@ -16,6 +16,8 @@ add_compile_definitions(QT_NO_KEYWORDS)
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   add_link_options(-fuse-ld=lld)
 endif()
+# A library that nothing of is used costs its loading at every start: libav alone brings a hundred others.
+add_link_options(LINKER:--as-needed)
 
 if(NOT VANTRELL_SANITIZE STREQUAL "")
   add_compile_options(-fsanitize=${VANTRELL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g1)

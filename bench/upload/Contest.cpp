@@ -29,8 +29,8 @@ std::optional<std::filesystem::path> certificateIn(const std::filesystem::path &
 
 } // namespace
 
-std::string ownProgram() {
-    return std::filesystem::read_symlink("/proc/self/exe");
+std::string senderProgram() {
+    return std::filesystem::read_symlink("/proc/self/exe").replace_filename("upload-send");
 }
 
 Contest::Contest(Line line, std::filesystem::path folder)
@@ -84,7 +84,7 @@ RunCost Contest::runTus(const Command &command) {
 }
 
 RunCost Contest::oursTus() {
-    return runTus({ownProgram(), "send", describeTus(), m_file});
+    return runTus({senderProgram(), describeTus(), m_file});
 }
 
 RunCost Contest::tusJs() {
@@ -93,7 +93,7 @@ RunCost Contest::tusJs() {
 
 RunCost Contest::oursPut() {
     const auto descriptor = describe({{"kind", "standard"}, {"uploadUrl", url("/put")}});
-    return runChild({ownProgram(), "send", descriptor, m_file}, m_environment);
+    return runChild({senderProgram(), descriptor, m_file}, m_environment);
 }
 
 RunCost Contest::curlPut() {

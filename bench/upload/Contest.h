@@ -60,7 +60,7 @@ private:
     Variables m_environment;
 };
 
-/// This program's own path, to start it once more as the sender.
-std::string ownProgram();
+/// The path of `upload-send`, which lies beside this program.
+std::string senderProgram();
 
 } // namespace vantrell::bench

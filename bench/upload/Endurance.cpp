@@ -84,17 +84,17 @@ int runEndurance(std::int64_t bytes, int cuts, const std::filesystem::path &fold
 
     testing::writeTestFile(file, 1);
     const Registered tiny = registerFile(service, key, project, 1, folder);
-    const RunCost idle = runChild({ownProgram(), "send", tiny.descriptor, file}, {});
+    const RunCost idle = runChild({senderProgram(), tiny.descriptor, file}, {});
 
     testing::writeTestFile(file, bytes);
     const Registered whole = registerFile(service, key, project, bytes, folder);
-    const RunCost straight = runChild({ownProgram(), "send", whole.descriptor, file}, {});
+    const RunCost straight = runChild({senderProgram(), whole.descriptor, file}, {});
     const bool straightIsWhole = arrivedWhole(service, key, whole, file);
 
     const Registered capture = registerFile(service, key, project, bytes, folder);
     service.clearLog();
     const std::filesystem::path location = folder / "location";
-    const Command command{ownProgram(), "send", capture.descriptor, file, location};
+    const Command command{senderProgram(), capture.descriptor, file, location};
     std::mt19937 random(std::random_device{}());
     std::uniform_real_distribution<double> share(0.2, 1.8);
     int cutsDone = 0;

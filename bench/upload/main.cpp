@@ -3,7 +3,6 @@
 
 #include "Contest.h"
 #include "Endurance.h"
-#include "SendCommand.h"
 
 #include "TestSupport/TemporaryFolder.h"
 
@@ -11,7 +10,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <functional>
 #include <iostream>
 
@@ -112,8 +110,6 @@ int runAll(const Arguments &arguments) {
 } // namespace vantrell::bench
 
 int main(int argc, char **argv) {
-    if (argc > 1 && std::strcmp(argv[1], "send") == 0)
-        return vantrell::bench::runSend(argc, argv);
     QCoreApplication application(argc, argv);
     vantrell::bench::Arguments arguments;
     for (int i = 1; i < argc; ++i) {

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "SendCommand.h"
-
 #include "API/StoragePut.h"
 #include "API/TusUploader.h"
 #include "Support/AtomicFile.h"
@@ -29,7 +27,7 @@ std::optional<UploadDescriptor> readDescriptor(const std::filesystem::path &file
 
 Task<> keep(std::string location, std::filesystem::path file) {
     if (!file.empty() && !writeFileAtomically(file, location))
-        std::cerr << "send: the location was not kept" << std::endl;
+        std::cerr << "upload-send: the location was not kept" << std::endl;
     co_return;
 }
 
@@ -52,18 +50,20 @@ Task<std::expected<void, TransferError>> send(UploadDescriptor descriptor, std::
 }
 
 } // namespace
+} // namespace vantrell::bench
 
-int runSend(int argc, char **argv) {
+/// `upload-send DESCRIPTOR FILE [LOCATION-FILE]`: this project's transfer alone, as a process of its own that
+/// can be measured and killed. The location file keeps the upload's address, so that a later run resumes it.
+int main(int argc, char **argv) {
+    using namespace vantrell::bench;
     QCoreApplication application(argc, argv);
-    const auto descriptor = argc >= 4 ? readDescriptor(argv[2]) : std::nullopt;
+    const auto descriptor = argc >= 3 ? readDescriptor(argv[1]) : std::nullopt;
     if (!descriptor) {
-        std::cerr << "send: no descriptor" << std::endl;
+        std::cerr << "upload-send DESCRIPTOR FILE [LOCATION-FILE]" << std::endl;
         return 2;
     }
-    const auto sent = QCoro::waitFor(send(*descriptor, argv[3], argc > 4 ? argv[4] : ""));
+    const auto sent = QCoro::waitFor(send(*descriptor, argv[2], argc > 3 ? argv[3] : ""));
     if (!sent)
-        std::cerr << "send: " << logText(sent.error()) << std::endl;
+        std::cerr << "upload-send: " << logText(sent.error()) << std::endl;
     return sent ? 0 : 1;
 }
-
-} // namespace vantrell::bench
