@@ -305,6 +305,8 @@ A recording ends with Ctrl-C (SIGINT, SIGTERM); SIGUSR1 pauses and resumes it.
 Exit codes: 0 done, 1 failed, 2 wrong usage, 3 not connected, 4 nothing recorded.
 VANTRELL_API_URL names another service (https, or http on this machine);
 VANTRELL_API_KEY holds a key for use without a keyring.
+VANTRELL_ENCODER says who makes the video, "software" or "hardware"; by default
+the graphics card is used, where it works, for pictures larger than 1920x1200.
 )";
 }
 

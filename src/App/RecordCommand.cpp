@@ -36,7 +36,7 @@ private:
     Task<std::expected<void, PlatformError>> checkMicrophone(std::stop_token stop);
     void onSignal(int signal);
     Task<> togglePause(std::stop_token stop);
-    Task<> stopLater(std::chrono::milliseconds delay, std::stop_token stop);
+    Task<> stopAfter(double seconds, std::stop_token stop);
     ExitCode fail(const std::string &sentence, ExitCode code = ExitCode::failed) const {
         m_context.reporter.failure(sentence);
         return code;
@@ -102,8 +102,7 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
 
     m_context.reporter.note("Recording: Ctrl-C stops");
     if (m_arguments.seconds)
-        m_scope.start(this, &RecordRun::stopLater,
-                      std::chrono::milliseconds(std::llround(*m_arguments.seconds * 1000)));
+        m_scope.start(this, &RecordRun::stopAfter, *m_arguments.seconds);
     const auto ended = co_await m_ended.wait(stop);
     if (m_isTogglingPause)
         co_await m_toggled.wait(stop);
@@ -148,9 +147,18 @@ Task<> RecordRun::togglePause(std::stop_token stop) {
         m_ended.resolve(toggled.error());
 }
 
-Task<> RecordRun::stopLater(std::chrono::milliseconds delay, std::stop_token stop) {
-    if (co_await m_context.clock.sleep(delay, stop))
-        m_ended.resolve(std::nullopt);
+Task<> RecordRun::stopAfter(double seconds, std::stop_token stop) {
+    // Counted from the first picture, which may come only while this sleeps.
+    for (;;) {
+        const auto anchor = m_engine->anchorHostTime();
+        const double left = anchor ? *anchor + seconds - m_context.clock.hostNow() : 0;
+        if (left <= 0)
+            break;
+        if (!co_await m_context.clock.sleep(std::chrono::milliseconds(std::llround(std::ceil(left * 1000))),
+                                            stop))
+            co_return;
+    }
+    m_ended.resolve(std::nullopt);
 }
 
 } // namespace

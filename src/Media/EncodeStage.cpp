@@ -15,11 +15,11 @@ namespace vantrell {
 namespace {
 
 /// A player that shows every frame for its own duration only must not lose the held picture's end.
-constexpr std::int64_t heldFrameTicks = X264Encoder::timeScale / 60;
+constexpr std::int64_t heldFrameTicks = VideoEncoder::timeScale / 60;
 
 } // namespace
 
-EncodeStage::EncodeStage(FrameExchange &exchange, std::unique_ptr<X264Encoder> encoder, MovieWriter &writer,
+EncodeStage::EncodeStage(FrameExchange &exchange, std::unique_ptr<VideoEncoder> encoder, MovieWriter &writer,
                          TrackId track, std::function<void()> failed)
     : m_exchange(exchange), m_encoder(std::move(encoder)), m_writer(writer), m_track(track),
       m_failed(std::move(failed)), m_thread([this] { run(); }) {}
@@ -31,7 +31,7 @@ EncodeStage::~EncodeStage() {
 }
 
 std::int64_t EncodeStage::ticks(double hostTime) const {
-    return std::llround((hostTime - m_epoch) * X264Encoder::timeScale);
+    return std::llround((hostTime - m_epoch) * VideoEncoder::timeScale);
 }
 
 void EncodeStage::run() {
@@ -52,6 +52,7 @@ bool EncodeStage::encode(const FrameExchange::Job &job, std::int64_t presentatio
     const auto frame =
         m_encoder->encode(job.slot->frame, job.changed, presentationTime, m_keyFrames.isDue(job.hostTime));
     if (!frame) {
+        m_result.encoderBroke = true;
         fail(frame.error());
         return false;
     }

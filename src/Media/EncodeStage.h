@@ -6,7 +6,7 @@
 #include "Media/FrameExchange.h"
 #include "Media/KeyFrameSchedule.h"
 #include "Media/MovieWriter.h"
-#include "Media/X264Encoder.h"
+#include "Media/VideoEncoder.h"
 #include "Support/PlatformError.h"
 
 #include <cstdint>
@@ -26,11 +26,13 @@ public:
         std::int64_t lastPresentationTime = 0;
         /// Why it ended early.
         std::optional<PlatformError> error;
+        /// It was the encoder and not the disk.
+        bool encoderBroke = false;
     };
 
     /// Exchange and writer outlive the stage. `failed` is called once on the encode thread when encoder or
     /// disk fail; what comes after is dropped.
-    EncodeStage(FrameExchange &exchange, std::unique_ptr<X264Encoder> encoder, MovieWriter &writer,
+    EncodeStage(FrameExchange &exchange, std::unique_ptr<VideoEncoder> encoder, MovieWriter &writer,
                 TrackId track, std::function<void()> failed);
     ~EncodeStage();
     EncodeStage(const EncodeStage &) = delete;
@@ -52,7 +54,7 @@ private:
     void fail(PlatformError error);
 
     FrameExchange &m_exchange;
-    std::unique_ptr<X264Encoder> m_encoder;
+    std::unique_ptr<VideoEncoder> m_encoder;
     MovieWriter &m_writer;
     TrackId m_track;
     std::function<void()> m_failed;

@@ -25,9 +25,11 @@ constexpr double quietInterval = 0.004;
 } // namespace
 
 StagedCaptureStream::StagedCaptureStream(CaptureStreamConfiguration configuration, CaptureStreamEvents events,
-                                         std::unique_ptr<FrameSource> source, SoundStageFactory makeSound)
+                                         std::unique_ptr<FrameSource> source,
+                                         std::shared_ptr<EncoderChoice> encoders, SoundStageFactory makeSound)
     : m_configuration(std::move(configuration)), m_events(std::move(events)), m_source(std::move(source)),
-      m_makeSound(std::move(makeSound)), m_limiter(m_configuration.maximumFramesPerSecond) {}
+      m_encoders(std::move(encoders)), m_makeSound(std::move(makeSound)),
+      m_limiter(m_configuration.maximumFramesPerSecond) {}
 
 StagedCaptureStream::~StagedCaptureStream() {
     stop();
@@ -81,7 +83,7 @@ std::expected<void, PlatformError> StagedCaptureStream::open() {
     if (auto opened = m_source->open(); !opened)
         return opened;
     const PixelSize picture = m_source->size();
-    auto encoder = X264Encoder::create(picture);
+    auto encoder = m_encoders->create(picture);
     if (!encoder)
         return std::unexpected(encoder.error());
 
@@ -95,7 +97,7 @@ std::expected<void, PlatformError> StagedCaptureStream::open() {
         return std::unexpected(writer.error());
     m_writer = std::move(*writer);
     m_videoTrack = m_writer->addVideoTrack({.size = (*encoder)->encodedSize(),
-                                            .timeScale = X264Encoder::timeScale,
+                                            .timeScale = VideoEncoder::timeScale,
                                             .decoderConfiguration = (*encoder)->codecConfiguration()});
     m_exchange = std::make_unique<FrameExchange>(picture, pictures);
     m_encode =
@@ -204,6 +206,8 @@ void StagedCaptureStream::finish() {
     const EncodeStage::Result encoded = m_encode->finish(end);
     if (encoded.frames > 0)
         end = std::max(end, encoded.lastPresentationTime + 1);
+    if (encoded.encoderBroke)
+        m_encoders->encoderFailed();
     if (m_encoderFailed && encoded.error && m_events.stoppedWithError)
         m_events.stoppedWithError(*encoded.error);
     ends.insert(ends.begin(), TrackEnd{m_videoTrack, end});

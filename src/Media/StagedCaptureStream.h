@@ -3,12 +3,12 @@
 
 #pragma once
 
+#include "Media/EncoderChoice.h"
 #include "Media/FrameExchange.h"
 #include "Media/FrameRateLimiter.h"
 #include "Media/MovieWriter.h"
 #include "Media/PatchConverter.h"
 #include "Media/SoundStage.h"
-#include "Media/X264Encoder.h"
 #include "Platform/CaptureStream.h"
 #include "Platform/CaptureStreamConfiguration.h"
 #include "Platform/FrameSource.h"
@@ -35,7 +35,8 @@ class EncodeStage;
 class StagedCaptureStream final : public CaptureStream {
 public:
     StagedCaptureStream(CaptureStreamConfiguration configuration, CaptureStreamEvents events,
-                        std::unique_ptr<FrameSource> source, SoundStageFactory makeSound);
+                        std::unique_ptr<FrameSource> source, std::shared_ptr<EncoderChoice> encoders,
+                        SoundStageFactory makeSound);
     ~StagedCaptureStream() override;
 
     Task<std::expected<void, PlatformError>> start(std::stop_token stop) override;
@@ -56,6 +57,7 @@ private:
     const CaptureStreamConfiguration m_configuration;
     const CaptureStreamEvents m_events;
     const std::unique_ptr<FrameSource> m_source;
+    const std::shared_ptr<EncoderChoice> m_encoders;
     const SoundStageFactory m_makeSound;
     std::atomic<bool> m_stopping = false;
     /// Host time of the stop; 0 before.

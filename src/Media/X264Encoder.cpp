@@ -3,6 +3,7 @@
 
 #include "Media/X264Encoder.h"
 
+#include "Media/H264Units.h"
 #include "Platform/ScreenError.h"
 #include "Support/Log.h"
 
@@ -33,9 +34,8 @@ void logFromX264(void *, int level, const char *format, va_list arguments) {
 
 constexpr std::uint8_t h273Bt709 = 1;
 
-/// One thread encodes 1080p at 60 frames a second with ease. Larger pictures are cut into slices that are
-/// encoded at the same time, which costs 3 % more in all, and with a little less care.
-constexpr int largePicture = 2'500'000;
+/// Large pictures are cut into slices that are encoded at the same time, which costs 3 % more in all, and
+/// with a little less care.
 constexpr int mostSlices = 4;
 
 x264_param_t parametersFor(PixelSize encoded) {
@@ -53,7 +53,7 @@ x264_param_t parametersFor(PixelSize encoded) {
     p.rc.i_lookahead = 0;
     p.i_sync_lookahead = 0;
     p.rc.b_mb_tree = 0;
-    const bool isLarge = encoded.width * encoded.height > largePicture;
+    const bool isLarge = X264Encoder::isLarge(encoded);
     p.i_threads = isLarge ? std::clamp(int(std::thread::hardware_concurrency()), 1, mostSlices) : 1;
     p.b_sliced_threads = p.i_threads > 1;
     p.i_timebase_num = 1;
@@ -99,26 +99,6 @@ x264_param_t parametersFor(PixelSize encoded) {
     return p;
 }
 
-void appendSized(std::vector<std::uint8_t> &bytes, std::span<const std::uint8_t> unit) {
-    bytes.push_back(std::uint8_t(unit.size() >> 8));
-    bytes.push_back(std::uint8_t(unit.size() & 0xff));
-    bytes.insert(bytes.end(), unit.begin(), unit.end());
-}
-
-/// AVCDecoderConfigurationRecord from the parameter sets.
-std::vector<std::uint8_t> avcConfiguration(std::span<const std::uint8_t> sps,
-                                           std::span<const std::uint8_t> pps) {
-    constexpr std::uint8_t lengthOfFourBytes = 0xff;
-    constexpr std::uint8_t oneSps = 0xe1;
-    std::vector<std::uint8_t> bytes{1, sps[1], sps[2], sps[3], lengthOfFourBytes, oneSps};
-    appendSized(bytes, sps);
-    bytes.push_back(1);
-    appendSized(bytes, pps);
-    // The high profile adds chroma format 4:2:0, 8 bits and no extension sets.
-    bytes.insert(bytes.end(), {0xfd, 0xf8, 0xf8, 0});
-    return bytes;
-}
-
 } // namespace
 
 struct X264Encoder::State {
@@ -157,10 +137,10 @@ std::expected<std::unique_ptr<X264Encoder>, PlatformError> X264Encoder::create(P
         return std::unexpected(
             screenError(ScreenErrorCode::encoderFailed, "The video encoder could not be started"));
     constexpr int lengthBytes = 4;
-    std::span<const std::uint8_t> sps;
-    std::span<const std::uint8_t> pps;
+    H264Unit sps;
+    H264Unit pps;
     for (const x264_nal_t &unit : std::span(units, std::size_t(count))) {
-        const std::span payload(unit.p_payload + lengthBytes, std::size_t(unit.i_payload - lengthBytes));
+        const H264Unit payload(unit.p_payload + lengthBytes, std::size_t(unit.i_payload - lengthBytes));
         if (unit.i_type == NAL_SPS)
             sps = payload;
         else if (unit.i_type == NAL_PPS)

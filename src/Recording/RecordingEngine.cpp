@@ -75,6 +75,12 @@ Task<std::expected<void, Failure>> RecordingEngine::resume(std::stop_token stop)
     co_return std::expected<void, Failure>();
 }
 
+std::optional<double> RecordingEngine::anchorHostTime() const {
+    if (!m_finished.empty())
+        return m_finished.front().anchorHostTime;
+    return m_current ? std::optional(m_current->anchorHostTime()) : std::nullopt;
+}
+
 CaptureStreamConfiguration RecordingEngine::streamConfiguration() const {
     const RecordingTarget &target = m_options.target;
     CaptureStreamConfiguration configuration;

@@ -64,6 +64,9 @@ public:
 
     bool isPaused() const { return m_isPaused; }
     std::optional<Clock::WallTime> startedAt() const { return m_startedAt; }
+    /// Host time of the recording's first picture, which may lie before the end of `start`: that waits for
+    /// the sound devices. None before the start and after the stop.
+    std::optional<double> anchorHostTime() const;
     const RecordingOptions &options() const { return m_options; }
 
 private:

@@ -115,6 +115,17 @@ TEST(RecordCommand, canBePausedAgainAndAgain) {
     EXPECT_EQ(facts->tracks.size(), 3u);
 }
 
+TEST(RecordCommand, countsItsSecondsFromTheFirstPicture) {
+    const X11Session session({.width = 320, .height = 240});
+    const SoundSession sound;
+    CaptureProgram program;
+    const auto ended = program.run({"record", "--mic", "--system-audio", "--seconds", "1", "--json"});
+    ASSERT_EQ(ended.exitCode, 0) << ended.errors;
+    const double lasted = ended.json()["durationMs"].get<double>();
+    EXPECT_GE(lasted, 1000);
+    EXPECT_NEAR(lasted, 1000, 50);
+}
+
 TEST(RecordCommand, refusesWhatCannotBeRecordedAndLeavesNothingBehind) {
     const X11Session session;
     struct Case {

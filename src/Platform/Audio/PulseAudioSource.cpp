@@ -3,6 +3,8 @@
 
 #include "Platform/Audio/PulseAudioSource.h"
 
+#include "Support/Log.h"
+
 #include <utility>
 
 namespace vantrell {
@@ -67,6 +69,7 @@ void PulseAudioSource::changeOver(std::optional<PulseDeviceQuery::Device> device
     m_device = std::move(device);
     if (!m_device)
         return report(AudioSourceState::deviceMissing);
+    qCInfo(logCapture, "sound from %s", m_device->name.c_str());
     m_stream.emplace(
         m_context, m_device->name, m_device->channels,
         PulseRecordStream::Handlers{.block = m_handlers.block ? m_handlers.block : [](const AudioBlock &) {},

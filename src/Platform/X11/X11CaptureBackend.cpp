@@ -8,12 +8,17 @@
 #include "Platform/X11/X11Displays.h"
 #include "Platform/X11/X11WindowSource.h"
 
+#include <QtGlobal>
+
 #include <utility>
 
 namespace vantrell {
 
 X11CaptureBackend::X11CaptureBackend(std::unique_ptr<X11Connection> connection, SoundStageFactory makeSound)
-    : m_connection(std::move(connection)), m_catalog(*m_connection), m_makeSound(std::move(makeSound)) {}
+    : m_connection(std::move(connection)), m_catalog(*m_connection),
+      m_encoders(std::make_shared<EncoderChoice>(
+          encoderPreference(qEnvironmentVariable("VANTRELL_ENCODER").toStdString()), hardwareEncoders())),
+      m_makeSound(std::move(makeSound)) {}
 
 std::expected<std::unique_ptr<X11CaptureBackend>, PlatformError>
 X11CaptureBackend::create(SoundStageFactory makeSound) {
@@ -44,7 +49,7 @@ std::unique_ptr<CaptureStream> X11CaptureBackend::makeStream(CaptureStreamConfig
     else
         source = std::make_unique<X11AreaSource>(configuration.source, configuration.showsCursor);
     return std::make_unique<StagedCaptureStream>(std::move(configuration), std::move(events),
-                                                 std::move(source), m_makeSound);
+                                                 std::move(source), m_encoders, m_makeSound);
 }
 
 } // namespace vantrell

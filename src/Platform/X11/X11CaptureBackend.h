@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Media/EncoderChoice.h"
 #include "Media/SoundStage.h"
 #include "Platform/CaptureBackend.h"
 #include "Platform/X11/X11Connection.h"
@@ -15,7 +16,8 @@ namespace vantrell {
 /// The screen of an X11 session. Main thread.
 class X11CaptureBackend final : public CaptureBackend {
 public:
-    /// Fails when no X server answers. `makeSound` may be empty: then recordings are silent.
+    /// Fails when no X server answers. `makeSound` may be empty: then recordings are silent. The environment
+    /// variable VANTRELL_ENCODER ("software" or "hardware") forces the kind of video encoder.
     static std::expected<std::unique_ptr<X11CaptureBackend>, PlatformError>
     create(SoundStageFactory makeSound);
 
@@ -32,6 +34,7 @@ private:
 
     std::unique_ptr<X11Connection> m_connection;
     X11WindowCatalog m_catalog;
+    std::shared_ptr<EncoderChoice> m_encoders;
     SoundStageFactory m_makeSound;
 };
 

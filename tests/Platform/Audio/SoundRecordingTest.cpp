@@ -89,8 +89,8 @@ protected:
                 continue;
             ++judged;
             const auto match = signal.match(track, at, recording.epoch() - *start);
-            std::printf("%s at %.2f s: %+.1f ms, likeness %.2f\n", track.name.c_str(), at,
-                        match.offset * 1000, match.likeness);
+            std::printf("%s at %.2f s: %+.1f ms, likeness %.2f, peak %.3f\n", track.name.c_str(), at,
+                        match.offset * 1000, match.likeness, double(track.peak(at, at + 0.4)));
             // A busy machine makes the server drop parts of it; another signal has less than 0.2.
             EXPECT_GT(match.likeness, 0.4) << "at " << at << " s";
             EXPECT_LE(std::fabs(match.offset), tolerance) << "at " << at << " s";
