@@ -3,6 +3,7 @@
 
 #include "App/PlatformLoader.h"
 
+#include "Media/EncoderChoice.h"
 #include "Media/SoundRecorder.h"
 #include "Platform/Audio/PulseAudioBackend.h"
 #include "Platform/NullCaptureBackend.h"
@@ -29,7 +30,8 @@ Platform nullPlatform(const PlatformError &reason) {
 Platform x11Platform(Clock &clock) {
     Platform platform;
     platform.audio = std::make_unique<PulseAudioBackend>();
-    auto capture = X11CaptureBackend::create(SoundRecorder::factory(*platform.audio));
+    auto capture = X11CaptureBackend::create(SoundRecorder::factory(*platform.audio),
+                                             encoderPreference(qgetenv("VANTRELL_ENCODER").toStdString()));
     if (!capture)
         return nullPlatform(capture.error());
     platform.windowBounds = [backend = capture->get()](std::uint32_t id) {

@@ -28,7 +28,8 @@ struct Platform {
 };
 
 /// Picks the backends by the session's type; the environment variable VANTRELL_BACKEND ("x11" or "null")
-/// forces them. The only place that knows backends by name. The clock must outlive what is made. Main thread.
+/// forces them, VANTRELL_ENCODER ("software" or "hardware") the kind of video encoder. The only place that
+/// knows backends by name. The clock must outlive what is made. Main thread.
 Platform loadPlatform(Clock &clock);
 
 } // namespace vantrell

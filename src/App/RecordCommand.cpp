@@ -14,7 +14,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cmath>
+#include <chrono>
 #include <csignal>
 
 namespace vantrell {
@@ -151,11 +151,10 @@ Task<> RecordRun::stopAfter(double seconds, std::stop_token stop) {
     // Counted from the first picture, which may come only while this sleeps.
     for (;;) {
         const auto anchor = m_engine->anchorHostTime();
-        const double left = anchor ? *anchor + seconds - m_context.clock.hostNow() : 0;
-        if (left <= 0)
+        const std::chrono::duration<double> left(anchor ? *anchor + seconds - m_context.clock.hostNow() : 0);
+        if (left.count() <= 0)
             break;
-        if (!co_await m_context.clock.sleep(std::chrono::milliseconds(std::llround(std::ceil(left * 1000))),
-                                            stop))
+        if (!co_await m_context.clock.sleep(std::chrono::ceil<std::chrono::milliseconds>(left), stop))
             co_return;
     }
     m_ended.resolve(std::nullopt);

@@ -29,8 +29,8 @@ EncoderPreference encoderPreference(std::string_view text);
 /// The graphics cards' encoders whose device files are there, best first.
 std::vector<LibavEncoder::Codec> hardwareEncoders();
 
-/// Picks the video encoder of each recording. A card's encoder has to pass a trial every time; once one has
-/// failed, in a trial or while recording, the rest of the process does without. Any thread.
+/// Picks the video encoder of each recording. A card's encoder has to pass a trial every time; once none has
+/// passed, or one broke while recording, the rest of the process does without. Any thread.
 class EncoderChoice {
 public:
     EncoderChoice(EncoderPreference preference, std::vector<LibavEncoder::Codec> hardware)

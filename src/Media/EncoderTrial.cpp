@@ -9,14 +9,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <string>
 
 namespace vantrell {
 namespace {
 
 constexpr int trialFrames = 3;
-/// Of brightness, in decibels: below it letters blur. A working encoder is far above it here.
+/// Decibels, of the worst plane: below it letters blur. A working encoder is far above it here.
 constexpr double worstPeakToNoise = 32;
 
 PlatformError unfit(std::string why) {

@@ -13,7 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
+#include <algorithm>
 
 namespace vantrell {
 namespace {
@@ -131,8 +131,8 @@ TEST(EncoderChoice, takesTheCardWhereItPaysAndWorks) {
     EXPECT_TRUE(isSoftware(*software.create(large)));
     EncoderChoice broken(EncoderPreference::hardware, {libavEncoder({{"qp", "45"}})});
     EXPECT_TRUE(isSoftware(*broken.create(common)));
-    EXPECT_TRUE(isSoftware(*EncoderChoice(EncoderPreference::hardware, hardwareEncoders()).create(common)) ||
-                !hardwareEncoders().empty());
+    EncoderChoice noCard(EncoderPreference::hardware, {});
+    EXPECT_TRUE(isSoftware(*noCard.create(common)));
 }
 
 TEST(H264Units, splitsAStreamWithStartCodesOfBothLengths) {

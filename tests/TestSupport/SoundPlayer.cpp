@@ -3,9 +3,10 @@
 
 #include "TestSupport/SoundPlayer.h"
 
+#include "Support/HostTime.h"
+
 #include <algorithm>
 #include <cmath>
-#include <ctime>
 #include <utility>
 
 namespace vantrell::testing {
@@ -19,12 +20,6 @@ constexpr std::uint32_t bufferedFrames = playedRate / 2;
 constexpr pa_usec_t observationInterval = 5000;
 constexpr double observationWindow = 0.7;
 constexpr double steadiness = 0.004;
-
-double monotonicNow() {
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
-    return double(now.tv_sec) + double(now.tv_nsec) * 1e-9;
-}
 
 } // namespace
 
@@ -119,7 +114,7 @@ void SoundPlayer::observe() {
             const pa_timing_info *info = pa_stream_get_timing_info(stream);
             if (succeeded == 0 || !info || info->playing == 0)
                 return;
-            const double answered = monotonicNow() - double(info->transport_usec) * 1e-6;
+            const double answered = hostNow() - double(info->transport_usec) * 1e-6;
             const auto taken = info->read_index / std::int64_t(sizeof(float));
             const std::int64_t cycle = taken - std::exchange(self->m_taken, taken);
             if (cycle <= 0)

@@ -8,25 +8,23 @@
 #include "Platform/X11/X11Displays.h"
 #include "Platform/X11/X11WindowSource.h"
 
-#include <QtGlobal>
-
 #include <utility>
 
 namespace vantrell {
 
-X11CaptureBackend::X11CaptureBackend(std::unique_ptr<X11Connection> connection, SoundStageFactory makeSound)
+X11CaptureBackend::X11CaptureBackend(std::unique_ptr<X11Connection> connection, SoundStageFactory makeSound,
+                                     EncoderPreference encoder)
     : m_connection(std::move(connection)), m_catalog(*m_connection),
-      m_encoders(std::make_shared<EncoderChoice>(
-          encoderPreference(qEnvironmentVariable("VANTRELL_ENCODER").toStdString()), hardwareEncoders())),
+      m_encoders(std::make_shared<EncoderChoice>(encoder, hardwareEncoders())),
       m_makeSound(std::move(makeSound)) {}
 
 std::expected<std::unique_ptr<X11CaptureBackend>, PlatformError>
-X11CaptureBackend::create(SoundStageFactory makeSound) {
+X11CaptureBackend::create(SoundStageFactory makeSound, EncoderPreference encoder) {
     auto connection = X11Connection::open();
     if (!connection)
         return std::unexpected(connection.error());
     return std::unique_ptr<X11CaptureBackend>(
-        new X11CaptureBackend(std::move(*connection), std::move(makeSound)));
+        new X11CaptureBackend(std::move(*connection), std::move(makeSound), encoder));
 }
 
 std::expected<std::vector<Display>, PlatformError> X11CaptureBackend::displays() {

@@ -16,10 +16,9 @@ namespace vantrell {
 /// The screen of an X11 session. Main thread.
 class X11CaptureBackend final : public CaptureBackend {
 public:
-    /// Fails when no X server answers. `makeSound` may be empty: then recordings are silent. The environment
-    /// variable VANTRELL_ENCODER ("software" or "hardware") forces the kind of video encoder.
+    /// Fails when no X server answers. `makeSound` may be empty: then recordings are silent.
     static std::expected<std::unique_ptr<X11CaptureBackend>, PlatformError>
-    create(SoundStageFactory makeSound);
+    create(SoundStageFactory makeSound, EncoderPreference encoder = EncoderPreference::automatic);
 
     std::expected<std::vector<Display>, PlatformError> displays() override;
     std::expected<std::vector<WindowDescription>, PlatformError> windows() override;
@@ -30,7 +29,8 @@ public:
     std::optional<PixelRect> windowBounds(std::uint32_t window) const { return m_catalog.bounds(window); }
 
 private:
-    X11CaptureBackend(std::unique_ptr<X11Connection> connection, SoundStageFactory makeSound);
+    X11CaptureBackend(std::unique_ptr<X11Connection> connection, SoundStageFactory makeSound,
+                      EncoderPreference encoder);
 
     std::unique_ptr<X11Connection> m_connection;
     X11WindowCatalog m_catalog;
