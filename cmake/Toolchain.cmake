@@ -2,8 +2,10 @@
 # Warnings, sanitizers, compiler cache and linker: the same for every target.
 find_program(CCACHE ccache)
 if(CCACHE)
-  set(CMAKE_C_COMPILER_LAUNCHER ${CCACHE})
-  set(CMAKE_CXX_COMPILER_LAUNCHER ${CCACHE})
+  # The precompiled header is part of what is compared; its macros and times are not looked at one by one.
+  set(launcher ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros ${CCACHE})
+  set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
 endif()
 
 add_compile_options(-Wall -Wextra -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wno-missing-field-initializers)
@@ -13,6 +15,8 @@ endif()
 # Calls through one definition only: the test executables link everything statically.
 add_compile_options(-fvisibility=hidden)
 add_compile_definitions(QT_NO_KEYWORDS)
+# Some libraries ask for it and others do not; the precompiled header is the same for all.
+add_compile_options(-pthread)
 if(CMAKE_CXX_COMPILER_ID MATCHES "Clang")
   add_link_options(-fuse-ld=lld)
 endif()

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "App/Arguments.h"
-#include "App/Run.h"
+#include "App/PlatformLoader.h"
 #include "Auth/KeyProvider.h"
-#include "Media/FFmpegLog.h"
+#include "CommandLine/Arguments.h"
+#include "CommandLine/Run.h"
+#include "Media/Libav/FFmpegLog.h"
 #include "Support/Log.h"
 #include "Support/SystemClock.h"
 #include "Support/TaskScope.h"
@@ -30,7 +31,7 @@ int main(int argc, char **argv) {
 
     Reporter reporter(arguments->json);
     SystemClock clock;
-    const CommandContext context{reporter, clock, std::move(environmentKey)};
+    const CommandContext context{reporter, clock, std::move(environmentKey), loadPlatform};
     // A command that never waits ends before the event loop runs.
     std::optional<ExitCode> ended;
     TaskScope scope;

@@ -3,8 +3,8 @@
 
 #include "Segments.h"
 
-#include "Media/FFmpegPointers.h"
-#include "Media/MovieWriter.h"
+#include "Media/Libav/FFmpegPointers.h"
+#include "Media/Movie/MovieWriter.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -3,7 +3,7 @@
 
 #include "Witness.h"
 
-#include "Media/FFmpegPointers.h"
+#include "Media/Libav/FFmpegPointers.h"
 #include "Segments.h"
 
 #include <cmath>

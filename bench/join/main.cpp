@@ -6,7 +6,7 @@
 //
 //     bench_join [ROUNDS]          default 5; TMPDIR says where the files go (about 800 MB)
 
-#include "Media/MovieJoin.h"
+#include "Media/Movie/MovieJoin.h"
 #include "Segments.h"
 #include "Witness.h"
 

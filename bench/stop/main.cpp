@@ -7,7 +7,7 @@
 //
 //     bench_stop          TMPDIR says where the files go (about 2.4 GB at a time)
 
-#include "Media/MovieWriter.h"
+#include "Media/Movie/MovieWriter.h"
 
 #include <chrono>
 #include <cstdio>

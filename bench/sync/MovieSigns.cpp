@@ -4,7 +4,7 @@
 #include "MovieSigns.h"
 
 #include "FlashScene.h"
-#include "Media/FFmpegPointers.h"
+#include "Media/Libav/FFmpegPointers.h"
 #include "TestSupport/FrameCode.h"
 #include "TestSupport/MoviePictures.h"
 

@@ -3,8 +3,8 @@
 
 #include "App/PlatformLoader.h"
 
-#include "Media/EncoderChoice.h"
-#include "Media/SoundRecorder.h"
+#include "Media/Encoding/EncoderChoice.h"
+#include "Media/Sound/SoundRecorder.h"
 #include "Platform/Audio/PulseAudioBackend.h"
 #include "Platform/NullCaptureBackend.h"
 #include "Platform/NullInputMonitor.h"

@@ -5,8 +5,8 @@
 
 #include "Capture/ScreenshotEngine.h"
 #include "Capture/Thumbnailer.h"
-#include "Media/MovieReader.h"
-#include "Media/PosterFrame.h"
+#include "Media/Movie/MovieReader.h"
+#include "Media/Movie/PosterFrame.h"
 #include "Recording/SidecarEvents.h"
 
 #include <cmath>

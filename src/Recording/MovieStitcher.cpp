@@ -4,8 +4,8 @@
 #include "Recording/MovieStitcher.h"
 
 #include "Capture/CaptureStorage.h"
-#include "Media/MovieJoin.h"
-#include "Media/PosterFrame.h"
+#include "Media/Movie/MovieJoin.h"
+#include "Media/Movie/PosterFrame.h"
 #include "Support/BlockingWork.h"
 #include "Support/Log.h"
 

@@ -4,7 +4,7 @@
 #include "Recording/RecordingEngine.h"
 
 #include "Capture/CaptureStorage.h"
-#include "Media/MovieReader.h"
+#include "Media/Movie/MovieReader.h"
 #include "Platform/DisplayLayout.h"
 #include "Recording/FinishedRecording.h"
 #include "Recording/MovieStitcher.h"

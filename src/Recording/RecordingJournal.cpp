@@ -3,9 +3,9 @@
 
 #include "Recording/RecordingJournal.h"
 
-#include "Media/DiskFile.h"
 #include "Recording/RecordingRecord.h"
 #include "Support/BlockingWork.h"
+#include "Support/DiskFile.h"
 #include "Support/Log.h"
 
 #include <mutex>

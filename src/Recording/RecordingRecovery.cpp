@@ -4,15 +4,15 @@
 #include "Recording/RecordingRecovery.h"
 
 #include "Capture/CaptureStorage.h"
-#include "Media/DiskFile.h"
-#include "Media/MovieJoin.h"
-#include "Media/MovieJournal.h"
-#include "Media/MovieReader.h"
-#include "Media/MovieRecovery.h"
+#include "Media/Movie/MovieJoin.h"
+#include "Media/Movie/MovieJournal.h"
+#include "Media/Movie/MovieReader.h"
+#include "Media/Movie/MovieRecovery.h"
 #include "Recording/FinishedRecording.h"
 #include "Recording/RecordingJournal.h"
 #include "Recording/RecordingRecord.h"
 #include "Support/AtomicFile.h"
+#include "Support/DiskFile.h"
 #include "Support/Log.h"
 
 #include <algorithm>

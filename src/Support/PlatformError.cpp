@@ -3,12 +3,17 @@
 
 #include "Support/PlatformError.h"
 
+#include <cerrno>
 #include <system_error>
 
 namespace vantrell {
 
 PlatformError PlatformError::fromErrno(const std::string &what, int errorNumber) {
     return PlatformError{"posix", errorNumber, what + ": " + std::generic_category().message(errorNumber)};
+}
+
+bool isDiskFull(const PlatformError &error) {
+    return error.domain == "posix" && (error.code == ENOSPC || error.code == EDQUOT);
 }
 
 } // namespace vantrell

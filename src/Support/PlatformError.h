@@ -24,4 +24,7 @@ struct PlatformError {
     bool operator==(const PlatformError &) const = default;
 };
 
+/// True for a failure whose cause is that the disk (or the user's quota) is full.
+bool isDiskFull(const PlatformError &error);
+
 } // namespace vantrell

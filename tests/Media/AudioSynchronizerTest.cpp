@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/AudioSynchronizer.h"
+#include "Media/Sound/AudioSynchronizer.h"
 #include "Platform/AudioSource.h"
 
 #include <gtest/gtest.h>

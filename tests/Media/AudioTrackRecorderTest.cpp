@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/AudioTrackRecorder.h"
+#include "Media/Sound/AudioTrackRecorder.h"
 
 #include "DecodedMovie.h"
+#include "Media/Movie/MovieWriter.h"
 #include "Support/HostTime.h"
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/TemporaryFolder.h"

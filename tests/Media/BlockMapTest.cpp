@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/BlockMap.h"
+#include "Support/BlockMap.h"
 
 #include <gtest/gtest.h>
 

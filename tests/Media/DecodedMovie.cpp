@@ -3,8 +3,8 @@
 
 #include "DecodedMovie.h"
 
-#include "Media/FFmpegError.h"
-#include "Media/FFmpegPointers.h"
+#include "Media/Libav/FFmpegError.h"
+#include "Media/Libav/FFmpegPointers.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,11 +3,11 @@
 
 #include "DecodedMovie.h"
 
-#include "Media/EncoderChoice.h"
-#include "Media/EncoderTrial.h"
-#include "Media/H264Units.h"
-#include "Media/MovieWriter.h"
-#include "Media/X264Encoder.h"
+#include "Media/Encoding/EncoderChoice.h"
+#include "Media/Encoding/EncoderTrial.h"
+#include "Media/Encoding/H264Units.h"
+#include "Media/Encoding/X264Encoder.h"
+#include "Media/Movie/MovieWriter.h"
 #include "TestSupport/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

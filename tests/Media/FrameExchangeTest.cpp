@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/FrameExchange.h"
+#include "Media/Stream/FrameExchange.h"
 
 #include <gtest/gtest.h>
 

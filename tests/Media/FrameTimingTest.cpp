@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/FrameRateLimiter.h"
-#include "Media/KeyFrameSchedule.h"
-#include "Media/QuantizerControl.h"
+#include "Media/Encoding/KeyFrameSchedule.h"
+#include "Media/Encoding/QuantizerControl.h"
+#include "Media/Stream/FrameRateLimiter.h"
 
 #include <gtest/gtest.h>
 

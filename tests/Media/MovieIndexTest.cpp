@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/MovieIndex.h"
+#include "Media/Movie/MovieIndex.h"
 
-#include "Media/ByteWriter.h"
-#include "Media/MovieReader.h"
+#include "Media/Movie/ByteWriter.h"
+#include "Media/Movie/MovieReader.h"
 #include "Support/AtomicFile.h"
 #include "TestClip.h"
 #include "TestSupport/TemporaryFolder.h"

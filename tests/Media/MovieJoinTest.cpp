@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/MovieJoin.h"
+#include "Media/Movie/MovieJoin.h"
 
 #include "DecodedMovie.h"
-#include "Media/MovieIndex.h"
+#include "Media/Movie/MovieIndex.h"
 #include "Support/AtomicFile.h"
 #include "SystemCallFaults.h"
 #include "TestClip.h"

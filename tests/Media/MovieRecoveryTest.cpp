@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/MovieRecovery.h"
+#include "Media/Movie/MovieRecovery.h"
 
 #include "DecodedMovie.h"
-#include "Media/MovieJournal.h"
+#include "Media/Movie/MovieJournal.h"
 #include "SyntheticMovie.h"
 #include "SystemCallFaults.h"
 #include "TestClip.h"

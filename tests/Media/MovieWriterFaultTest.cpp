@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/MovieWriter.h"
+#include "Media/Movie/MovieWriter.h"
 
-#include "Media/MovieJournal.h"
-#include "Media/MovieRecovery.h"
+#include "Media/Movie/MovieJournal.h"
+#include "Media/Movie/MovieRecovery.h"
 #include "SyntheticMovie.h"
 #include "SystemCallFaults.h"
 #include "TestSupport/RunTask.h"

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/MovieWriter.h"
+#include "Media/Movie/MovieWriter.h"
 
 #include "DecodedMovie.h"
-#include "Media/MovieJournal.h"
-#include "Media/MovieReader.h"
-#include "Media/PosterFrame.h"
+#include "Media/Movie/MovieJournal.h"
+#include "Media/Movie/MovieReader.h"
+#include "Media/Movie/PosterFrame.h"
 #include "SyntheticMovie.h"
 #include "TestClip.h"
 #include "TestSupport/TemporaryFolder.h"

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "Media/MovieIndex.h"
-#include "Media/MovieWriter.h"
+#include "Media/Movie/MovieIndex.h"
+#include "Media/Movie/MovieWriter.h"
 
 #include <cstdint>
 #include <filesystem>

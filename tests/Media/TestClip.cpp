@@ -3,7 +3,7 @@
 
 #include "TestClip.h"
 
-#include "Media/FFmpegPointers.h"
+#include "Media/Libav/FFmpegPointers.h"
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "Media/EncodedSample.h"
-#include "Media/MovieWriter.h"
-#include "Media/TrackFormat.h"
+#include "Media/Movie/EncodedSample.h"
+#include "Media/Movie/MovieWriter.h"
+#include "Media/Movie/TrackFormat.h"
 
 #include <cstdint>
 #include <filesystem>

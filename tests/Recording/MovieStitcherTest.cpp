@@ -4,8 +4,8 @@
 #include "Recording/MovieStitcher.h"
 
 #include "Capture/CaptureStorage.h"
-#include "Media/MovieReader.h"
-#include "Media/MovieWriter.h"
+#include "Media/Movie/MovieReader.h"
+#include "Media/Movie/MovieWriter.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/ScopedEnvironment.h"
 #include "TestSupport/TemporaryFolder.h"

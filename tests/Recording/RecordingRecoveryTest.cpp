@@ -4,8 +4,8 @@
 #include "Recording/RecordingRecovery.h"
 
 #include "Capture/CaptureStorage.h"
-#include "Media/MovieReader.h"
-#include "Media/MovieWriter.h"
+#include "Media/Movie/MovieReader.h"
+#include "Media/Movie/MovieWriter.h"
 #include "Recording/RecordingJournal.h"
 #include "Recording/RecordingRecord.h"
 #include "Support/AtomicFile.h"

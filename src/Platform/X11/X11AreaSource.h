@@ -3,10 +3,10 @@
 
 #pragma once
 
-#include "Media/BlockMap.h"
 #include "Platform/X11/X11Damage.h"
 #include "Platform/X11/X11FrameSource.h"
 #include "Platform/X11/X11PatchReader.h"
+#include "Support/BlockMap.h"
 
 #include <optional>
 

@@ -3,7 +3,7 @@
 
 #include "Platform/X11/X11CaptureBackend.h"
 
-#include "Media/StagedCaptureStream.h"
+#include "Media/Stream/StagedCaptureStream.h"
 #include "Platform/X11/X11AreaSource.h"
 #include "Platform/X11/X11Displays.h"
 #include "Platform/X11/X11WindowSource.h"

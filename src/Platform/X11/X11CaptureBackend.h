@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "Media/EncoderChoice.h"
-#include "Media/SoundStage.h"
+#include "Media/Encoding/EncoderChoice.h"
+#include "Media/Sound/SoundStage.h"
 #include "Platform/CaptureBackend.h"
 #include "Platform/X11/X11Connection.h"
 #include "Platform/X11/X11WindowCatalog.h"

@@ -3,12 +3,12 @@
 
 #pragma once
 
-#include "Media/BlockMap.h"
-#include "Media/FittedPicture.h"
+#include "Media/Picture/FittedPicture.h"
 #include "Platform/X11/X11Damage.h"
 #include "Platform/X11/X11FrameSource.h"
 #include "Platform/X11/X11PatchReader.h"
 #include "Platform/X11/X11WindowPlace.h"
+#include "Support/BlockMap.h"
 
 #include <optional>
 #include <vector>

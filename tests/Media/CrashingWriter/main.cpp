@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/MovieRecovery.h"
+#include "Media/Movie/MovieRecovery.h"
 #include "SyntheticMovie.h"
 #include "SystemCallFaults.h"
 

@@ -2,7 +2,8 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "DecodedMovie.h"
-#include "Media/SoundRecorder.h"
+#include "Media/Movie/MovieWriter.h"
+#include "Media/Sound/SoundRecorder.h"
 #include "Platform/Audio/PulseAudioBackend.h"
 #include "Platform/AudioError.h"
 #include "Support/HostTime.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/MovieWriter.h"
+#include "Media/Movie/MovieWriter.h"
 #include "Platform/ScreenError.h"
 #include "Platform/X11/X11CaptureBackend.h"
 #include "Support/HostTime.h"

@@ -1,0 +1,313 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "CommandLine/Arguments.h"
+
+#include <charconv>
+#include <cmath>
+#include <map>
+#include <set>
+
+namespace vantrell {
+
+namespace {
+
+using Refused = std::unexpected<UsageError>;
+
+Refused usageError(std::string sentence) {
+    return Refused(UsageError{std::move(sentence)});
+}
+
+enum class Takes { nothing = 1, value, optionalValue };
+
+const std::map<std::string, Takes> targetOptions{
+    {"--display", Takes::optionalValue},
+    {"--window", Takes::value},
+    {"--area", Takes::value},
+};
+
+const std::map<std::string, Takes> deliveryOptions{
+    {"--output", Takes::value},
+    {"--upload", Takes::nothing},
+    {"--project", Takes::value},
+};
+
+const std::map<std::string, Takes> recordOptions{
+    {"--seconds", Takes::value},
+    {"--mic", Takes::optionalValue},
+    {"--system-audio", Takes::nothing},
+    {"--cursor", Takes::value},
+};
+
+/// The words of one command, sorted into options and the rest.
+struct Words {
+    std::map<std::string, std::optional<std::string>> options;
+    std::vector<std::string> operands;
+
+    bool has(const std::string &option) const { return options.contains(option); }
+    std::optional<std::string> value(const std::string &option) const {
+        const auto found = options.find(option);
+        return found == options.end() ? std::nullopt : found->second;
+    }
+};
+
+std::expected<Words, UsageError> sortWords(const std::vector<std::string> &words,
+                                           const std::map<std::string, Takes> &known) {
+    Words sorted;
+    bool onlyOperands = false;
+    for (size_t i = 0; i < words.size(); ++i) {
+        const std::string &word = words[i];
+        if (onlyOperands || !word.starts_with("-") || word == "-") {
+            sorted.operands.push_back(word);
+            continue;
+        }
+        if (word == "--") {
+            onlyOperands = true;
+            continue;
+        }
+        const size_t equals = word.find('=');
+        const std::string name = word.substr(0, equals);
+        const auto found = known.find(name);
+        if (found == known.end())
+            return usageError("Unknown option " + name);
+        if (sorted.has(name))
+            return usageError(name + " is given twice");
+        std::optional<std::string> value;
+        if (equals != std::string::npos)
+            value = word.substr(equals + 1);
+        else if (found->second != Takes::nothing && i + 1 < words.size() &&
+                 // A value may begin with a minus only where one is required (an area left of the origin).
+                 (found->second == Takes::value ? !words[i + 1].starts_with("--")
+                                                : !words[i + 1].starts_with("-")))
+            value = words[++i];
+        if (found->second == Takes::nothing && value)
+            return usageError(name + " takes no value");
+        if (found->second == Takes::value && (!value || value->empty()))
+            return usageError(name + " needs a value");
+        sorted.options[name] = value;
+    }
+    return sorted;
+}
+
+template <typename T>
+std::optional<T> parseNumber(std::string_view text) {
+    T number{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size())
+        return std::nullopt;
+    return number;
+}
+
+std::optional<std::uint32_t> parseWindowId(std::string_view text) {
+    if (text.starts_with("0x") || text.starts_with("0X")) {
+        std::uint32_t id = 0;
+        const auto [end, error] = std::from_chars(text.data() + 2, text.data() + text.size(), id, 16);
+        return error == std::errc() && end == text.data() + text.size() ? std::optional(id) : std::nullopt;
+    }
+    return parseNumber<std::uint32_t>(text);
+}
+
+std::optional<PixelRect> parseArea(std::string_view text) {
+    int numbers[4];
+    for (int i = 0; i < 4; ++i) {
+        const size_t comma = i < 3 ? text.find(',') : text.size();
+        if (comma == std::string_view::npos)
+            return std::nullopt;
+        const auto number = parseNumber<int>(text.substr(0, comma));
+        if (!number)
+            return std::nullopt;
+        numbers[i] = *number;
+        text.remove_prefix(i < 3 ? comma + 1 : comma);
+    }
+    return PixelRect{numbers[0], numbers[1], numbers[2], numbers[3]};
+}
+
+std::expected<TargetArguments, UsageError> readTarget(const Words &words) {
+    TargetArguments target;
+    if (words.has("--display") + words.has("--window") + words.has("--area") > 1)
+        return usageError("Give one of --display, --window and --area");
+    target.displayId = words.value("--display");
+    if (const auto window = words.value("--window")) {
+        target.windowId = parseWindowId(*window);
+        if (!target.windowId)
+            return usageError("--window needs a window's number, not " + *window);
+    }
+    if (const auto area = words.value("--area")) {
+        target.area = parseArea(*area);
+        if (!target.area)
+            return usageError("--area needs four whole numbers X,Y,W,H");
+        if (target.area->isEmpty())
+            return usageError("The area is smaller than a pixel");
+    }
+    return target;
+}
+
+/// Where a capture goes: the same for recordings and stills.
+template <typename T>
+std::expected<void, UsageError> readDelivery(const Words &words, T &arguments) {
+    if (const auto folder = words.value("--output"))
+        arguments.outputFolder = *folder;
+    arguments.upload = words.has("--upload");
+    arguments.projectId = words.value("--project");
+    if (arguments.projectId && !arguments.upload)
+        return usageError("--project goes with --upload");
+    return {};
+}
+
+std::map<std::string, Takes> joined(std::initializer_list<std::map<std::string, Takes>> maps) {
+    std::map<std::string, Takes> all;
+    for (const auto &map : maps)
+        all.insert(map.begin(), map.end());
+    return all;
+}
+
+using Parsed = std::expected<Arguments::Command, UsageError>;
+
+Parsed parseRecord(const std::vector<std::string> &rest) {
+    const auto words = sortWords(rest, joined({targetOptions, deliveryOptions, recordOptions}));
+    if (!words)
+        return Refused(words.error());
+    if (!words->operands.empty())
+        return usageError("record takes no " + words->operands.front());
+    RecordArguments arguments;
+    const auto target = readTarget(*words);
+    if (!target)
+        return Refused(target.error());
+    arguments.target = *target;
+    if (const auto seconds = words->value("--seconds")) {
+        arguments.seconds = parseNumber<double>(*seconds);
+        if (!arguments.seconds || !std::isfinite(*arguments.seconds) || *arguments.seconds <= 0)
+            return usageError("--seconds needs a number greater than 0");
+    }
+    arguments.microphone = words->has("--mic");
+    arguments.microphoneId = words->value("--mic");
+    arguments.systemAudio = words->has("--system-audio");
+    if (const auto cursor = words->value("--cursor")) {
+        if (*cursor != "drawn" && *cursor != "separate")
+            return usageError("--cursor is drawn or separate");
+        arguments.drawsCursor = *cursor == "drawn";
+    }
+    if (const auto delivery = readDelivery(*words, arguments); !delivery)
+        return Refused(delivery.error());
+    return arguments;
+}
+
+Parsed parseScreenshot(const std::vector<std::string> &rest) {
+    const auto words = sortWords(rest, joined({targetOptions, deliveryOptions}));
+    if (!words)
+        return Refused(words.error());
+    if (!words->operands.empty())
+        return usageError("screenshot takes no " + words->operands.front());
+    ScreenshotArguments arguments;
+    const auto target = readTarget(*words);
+    if (!target)
+        return Refused(target.error());
+    arguments.target = *target;
+    if (const auto delivery = readDelivery(*words, arguments); !delivery)
+        return Refused(delivery.error());
+    return arguments;
+}
+
+Parsed parseUpload(const std::vector<std::string> &rest) {
+    const auto words = sortWords(rest, {{"--project", Takes::value}});
+    if (!words)
+        return Refused(words.error());
+    if (words->operands.empty())
+        return usageError("upload needs the files to upload");
+    UploadArguments arguments;
+    for (const std::string &file : words->operands)
+        arguments.files.emplace_back(file);
+    arguments.projectId = words->value("--project");
+    return arguments;
+}
+
+Parsed parseList(const std::vector<std::string> &rest) {
+    static const std::map<std::string, ListArguments::What> things{
+        {"displays", ListArguments::What::displays},       {"windows", ListArguments::What::windows},
+        {"microphones", ListArguments::What::microphones}, {"cameras", ListArguments::What::cameras},
+        {"projects", ListArguments::What::projects},
+    };
+    const auto found = rest.size() == 1 ? things.find(rest.front()) : things.end();
+    if (found == things.end())
+        return usageError("list needs one of displays, windows, microphones, cameras and projects");
+    return ListArguments{found->second};
+}
+
+template <typename Command>
+Parsed parseBare(const std::vector<std::string> &rest) {
+    if (!rest.empty())
+        return usageError("This command takes no " + rest.front());
+    return Command{};
+}
+
+} // namespace
+
+std::expected<Arguments, UsageError> parseArguments(const std::vector<std::string> &words) {
+    static const std::map<std::string, Parsed (*)(const std::vector<std::string> &)> commands{
+        {"record", parseRecord},
+        {"screenshot", parseScreenshot},
+        {"upload", parseUpload},
+        {"list", parseList},
+        {"resume", parseBare<ResumeArguments>},
+        {"recover", parseBare<RecoverArguments>},
+        {"pair", parseBare<PairArguments>},
+        {"unpair", parseBare<UnpairArguments>},
+        {"status", parseBare<StatusArguments>},
+        {"help", parseBare<HelpArguments>},
+    };
+    Arguments arguments;
+    std::vector<std::string> rest;
+    std::optional<std::string> command;
+    bool onlyOperands = false;
+    for (const std::string &word : words) {
+        onlyOperands = onlyOperands || word == "--";
+        if (!onlyOperands && word == "--json")
+            arguments.json = true;
+        else if (!onlyOperands && (word == "--help" || word == "-h"))
+            return Arguments{HelpArguments{}, false};
+        else if (!onlyOperands && word == "--version")
+            return Arguments{VersionArguments{}, false};
+        else if (!command && !word.starts_with("-"))
+            command = word;
+        else
+            rest.push_back(word);
+    }
+    if (!command) {
+        if (!rest.empty())
+            return usageError("Unknown option " + rest.front());
+        return arguments;
+    }
+    const auto found = commands.find(*command);
+    if (found == commands.end())
+        return usageError("Unknown command " + *command);
+    Parsed parsed = found->second(rest);
+    if (!parsed)
+        return Refused(parsed.error());
+    arguments.command = std::move(*parsed);
+    return arguments;
+}
+
+std::string usageText() {
+    return R"(Usage:
+  vantrell-capture record [--display [ID] | --window ID | --area X,Y,W,H] [--seconds S]
+                          [--mic [ID]] [--system-audio] [--cursor drawn|separate]
+                          [--output DIR] [--upload [--project ID]]
+  vantrell-capture screenshot [--display [ID] | --window ID | --area X,Y,W,H]
+                          [--output DIR] [--upload [--project ID]]
+  vantrell-capture upload FILE... [--project ID]
+  vantrell-capture resume             finish the uploads that are pending, then exit
+  vantrell-capture recover            make movies of recordings that were cut off
+  vantrell-capture pair | unpair | status
+  vantrell-capture list displays|windows|microphones|cameras|projects
+
+Every command takes --json: one JSON object per result on standard output.
+A recording ends with Ctrl-C (SIGINT, SIGTERM); SIGUSR1 pauses and resumes it.
+Exit codes: 0 done, 1 failed, 2 wrong usage, 3 not connected, 4 nothing recorded.
+VANTRELL_API_URL names another service (https, or http on this machine);
+VANTRELL_API_KEY holds a key for use without a keyring.
+VANTRELL_ENCODER says who makes the video, "software" or "hardware"; by default
+the graphics card is used, where it works, for pictures larger than 1920x1200.
+)";
+}
+
+} // namespace vantrell

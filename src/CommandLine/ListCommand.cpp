@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "CommandLine/ListCommand.h"
+
+#include "Session/ServiceSession.h"
+
+#include <nlohmann/json.hpp>
+
+#include <sstream>
+
+namespace vantrell {
+
+namespace {
+
+nlohmann::json json(const PixelRect &rect) {
+    return {{"x", rect.x}, {"y", rect.y}, {"width", rect.width}, {"height", rect.height}};
+}
+
+std::string text(const PixelRect &rect) {
+    std::ostringstream out;
+    out << rect.width << "x" << rect.height << " at " << rect.x << "," << rect.y;
+    return out.str();
+}
+
+void report(const Display &display, const Reporter &reporter) {
+    std::ostringstream line;
+    line << display.id << "  " << text(display.pixels) << "  scale " << display.scale
+         << (display.isPrimary ? "  primary" : "");
+    reporter.result({{"id", display.id},
+                     {"name", display.name},
+                     {"pixels", json(display.pixels)},
+                     {"scale", display.scale},
+                     {"primary", display.isPrimary}},
+                    line.str());
+}
+
+void report(const WindowDescription &window, const Reporter &reporter) {
+    nlohmann::json object{{"id", window.id}, {"pixels", json(window.pixels)}};
+    if (window.applicationId)
+        object["applicationId"] = *window.applicationId;
+    if (window.applicationName)
+        object["applicationName"] = *window.applicationName;
+    if (window.title)
+        object["title"] = *window.title;
+    std::ostringstream line;
+    line << window.id << "  " << text(window.pixels) << "  " << window.applicationName.value_or("?") << "  "
+         << window.title.value_or("");
+    reporter.result(object, line.str());
+}
+
+void report(const Microphone &microphone, const Reporter &reporter) {
+    reporter.result({{"id", microphone.id}, {"name", microphone.name}, {"default", microphone.isDefault}},
+                    microphone.id + "  " + microphone.name + (microphone.isDefault ? "  default" : ""));
+}
+
+template <typename T>
+ExitCode reportAll(const std::expected<std::vector<T>, PlatformError> &things, const Reporter &reporter) {
+    if (!things) {
+        reporter.failure(things.error().description());
+        return ExitCode::failed;
+    }
+    for (const T &thing : *things)
+        report(thing, reporter);
+    return ExitCode::success;
+}
+
+Task<ExitCode> listProjects(CommandContext context, std::stop_token stop) {
+    auto session = ServiceSession::create(context.environmentKey);
+    if (!session) {
+        context.reporter.failure(session.error());
+        co_return ExitCode::failed;
+    }
+    co_await (*session)->connect(stop);
+    const auto projects = co_await (*session)->api().listProjects(stop);
+    if (!projects) {
+        context.reporter.failure(projects.error().description());
+        co_return projects.error().as<APIError::NotPaired>() ? ExitCode::notConnected : ExitCode::failed;
+    }
+    for (const TargetProject &project : *projects)
+        context.reporter.result(project.toJson(), project.id + "  " + project.name);
+    co_return ExitCode::success;
+}
+
+} // namespace
+
+Task<ExitCode> runList(ListArguments arguments, CommandContext context, std::stop_token stop) {
+    switch (arguments.what) {
+    case ListArguments::What::displays:
+        co_return reportAll(context.loadPlatform(context.clock).capture->displays(), context.reporter);
+    case ListArguments::What::windows:
+        co_return reportAll(context.loadPlatform(context.clock).capture->windows(), context.reporter);
+    case ListArguments::What::projects:
+        co_return co_await listProjects(context, stop);
+    case ListArguments::What::microphones:
+        co_return reportAll(co_await context.loadPlatform(context.clock).audio->microphones(stop),
+                            context.reporter);
+    default:
+        context.reporter.failure("This cannot be listed yet");
+        co_return ExitCode::failed;
+    }
+}
+
+} // namespace vantrell

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "CommandLine/PairCommand.h"
+
+#include "Analytics/Analytics.h"
+#include "Auth/PairingClient.h"
+#include "Session/Browser.h"
+#include "Session/ServiceSession.h"
+
+#include <nlohmann/json.hpp>
+
+namespace vantrell {
+
+namespace {
+
+ExitCode failPairing(const CommandContext &context, const std::string &sentence) {
+    context.reporter.failure(sentence);
+    return ExitCode::failed;
+}
+
+} // namespace
+
+Task<ExitCode> runPair(PairArguments, CommandContext context, std::stop_token stop) {
+    auto session = ServiceSession::create(context.environmentKey);
+    if (!session)
+        co_return failPairing(context, session.error());
+    Keychain &keychain = (*session)->keychain();
+    // Better now than after the user has approved.
+    const auto writable = co_await keychain.prepareToWrite(Keychain::apiKeyAccount, stop);
+    if (!writable)
+        co_return failPairing(context, writable.error().description());
+
+    PairingClient client(
+        {(*session)->http(), context.clock, keychain, (*session)->keys(), Analytics::shared()},
+        (*session)->url());
+    const OneShot<bool> ended;
+    client.onChange = [&client, ended] {
+        if (client.outcome())
+            ended.resolve(true);
+    };
+    const auto page = co_await client.begin(stop);
+    if (!page)
+        co_return failPairing(context, page.error().description());
+    context.reporter.result({{"approvalUrl", *page}}, "Approve this device at " + *page);
+    if (openInBrowser(*page))
+        context.reporter.note("The page is open in your browser. Waiting for the approval…");
+    else
+        context.reporter.note("Open the page in a browser. Waiting for the approval…");
+
+    const auto waited = co_await ended.wait(stop);
+    if (!waited)
+        co_return ExitCode::failed;
+    const PairingOutcome outcome = client.outcome().value_or(PairingOutcome::expired);
+    if (outcome == PairingOutcome::notStored && keychain.problem())
+        co_return failPairing(context, description(outcome) + ": " + keychain.problem()->description());
+    if (outcome != PairingOutcome::approved)
+        co_return failPairing(context, description(outcome));
+    context.reporter.result({{"connected", true}}, description(outcome));
+    co_return ExitCode::success;
+}
+
+} // namespace vantrell

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "CommandLine/RecoverCommand.h"
+
+#include "Capture/CaptureStorage.h"
+#include "CommandLine/CaptureDelivery.h"
+#include "Recording/RecordingRecovery.h"
+#include "Support/BlockingWork.h"
+
+#include <nlohmann/json.hpp>
+
+namespace vantrell {
+
+Task<ExitCode> runRecover(RecoverArguments, CommandContext context, std::stop_token stop) {
+    CaptureDelivery delivery({}, context);
+    if (const auto prepared = co_await delivery.prepare(stop); !prepared)
+        co_return prepared.error();
+    const auto found =
+        co_await runBlocking([] { return RecordingRecovery::abandoned(CaptureStorage::directory()); }, stop);
+    if (!found)
+        co_return ExitCode::failed;
+    bool isAnyRecovered = false;
+    ExitCode code = ExitCode::success;
+    for (const std::filesystem::path &what : *found) {
+        auto recovered = co_await runBlocking(
+            [what, now = context.clock.wallNow()] { return RecordingRecovery::recover(what, now); }, stop);
+        if (!recovered)
+            co_return ExitCode::failed;
+        if (!*recovered) {
+            context.reporter.failure(description(recovered->error()));
+            code = ExitCode::failed;
+            continue;
+        }
+        if (!**recovered)
+            continue;
+        isAnyRecovered = true;
+        const ExitCode delivered = co_await delivery.deliver(std::move(***recovered), false,
+                                                             nlohmann::json{{"recovered", true}}, what, stop);
+        if (delivered != ExitCode::success)
+            code = delivered;
+    }
+    if (!isAnyRecovered && code == ExitCode::success)
+        context.reporter.note("Nothing to recover");
+    co_return code;
+}
+
+} // namespace vantrell

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "CommandLine/Run.h"
+
+#include "CommandLine/ListCommand.h"
+#include "CommandLine/PairCommand.h"
+#include "CommandLine/RecordCommand.h"
+#include "CommandLine/RecoverCommand.h"
+#include "CommandLine/ScreenshotCommand.h"
+#include "CommandLine/StatusCommand.h"
+#include "CommandLine/UnpairCommand.h"
+#include "CommandLine/UploadCommand.h"
+
+#include <cstdio>
+
+namespace vantrell {
+
+namespace {
+
+/// Starts the coroutine that belongs to a command.
+struct Start {
+    const CommandContext &context;
+    const std::stop_token &stop;
+
+    Task<ExitCode> operator()(RecordArguments arguments) const { return runRecord(arguments, context, stop); }
+    Task<ExitCode> operator()(ScreenshotArguments arguments) const {
+        return runScreenshot(arguments, context, stop);
+    }
+    Task<ExitCode> operator()(RecoverArguments arguments) const {
+        return runRecover(arguments, context, stop);
+    }
+    Task<ExitCode> operator()(ListArguments arguments) const { return runList(arguments, context, stop); }
+    Task<ExitCode> operator()(UploadArguments arguments) const { return runUpload(arguments, context, stop); }
+    Task<ExitCode> operator()(ResumeArguments) const { return runResume(context, stop); }
+    Task<ExitCode> operator()(PairArguments arguments) const { return runPair(arguments, context, stop); }
+    Task<ExitCode> operator()(UnpairArguments arguments) const { return runUnpair(arguments, context, stop); }
+    Task<ExitCode> operator()(StatusArguments arguments) const { return runStatus(arguments, context, stop); }
+    Task<ExitCode> operator()(HelpArguments) const {
+        std::fputs(usageText().c_str(), stdout);
+        co_return ExitCode::success;
+    }
+    Task<ExitCode> operator()(VersionArguments) const {
+        std::puts("vantrell-capture " VANTRELL_VERSION);
+        co_return ExitCode::success;
+    }
+    template <typename Other>
+    Task<ExitCode> operator()(Other) const {
+        context.reporter.failure("This command is not there yet");
+        co_return ExitCode::failed;
+    }
+};
+
+} // namespace
+
+Task<ExitCode> runCommand(Arguments arguments, CommandContext context, std::stop_token stop) {
+    co_return co_await std::visit(Start{context, stop}, std::move(arguments.command));
+}
+
+} // namespace vantrell

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "CommandLine/UnpairCommand.h"
+
+#include "Session/ServiceSession.h"
+
+#include <nlohmann/json.hpp>
+
+namespace vantrell {
+
+Task<ExitCode> runUnpair(UnpairArguments, CommandContext context, std::stop_token stop) {
+    // Without the service: its address may be unusable, and the key is to go all the same.
+    Keychain keychain;
+    const auto removed = co_await keychain.remove(Keychain::apiKeyAccount, stop);
+    if (!removed) {
+        context.reporter.failure(removed.error().description());
+        co_return ExitCode::failed;
+    }
+    context.reporter.result({{"connected", false}}, "Disconnected from Vantrell");
+    if (context.environmentKey)
+        context.reporter.note("VANTRELL_API_KEY still holds a key");
+    co_return ExitCode::success;
+}
+
+} // namespace vantrell

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "CommandLine/UploadRun.h"
+
+#include "Analytics/Analytics.h"
+#include "Capture/CaptureStorage.h"
+
+#include <algorithm>
+
+namespace vantrell {
+
+std::expected<std::unique_ptr<UploadRun>, std::string> UploadRun::create(ServiceSession &session,
+                                                                         const CommandContext &context) {
+    auto journal = UploadJournal::open(CaptureStorage::journalURL());
+    if (!journal)
+        return std::unexpected(journal.error().description());
+    return std::unique_ptr<UploadRun>(new UploadRun(session, context, std::move(*journal)));
+}
+
+UploadRun::UploadRun(ServiceSession &session, const CommandContext &context,
+                     std::unique_ptr<UploadJournal> journal)
+    : m_session(session), m_shelf(context.clock), m_journal(std::move(journal)),
+      m_manager({session.api(), session.http(), *m_journal, m_shelf, Analytics::shared(), context.clock},
+                [this] { return m_videoByteCap; }) {
+    m_manager.onEnd = [this](const UploadEnd &end) { noteEnd(end); };
+    m_manager.onIdle = [this] { m_finished.resolve(true); };
+    m_observation = m_shelf.observe([this] { showProgress(); });
+}
+
+Task<> UploadRun::fetchLimits(std::stop_token stop) {
+    const auto limits = co_await m_session.api().limits(stop);
+    if (limits)
+        m_videoByteCap = limits->maxVideoUploadBytes;
+}
+
+int UploadRun::resume(bool retryParked, const std::optional<std::string> &project) {
+    m_journal->reconcileAgainstDisk();
+    m_manager.restoreFromJournal();
+    int count = 0;
+    for (const ShelfItem &item : std::vector(m_shelf.items())) {
+        if (item.canRetry() && !retryParked)
+            continue;
+        ++count;
+        if (item.canRetry())
+            m_manager.retry(*item.entryId, item.id, project);
+        // Still waiting for a project: nothing will happen by itself.
+        const ShelfItem *const now = m_shelf.find(item.id);
+        if (now && std::holds_alternative<ShelfItem::NeedsProject>(now->status))
+            noteEnd({*item.entryId, item.id, item.fileURL().value_or(""), "",
+                     std::unexpected(now->statusText()), true});
+    }
+    return count;
+}
+
+QUuid UploadRun::add(CaptureResult capture, const std::string &projectId) {
+    const std::string path = std::filesystem::absolute(capture.fileURL).string();
+    const auto &entries = m_journal->entries();
+    const auto known = std::ranges::find(entries, path, &UploadJournalEntry::masterPath);
+    if (known == entries.end()) {
+        const auto shared = std::make_shared<const CaptureResult>(std::move(capture));
+        return m_manager.enqueue(shared, projectId, m_shelf.add(shared));
+    }
+    const QUuid id = known->captureId;
+    const auto card = std::ranges::find(m_shelf.items(), std::optional(id), &ShelfItem::entryId);
+    if (card != m_shelf.items().end() && card->canRetry())
+        m_manager.retry(id, QUuid(card->id), projectId);
+    return id;
+}
+
+Task<bool> UploadRun::finish(std::stop_token stop) {
+    if (m_manager.isIdle())
+        m_finished.resolve(true);
+    const auto ended = co_await m_finished.wait(stop);
+    m_lines.clear();
+    // What the manager decided last is on disk before anybody is told.
+    co_await m_journal->written(stop);
+    co_return ended.value_or(false);
+}
+
+const UploadEnd *UploadRun::endOf(const QUuid &entryId) const {
+    const auto found = m_ends.find(entryId);
+    return found == m_ends.end() ? nullptr : &found->second;
+}
+
+void UploadRun::noteEnd(const UploadEnd &end) {
+    m_lines.clear();
+    m_ends.insert_or_assign(end.entryId, end);
+    if (onEnd)
+        onEnd(end);
+    showProgress();
+}
+
+void UploadRun::showProgress() {
+    std::vector<std::string> lines;
+    int waiting = 0;
+    for (const ShelfItem &item : m_shelf.items()) {
+        if (!item.entryId || !std::holds_alternative<ShelfItem::Uploading>(item.status))
+            continue;
+        if (m_manager.isRunning(*item.entryId))
+            lines.push_back(item.fileURL().value_or("").filename().string() + "  " + item.statusText());
+        else
+            ++waiting;
+    }
+    if (waiting > 0)
+        lines.push_back(std::to_string(waiting) + " more waiting");
+    m_lines.show(lines);
+}
+
+} // namespace vantrell

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/Encoding/X264Encoder.h"
+
+#include "Media/Encoding/H264Units.h"
+#include "Platform/ScreenError.h"
+#include "Support/Log.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <thread>
+#include <utility>
+
+extern "C" {
+#include <x264.h>
+}
+
+namespace vantrell {
+namespace {
+
+struct CloseEncoder {
+    void operator()(x264_t *encoder) const { x264_encoder_close(encoder); }
+};
+
+void logFromX264(void *, int level, const char *format, va_list arguments) {
+    if (level > X264_LOG_ERROR)
+        return;
+    char text[256];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    qCWarning(logCapture, "x264: %s", text);
+}
+
+constexpr std::uint8_t h273Bt709 = 1;
+
+/// Large pictures are cut into slices that are encoded at the same time, which costs 3 % more in all, and
+/// with a little less care.
+constexpr int mostSlices = 4;
+
+x264_param_t parametersFor(PixelSize encoded) {
+    x264_param_t p;
+    x264_param_default_preset(&p, "superfast", nullptr);
+    p.i_width = encoded.width;
+    p.i_height = encoded.height;
+    p.i_csp = X264_CSP_NV12;
+    p.pf_log = logFromX264;
+    p.i_log_level = X264_LOG_ERROR;
+
+    // A frame must not wait for the next one, which may come minutes later.
+    p.b_vfr_input = 0;
+    p.i_bframe = 0;
+    p.rc.i_lookahead = 0;
+    p.i_sync_lookahead = 0;
+    p.rc.b_mb_tree = 0;
+    const bool isLarge = X264Encoder::isLarge(encoded);
+    p.i_threads = isLarge ? std::clamp(int(std::thread::hardware_concurrency()), 1, mostSlices) : 1;
+    p.b_sliced_threads = p.i_threads > 1;
+    p.i_timebase_num = 1;
+    p.i_timebase_den = X264Encoder::timeScale;
+    p.i_fps_num = 60;
+    p.i_fps_den = 1;
+
+    // The constant-macroblock hints are silently ignored unless the reference is the frame right before, is
+    // not weighted and its quantizer is not above the present one.
+    p.analyse.b_mb_info = 1;
+    p.i_frame_reference = 1;
+    p.analyse.i_weighted_pred = X264_WEIGHTP_NONE;
+    p.rc.i_rc_method = X264_RC_CQP;
+    p.rc.i_qp_constant = QuantizerControl::finest;
+    p.rc.i_aq_mode = X264_AQ_NONE;
+
+    // Measured on text, scrolling, film and full-screen motion: what moves on a screen moves by whole pixels,
+    // so the half-pixel planes, a third of a still frame's cost, pay only on film, and little there. Without
+    // the deblocking filter letters stay crisp, and it is cheaper. Bytes are better spent on brightness than
+    // on colour, and on small differences, which add up while a picture moves: they are neither dropped nor
+    // skipped.
+    p.analyse.i_subpel_refine = 0;
+    p.b_deblocking_filter = 0;
+    p.analyse.i_luma_deadzone[0] = 22;
+    p.analyse.b_dct_decimate = isLarge;
+    p.analyse.i_chroma_qp_offset = 4;
+    p.analyse.b_fast_pskip = isLarge;
+    p.analyse.b_transform_8x8 = !isLarge;
+
+    // Key frames are asked for by time, by the caller.
+    p.i_keyint_max = X264_KEYINT_MAX_INFINITE;
+    p.i_scenecut_threshold = 0;
+
+    p.b_annexb = 0;
+    p.b_repeat_headers = 0;
+    p.b_aud = 0;
+
+    p.vui.b_fullrange = 0;
+    p.vui.i_colorprim = h273Bt709;
+    p.vui.i_transfer = h273Bt709;
+    p.vui.i_colmatrix = h273Bt709;
+    x264_param_apply_profile(&p, "high");
+    return p;
+}
+
+} // namespace
+
+struct X264Encoder::State {
+    std::unique_ptr<x264_t, CloseEncoder> encoder;
+    PixelSize encoded;
+    std::vector<std::uint8_t> configuration;
+    /// Must stay until the frame is really encoded, which is before `encode` returns.
+    std::vector<std::uint8_t> hints;
+    QuantizerControl quantizer;
+};
+
+X264Encoder::X264Encoder(std::unique_ptr<State> state) : m_state(std::move(state)) {}
+X264Encoder::~X264Encoder() = default;
+
+const std::vector<std::uint8_t> &X264Encoder::codecConfiguration() const {
+    return m_state->configuration;
+}
+PixelSize X264Encoder::encodedSize() const {
+    return m_state->encoded;
+}
+
+std::expected<std::unique_ptr<X264Encoder>, PlatformError> X264Encoder::create(PixelSize picture) {
+    const BlockMap blocks(picture);
+    auto state =
+        std::make_unique<State>(State{.quantizer = QuantizerControl(blocks.columns() * blocks.rows())});
+    state->encoded = {(picture.width + 1) / 2 * 2, (picture.height + 1) / 2 * 2};
+    x264_param_t parameters = parametersFor(state->encoded);
+    state->encoder.reset(x264_encoder_open(&parameters));
+    if (!state->encoder)
+        return std::unexpected(
+            screenError(ScreenErrorCode::encoderFailed, "The video encoder could not be started"));
+
+    x264_nal_t *units = nullptr;
+    int count = 0;
+    if (x264_encoder_headers(state->encoder.get(), &units, &count) < 0)
+        return std::unexpected(
+            screenError(ScreenErrorCode::encoderFailed, "The video encoder could not be started"));
+    constexpr int lengthBytes = 4;
+    H264Unit sps;
+    H264Unit pps;
+    for (const x264_nal_t &unit : std::span(units, std::size_t(count))) {
+        const H264Unit payload(unit.p_payload + lengthBytes, std::size_t(unit.i_payload - lengthBytes));
+        if (unit.i_type == NAL_SPS)
+            sps = payload;
+        else if (unit.i_type == NAL_PPS)
+            pps = payload;
+    }
+    state->configuration = avcConfiguration(sps, pps);
+    return std::unique_ptr<X264Encoder>(new X264Encoder(std::move(state)));
+}
+
+std::expected<EncodedFrame, PlatformError> X264Encoder::encode(const Nv12Frame &frame,
+                                                               const BlockMap &changed,
+                                                               std::int64_t presentationTime, bool keyFrame) {
+    auto &hints = m_state->hints;
+    hints.resize(changed.marks().size());
+    std::ranges::transform(changed.marks(), hints.begin(),
+                           [](std::uint8_t mark) { return std::uint8_t(mark ? 0 : X264_MBINFO_CONSTANT); });
+
+    x264_picture_t picture;
+    x264_picture_init(&picture);
+    picture.i_qpplus1 = m_state->quantizer.quantizer(keyFrame) + 1;
+    picture.i_type = keyFrame ? X264_TYPE_IDR : X264_TYPE_P;
+    picture.i_pts = presentationTime;
+    picture.img.i_csp = X264_CSP_NV12;
+    picture.img.i_plane = 2;
+    // The encoder only reads the planes.
+    picture.img.plane[0] = const_cast<std::uint8_t *>(frame.luma());
+    picture.img.plane[1] = const_cast<std::uint8_t *>(frame.chroma());
+    picture.img.i_stride[0] = int(frame.stride());
+    picture.img.i_stride[1] = int(frame.stride());
+    picture.prop.mb_info = hints.data();
+
+    x264_nal_t *units = nullptr;
+    int count = 0;
+    x264_picture_t encoded;
+    const int size = x264_encoder_encode(m_state->encoder.get(), &units, &count, &picture, &encoded);
+    if (size <= 0)
+        return std::unexpected(screenError(ScreenErrorCode::encoderFailed, "The video encoder failed"));
+    m_state->quantizer.frameEncoded(double(presentationTime) / timeScale, changed.count(), std::size_t(size),
+                                    encoded.b_keyframe != 0);
+    return EncodedFrame{std::span(units[0].p_payload, std::size_t(size)), encoded.i_pts,
+                        encoded.b_keyframe != 0};
+}
+
+} // namespace vantrell

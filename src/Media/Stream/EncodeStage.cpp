@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/Stream/EncodeStage.h"
+
+#include "Support/Log.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include <pthread.h>
+
+namespace vantrell {
+namespace {
+
+/// A player that shows every frame for its own duration only must not lose the held picture's end.
+constexpr std::int64_t heldFrameTicks = VideoEncoder::timeScale / 60;
+
+} // namespace
+
+EncodeStage::EncodeStage(FrameExchange &exchange, std::unique_ptr<VideoEncoder> encoder, MovieSink &movie,
+                         TrackId track, std::function<void()> failed)
+    : m_exchange(exchange), m_encoder(std::move(encoder)), m_movie(movie), m_track(track),
+      m_failed(std::move(failed)), m_thread([this] { run(); }) {}
+
+EncodeStage::~EncodeStage() {
+    m_exchange.close();
+    if (m_thread.joinable())
+        m_thread.join();
+}
+
+std::int64_t EncodeStage::ticks(double hostTime) const {
+    return std::llround((hostTime - m_epoch) * VideoEncoder::timeScale);
+}
+
+void EncodeStage::run() {
+    ::pthread_setname_np(::pthread_self(), "encode");
+    while (auto job = m_exchange.next()) {
+        std::int64_t time = ticks(job->hostTime);
+        if (m_last)
+            time = std::max(time, m_result.lastPresentationTime + 1);
+        const bool encoded = encode(*job, time);
+        m_exchange.done(*job);
+        m_last = std::move(job);
+        if (!encoded)
+            return;
+    }
+}
+
+bool EncodeStage::encode(const FrameExchange::Job &job, std::int64_t presentationTime) {
+    const auto frame =
+        m_encoder->encode(job.slot->frame, job.changed, presentationTime, m_keyFrames.isDue(job.hostTime));
+    if (!frame) {
+        m_result.encoderBroke = true;
+        fail(frame.error());
+        return false;
+    }
+    m_keyFrames.frameEncoded(job.hostTime, frame->data.size(), frame->isKeyFrame);
+    const auto written = m_movie.append(m_track, EncodedSample{.data = frame->data,
+                                                               .pts = frame->presentationTime,
+                                                               .dts = frame->presentationTime,
+                                                               .isKey = frame->isKeyFrame});
+    if (!written) {
+        fail(written.error());
+        return false;
+    }
+    ++m_result.frames;
+    m_result.lastPresentationTime = presentationTime;
+    return true;
+}
+
+void EncodeStage::fail(PlatformError error) {
+    qCWarning(logCapture, "encoding ended: %s", error.message.c_str());
+    m_result.error = std::move(error);
+    m_exchange.abandon();
+    m_failed();
+}
+
+EncodeStage::Result EncodeStage::finish(std::int64_t endTime) {
+    m_exchange.close();
+    m_thread.join();
+    if (m_last && !m_result.error)
+        hold(endTime);
+    return m_result;
+}
+
+void EncodeStage::hold(std::int64_t endTime) {
+    const std::int64_t time = endTime - heldFrameTicks;
+    if (time <= m_result.lastPresentationTime)
+        return;
+    const auto nothing = BlockMap(m_last->slot->frame.picture());
+    // Nothing differs, so it is a few bytes and never worth a key frame.
+    const auto frame = m_encoder->encode(m_last->slot->frame, nothing, time, false);
+    if (!frame)
+        return;
+    const auto written =
+        m_movie.append(m_track, EncodedSample{.data = frame->data, .pts = time, .dts = time, .isKey = false});
+    if (written) {
+        ++m_result.frames;
+        m_result.lastPresentationTime = time;
+    }
+}
+
+} // namespace vantrell

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Media/Encoding/KeyFrameSchedule.h"
+#include "Media/Encoding/VideoEncoder.h"
+#include "Media/Movie/MovieSink.h"
+#include "Media/Stream/FrameExchange.h"
+#include "Support/PlatformError.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <thread>
+
+namespace vantrell {
+
+/// Encodes what the capture thread hands over and gives it to the movie's writer, on a thread of its own.
+/// Made and used by the capture thread.
+class EncodeStage {
+public:
+    struct Result {
+        std::int64_t frames = 0;
+        std::int64_t lastPresentationTime = 0;
+        /// Why it ended early.
+        std::optional<PlatformError> error;
+        /// It was the encoder and not the disk.
+        bool encoderBroke = false;
+    };
+
+    /// Exchange and movie outlive the stage. `failed` is called once on the encode thread when encoder or
+    /// disk fail; what comes after is dropped.
+    EncodeStage(FrameExchange &exchange, std::unique_ptr<VideoEncoder> encoder, MovieSink &movie,
+                TrackId track, std::function<void()> failed);
+    ~EncodeStage();
+    EncodeStage(const EncodeStage &) = delete;
+    EncodeStage &operator=(const EncodeStage &) = delete;
+
+    /// The host time that is the movie's zero; set before the first frame is submitted.
+    void setEpoch(double hostTime) { m_epoch = hostTime; }
+
+    /// Closes the exchange, encodes what waits, and holds the last picture until `endTime` (movie ticks).
+    Result finish(std::int64_t endTime);
+
+    /// Movie ticks of a host time.
+    std::int64_t ticks(double hostTime) const;
+
+private:
+    void run();
+    bool encode(const FrameExchange::Job &job, std::int64_t presentationTime);
+    void hold(std::int64_t endTime);
+    void fail(PlatformError error);
+
+    FrameExchange &m_exchange;
+    std::unique_ptr<VideoEncoder> m_encoder;
+    MovieSink &m_movie;
+    TrackId m_track;
+    std::function<void()> m_failed;
+    double m_epoch = 0;
+    KeyFrameSchedule m_keyFrames;
+    std::optional<FrameExchange::Job> m_last;
+    Result m_result;
+    std::thread m_thread;
+};
+
+} // namespace vantrell

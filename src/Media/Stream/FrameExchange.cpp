@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/Stream/FrameExchange.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vantrell {
+
+FrameExchange::FrameExchange(PixelSize picture, int pictures) {
+    for (int i = 0; i < pictures; ++i) {
+        m_slots.push_back(std::make_unique<Slot>(picture));
+        m_slots.back()->stale.markAll();
+    }
+}
+
+FrameExchange::Slot *FrameExchange::acquire() {
+    std::unique_lock lock(m_mutex);
+    Slot *found = nullptr;
+    m_changed.wait(lock, [&] {
+        if (m_abandoned)
+            return true;
+        // The latest picture needs nothing brought up to date.
+        if (m_latest && !m_latest->isBusy) {
+            found = m_latest;
+        } else {
+            const auto free = std::ranges::find_if(m_slots, [](const auto &slot) { return !slot->isBusy; });
+            found = free == m_slots.end() ? nullptr : free->get();
+        }
+        return found != nullptr;
+    });
+    if (m_abandoned)
+        return nullptr;
+    found->isBusy = true;
+    return found;
+}
+
+void FrameExchange::submit(Slot *slot, BlockMap changed, double hostTime) {
+    for (const auto &other : m_slots) {
+        if (other.get() != slot)
+            other->stale.add(changed);
+    }
+    slot->stale.clear();
+    m_latest = slot;
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_jobs.push_back({slot, std::move(changed), hostTime});
+    }
+    m_changed.notify_all();
+}
+
+void FrameExchange::giveBack(Slot *slot) {
+    const std::scoped_lock lock(m_mutex);
+    slot->isBusy = false;
+}
+
+void FrameExchange::close() {
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_closed = true;
+    }
+    m_changed.notify_all();
+}
+
+std::optional<FrameExchange::Job> FrameExchange::next() {
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return !m_jobs.empty() || m_closed; });
+    if (m_jobs.empty())
+        return std::nullopt;
+    Job job = std::move(m_jobs.front());
+    m_jobs.pop_front();
+    return job;
+}
+
+void FrameExchange::done(const Job &job) {
+    {
+        const std::scoped_lock lock(m_mutex);
+        job.slot->isBusy = false;
+    }
+    m_changed.notify_all();
+}
+
+void FrameExchange::abandon() {
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_abandoned = true;
+        m_closed = true;
+        m_jobs.clear();
+    }
+    m_changed.notify_all();
+}
+
+} // namespace vantrell

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Session/ServiceSession.h"
+
+#include "Support/Settings.h"
+
+namespace vantrell {
+
+std::expected<std::unique_ptr<ServiceSession>, std::string>
+ServiceSession::create(std::optional<std::string> environmentKey, Keychain::Options keychain) {
+    auto url = ServiceURL::fromEnvironment();
+    if (!url)
+        return std::unexpected(description(url.error()));
+    return std::unique_ptr<ServiceSession>(
+        new ServiceSession(std::move(*url), std::move(environmentKey), keychain));
+}
+
+ServiceSession::ServiceSession(ServiceURL url, std::optional<std::string> environmentKey,
+                               Keychain::Options keychain)
+    : m_url(std::move(url)), m_keychain(keychain), m_keyProvider(m_keychain, std::move(environmentKey)),
+      m_api(
+          m_http, m_url, [this] { return m_keyProvider.key(); },
+          // A command does not disconnect the account: it says that the key was refused, and ends.
+          [this] { m_keyProvider.dropOverriding(); }) {}
+
+Task<bool> ServiceSession::connect(std::stop_token stop) {
+    if (m_keyProvider.key())
+        co_return true;
+    const auto stored = co_await m_keychain.read(Keychain::apiKeyAccount, stop);
+    co_return stored.has_value() && stored->has_value();
+}
+
+Task<std::expected<std::string, APIError>> ServiceSession::chooseProject(std::optional<std::string> asked,
+                                                                         std::stop_token stop) {
+    if (asked)
+        co_return *asked;
+    const auto chosen = Settings(Settings::defaultFile()).string("selectedProjectId");
+    auto projects = co_await m_api.listProjects(stop);
+    // While nobody answers, the user's choice stands: the upload itself will find out.
+    if (!projects && chosen && projects.error().as<APIError::Network>())
+        co_return *chosen;
+    if (!projects)
+        co_return std::unexpected(projects.error());
+    for (const TargetProject &project : *projects) {
+        if (project.id == chosen)
+            co_return project.id;
+    }
+    if (projects->empty())
+        co_return std::unexpected(APIError::http(404, "The account has no project yet"));
+    co_return projects->front().id;
+}
+
+} // namespace vantrell

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "API/VantrellAPI.h"
+#include "Auth/KeyProvider.h"
+#include "Auth/Keychain.h"
+#include "Http/HttpClient.h"
+#include "Support/Task.h"
+
+#include <expected>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+
+namespace vantrell {
+
+/// The service as this program talks to it: one HTTP client, the key, the API client. Main thread.
+class ServiceSession {
+public:
+    /// `environmentKey` is the key that the environment held and was wiped of. Fails with a sentence when the
+    /// service's address is unusable.
+    static std::expected<std::unique_ptr<ServiceSession>, std::string>
+    create(std::optional<std::string> environmentKey, Keychain::Options keychain = {});
+
+    /// Fetches the key from the keyring unless the environment holds one. False when there is none; the
+    /// keyring's own problem, if that is why, is in `keychain().problem()`.
+    Task<bool> connect(std::stop_token stop);
+
+    HttpClient &http() { return m_http; }
+    VantrellAPI &api() { return m_api; }
+    Keychain &keychain() { return m_keychain; }
+    KeyProvider &keys() { return m_keyProvider; }
+    const ServiceURL &url() const { return m_url; }
+
+    /// The project to upload to: the one asked for, else the chosen one, else the account's first.
+    Task<std::expected<std::string, APIError>> chooseProject(std::optional<std::string> asked,
+                                                             std::stop_token stop);
+
+private:
+    ServiceSession(ServiceURL url, std::optional<std::string> environmentKey, Keychain::Options keychain);
+
+    ServiceURL m_url;
+    HttpClient m_http;
+    Keychain m_keychain;
+    KeyProvider m_keyProvider;
+    VantrellAPI m_api;
+};
+
+} // namespace vantrell
