@@ -5,7 +5,7 @@ const EVERY_MS = 24 * 3600_000;
 /** Longer than a laptop is likely to stay shut over the holidays. An application whose capture was forgotten sends it anew. */
 const ABANDONED_AFTER_MS = 60 * 24 * 3600_000;
 
-/** Once a day, frees the disk of uploads that nobody will finish. */
+/** At the start and once a day, frees the disk of what was deleted and of uploads that nobody will finish. */
 export class Housekeeping {
   #service;
   /** @type {NodeJS.Timeout|undefined} */
@@ -27,11 +27,11 @@ export class Housekeeping {
   }
 
   async #run() {
-    const { library, objects, log } = this.#service;
+    const { library, objects, removals, log } = this.#service;
     try {
+      await removals.resume();
       for (const asset of library.assets.pendingSince(Date.now() - ABANDONED_AFTER_MS)) {
-        library.assets.remove(asset.id);
-        await objects.removeAll(asset.id);
+        await removals.remove(asset, { unlessConfirmed: true });
         log.info(`forgot ${asset.id}, which was never uploaded in full`);
       }
       await objects.discardStrayUploads((assetId) => library.assets.find(assetId)?.status === 'pending');

@@ -11,20 +11,24 @@ import { HttpServer } from './http/httpServer.js';
 import { Log } from './http/log.js';
 import { Router } from './http/router.js';
 import { addPairingRoutes } from './pairing/pairingRoutes.js';
-import { Checksums } from './storage/checksums.js';
+import { CaptureLocks } from './storage/captureLocks.js';
 import { DiscardObjects } from './storage/discardObjects.js';
 import { addDiscardTusRoutes } from './storage/discardTusRoutes.js';
 import { FileObjects } from './storage/fileObjects.js';
+import { Findings } from './storage/findings.js';
 import { Grants } from './storage/grants.js';
 import { addPutRoutes } from './storage/putRoutes.js';
+import { Removals } from './storage/removals.js';
 import { Signer } from './storage/signer.js';
 import { addTusRoutes } from './storage/tusRoutes.js';
 import { Library } from './store/library.js';
 import { ServerLock } from './store/serverLock.js';
+import { newSecret } from './store/tokens.js';
 import { addTestRoutes } from './testing/testRoutes.js';
 import { Traffic } from './testing/traffic.js';
-import { addWebRoutes } from './web/webRoutes.js';
 import { sendFailurePage } from './web/failurePage.js';
+import { signInAddress } from './web/loginPages.js';
+import { addWebRoutes } from './web/webRoutes.js';
 
 /** An answer was given before the body was read: how long the rest may still trickle in. */
 const LINGER_MS = 10_000;
@@ -44,6 +48,13 @@ const LINGER_MS = 10_000;
  * @property {Partial<{lifetimeMs: number, pollIntervalMs: number}>} [pairing]
  */
 
+/**
+ * @typedef {object} Listening
+ * @property {string} url
+ * @property {string} [signInUrl] makes the first browser that opens it the owner's, where there is no password
+ * @property {string} [controlKey] test mode's, for this run
+ */
+
 /** The running service: everything it is made of, put together once. */
 export class Service {
   #options;
@@ -56,22 +67,26 @@ export class Service {
   #hostGuard;
   /** @type {Traffic|undefined} */
   #traffic;
+  /** @type {string|undefined} */
+  #controlKey;
 
-  /** @param {ServiceOptions} options */
-  constructor(options) {
+  /** Use `open`. @param {ServiceOptions} options @param {Library} library @param {string} signingSecret */
+  constructor(options, library, signingSecret) {
     this.#options = options;
     this.config = { ...defaultConfig(), ...options.config };
-    this.pairing = { lifetimeMs: 600_000, pollIntervalMs: 2_000, ...options.pairing };
+    this.pairing = /** @type {import('./store/library.js').PairingOptions} */ (options.pairing);
     this.log = new Log({ quiet: options.quiet });
-    this.library = new Library(options.data, this.pairing);
-    this.#lock = new ServerLock(this.library.dir.lock);
-    this.signer = new Signer(this.library.settings.signingSecret());
+    this.library = library;
+    this.#lock = new ServerLock(library.dir.lock);
+    this.signer = new Signer(signingSecret);
     this.grants = new Grants(this.signer, this.config);
-    this.checksums = new Checksums(this.library, this.log);
+    this.captureLocks = new CaptureLocks();
+    this.findings = new Findings(library, this.log);
     this.storesBytes = !options.discard;
     const discarded = new DiscardObjects();
     /** @type {FileObjects|DiscardObjects} */
-    this.objects = options.discard ? discarded : new FileObjects(this.library.dir);
+    this.objects = options.discard ? discarded : new FileObjects(library.dir);
+    this.removals = new Removals(this);
     this.#housekeeping = new Housekeeping(this);
     this.ownerPassword = options.ownerPassword;
     this.origin = () => this.#origin;
@@ -87,11 +102,19 @@ export class Service {
     if (options.testMode) {
       this.#traffic = new Traffic();
       this.#http.onConnection((socket) => this.#traffic?.watchConnection(socket));
-      addTestRoutes(this.#router, this, this.#traffic);
+      this.#controlKey = newSecret('vct_');
+      addTestRoutes(this.#router, this, this.#traffic, this.#controlKey);
     }
   }
 
-  /** @returns {Promise<string>} the base URL */
+  /** @param {ServiceOptions} options */
+  static async open(options) {
+    const pairing = { lifetimeMs: 600_000, pollIntervalMs: 2_000, ...options.pairing };
+    const library = await Library.open(options.data, pairing);
+    return new Service({ ...options, pairing }, library, await library.settings.signingSecret());
+  }
+
+  /** @returns {Promise<Listening>} */
   async start() {
     const { host, port, publicUrl, tls } = this.#options;
     const listening = await this.#http.listen(host, port);
@@ -100,20 +123,27 @@ export class Service {
     this.#origin = origin.origin;
     this.#hostGuard = new HostGuard(origin);
     if (isLoopbackName(host)) this.#hostGuard.allowLoopbackPort(listening);
-    this.checksums.resume();
+    await this.library.settings.setOrigin(this.#origin);
+    this.findings.resume();
     this.#housekeeping.start();
-    return this.#origin;
+    return {
+      url: this.#origin,
+      ...(this.ownerPassword === undefined ? { signInUrl: await signInAddress(this.library, this.#origin) } : {}),
+      ...(this.#controlKey === undefined ? {} : { controlKey: this.#controlKey }),
+    };
   }
 
   async stop() {
     this.#housekeeping.stop();
     await this.#http.close();
+    await this.library.close();
     this.#lock.release();
-    this.library.close();
   }
 
   /** @param {import('node:http').IncomingMessage} req @param {import('node:http').ServerResponse} res */
   async #onRequest(req, res) {
+    // Whoever leaves in the middle of a request is no failure of ours, at whatever moment.
+    req.on('error', () => {});
     const startedAt = performance.now();
     const path = (req.url ?? '/').split('?')[0];
     res.once('close', () => {

@@ -23,6 +23,7 @@ before(async () => {
   service = await ServiceProcess.start(['--test-mode']);
   browser = await openBrowser();
   page = browser.page;
+  await page.goto(service.signInUrl);
   page.on('pageerror', (error) => complaints.push(error.message));
   page.on('console', (message) => {
     if (message.type() === 'error') complaints.push(message.text());

@@ -19,7 +19,7 @@ after(() => service.dispose());
 /** @param {string[]} args */
 const run = (...args) => spawnSync(BIN, args, { encoding: 'utf8' });
 
-test('keys and projects can be managed beside a running server', async () => {
+test('keys, projects and browsers can be managed beside a running server', async () => {
   const created = run('key', 'create', '--data', service.data, '--name', 'Script');
   assert.match(created.stdout, /^vck_[\w-]+\n$/);
   const client = new Client(service, created.stdout.trim());
@@ -29,6 +29,10 @@ test('keys and projects can be managed beside a running server', async () => {
 
   assert.equal(run('project', 'delete', '--data', service.data, project).status, 0);
   assert.equal((await client.sign({ projectId: project })).body.error, 'Project not found');
+
+  const page = run('sign-in', '--data', service.data, '--page', '/devices').stdout.trim();
+  const opened = await fetch(page, { redirect: 'manual' });
+  assert.deepEqual([opened.status, opened.headers.get('location')], [303, '/devices']);
 
   const id = run('key', 'list', '--data', service.data).stdout.split('\t')[0];
   assert.equal(run('key', 'revoke', '--data', service.data, id).status, 0);

@@ -125,7 +125,10 @@ test('an upload that is not whole cannot be confirmed', async () => {
   const movie = randomBytes(CHUNK * 2);
   const { assetId, upload, location } = await begin(movie);
   await tusPatch(upload, location, 0, movie.subarray(0, CHUNK));
-  assert.equal((await client.confirm(assetId)).status, 404);
+  const early = await client.confirm(assetId);
+  assert.equal(early.status, 404);
+  assert.notEqual(early.body.error, 'Project not found');
+  assert.equal((await client.capture(assetId)).status, 'pending');
   await sendRest(upload, location, movie);
   assert.equal((await client.confirm(assetId)).status, 200);
 });
@@ -164,13 +167,19 @@ test('creation takes only what was signed', async () => {
   assert.equal(bare.status, 401);
 });
 
-test('the signature of one capture does not open the upload of another', async () => {
+test('the signature of one capture does not open the upload of another, nor when both are named', async () => {
   const movie = randomBytes(100);
   const mine = await begin(movie);
   const theirs = await begin(movie);
   const head = await fetch(theirs.location, { method: 'HEAD', headers: tusHeaders(mine.upload) });
   assert.equal(head.status, 403);
   assert.equal((await tusPatch(mine.upload, theirs.location, 0, movie)).status, 403);
+  // The tus server must not read another id out of the address than the one that was checked.
+  const theirId = path.basename(theirs.location);
+  await tusPatch(mine.upload, `${mine.location}?/${theirId}`, 0, movie);
+  for (const address of [`${mine.location}?/${theirId}`, `${mine.location}%2f${theirId}`, `${mine.location}.json`]) {
+    await fetch(address, { method: 'DELETE', headers: tusHeaders(mine.upload) });
+  }
   assert.equal(await tusOffset(theirs.upload, theirs.location), 0);
 });
 

@@ -11,6 +11,7 @@ import { after, before, test } from 'node:test';
 
 import Database from 'libsql';
 
+import { eventually } from './support/eventually.js';
 import { Client, ServiceProcess } from './support/serviceProcess.js';
 import { tusCreate } from './support/tusRequests.js';
 
@@ -37,17 +38,6 @@ async function restartAfter(sql, ...values) {
   client = new Client(service, client.apiKey);
 }
 
-/** @template T @param {() => Promise<T|undefined|null|false>} look @returns {Promise<T>} */
-async function eventually(look) {
-  const deadline = Date.now() + 5000;
-  for (;;) {
-    const seen = await look();
-    if (seen) return seen;
-    assert.ok(Date.now() < deadline, 'it did not happen');
-    await new Promise((resolve) => setTimeout(resolve, 20));
-  }
-}
-
 test('uploads that nobody will finish are forgotten, others are kept', async () => {
   const [old, young] = [await client.sign(), await client.sign()];
   for (const { body } of [old, young]) assert.equal((await tusCreate(body.main.upload, 1000)).status, 201);
@@ -59,6 +49,37 @@ test('uploads that nobody will finish are forgotten, others are kept', async () 
   await eventually(async () => remaining().size === 1);
   assert.deepEqual([...remaining()], [young.body.assetId]);
   assert.equal((await client.call('POST', `/v1/capture/${old.body.assetId}/refresh`)).status, 404);
+});
+
+test('captures that are confirmed while another process writes are still there after a crash', async () => {
+  await service.call('POST', '/test/config', { transfer: 'standard' });
+  /** @type {string[]} */
+  const assetIds = [];
+  for (let count = 0; count < 20; count += 1) {
+    const { body } = await client.sign({ bytes: 5 });
+    await fetch(body.main.upload.uploadUrl, { method: 'PUT', body: 'movie' });
+    assetIds.push(body.assetId);
+  }
+  const db = new Database(path.join(service.data, 'library.db'));
+  db.exec('BEGIN IMMEDIATE');
+  const during = assetIds.slice(0, 2).map((assetId) => client.confirm(assetId));
+  // Everything else goes on meanwhile.
+  const startedAt = performance.now();
+  assert.equal((await client.call('GET', '/library/captures')).status, 200);
+  const waited = performance.now() - startedAt;
+  db.exec('ROLLBACK');
+  db.close();
+  const confirmed = await Promise.all([...during, ...assetIds.slice(2).map((assetId) => client.confirm(assetId))]);
+
+  await service.stop('SIGKILL');
+  service = await service.restart();
+  client = new Client(service, client.apiKey);
+  const { body } = await client.call('GET', '/library/captures');
+  const listed = new Set(body.captures.filter((/** @type {any} */ { status }) => status === 'confirmed').map((/** @type {any} */ { id }) => id));
+  const lost = assetIds.filter((assetId, index) => confirmed[index].status === 200 && !listed.has(assetId));
+  assert.deepEqual(lost, []);
+  assert.deepEqual(confirmed.map(({ status }) => status), assetIds.map(() => 200));
+  assert.ok(waited < 2000, `${waited} ms`);
 });
 
 test('a checksum that a stop interrupted is made up for', async () => {
@@ -91,9 +112,8 @@ test('it serves HTTPS', async () => {
   try {
     assert.match(secure.url, /^https:/);
     const answer = await new Promise((resolve, reject) => {
-      https.get(secure.url, { rejectUnauthorized: false }, (found) => resolve(found.resume())).on('error', reject);
+      https.get(secure.signInUrl, { rejectUnauthorized: false }, (found) => resolve(found.resume())).on('error', reject);
     });
-    assert.equal(answer.statusCode, 200);
     assert.match(answer.headers['set-cookie'][0], /; Secure/);
   } finally {
     await secure.dispose();

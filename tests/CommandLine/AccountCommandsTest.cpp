@@ -122,12 +122,15 @@ TEST_F(AccountCommands, pairStaysConnectedOverRestartsUntilUnpair) {
 }
 
 TEST_F(AccountCommands, isConnectedByTheOwnersClickInTheBrowserThatPairOpens) {
-    const std::string owner =
-        "exec node " VANTRELL_SOURCE_DIR "/service/test/support/answerPairing.js \"$1\" ";
-    useBrowser(owner + "Deny");
+    const auto owner = [this](const std::string &answer) {
+        return "exec node " VANTRELL_SOURCE_DIR "/service/test/support/answerPairing.js '" +
+               service.signInUrl() + "' \"$1\" " + answer;
+    };
+    useBrowser(owner("Deny"));
     EXPECT_EQ(program.run({"pair", "--json"}).json()["error"],
               "The connection was denied on the approval page");
-    useBrowser(owner + "Approve");
+    service.restart(); // each browser needs an address of its own
+    useBrowser(owner("Approve"));
     const auto ended = program.run({"pair", "--json"});
     EXPECT_EQ(ended.json(), (nlohmann::json{{"connected", true}})) << ended.errors;
     EXPECT_TRUE(stored());

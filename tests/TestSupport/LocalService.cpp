@@ -81,6 +81,8 @@ void LocalService::start(int port) {
         giveUp("did not start: " + std::string(std::istreambuf_iterator<char>(log), {}));
     }
     m_url = hello.at("url");
+    m_signInUrl = hello.value("signInUrl", ""); // none with an owner password
+    m_controlKey = hello.at("controlKey");
     m_port = std::stoi(m_url.substr(m_url.rfind(':') + 1));
 }
 
@@ -100,6 +102,7 @@ nlohmann::json LocalService::call(const std::string &method, const std::string &
     const std::string address = m_url + path;
     std::string answer;
     curl_slist *headers = curl_slist_append(nullptr, "Content-Type: application/json");
+    headers = curl_slist_append(headers, ("X-Control-Key: " + m_controlKey).c_str());
     if (!key.empty())
         headers = curl_slist_append(headers, ("Authorization: Bearer " + key).c_str());
     curl_easy_setopt(easy, CURLOPT_URL, address.c_str());

@@ -38,6 +38,8 @@ public:
 
     /// "http://127.0.0.1:PORT", the same after a restart.
     const std::string &url() const { return m_url; }
+    /// The address that makes the first browser that opens it the owner's; another one after a restart.
+    const std::string &signInUrl() const { return m_signInUrl; }
     /// The file that a client has to trust when the service speaks https.
     std::filesystem::path authority() const { return m_folder / "authority.pem"; }
 
@@ -92,6 +94,8 @@ private:
     Options m_options;
     TemporaryFolder m_folder;
     std::string m_url;
+    std::string m_signInUrl;
+    std::string m_controlKey;
     int m_port = 0;
     std::unique_ptr<ChildProcess> m_process;
 };

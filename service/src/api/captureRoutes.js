@@ -22,7 +22,7 @@ const alreadyUploaded = (/** @type {string} */ assetId) =>
  * @param {import('../http/router.js').Router} router @param {import('../service.js').Service} service
  */
 export function addCaptureRoutes(router, service) {
-  const { library, config, objects, checksums, log } = service;
+  const { library, config, objects, captureLocks, findings, log } = service;
 
   /** The caller's capture; another account's does not exist for it. @returns {AssetRow} */
   const ownedAsset = (/** @type {import('../http/router.js').Exchange} */ { req, params }) => {
@@ -50,11 +50,14 @@ export function addCaptureRoutes(router, service) {
     if (!library.projects.findLive(accountId, facts.projectId)) throw projectGone();
     requireWithinPlan(facts, config);
     if (service.storesBytes) await requireRoomFor(library.dir.root, facts.bytes);
-    const asset = library.assets.register(accountId, facts);
+    const asset = await captureLocks.run(accountId, facts.captureId, async () => {
+      const { asset, isResized } = await library.assets.register(accountId, facts);
+      // What was sent of a file of another size is of no use to this one.
+      if (isResized) await objects.discardUploads(asset.id);
+      return asset;
+    });
     // Confirmed by another request while this one waited.
     if (asset.status === 'confirmed') throw alreadyUploaded(asset.id);
-    // What was sent of a file of another size is of no use to this one.
-    if (before && before.bytes !== asset.bytes) await objects.discardUploads(asset.id);
     sendJson(exchange.res, 200, signedCapture(service, asset));
   });
 
@@ -66,21 +69,25 @@ export function addCaptureRoutes(router, service) {
   });
 
   router.add('POST', '/v1/capture/:assetId/confirm', async (exchange) => {
-    const asset = ownedAsset(exchange);
-    if (asset.status === 'pending') {
-      if (!library.projects.findLive(asset.account_id, asset.project_id)) throw projectGone();
+    const { account_id: accountId, capture_id: captureId } = ownedAsset(exchange);
+    const { asset, isNew } = await captureLocks.run(accountId, captureId, async () => {
+      const asset = ownedAsset(exchange);
+      if (asset.status === 'confirmed') return { asset, isNew: false };
+      if (!library.projects.findLive(accountId, asset.project_id)) throw projectGone();
       if (!(await objects.settleMain(asset))) throw new HttpError(404, 'The capture has not been uploaded completely');
-      library.assets.markConfirmed(asset.id);
+      await library.assets.markConfirmed(asset.id);
+      await objects.discardUploads(asset.id);
       log.info(`confirmed ${asset.id}`);
-      if (service.storesBytes) await checksums.compute(asset.id, config.checksumWaitMs);
-    }
+      return { asset, isNew: true };
+    });
+    if (isNew && service.storesBytes) await findings.gather(asset.id, config.checksumWaitMs);
     sendJson(exchange.res, 200, { assetId: asset.id, projectId: asset.project_id, status: 'confirmed' });
   });
 
   router.add('POST', '/v1/capture/events', async (exchange) => {
     const accountId = requireAccount(library, exchange.req);
     const events = parseEvents(await readJson(exchange));
-    library.events.add(accountId, events);
+    await library.events.add(accountId, events);
     sendJson(exchange.res, 200, { accepted: events.length });
   });
 }

@@ -10,19 +10,19 @@ import { UsageError } from './usage.js';
  * Runs a short command on the library of --data, beside a server that may be running.
  *
  * @param {string[]} args @param {Record<string, {type: 'string'}>} options
- * @param {(library: Library, values: Record<string, any>, positionals: string[]) => void} run
+ * @param {(library: Library, values: Record<string, any>, positionals: string[]) => Promise<void>} run
  */
-export function withLibrary(args, options, run) {
+export async function withLibrary(args, options, run) {
   const { values, positionals } = parseArgs({
     args,
     options: { data: { type: 'string' }, ...options },
     allowPositionals: true,
   });
   if (!values.data) throw new UsageError('--data is required');
-  const library = new Library(/** @type {string} */ (values.data));
+  const library = await Library.open(/** @type {string} */ (values.data));
   try {
-    run(library, values, positionals);
+    await run(library, values, positionals);
   } finally {
-    library.close();
+    await library.close();
   }
 }

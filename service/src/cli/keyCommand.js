@@ -6,11 +6,11 @@ import { UsageError } from './usage.js';
 
 /** @param {string[]} args */
 export function runKeyCommand([action, ...rest]) {
-  withLibrary(rest, { name: { type: 'string' } }, (library, { name }, [which]) => {
+  return withLibrary(rest, { name: { type: 'string' } }, async (library, { name }, [which]) => {
     const owner = library.accounts.owner();
     switch (action) {
       case 'create':
-        process.stdout.write(`${library.keys.create(owner, name ?? 'Command line')}\n`);
+        process.stdout.write(`${await library.keys.create(owner, name ?? 'Command line')}\n`);
         break;
       case 'list':
         for (const key of library.keys.list(owner)) {
@@ -19,7 +19,7 @@ export function runKeyCommand([action, ...rest]) {
         break;
       case 'revoke':
         if (!which) throw new UsageError('key revoke needs a key or its id');
-        if (!library.keys.revoke(owner, which) && !library.keys.revokeByText(which)) {
+        if (!(await library.keys.revoke(owner, which)) && !(await library.keys.revokeByText(which))) {
           throw new Error('there is no such live key');
         }
         break;

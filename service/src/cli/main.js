@@ -4,9 +4,10 @@
 import { runKeyCommand } from './keyCommand.js';
 import { runProjectCommand } from './projectCommand.js';
 import { runServe } from './serveCommand.js';
+import { runSignInCommand } from './signInCommand.js';
 import { USAGE, UsageError } from './usage.js';
 
-const COMMANDS = { serve: runServe, key: runKeyCommand, project: runProjectCommand };
+const COMMANDS = { serve: runServe, key: runKeyCommand, project: runProjectCommand, 'sign-in': runSignInCommand };
 
 /**
  * Exit codes: 1 the command failed, 2 it was used wrongly.

@@ -10,8 +10,8 @@ import { UsageError } from './usage.js';
 
 /** @param {string[]} args */
 export async function runServe(args) {
-  const service = new Service(parseServeOptions(args, process.env));
-  const url = await service.start();
+  const service = await Service.open(parseServeOptions(args, process.env));
+  const listening = await service.start();
   let stopping = false;
   const stop = async () => {
     // A second signal means "now".
@@ -23,7 +23,7 @@ export async function runServe(args) {
   process.on('SIGTERM', stop);
   process.on('SIGINT', stop);
   // Last: whoever reads this line may stop us at once.
-  process.stdout.write(`${JSON.stringify({ event: 'listening', url })}\n`);
+  process.stdout.write(`${JSON.stringify({ event: 'listening', ...listening })}\n`);
 }
 
 /**
@@ -94,8 +94,8 @@ export function parseServeOptions(args, env) {
 }
 
 /**
- * On this machine's own address the person at its browser is taken for the owner. That must not become
- * true of everybody on a network.
+ * Beyond this machine a one-time address would pass through networks and proxies in the open: there a
+ * password is asked for, and nothing is controlled from outside.
  *
  * @param {string} host @param {string|undefined} publicUrl @param {string|undefined} password @param {boolean} testMode
  */

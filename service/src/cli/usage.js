@@ -15,8 +15,9 @@ export const USAGE = `Usage:
                                  how recordings are sent: up to the threshold in one request,
                                  larger ones resumably in chunks (default 6 MiB each)
       --quiet                    log failures only
-      --test-mode                control endpoints for tests, on loopback only
+      --test-mode                control endpoints for tests, with a key that is printed at the start
       --discard                  count uploaded bytes instead of keeping them
+  vantrell-service sign-in --data DIR [--page PATH]         prints an address that signs one browser in
   vantrell-service key create --data DIR [--name NAME]      prints the new key
   vantrell-service key list --data DIR
   vantrell-service key revoke --data DIR KEY-OR-ID

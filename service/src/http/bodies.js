@@ -64,6 +64,8 @@ export async function readForm({ req, res }) {
  */
 export function bodyStream(req) {
   const body = new PassThrough({ highWaterMark: 256 * 1024 });
+  // The client may leave before anybody reads: a failure that nobody listens for ends the process.
+  body.on('error', () => {});
   req.once('error', (error) => body.destroy(error));
   req.once('close', () => {
     if (!req.complete) body.destroy(new Error('the client went away'));

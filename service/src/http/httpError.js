@@ -31,5 +31,8 @@ export function isDiskFull(error) {
 export function toHttpError(error) {
   if (error instanceof HttpError) return error;
   if (isDiskFull(error)) return new HttpError(507, 'The library has no room left on its disk');
+  if (/** @type {any} */ (error)?.code === 'SQLITE_BUSY') {
+    return new HttpError(503, 'The library is busy. Try again in a moment.', { headers: { 'Retry-After': '5' } });
+  }
   return new HttpError(500, 'Internal error');
 }

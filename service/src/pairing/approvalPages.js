@@ -10,6 +10,7 @@ import { html } from '../web/html.js';
 import { requireOwner } from '../web/owner.js';
 import { sendPage } from '../web/page.js';
 
+/** Addresses that tell nothing: the device's is there, or that of a proxy before us. */
 const LOCAL_ADDRESSES = new Set(['127.0.0.1', '::1', '::ffff:127.0.0.1']);
 
 /** How a decided pairing reads. */
@@ -47,7 +48,7 @@ export function addApprovalPages(router, service) {
     const { public_code: code } = requirePairing(exchange.params.code);
     const decision = form.get('decision');
     if (decision !== 'approved' && decision !== 'denied') throw new HttpError(400, 'Choose to approve or to deny.');
-    if (library.pairings.decide(code, accountId, decision)) log.info(`pairing ${code} ${decision}`);
+    if (await library.pairings.decide(code, accountId, decision)) log.info(`pairing ${code} ${decision}`);
     redirect(exchange.res, `/pair/${code}`);
   });
 }
@@ -58,10 +59,10 @@ export function addApprovalPages(router, service) {
  */
 function question(service, session, pairing) {
   const action = `/pair/${pairing.public_code}`;
-  const from = LOCAL_ADDRESSES.has(pairing.remote_address) ? 'this computer' : pairing.remote_address;
+  const from = LOCAL_ADDRESSES.has(pairing.remote_address) ? '' : `from ${pairing.remote_address}, `;
   return html`<section class="question">
 <h1>Connect this device?</h1>
-<div class="device"><b>${pairing.device_name}</b><span class="quiet">from ${from}, ${moment(pairing.created_at)}</span>
+<div class="device"><b>${pairing.device_name}</b><span class="quiet">${from}${moment(pairing.created_at)}</span>
 <code class="code">${pairing.public_code}</code></div>
 <p>It will be able to add captures to this library and see your projects. Approve only if you have just chosen
 <b>Connect</b> in Vantrell Capture yourself.</p>

@@ -17,7 +17,7 @@ export function addPairingRoutes(router, { library, pairing, origin, log }) {
   router.add('POST', '/v1/keys/request', async (exchange) => {
     const body = await readJson(exchange);
     const name = displayName(textField(body, 'name', { max: 100 })) || FALLBACK_NAME;
-    const made = library.pairings.request(name, exchange.req.socket.remoteAddress ?? 'unknown');
+    const made = await library.pairings.request(name, exchange.req.socket.remoteAddress ?? 'unknown');
     if (!made) throw new HttpError(429, 'Too many devices are waiting for approval', { headers: { 'Retry-After': '60' } });
     log.info(`pairing ${made.publicCode} requested`);
     sendJson(exchange.res, 201, {
@@ -30,6 +30,6 @@ export function addPairingRoutes(router, { library, pairing, origin, log }) {
 
   router.add('POST', '/v1/keys/poll', async (exchange) => {
     const body = await readJson(exchange);
-    sendJson(exchange.res, 200, library.pairings.poll(textField(body, 'deviceCode', { max: 200 })));
+    sendJson(exchange.res, 200, await library.pairings.poll(textField(body, 'deviceCode', { max: 200 })));
   });
 }

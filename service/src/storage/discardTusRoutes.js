@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-import { randomBytes } from 'node:crypto';
-
 import { acceptBody } from '../http/bodies.js';
 import { HttpError } from '../http/httpError.js';
 import { TusAccess } from './tusAccess.js';
 import { TUS_PATH } from './tusRoutes.js';
+import { newUploadId } from './uploadIds.js';
 
 const TUS = { 'Tus-Resumable': '1.0.0' };
 
@@ -30,7 +29,7 @@ export function addDiscardTusRoutes(router, { library, grants, origin }, objects
 
   router.add('POST', TUS_PATH, ({ req, res }) => {
     const asset = access.forCreation(req);
-    const id = `${asset.id}.${randomBytes(16).toString('hex')}`;
+    const id = newUploadId(asset.id);
     uploads.set(id, { assetId: asset.id, offset: 0, length: asset.bytes });
     if (asset.bytes === 0) objects.record(asset.id, 'main', 0);
     res.writeHead(201, { ...TUS, Location: `${origin()}${TUS_PATH}/${id}`, 'Content-Length': 0 });
@@ -55,7 +54,6 @@ export function addDiscardTusRoutes(router, { library, grants, origin }, objects
     req.on('data', (chunk) => {
       upload.offset += chunk.length;
     });
-    req.on('error', () => {});
     req.on('end', () => {
       if (upload.offset === upload.length) objects.record(upload.assetId, 'main', upload.length);
       res.writeHead(204, { ...TUS, 'Upload-Offset': upload.offset });

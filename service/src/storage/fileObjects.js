@@ -8,6 +8,7 @@ import path from 'node:path';
 import { pipeline } from 'node:stream/promises';
 
 import { HttpError } from '../http/httpError.js';
+import { assetOfUpload } from './uploadIds.js';
 
 /** @typedef {import('../store/assets.js').AssetRow} AssetRow */
 /** @typedef {import('./objectNames.js').Slot} Slot */
@@ -16,12 +17,10 @@ const PART_SUFFIX = '.part';
 
 /**
  * The objects of captures as files. An object appears under its name only when it is whole and on
- * disk: bytes first gather in a temporary file (a PUT) or in the uploads folder (resumable).
+ * disk: bytes first gather in the uploads folder, in a part file (a PUT) or an upload's (resumable).
  */
 export class FileObjects {
   #dir;
-  /** @type {Map<string, Promise<boolean>>} */
-  #settling = new Map();
 
   /** @param {import('../store/dataDir.js').DataDir} dir */
   constructor(dir) {
@@ -33,19 +32,16 @@ export class FileObjects {
    *
    * @param {AssetRow} asset @param {Slot} slot
    * @param {import('node:stream').Readable} source
-   * @param {{bytes: number, stillWanted: () => boolean}} expected
+   * @param {{bytes: number, inTurn: (publish: () => Promise<void>) => Promise<void>}} expected `inTurn` calls
+   *   back when the whole body may take its place, or rejects when nobody wants it any more
    */
-  async put(asset, slot, source, expected) {
-    const folder = this.#dir.assetFolder(asset.id);
-    await mkdir(folder, { recursive: true, mode: 0o700 });
-    const part = path.join(folder, `${slot}.${randomBytes(8).toString('hex')}${PART_SUFFIX}`);
+  async put(asset, slot, source, { bytes, inTurn }) {
+    const part = path.join(this.#dir.uploads, `${asset.id}.${slot}.${randomBytes(8).toString('hex')}${PART_SUFFIX}`);
     try {
       const file = createWriteStream(part, { flags: 'wx', mode: 0o600 });
       await pipeline(source, file);
-      if (file.bytesWritten !== expected.bytes) throw new HttpError(400, 'The body is not as long as announced');
-      // A slow request that its client gave up on must not replace what was confirmed meanwhile.
-      if (!expected.stillWanted()) throw new HttpError(409, 'The capture is already confirmed');
-      await this.#publish(part, this.#dir.object(asset.id, slot));
+      if (file.bytesWritten !== bytes) throw new HttpError(400, 'The body is not as long as announced');
+      await inTurn(() => this.#publish(part, asset.id, slot));
     } catch (error) {
       await rm(part, { force: true });
       throw error;
@@ -54,29 +50,17 @@ export class FileObjects {
 
   /**
    * Puts the main object in place, from a finished resumable upload where there is one. Repeating it
-   * does no harm, whenever an earlier try was cut off; two at once are one.
+   * does no harm, whenever an earlier try was cut off.
    *
    * @param {AssetRow} asset
    * @returns {Promise<boolean>} whether the whole main object is there
    */
-  settleMain(asset) {
-    const settling =
-      this.#settling.get(asset.id) ?? this.#settleMain(asset).finally(() => this.#settling.delete(asset.id));
-    this.#settling.set(asset.id, settling);
-    return settling;
-  }
-
-  /** @param {AssetRow} asset */
-  async #settleMain(asset) {
-    const main = this.#dir.object(asset.id, 'main');
-    if ((await sizeOf(main)) !== asset.bytes) {
+  async settleMain(asset) {
+    if ((await sizeOf(this.#dir.object(asset.id, 'main'))) !== asset.bytes) {
       const finished = await this.#finishedUpload(asset);
       if (!finished) return false;
-      await mkdir(this.#dir.assetFolder(asset.id), { recursive: true, mode: 0o700 });
-      await this.#publish(finished, main);
+      await this.#publish(finished, asset.id, 'main');
     }
-    await this.discardUploads(asset.id);
-    await this.#discardParts(asset.id);
     return true;
   }
 
@@ -85,13 +69,13 @@ export class FileObjects {
     return (await sizeOf(this.#dir.object(assetId, slot))) !== undefined;
   }
 
-  /** Forgets resumable uploads of a capture, finished or not. @param {string} assetId */
+  /** Forgets what was sent of a capture and did not take its place. @param {string} assetId */
   async discardUploads(assetId) {
     for (const name of await this.#uploadNames(assetId)) await rm(path.join(this.#dir.uploads, name), { force: true });
   }
 
   /**
-   * Forgets resumable uploads that no capture waits for any more.
+   * The same for all that no capture waits for any more.
    *
    * @param {(assetId: string) => boolean} isAwaited
    */
@@ -110,7 +94,7 @@ export class FileObjects {
   async #finishedUpload(asset) {
     for (const name of await this.#uploadNames(asset.id)) {
       const file = path.join(this.#dir.uploads, name);
-      if (!name.endsWith('.json') && (await sizeOf(file)) === asset.bytes) return file;
+      if (assetOfUpload(name) && (await sizeOf(file)) === asset.bytes) return file;
     }
     return undefined;
   }
@@ -120,19 +104,13 @@ export class FileObjects {
     return (await readdir(this.#dir.uploads)).filter((name) => name.startsWith(`${assetId}.`));
   }
 
-  /** @param {string} assetId */
-  async #discardParts(assetId) {
+  /** @param {string} file @param {string} assetId @param {Slot} slot */
+  async #publish(file, assetId, slot) {
+    await flush(file);
     const folder = this.#dir.assetFolder(assetId);
-    for (const name of await readdir(folder)) {
-      if (name.endsWith(PART_SUFFIX)) await rm(path.join(folder, name), { force: true });
-    }
-  }
-
-  /** @param {string} from @param {string} to */
-  async #publish(from, to) {
-    await flush(from);
-    await rename(from, to);
-    await flush(path.dirname(to));
+    if (await mkdir(folder, { recursive: true, mode: 0o700 })) await flush(path.dirname(folder));
+    await rename(file, this.#dir.object(assetId, slot));
+    await flush(folder);
   }
 }
 

@@ -4,6 +4,7 @@
 import { HttpError } from '../http/httpError.js';
 import { sameText } from '../store/tokens.js';
 import { BUCKET, objectName, parseObjectName } from './objectNames.js';
+import { assetOfUpload } from './uploadIds.js';
 
 /** @typedef {import('../store/assets.js').AssetRow} AssetRow */
 
@@ -43,12 +44,13 @@ export class TusAccess {
   }
 
   /**
-   * For a request on an existing upload, whose id starts with its capture's.
+   * For a request on an existing upload, whose id tells its capture.
    *
    * @param {import('node:http').IncomingMessage} req @param {string} uploadId @returns {AssetRow}
    */
   forUpload(req, uploadId) {
-    const asset = this.#authorize(req, this.#library.assets.find(uploadId.split('.')[0]));
+    const assetId = assetOfUpload(uploadId);
+    const asset = this.#authorize(req, assetId === undefined ? undefined : this.#library.assets.find(assetId));
     if (req.method !== 'HEAD') refuseConfirmed(asset);
     return asset;
   }

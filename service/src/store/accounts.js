@@ -8,20 +8,28 @@ const OWNER = 'owner';
 /** Who things belong to. A self-hosted library has one account, its owner. */
 export class Accounts {
   #db;
+  #owner = '';
 
-  /** @param {import('./database.js').Db} db */
+  /** @param {import('./database.js').Database} db */
   constructor(db) {
     this.#db = db;
   }
 
-  /** @returns {string} the owner's account id */
-  owner() {
-    return this.named(OWNER);
+  /** Once, before anything else: an account for the owner. */
+  async prepare() {
+    this.#owner = await this.named(OWNER);
   }
 
-  /** The account of that name, made when there is none. @param {string} name @returns {string} */
+  /** @returns {string} the owner's account id */
+  owner() {
+    return this.#owner;
+  }
+
+  /** The account of that name, made when there is none. @param {string} name @returns {Promise<string>} */
   named(name) {
-    this.#db.prepare('INSERT OR IGNORE INTO accounts VALUES (?, ?, ?)').run(newId('acc'), name, Date.now());
-    return this.#db.prepare('SELECT id FROM accounts WHERE name = ?').get(name).id;
+    return this.#db.write((transaction) => {
+      transaction.run('INSERT OR IGNORE INTO accounts VALUES (?, ?, ?)', newId('acc'), name, Date.now());
+      return transaction.get('SELECT id FROM accounts WHERE name = ?', name).id;
+    });
   }
 }

@@ -2,21 +2,14 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 import { chmodSync } from 'node:fs';
-import Database from 'libsql';
+import { setTimeout as sleep } from 'node:timers/promises';
 
-/**
- * An open database, as the stores use it. Rows are what their queries select; each store names their types.
- *
- * @typedef {object} Statement
- * @property {(...values: unknown[]) => {changes: number}} run
- * @property {(...values: unknown[]) => any} get
- * @property {(...values: unknown[]) => any[]} all
- *
- * @typedef {object} Db
- * @property {(sql: string) => Statement} prepare
- * @property {(sql: string) => unknown} exec
- * @property {() => void} close
- */
+import Libsql from 'libsql';
+
+/** How often a writer that finds the database locked by another process looks again. */
+const RETRY_MS = 15;
+/** How long it does so: shorter than the applications' own time-out, so that they hear why. */
+const PATIENCE_MS = 30_000;
 
 /** Each entry is one schema version; a database records how many it has seen. Append only. */
 const MIGRATIONS = [
@@ -79,57 +72,121 @@ const MIGRATIONS = [
     PRIMARY KEY (account_id, id)
   );
   `,
+  `
+  ALTER TABLE assets ADD COLUMN sidecar_facts TEXT;
+  CREATE TABLE removals (asset_id TEXT PRIMARY KEY, decided_at INTEGER NOT NULL);
+  CREATE TABLE sign_in_codes (hash TEXT PRIMARY KEY, expires_at INTEGER NOT NULL);
+  `,
 ];
 
 /**
- * Opens the library's database, bringing its schema up to date. Several processes may have it
- * open at once: the command line works beside a running server.
+ * What a write may do. Rows are what its queries select; each store names their types.
  *
- * @param {string} file @returns {Db}
+ * @typedef {object} Transaction
+ * @property {(sql: string, ...values: unknown[]) => any} get the first row
+ * @property {(sql: string, ...values: unknown[]) => any[]} all
+ * @property {(sql: string, ...values: unknown[]) => number} run the number of rows changed
  */
-export function openDatabase(file) {
-  const db = /** @type {any} */ (new Database(file));
-  chmodSync(file, 0o600);
-  db.pragma('busy_timeout = 5000');
-  db.pragma('journal_mode = WAL');
-  // An answer that said "confirmed" must survive a power cut.
-  db.pragma('synchronous = FULL');
-  db.pragma('foreign_keys = ON');
-  migrate(db);
-  return db;
-}
-
-/** @param {Db} db */
-function migrate(db) {
-  // IMMEDIATE: two processes that start together on an empty folder must not both migrate.
-  db.exec('BEGIN IMMEDIATE');
-  try {
-    const [{ user_version: seen }] = db.prepare('PRAGMA user_version').all();
-    if (seen > MIGRATIONS.length) {
-      throw new Error('the data folder was written by a newer version of this service');
-    }
-    for (const sql of MIGRATIONS.slice(seen)) db.exec(sql);
-    db.exec(`PRAGMA user_version = ${MIGRATIONS.length}`);
-    db.exec('COMMIT');
-  } catch (error) {
-    db.exec('ROLLBACK');
-    throw error;
-  }
-}
 
 /**
- * Runs `work` in one write transaction.
+ * The library's database. Several processes may have it open at once: the command line works beside a
+ * running server, and so does a backup.
  *
- * @template T @param {Db} db @param {() => T} work @returns {T}
+ * There is no way to write but in a transaction that takes the write lock first. A statement that meets a
+ * lock on its own is left half done by the driver, and keeps every later one from being committed. The wait
+ * for the lock is a timer, never a sleep inside SQLite, so that the server goes on answering meanwhile.
  */
-export function inTransaction(db, work) {
-  db.exec('BEGIN IMMEDIATE');
-  try {
-    const result = work();
-    db.exec('COMMIT');
-    return result;
-  } catch (error) {
-    db.exec('ROLLBACK');
-    throw error;
+export class Database {
+  #db;
+  /** @type {Promise<unknown>} the last of the writes, which take turns */
+  #last = Promise.resolve();
+  #closing = false;
+
+  /** Opens the file, bringing its schema up to date. Blocks while another process writes. @param {string} file */
+  constructor(file) {
+    const db = /** @type {any} */ (new Libsql(file));
+    chmodSync(file, 0o600);
+    this.#db = db;
+    db.pragma(`busy_timeout = ${PATIENCE_MS}`);
+    db.pragma('journal_mode = WAL');
+    // An answer that said "confirmed" must survive a power cut.
+    db.pragma('synchronous = FULL');
+    db.pragma('foreign_keys = ON');
+    this.#migrate();
+    db.pragma('busy_timeout = 0');
+  }
+
+  /** The first row. @param {string} sql @param {unknown[]} values */
+  get(sql, ...values) {
+    return this.#db.prepare(sql).get(values);
+  }
+
+  /** @param {string} sql @param {unknown[]} values @returns {any[]} */
+  all(sql, ...values) {
+    return this.#db.prepare(sql).all(values);
+  }
+
+  /**
+   * Runs `work` in one write transaction, after the writes that were asked for before. Rejects with
+   * SQLITE_BUSY when another process keeps the database locked for too long.
+   *
+   * @template T @param {(transaction: Transaction) => T} work must not wait for anything @returns {Promise<T>}
+   */
+  write(work) {
+    const deadline = performance.now() + PATIENCE_MS;
+    const turn = this.#last.then(async () => {
+      while (!this.#begin(performance.now() > deadline || this.#closing)) await sleep(RETRY_MS);
+      return this.#commit(work);
+    });
+    this.#last = turn.catch(() => {});
+    return turn;
+  }
+
+  /** Closes after the writes under way; those that still wait for another process are given up. */
+  async close() {
+    this.#closing = true;
+    await this.#last;
+    this.#db.close();
+  }
+
+  /** @param {boolean} isLastTry @returns {boolean} false when another process is writing */
+  #begin(isLastTry) {
+    try {
+      this.#db.exec('BEGIN IMMEDIATE');
+      return true;
+    } catch (error) {
+      if (isLastTry || /** @type {any} */ (error).code !== 'SQLITE_BUSY') throw error;
+      return false;
+    }
+  }
+
+  /** @template T @param {(transaction: Transaction) => T} work @returns {T} */
+  #commit(work) {
+    try {
+      const result = work({
+        get: (sql, ...values) => this.get(sql, ...values),
+        all: (sql, ...values) => this.all(sql, ...values),
+        run: (sql, ...values) => this.#db.prepare(sql).run(values).changes,
+      });
+      this.#db.exec('COMMIT');
+      return result;
+    } catch (error) {
+      // A full disk has rolled it back already.
+      if (this.#db.inTransaction) this.#db.exec('ROLLBACK');
+      throw error;
+    }
+  }
+
+  #migrate() {
+    // The lock first: two processes that start together on an empty folder must not both migrate.
+    this.#begin(true);
+    this.#commit(() => {
+      const { user_version: seen } = this.get('PRAGMA user_version');
+      if (seen > MIGRATIONS.length) {
+        throw new Error('the data folder was written by a newer version of this service');
+      }
+      for (const sql of MIGRATIONS.slice(seen)) this.#db.exec(sql);
+      this.#db.exec(`PRAGMA user_version = ${MIGRATIONS.length}`);
+    });
   }
 }

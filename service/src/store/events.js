@@ -10,7 +10,7 @@ const KEPT_EVENTS = 10_000;
 export class Events {
   #db;
 
-  /** @param {import('./database.js').Db} db */
+  /** @param {import('./database.js').Database} db */
   constructor(db) {
     this.#db = db;
   }
@@ -20,24 +20,24 @@ export class Events {
    *
    * @param {string} accountId @param {UsageEvent[]} batch
    */
-  add(accountId, batch) {
-    const insert = this.#db.prepare('INSERT OR IGNORE INTO events VALUES (?, ?, ?, ?, ?)');
+  async add(accountId, batch) {
     const now = Date.now();
-    for (const event of batch) insert.run(accountId, event.id, event.name, JSON.stringify(event.props), now);
-    this.#db
-      .prepare('DELETE FROM events WHERE rowid <= (SELECT max(rowid) FROM events) - ?')
-      .run(KEPT_EVENTS);
+    await this.#db.write(({ run }) => {
+      for (const { id, name, props } of batch) {
+        run('INSERT OR IGNORE INTO events VALUES (?, ?, ?, ?, ?)', accountId, id, name, JSON.stringify(props), now);
+      }
+      run('DELETE FROM events WHERE rowid <= (SELECT max(rowid) FROM events) - ?', KEPT_EVENTS);
+    });
   }
 
   /** @returns {(UsageEvent & {receivedAt: number})[]} oldest first */
   list() {
     return this.#db
-      .prepare('SELECT * FROM events ORDER BY rowid')
-      .all()
+      .all('SELECT * FROM events ORDER BY rowid')
       .map((row) => ({ id: row.id, name: row.name, props: JSON.parse(row.props), receivedAt: row.received_at }));
   }
 
-  clear() {
-    this.#db.exec('DELETE FROM events');
+  async clear() {
+    await this.#db.write(({ run }) => run('DELETE FROM events'));
   }
 }

@@ -4,25 +4,25 @@
 import { Accounts } from './accounts.js';
 import { Assets } from './assets.js';
 import { DataDir } from './dataDir.js';
-import { openDatabase } from './database.js';
+import { Database } from './database.js';
 import { Events } from './events.js';
 import { Keys } from './keys.js';
 import { Pairings } from './pairings.js';
 import { Projects } from './projects.js';
 import { Sessions } from './sessions.js';
 import { Settings } from './settings.js';
+import { SignInCodes } from './signInCodes.js';
+
+/** @typedef {{lifetimeMs: number, pollIntervalMs: number}} PairingOptions */
 
 /** Everything a data folder holds, opened together. */
 export class Library {
   #db;
 
-  /**
-   * @param {string} root the data folder; made when missing
-   * @param {{lifetimeMs: number, pollIntervalMs: number}} [pairing]
-   */
-  constructor(root, pairing = { lifetimeMs: 600_000, pollIntervalMs: 2_000 }) {
+  /** Use `open`. @param {string} root @param {PairingOptions} pairing */
+  constructor(root, pairing) {
     this.dir = new DataDir(root).create();
-    this.#db = openDatabase(this.dir.database);
+    this.#db = new Database(this.dir.database);
     this.settings = new Settings(this.#db);
     this.accounts = new Accounts(this.#db);
     this.keys = new Keys(this.#db);
@@ -30,11 +30,22 @@ export class Library {
     this.assets = new Assets(this.#db);
     this.events = new Events(this.#db);
     this.sessions = new Sessions(this.#db);
-    this.pairings = new Pairings(this.#db, this.keys, pairing);
-    this.projects.ensureDefault(this.accounts.owner());
+    this.signInCodes = new SignInCodes(this.#db);
+    this.pairings = new Pairings(this.#db, pairing);
   }
 
-  close() {
-    this.#db.close();
+  /**
+   * @param {string} root the data folder; made when missing
+   * @param {PairingOptions} [pairing]
+   */
+  static async open(root, pairing = { lifetimeMs: 600_000, pollIntervalMs: 2_000 }) {
+    const library = new Library(root, pairing);
+    await library.accounts.prepare();
+    await library.projects.ensureDefault(library.accounts.owner());
+    return library;
+  }
+
+  async close() {
+    await this.#db.close();
   }
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-import { inTransaction } from './database.js';
+import { Keys } from './keys.js';
 import { newReadableCode, newSecret, sameText, sha256Hex } from './tokens.js';
 
 /** Ended pairings stay this long, so that a late poll still hears how it ended. */
@@ -29,41 +29,35 @@ const MAX_WAITING = 100;
  */
 export class Pairings {
   #db;
-  #keys;
   #options;
 
   /**
-   * @param {import('./database.js').Db} db
-   * @param {import('./keys.js').Keys} keys
+   * @param {import('./database.js').Database} db
    * @param {{lifetimeMs: number, pollIntervalMs: number}} options
    */
-  constructor(db, keys, options) {
+  constructor(db, options) {
     this.#db = db;
-    this.#keys = keys;
     this.#options = options;
   }
 
   /**
    * @param {string} deviceName @param {string} remoteAddress
-   * @returns {{deviceCode: string, publicCode: string}|undefined} nothing when too many are waiting
+   * @returns {Promise<{deviceCode: string, publicCode: string}|undefined>} nothing when too many are waiting
    */
   request(deviceName, remoteAddress) {
     const now = Date.now();
     const deviceCode = newSecret();
-    return inTransaction(this.#db, () => {
-      this.#db.prepare('DELETE FROM pairings WHERE expires_at < ?').run(now - KEPT_AFTER_EXPIRY_MS);
-      const { n } = this.#db
-        .prepare(`SELECT count(*) AS n FROM pairings WHERE status = 'pending' AND expires_at > ?`)
-        .get(now);
+    return this.#db.write(({ get, run }) => {
+      run('DELETE FROM pairings WHERE expires_at < ?', now - KEPT_AFTER_EXPIRY_MS);
+      const { n } = get(`SELECT count(*) AS n FROM pairings WHERE status = 'pending' AND expires_at > ?`, now);
       if (n >= MAX_WAITING) return undefined;
       let publicCode = newReadableCode();
       while (this.find(publicCode)) publicCode = newReadableCode();
-      this.#db
-        .prepare(
-          `INSERT INTO pairings (public_code, device_hash, device_name, remote_address, status, created_at, expires_at)
-           VALUES (?, ?, ?, ?, 'pending', ?, ?)`,
-        )
-        .run(publicCode, sha256Hex(deviceCode), deviceName, remoteAddress, now, now + this.#options.lifetimeMs);
+      run(
+        `INSERT INTO pairings (public_code, device_hash, device_name, remote_address, status, created_at, expires_at)
+         VALUES (?, ?, ?, ?, 'pending', ?, ?)`,
+        publicCode, sha256Hex(deviceCode), deviceName, remoteAddress, now, now + this.#options.lifetimeMs,
+      );
       return { deviceCode, publicCode };
     });
   }
@@ -71,14 +65,15 @@ export class Pairings {
   /**
    * What the device is told. A code that does not exist looks like one that has expired.
    *
-   * @param {string} deviceCode @returns {PollOutcome}
+   * @param {string} deviceCode @returns {Promise<PollOutcome>}
    */
   poll(deviceCode) {
     const hash = sha256Hex(deviceCode);
-    return inTransaction(this.#db, () => {
+    return this.#db.write((transaction) => {
+      const { get, run } = transaction;
       const now = Date.now();
       /** @type {PairingRow|undefined} */
-      const row = this.#db.prepare('SELECT * FROM pairings WHERE device_hash = ?').get(hash);
+      const row = get('SELECT * FROM pairings WHERE device_hash = ?', hash);
       if (!row || !sameText(row.device_hash, hash)) return { status: 'expired' };
       if (row.status === 'denied' || row.status === 'claimed') return { status: row.status };
       if (now >= row.expires_at) return { status: 'expired' };
@@ -87,16 +82,17 @@ export class Pairings {
       if (row.last_poll_at !== null && now - row.last_poll_at < this.#options.pollIntervalMs * 0.9) {
         return { status: 'pending' };
       }
-      this.#db.prepare('UPDATE pairings SET last_poll_at = ? WHERE public_code = ?').run(now, row.public_code);
+      run('UPDATE pairings SET last_poll_at = ? WHERE public_code = ?', now, row.public_code);
       if (row.status === 'pending') return { status: 'pending' };
-      this.#db.prepare(`UPDATE pairings SET status = 'claimed' WHERE public_code = ?`).run(row.public_code);
-      return { status: 'approved', apiKey: this.#keys.create(/** @type {string} */ (row.account_id), row.device_name) };
+      run(`UPDATE pairings SET status = 'claimed' WHERE public_code = ?`, row.public_code);
+      const accountId = /** @type {string} */ (row.account_id);
+      return { status: 'approved', apiKey: Keys.createWithin(transaction, accountId, row.device_name) };
     });
   }
 
   /** @param {string} publicCode @returns {PairingRow|undefined} */
   find(publicCode) {
-    return this.#db.prepare('SELECT * FROM pairings WHERE public_code = ?').get(publicCode);
+    return this.#db.get('SELECT * FROM pairings WHERE public_code = ?', publicCode);
   }
 
   /**
@@ -113,23 +109,17 @@ export class Pairings {
    * The owner's decision; it counts once.
    *
    * @param {string} publicCode @param {string} accountId @param {'approved'|'denied'} decision
-   * @returns {boolean} false when there was nothing left to decide
+   * @returns {Promise<boolean>} false when there was nothing left to decide
    */
-  decide(publicCode, accountId, decision) {
-    const { changes } = this.#db
-      .prepare(
-        `UPDATE pairings SET status = ?, account_id = ?
-         WHERE public_code = ? AND status = 'pending' AND expires_at > ?`,
-      )
-      .run(decision, accountId, publicCode, Date.now());
-    return changes > 0;
+  async decide(publicCode, accountId, decision) {
+    const sql = `UPDATE pairings SET status = ?, account_id = ?
+                 WHERE public_code = ? AND status = 'pending' AND expires_at > ?`;
+    return (await this.#db.write(({ run }) => run(sql, decision, accountId, publicCode, Date.now()))) > 0;
   }
 
-  /** Ends a pairing's time now. @param {string} publicCode @returns {boolean} */
-  expire(publicCode) {
-    const { changes } = this.#db
-      .prepare('UPDATE pairings SET expires_at = ? WHERE public_code = ?')
-      .run(Date.now() - 1, publicCode);
-    return changes > 0;
+  /** Ends a pairing's time now. @param {string} publicCode @returns {Promise<boolean>} */
+  async expire(publicCode) {
+    const sql = 'UPDATE pairings SET expires_at = ? WHERE public_code = ?';
+    return (await this.#db.write(({ run }) => run(sql, Date.now() - 1, publicCode))) > 0;
   }
 }

@@ -14,36 +14,41 @@ const DEFAULT_PROJECT = 'My captures';
 export class Projects {
   #db;
 
-  /** @param {import('./database.js').Db} db */
+  /** @param {import('./database.js').Database} db */
   constructor(db) {
     this.#db = db;
   }
 
-  /** @param {string} accountId @param {string} name @returns {string} the new project's id */
+  /** @param {string} accountId @param {string} name @returns {Promise<string>} the new project's id */
   create(accountId, name) {
-    const id = newId('prj');
-    this.#db
-      .prepare('INSERT INTO projects (id, account_id, name, created_at) VALUES (?, ?, ?, ?)')
-      .run(id, accountId, name, Date.now());
-    return id;
+    return this.#db.write((transaction) => Projects.#insert(transaction, accountId, name));
   }
 
   /** A new account finds one project waiting; an owner who deleted all of them is left in peace. */
-  ensureDefault(/** @type {string} */ accountId) {
-    const { n } = this.#db.prepare('SELECT count(*) AS n FROM projects WHERE account_id = ?').get(accountId);
-    if (n === 0) this.create(accountId, DEFAULT_PROJECT);
+  async ensureDefault(/** @type {string} */ accountId) {
+    await this.#db.write((transaction) => {
+      const { n } = transaction.get('SELECT count(*) AS n FROM projects WHERE account_id = ?', accountId);
+      if (n === 0) Projects.#insert(transaction, accountId, DEFAULT_PROJECT);
+    });
+  }
+
+  /** @param {import('./database.js').Transaction} transaction @param {string} accountId @param {string} name */
+  static #insert({ run }, accountId, name) {
+    const id = newId('prj');
+    run('INSERT INTO projects (id, account_id, name, created_at) VALUES (?, ?, ?, ?)', id, accountId, name, Date.now());
+    return id;
   }
 
   /** @param {string} accountId @returns {ProjectRow[]} */
   list(accountId) {
-    return this.#db
-      .prepare('SELECT * FROM projects WHERE account_id = ? AND deleted_at IS NULL ORDER BY created_at, rowid')
-      .all(accountId);
+    return this.#db.all(
+      'SELECT * FROM projects WHERE account_id = ? AND deleted_at IS NULL ORDER BY created_at, rowid', accountId,
+    );
   }
 
   /** The project, deleted or not. @returns {ProjectRow|undefined} */
   find(/** @type {string} */ accountId, /** @type {string} */ projectId) {
-    return this.#db.prepare('SELECT * FROM projects WHERE id = ? AND account_id = ?').get(projectId, accountId);
+    return this.#db.get('SELECT * FROM projects WHERE id = ? AND account_id = ?', projectId, accountId);
   }
 
   /** @returns {ProjectRow|undefined} */
@@ -52,19 +57,19 @@ export class Projects {
     return row && row.deleted_at === null ? row : undefined;
   }
 
-  /** @param {string} accountId @param {string} projectId @returns {boolean} */
+  /** @param {string} accountId @param {string} projectId @returns {Promise<boolean>} */
   delete(accountId, projectId) {
-    const { changes } = this.#db
-      .prepare('UPDATE projects SET deleted_at = ? WHERE id = ? AND account_id = ? AND deleted_at IS NULL')
-      .run(Date.now(), projectId, accountId);
-    return changes > 0;
+    return this.#deleteWhere('id = ? AND account_id = ?', projectId, accountId);
   }
 
-  /** For tests, which hold ids of several accounts. @param {string} projectId @returns {boolean} */
+  /** For tests, which hold ids of several accounts. @param {string} projectId @returns {Promise<boolean>} */
   deleteAnyones(projectId) {
-    const { changes } = this.#db
-      .prepare('UPDATE projects SET deleted_at = ? WHERE id = ? AND deleted_at IS NULL')
-      .run(Date.now(), projectId);
-    return changes > 0;
+    return this.#deleteWhere('id = ?', projectId);
+  }
+
+  /** @param {string} condition @param {string[]} values @returns {Promise<boolean>} */
+  async #deleteWhere(condition, ...values) {
+    const sql = `UPDATE projects SET deleted_at = ? WHERE ${condition} AND deleted_at IS NULL`;
+    return (await this.#db.write(({ run }) => run(sql, Date.now(), ...values))) > 0;
   }
 }

@@ -5,35 +5,35 @@ import { newSecret, sha256Hex } from './tokens.js';
 
 const LIFETIME_MS = 30 * 24 * 3600_000;
 
-/** Signed-in browsers of the owner, for libraries that ask for a password. */
+/** Signed-in browsers of the owner. */
 export class Sessions {
   #db;
 
-  /** @param {import('./database.js').Db} db */
+  /** @param {import('./database.js').Database} db */
   constructor(db) {
     this.#db = db;
   }
 
-  static lifetimeSeconds = LIFETIME_MS / 1000;
-
-  /** @returns {string} the session's secret, for the cookie */
-  create() {
+  /** @returns {Promise<string>} the session's secret, for the cookie */
+  async create() {
     const secret = newSecret();
     const now = Date.now();
-    this.#db.prepare('DELETE FROM sessions WHERE expires_at < ?').run(now);
-    this.#db.prepare('INSERT INTO sessions VALUES (?, ?, ?)').run(sha256Hex(secret), now, now + LIFETIME_MS);
+    await this.#db.write(({ run }) => {
+      run('DELETE FROM sessions WHERE expires_at < ?', now);
+      run('INSERT INTO sessions VALUES (?, ?, ?)', sha256Hex(secret), now, now + LIFETIME_MS);
+    });
     return secret;
   }
 
-  /** @param {string} secret */
+  /** @param {string} secret @returns {boolean} */
   isLive(secret) {
     return Boolean(
-      this.#db.prepare('SELECT 1 FROM sessions WHERE hash = ? AND expires_at > ?').get(sha256Hex(secret), Date.now()),
+      this.#db.get('SELECT 1 FROM sessions WHERE hash = ? AND expires_at > ?', sha256Hex(secret), Date.now()),
     );
   }
 
   /** @param {string} secret */
-  end(secret) {
-    this.#db.prepare('DELETE FROM sessions WHERE hash = ?').run(sha256Hex(secret));
+  async end(secret) {
+    await this.#db.write(({ run }) => run('DELETE FROM sessions WHERE hash = ?', sha256Hex(secret)));
   }
 }

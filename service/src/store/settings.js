@@ -3,18 +3,30 @@
 
 import { newSecret } from './tokens.js';
 
-/** Values that a data folder keeps for its whole life. */
+/** Values that a data folder keeps. */
 export class Settings {
   #db;
 
-  /** @param {import('./database.js').Db} db */
+  /** @param {import('./database.js').Database} db */
   constructor(db) {
     this.#db = db;
   }
 
-  /** The secret behind every signature this server issues; made on first use. */
+  /** The secret behind every signature this server issues; made on first use. @returns {Promise<string>} */
   signingSecret() {
-    this.#db.prepare('INSERT OR IGNORE INTO settings VALUES (?, ?)').run('signing_secret', newSecret());
-    return this.#db.prepare('SELECT value FROM settings WHERE name = ?').get('signing_secret').value;
+    return this.#db.write(({ get, run }) => {
+      run('INSERT OR IGNORE INTO settings VALUES (?, ?)', 'signing_secret', newSecret());
+      return get('SELECT value FROM settings WHERE name = ?', 'signing_secret').value;
+    });
+  }
+
+  /** Where people reach the server that ran last, for commands beside it. @returns {string|undefined} */
+  origin() {
+    return this.#db.get('SELECT value FROM settings WHERE name = ?', 'origin')?.value;
+  }
+
+  /** @param {string} origin */
+  async setOrigin(origin) {
+    await this.#db.write(({ run }) => run('INSERT OR REPLACE INTO settings VALUES (?, ?)', 'origin', origin));
   }
 }

@@ -5,17 +5,31 @@ import { optionalTextField, textField } from '../api/fields.js';
 import { sendEmpty, sendJson } from '../http/answers.js';
 import { readJson } from '../http/bodies.js';
 import { HttpError } from '../http/httpError.js';
+import { sameText } from '../store/tokens.js';
 
 /** @typedef {import('../http/router.js').Exchange} Exchange */
+/** @typedef {{add: (method: string, pattern: string, handler: import('../http/router.js').Handler) => unknown}} Routes */
 
 /**
- * The control panel of test mode. It needs no key, which is why test mode exists on loopback only.
+ * The control panel of test mode. It hands out keys, so it has one of its own, known only to whoever
+ * started the service: an address proves nothing, it may be that of a proxy.
  *
- * @param {import('../http/router.js').Router} router
+ * @param {import('../http/router.js').Router} allRoutes
  * @param {import('../service.js').Service} service
  * @param {import('./traffic.js').Traffic} traffic
+ * @param {string} controlKey
  */
-export function addTestRoutes(router, service, traffic) {
+export function addTestRoutes(allRoutes, service, traffic, controlKey) {
+  /** @type {Routes} */
+  const router = {
+    add: (method, pattern, handler) =>
+      allRoutes.add(method, pattern, (exchange) => {
+        if (!sameText(String(exchange.req.headers['x-control-key'] ?? ''), controlKey)) {
+          throw new HttpError(403, 'The header x-control-key must hold what the service printed at its start');
+        }
+        return handler(exchange);
+      }),
+  };
   addTrafficRoutes(router, traffic);
   addDataRoutes(router, service);
 
@@ -31,7 +45,7 @@ export function addTestRoutes(router, service, traffic) {
   });
 }
 
-/** @param {import('../http/router.js').Router} router @param {import('./traffic.js').Traffic} traffic */
+/** @param {Routes} router @param {import('./traffic.js').Traffic} traffic */
 function addTrafficRoutes(router, traffic) {
   const { rules, log } = traffic;
   router.add('GET', '/test/faults', ({ res }) => sendJson(res, 200, { rules: rules.describe() }));
@@ -66,9 +80,9 @@ function addTrafficRoutes(router, traffic) {
   });
 }
 
-/** @param {import('../http/router.js').Router} router @param {import('../service.js').Service} service */
+/** @param {Routes} router @param {import('../service.js').Service} service */
 function addDataRoutes(router, { library }) {
-  const accountFor = (/** @type {Record<string, unknown>} */ body) => {
+  const accountFor = async (/** @type {Record<string, unknown>} */ body) => {
     const name = optionalTextField(body, 'account', { max: 100 });
     return name === null ? library.accounts.owner() : library.accounts.named(name);
   };
@@ -76,38 +90,38 @@ function addDataRoutes(router, { library }) {
   router.add('POST', '/test/projects', async (exchange) => {
     const body = await readJson(exchange);
     const name = textField(body, 'name', { max: 100 });
-    sendJson(exchange.res, 201, { id: library.projects.create(accountFor(body), name), name });
+    sendJson(exchange.res, 201, { id: await library.projects.create(await accountFor(body), name), name });
   });
-  router.add('DELETE', '/test/projects/:projectId', ({ res, params }) => {
-    if (!library.projects.deleteAnyones(params.projectId)) throw new HttpError(404, 'No such project');
+  router.add('DELETE', '/test/projects/:projectId', async ({ res, params }) => {
+    if (!(await library.projects.deleteAnyones(params.projectId))) throw new HttpError(404, 'No such project');
     sendEmpty(res, 204);
   });
 
   router.add('POST', '/test/keys', async (exchange) => {
     const body = await readJson(exchange);
-    const accountId = accountFor(body);
+    const accountId = await accountFor(body);
     const name = optionalTextField(body, 'name', { max: 100 }) ?? 'Test key';
-    sendJson(exchange.res, 201, { apiKey: library.keys.create(accountId, name), accountId });
+    sendJson(exchange.res, 201, { apiKey: await library.keys.create(accountId, name), accountId });
   });
   router.add('POST', '/test/keys/revoke', async (exchange) => {
     const key = textField(await readJson(exchange), 'apiKey', { max: 200 });
-    if (!library.keys.revokeByText(key)) throw new HttpError(404, 'No such live key');
+    if (!(await library.keys.revokeByText(key))) throw new HttpError(404, 'No such live key');
     sendEmpty(exchange.res, 204);
   });
 
-  const decide = (/** @type {'approved'|'denied'} */ decision) => (/** @type {Exchange} */ { res, params }) => {
-    if (!library.pairings.decide(params.code, library.accounts.owner(), decision)) {
+  const decide = (/** @type {'approved'|'denied'} */ decision) => async (/** @type {Exchange} */ { res, params }) => {
+    if (!(await library.pairings.decide(params.code, library.accounts.owner(), decision))) {
       throw new HttpError(409, 'There is nothing to decide about this code');
     }
     sendEmpty(res, 204);
   };
   router.add('POST', '/test/pairing/:code/approve', decide('approved'));
   router.add('POST', '/test/pairing/:code/deny', decide('denied'));
-  router.add('POST', '/test/pairing/:code/expire', ({ res, params }) => {
-    if (!library.pairings.expire(params.code)) throw new HttpError(404, 'No such code');
+  router.add('POST', '/test/pairing/:code/expire', async ({ res, params }) => {
+    if (!(await library.pairings.expire(params.code))) throw new HttpError(404, 'No such code');
     sendEmpty(res, 204);
   });
 
   router.add('GET', '/test/events', ({ res }) => sendJson(res, 200, { events: library.events.list() }));
-  router.add('DELETE', '/test/events', ({ res }) => (library.events.clear(), sendEmpty(res, 204)));
+  router.add('DELETE', '/test/events', async ({ res }) => (await library.events.clear(), sendEmpty(res, 204)));
 }

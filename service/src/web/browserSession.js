@@ -5,10 +5,7 @@ import { newSecret, sameText } from '../store/tokens.js';
 
 const COOKIE_LIFETIME_S = 30 * 24 * 3600;
 
-/**
- * A cookie that tells one browser from others. Forms are bound to it; where the library asks for a
- * password, it is also the proof of having signed in.
- */
+/** A cookie that tells one browser from others. Forms are bound to it; it is also the proof of having signed in. */
 export class BrowserSession {
   #exchange;
   #secure;

@@ -8,7 +8,6 @@ import { readOwnForm, tokenField } from './forms.js';
 import { html } from './html.js';
 import { requireOwner } from './owner.js';
 import { sendPage } from './page.js';
-import { readSidecar } from './sidecar.js';
 
 /** @typedef {import('../store/assets.js').AssetRow} AssetRow */
 
@@ -18,14 +17,13 @@ import { readSidecar } from './sidecar.js';
  * @param {import('../http/router.js').Router} router @param {import('../service.js').Service} service
  */
 export function addCapturePages(router, service) {
-  const { library, objects, log } = service;
+  const { library, objects, removals, log } = service;
 
   router.add('GET', '/captures/:assetId', async (exchange) => {
     const { accountId, session } = requireOwner(service, exchange);
     const asset = library.assets.findOwned(accountId, exchange.params.assetId);
     if (!asset) throw new HttpError(404, 'There is no such capture in this library');
     const title = captureTitle(asset);
-    const sidecar = await readSidecar(library.dir.object(asset.id, 'meta'));
     const deletion = `/captures/${asset.id}/delete`;
     const body = html`<article class="capture">
 ${asset.status === 'confirmed' ? stage(asset, await objects.has(asset.id, 'thumb')) : stillUploading()}
@@ -33,7 +31,7 @@ ${asset.status === 'confirmed' ? stage(asset, await objects.has(asset.id, 'thumb
 <section>
 <h1>${title}</h1>
 <p class="quiet">${moment(asset.created_at)} · ${library.projects.find(accountId, asset.project_id)?.name}</p>
-<dl class="facts-list">${facts(asset, sidecar)}</dl>
+<dl class="facts-list">${facts(asset)}</dl>
 <div class="actions">
 ${asset.status === 'confirmed' ? html`<a class="button" href="/captures/${asset.id}/main?download" download>Download</a>` : ''}
 <details class="confirm"><summary class="button plain">Delete…</summary>
@@ -52,8 +50,7 @@ ${asset.kind === 'video' ? html`<section id="moments" class="moments" hidden><h2
     const { accountId } = await readOwnForm(service, exchange);
     const asset = library.assets.findOwned(accountId, exchange.params.assetId);
     if (!asset) throw new HttpError(404, 'There is no such capture in this library');
-    library.assets.remove(asset.id);
-    await objects.removeAll(asset.id);
+    await removals.remove(asset);
     log.info(`deleted ${asset.id}`);
     redirect(exchange.res, '/');
   });
@@ -77,16 +74,19 @@ function stillUploading() {
   return html`<figure class="stage waiting"><p>This capture is still being uploaded.</p></figure>`;
 }
 
-/** @param {AssetRow} asset @param {import('./sidecar.js').Sidecar|undefined} sidecar */
-function facts(asset, sidecar) {
-  const { window, pixelSize, source, recording, display } = sidecar ?? {};
+/** @param {AssetRow} asset */
+function facts(asset) {
+  /** @type {import('../storage/sidecarFacts.js').SidecarFacts} */
+  const { source, width, height, scale = 1, windowTitle, application, cursorInVideo } = JSON.parse(
+    asset.sidecar_facts ?? '{}',
+  );
   const rows = [
     ['Length', asset.duration_ms === null ? undefined : duration(asset.duration_ms)],
     ['Size', fileSize(asset.bytes)],
-    ['Picture', pixelSize && `${pixelSize.width} × ${pixelSize.height}${display?.scaleFactor > 1 ? ` at ${display.scaleFactor}×` : ''}`],
+    ['Picture', width && height && `${width} × ${height}${scale > 1 ? ` at ${scale}×` : ''}`],
     ['Source', source && { display: 'Whole display', region: 'Area', window: 'Window' }[source]],
-    ['Window', window && [window.title, window.appName].filter(Boolean).join(' — ')],
-    ['Pointer', recording?.cursorInVideo === undefined ? undefined : recording.cursorInVideo ? 'In the picture' : 'As a layer'],
+    ['Window', [windowTitle, application].filter(Boolean).join(' — ')],
+    ['Pointer', cursorInVideo === undefined ? undefined : cursorInVideo ? 'In the picture' : 'As a layer'],
     ['SHA-256', asset.sha256 && html`<code>${asset.sha256}</code>`],
   ];
   return rows.filter(([, value]) => value).map(([name, value]) => html`<div><dt>${name}</dt><dd>${value}</dd></div>`);

@@ -28,16 +28,15 @@ export function addDevicePages(router, service) {
     const body = html`<div class="narrow">
 <div class="heading"><h1>Connected devices</h1><p class="quiet">Each can add captures to this library until you disconnect it.</p></div>
 ${rows.length > 0 ? html`<ul class="rows">${rows}</ul>` : html`<p class="empty-line">No device is connected.</p>`}
-${service.ownerPassword === undefined ? '' : html`<form class="inline" method="post" action="/logout">${tokenField(
-      service, session, '/logout',
-    )}<button class="plain">Sign out of this browser</button></form>`}
+<form class="inline" method="post" action="/logout">${tokenField(service, session, '/logout')}
+<button class="plain">Sign out of this browser</button></form>
 </div>`;
     sendPage(exchange.res, 200, { title: 'Connected devices', body, current: '/devices' });
   });
 
   router.add('POST', '/devices/:keyId/revoke', async (exchange) => {
     const { accountId } = await readOwnForm(service, exchange);
-    if (library.keys.revoke(accountId, exchange.params.keyId)) log.info(`revoked ${exchange.params.keyId}`);
+    if (await library.keys.revoke(accountId, exchange.params.keyId)) log.info(`revoked ${exchange.params.keyId}`);
     redirect(exchange.res, '/devices');
   });
 }

@@ -10,14 +10,56 @@ import { readOwnForm, readTrustedForm, tokenField } from './forms.js';
 import { html } from './html.js';
 import { sendPage } from './page.js';
 
+/** @typedef {import('../http/router.js').Exchange} Exchange */
+
+const SIGN_IN_PATH = '/sign-in';
+
 /**
- * Signing in, for libraries with an owner password.
+ * A new address that makes the first browser that opens it the owner's.
+ *
+ * @param {import('../store/library.js').Library} library @param {string} origin
+ * @param {string} [page] the path it leads to
+ */
+export async function signInAddress(library, origin, page = '/') {
+  // The code is in the query, which is never logged.
+  const query = new URLSearchParams({ code: await library.signInCodes.create(), ...(page === '/' ? {} : { next: page }) });
+  return `${origin}${SIGN_IN_PATH}?${query}`;
+}
+
+/**
+ * Signing in, by a one-time address or with the owner password.
  *
  * @param {import('../http/router.js').Router} router @param {import('../service.js').Service} service
  */
 export function addLoginPages(router, service) {
   const { library, ownerPassword, origin, log } = service;
-  if (ownerPassword === undefined) return;
+
+  // A new secret: whoever knew the one from before signing in must not be signed in too.
+  const signIn = async (/** @type {BrowserSession} */ session) => session.replace(await library.sessions.create());
+
+  router.add('GET', SIGN_IN_PATH, async (exchange) => {
+    const session = new BrowserSession(exchange, origin());
+    const query = exchange.url.searchParams;
+    // A browser that is signed in may open it again, and keeps its session.
+    if (!library.sessions.isLive(session.secret)) {
+      // A HEAD is somebody's look at where a link leads.
+      const isGood = exchange.req.method === 'GET' && (await library.signInCodes.redeem(query.get('code') ?? ''));
+      if (!isGood) throw new HttpError(403, 'This address was used already or is out of date.');
+      await signIn(session);
+    }
+    redirect(exchange.res, localPath(query.get('next')));
+  });
+
+  router.add('POST', '/logout', async (exchange) => {
+    const { session } = await readOwnForm(service, exchange);
+    await library.sessions.end(session.secret);
+    redirect(exchange.res, '/login');
+  });
+
+  if (ownerPassword === undefined) {
+    router.add('GET', '/login', ({ res }) => sendPage(res, 200, { title: 'Sign in', body: howToSignIn(), bare: true }));
+    return;
+  }
   const limit = new AttemptLimit();
 
   router.add('GET', '/login', (exchange) => {
@@ -39,18 +81,11 @@ export function addLoginPages(router, service) {
       showForm(exchange, session, next, true);
       return;
     }
-    // A new secret: whoever knew the one from before signing in must not be signed in too.
-    session.replace(library.sessions.create());
+    await signIn(session);
     redirect(exchange.res, next);
   });
 
-  router.add('POST', '/logout', async (exchange) => {
-    const { session } = await readOwnForm(service, exchange);
-    library.sessions.end(session.secret);
-    redirect(exchange.res, '/login');
-  });
-
-  /** @type {(exchange: import('../http/router.js').Exchange, session: BrowserSession, next: string, wrong: boolean) => void} */
+  /** @type {(exchange: Exchange, session: BrowserSession, next: string, wrong: boolean) => void} */
   const showForm = (exchange, session, next, wrong) => {
     const body = html`<section class="question">
 <h1>Sign in</h1>
@@ -63,6 +98,14 @@ ${wrong ? html`<p class="wrong" role="alert">That is not the password.</p>` : ''
 </section>`;
     sendPage(exchange.res, wrong ? 403 : 200, { title: 'Sign in', body, bare: true });
   };
+}
+
+function howToSignIn() {
+  return html`<section class="question">
+<h1>Sign in</h1>
+<p>Open the address that the service printed when it started. It works once, in one browser; another is printed by</p>
+<p><code>vantrell-service sign-in --data DIR</code></p>
+</section>`;
 }
 
 /** Where to go after signing in: a place of ours, whatever the link said. @param {string|null} next */

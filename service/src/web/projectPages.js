@@ -34,7 +34,7 @@ export function addProjectPages(router, service) {
     const { form, accountId } = await readOwnForm(service, exchange);
     const name = displayName(textField({ name: form.get('name') ?? '' }, 'name', { max: 100 }));
     if (!name) throw invalid('name', 'must not be blank');
-    library.projects.create(accountId, name);
+    await library.projects.create(accountId, name);
     redirect(exchange.res, '/projects');
   });
 }

@@ -2,13 +2,14 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 // What the owner does in the browser, for the application's tests:
-//   node answerPairing.js PAGE Approve|Deny
+//   node answerPairing.js SIGN-IN-ADDRESS PAGE Approve|Deny
 
 import { openBrowser } from './browser.js';
 
-const [address, answer] = process.argv.slice(2);
+const [signInAddress, address, answer] = process.argv.slice(2);
 const browser = await openBrowser();
 try {
+  await browser.page.goto(signInAddress);
   await browser.page.goto(address);
   await browser.page.getByRole('button', { name: answer }).click();
   await browser.page.getByRole('heading', { name: answer === 'Approve' ? 'Connected' : 'Not connected' }).waitFor();

@@ -19,6 +19,8 @@ export class ServiceProcess {
     this.data = data;
     this.args = args;
     this.url = '';
+    this.signInUrl = '';
+    this.controlKey = '';
     this.stderr = '';
     this.#child = spawn(process.execPath, [BIN, 'serve', '--data', data, '--port', '0', ...args], {
       stdio: ['ignore', 'pipe', 'pipe'],
@@ -39,7 +41,7 @@ export class ServiceProcess {
         throw new Error(`the service did not start: ${service.stderr}`);
       }),
     ]);
-    service.url = JSON.parse(line).url;
+    Object.assign(service, JSON.parse(line));
     return service;
   }
 
@@ -50,6 +52,10 @@ export class ServiceProcess {
     this.#child.kill(signal);
     const [code] = await exited;
     return code;
+  }
+
+  get pid() {
+    return this.#child.pid;
   }
 
   /** The same folder under a new process. */
@@ -71,13 +77,23 @@ export class ServiceProcess {
   async call(method, pathname, body, headers = {}) {
     const answer = await fetch(this.url + pathname, {
       method,
-      headers: { ...(body === undefined ? {} : { 'Content-Type': 'application/json' }), ...headers },
+      headers: {
+        ...(body === undefined ? {} : { 'Content-Type': 'application/json' }),
+        ...(pathname.startsWith('/test/') ? { 'X-Control-Key': this.controlKey } : {}),
+        ...headers,
+      },
       body: body === undefined ? undefined : JSON.stringify(body),
       redirect: 'manual',
     });
     const text = await answer.text();
     const isJson = (answer.headers.get('content-type') ?? '').includes('json');
     return { status: answer.status, body: isJson && text ? JSON.parse(text) : text, headers: answer.headers };
+  }
+
+  /** Makes a browser the owner's, which works once. @returns {Promise<string>} its cookie */
+  async signIn() {
+    const answer = await fetch(this.signInUrl, { redirect: 'manual' });
+    return answer.headers.get('set-cookie')?.split(';')[0] ?? '';
   }
 
   /** A key and calls made with it. @param {string} [account] */
