@@ -1,13 +1,18 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
-# One static library per folder of src/. A folder sees the headers of the folders it names in DEPENDS
+# One static library per folder of src/ and of tests/TestSupport. A folder sees the headers of the folders it names in DEPENDS
 # (and of theirs) and of no other: each target exports a directory that holds links to its own headers
 # only, so an include against the direction of dependencies does not compile.
 
-# vantrell_module(<folder under src/> DEPENDS <folder>... LINK <library>...)
+# vantrell_module(<folder under src/> [IN tests] DEPENDS <folder>... LINK <library>...)
 function(vantrell_module folder)
-  cmake_parse_arguments(arg "" "" "DEPENDS;LINK" ${ARGN})
+  cmake_parse_arguments(arg "" "IN" "DEPENDS;LINK" ${ARGN})
   vantrell_target_name(${folder} target)
-  set(dir ${CMAKE_SOURCE_DIR}/src/${folder})
+  set(precompiled vantrell_precompiled_tests)
+  if(NOT arg_IN)
+    set(arg_IN src)
+    set(precompiled vantrell_precompiled)
+  endif()
+  set(dir ${CMAKE_SOURCE_DIR}/${arg_IN}/${folder})
   file(GLOB sources CONFIGURE_DEPENDS ${dir}/*.cpp ${dir}/*.c)
   file(GLOB headers CONFIGURE_DEPENDS ${dir}/*.h)
 
@@ -21,7 +26,7 @@ function(vantrell_module folder)
 
   if(sources)
     add_library(${target} STATIC ${sources} ${headers})
-    target_precompile_headers(${target} REUSE_FROM vantrell_precompiled)
+    target_precompile_headers(${target} REUSE_FROM ${precompiled})
     set(scope PUBLIC)
   else()
     add_library(${target} INTERFACE)
@@ -56,7 +61,7 @@ function(vantrell_test folder)
     vantrell_target_name(${dependency} name)
     target_link_libraries(${target} PRIVATE ${name})
   endforeach()
-  target_link_libraries(${target} PRIVATE vantrell_testing ${arg_LINK})
+  target_link_libraries(${target} PRIVATE vantrell_testsupport ${arg_LINK})
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()

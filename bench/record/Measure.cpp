@@ -5,7 +5,7 @@
 
 #include "Ssim.h"
 #include "TestSupport/FrameCode.h"
-#include "TestSupport/MoviePictures.h"
+#include "TestSupport/Movie/MoviePictures.h"
 
 #include <algorithm>
 #include <cmath>

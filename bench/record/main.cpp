@@ -8,8 +8,8 @@
 #include "Scene.h"
 #include "ScenePainter.h"
 #include "Support/HostTime.h"
+#include "TestSupport/Desktop/X11Session.h"
 #include "TestSupport/TemporaryFolder.h"
-#include "TestSupport/X11Session.h"
 
 #include <QCoreApplication>
 

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "TestSupport/SoundPlayer.h"
+#include "TestSupport/Sound/SoundPlayer.h"
 
 #include <cstdint>
 #include <mutex>

@@ -4,7 +4,7 @@
 #include "FlashScene.h"
 
 #include "Support/HostTime.h"
-#include "TestSupport/X11Painter.h"
+#include "TestSupport/Desktop/X11Painter.h"
 
 #include <algorithm>
 #include <chrono>

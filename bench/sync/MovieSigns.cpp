@@ -6,7 +6,7 @@
 #include "FlashScene.h"
 #include "Media/Libav/FFmpegPointers.h"
 #include "TestSupport/FrameCode.h"
-#include "TestSupport/MoviePictures.h"
+#include "TestSupport/Movie/MoviePictures.h"
 
 #include <cmath>
 #include <optional>

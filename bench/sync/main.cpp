@@ -7,16 +7,16 @@
 //     bench_sync [--seconds 600] [--pauses 5] [--skew 0] [--keep DIR]
 
 #include "BeepPlayer.h"
-#include "CaptureProgram.h"
 #include "FlashScene.h"
 #include "MovieSigns.h"
 #include "Offsets.h"
 #include "Support/HostTime.h"
+#include "TestSupport/Desktop/X11Session.h"
+#include "TestSupport/Program/CaptureProgram.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/ScopedEnvironment.h"
-#include "TestSupport/SoundSession.h"
+#include "TestSupport/Sound/SoundSession.h"
 #include "TestSupport/TemporaryFolder.h"
-#include "TestSupport/X11Session.h"
 
 #include <QCoreApplication>
 

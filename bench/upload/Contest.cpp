@@ -4,8 +4,8 @@
 #include "Contest.h"
 
 #include "API/TusProtocol.h"
+#include "TestSupport/Network/TestCertificate.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/TestCertificate.h"
 #include "TestSupport/TestFile.h"
 
 #include <algorithm>

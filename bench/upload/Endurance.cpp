@@ -6,7 +6,7 @@
 #include "ChildRun.h"
 #include "Contest.h"
 
-#include "TestSupport/LocalService.h"
+#include "TestSupport/Network/LocalService.h"
 #include "TestSupport/TestFile.h"
 
 #include <QUuid>

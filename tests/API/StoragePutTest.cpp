@@ -3,8 +3,8 @@
 
 #include "API/StoragePut.h"
 
+#include "TestSupport/Network/ScriptedHttpServer.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/ScriptedHttpServer.h"
 #include "TestSupport/TemporaryFolder.h"
 #include "TestSupport/TestFile.h"
 

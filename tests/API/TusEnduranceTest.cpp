@@ -5,7 +5,7 @@
 
 #include "API/VantrellAPI.h"
 #include "Support/SystemClock.h"
-#include "TestSupport/LocalService.h"
+#include "TestSupport/Network/LocalService.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/TestFile.h"
 

@@ -5,8 +5,8 @@
 
 #include "API/VantrellAPI.h"
 #include "Support/TaskScope.h"
-#include "TestSupport/LocalService.h"
 #include "TestSupport/ManualClock.h"
+#include "TestSupport/Network/LocalService.h"
 #include "TestSupport/TestFile.h"
 
 #include <gtest/gtest.h>

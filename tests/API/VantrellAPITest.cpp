@@ -4,10 +4,10 @@
 #include "API/VantrellAPI.h"
 
 #include "API/ClientVersion.h"
-#include "TestSupport/LocalService.h"
 #include "TestSupport/LogCapture.h"
+#include "TestSupport/Network/LocalService.h"
+#include "TestSupport/Network/ScriptedHttpServer.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/ScriptedHttpServer.h"
 
 #include <gtest/gtest.h>
 

@@ -6,9 +6,9 @@
 #include "API/VantrellAPI.h"
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/ManualClock.h"
+#include "TestSupport/Network/ScriptedHttpServer.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/ScopedEnvironment.h"
-#include "TestSupport/ScriptedHttpServer.h"
 #include "TestSupport/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

@@ -3,9 +3,9 @@
 
 #include "Auth/Keychain.h"
 
+#include "TestSupport/Account/SecretServiceSession.h"
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/SecretServiceSession.h"
 
 #include <QElapsedTimer>
 

@@ -7,10 +7,10 @@
 #include "Auth/KeyProvider.h"
 #include "Auth/Keychain.h"
 #include "ScriptedPairingService.h"
+#include "TestSupport/Account/SecretServiceSession.h"
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/ManualClock.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/SecretServiceSession.h"
 #include "TestSupport/TemporaryFolder.h"
 
 #include <gmock/gmock.h>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "TestSupport/ScriptedHttpServer.h"
+#include "TestSupport/Network/ScriptedHttpServer.h"
 
 #include <nlohmann/json.hpp>
 

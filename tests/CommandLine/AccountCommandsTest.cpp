@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "CaptureProgram.h"
-#include "TestSupport/LocalService.h"
+#include "TestSupport/Account/SecretServiceSession.h"
+#include "TestSupport/Desktop/X11Session.h"
+#include "TestSupport/Network/LocalService.h"
+#include "TestSupport/Program/CaptureProgram.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/SecretServiceSession.h"
-#include "TestSupport/X11Session.h"
 
 #include <QElapsedTimer>
 

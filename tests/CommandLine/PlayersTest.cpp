@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "CaptureProgram.h"
 #include "Support/HostTime.h"
+#include "TestSupport/Desktop/X11Painter.h"
+#include "TestSupport/Desktop/X11Session.h"
 #include "TestSupport/FrameCode.h"
-#include "TestSupport/MoviePictures.h"
+#include "TestSupport/Movie/MoviePictures.h"
+#include "TestSupport/Program/CaptureProgram.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/SoundSession.h"
-#include "TestSupport/X11Painter.h"
-#include "TestSupport/X11Session.h"
+#include "TestSupport/Sound/SoundSession.h"
 
 #include <QImage>
 #include <QProcess>

@@ -2,13 +2,13 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "Capture/CaptureMetadata.h"
-#include "CaptureProgram.h"
 #include "Media/Movie/MovieReader.h"
 #include "Support/AtomicFile.h"
-#include "TestSupport/LocalService.h"
-#include "TestSupport/SoundSession.h"
-#include "TestSupport/X11Painter.h"
-#include "TestSupport/X11Session.h"
+#include "TestSupport/Desktop/X11Painter.h"
+#include "TestSupport/Desktop/X11Session.h"
+#include "TestSupport/Network/LocalService.h"
+#include "TestSupport/Program/CaptureProgram.h"
+#include "TestSupport/Sound/SoundSession.h"
 
 #include <QCryptographicHash>
 

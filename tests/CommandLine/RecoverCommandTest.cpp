@@ -2,14 +2,14 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "Capture/CaptureMetadata.h"
-#include "CaptureProgram.h"
 #include "Support/AtomicFile.h"
 #include "Support/HostTime.h"
+#include "TestSupport/Desktop/X11Painter.h"
+#include "TestSupport/Desktop/X11Session.h"
 #include "TestSupport/FrameCode.h"
-#include "TestSupport/MoviePictures.h"
+#include "TestSupport/Movie/MoviePictures.h"
+#include "TestSupport/Program/CaptureProgram.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/X11Painter.h"
-#include "TestSupport/X11Session.h"
 
 #include <gtest/gtest.h>
 

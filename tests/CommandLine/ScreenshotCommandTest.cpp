@@ -2,10 +2,10 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "Capture/CaptureMetadata.h"
-#include "CaptureProgram.h"
 #include "Support/AtomicFile.h"
-#include "TestSupport/X11Application.h"
-#include "TestSupport/X11Session.h"
+#include "TestSupport/Desktop/X11Application.h"
+#include "TestSupport/Desktop/X11Session.h"
+#include "TestSupport/Program/CaptureProgram.h"
 
 #include <QImage>
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "CaptureProgram.h"
+#include "TestSupport/Program/CaptureProgram.h"
 
 #include "Support/AtomicFile.h"
-#include "TestSupport/LocalService.h"
+#include "TestSupport/Network/LocalService.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/TestFile.h"
 

@@ -4,9 +4,9 @@
 #include "Http/HttpClient.h"
 
 #include "Support/TaskScope.h"
+#include "TestSupport/Network/ScriptedHttpServer.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/ScopedEnvironment.h"
-#include "TestSupport/ScriptedHttpServer.h"
 #include "TestSupport/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -6,12 +6,12 @@
 #include "Platform/X11/X11InputMonitor.h"
 #include "Recording/RecordingEngine.h"
 #include "Support/SystemClock.h"
-#include "TestSupport/MoviePictures.h"
+#include "TestSupport/Desktop/X11Application.h"
+#include "TestSupport/Desktop/X11Session.h"
+#include "TestSupport/Movie/MoviePictures.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/ScopedEnvironment.h"
 #include "TestSupport/TemporaryFolder.h"
-#include "TestSupport/X11Application.h"
-#include "TestSupport/X11Session.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "TestSupport/LocalService.h"
+#include "TestSupport/Network/LocalService.h"
 
 #include <filesystem>
 #include <random>

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "DecodedMovie.h"
 #include "Media/Movie/MovieWriter.h"
 #include "Media/Sound/SoundRecorder.h"
 #include "Platform/Audio/PulseAudioBackend.h"
 #include "Platform/AudioError.h"
 #include "Support/HostTime.h"
 #include "TestSignal.h"
+#include "TestSupport/Movie/DecodedMovie.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/SoundPlayer.h"
-#include "TestSupport/SoundSession.h"
+#include "TestSupport/Sound/SoundPlayer.h"
+#include "TestSupport/Sound/SoundSession.h"
 #include "TestSupport/TemporaryFolder.h"
 
 #include <gtest/gtest.h>

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "DecodedMovie.h"
+#include "TestSupport/Movie/DecodedMovie.h"
 
 #include <cstdint>
 #include <vector>

@@ -4,11 +4,11 @@
 #include "Platform/ScreenError.h"
 #include "Platform/X11/X11CaptureBackend.h"
 #include "Support/HostTime.h"
-#include "TestSupport/MoviePictures.h"
+#include "TestSupport/Desktop/X11Painter.h"
+#include "TestSupport/Desktop/X11Session.h"
+#include "TestSupport/Movie/MoviePictures.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/StreamRun.h"
-#include "TestSupport/X11Painter.h"
-#include "TestSupport/X11Session.h"
+#include "TestSupport/Stream/StreamRun.h"
 
 #include <gtest/gtest.h>
 

@@ -5,10 +5,10 @@
 
 #include "Support/SystemClock.h"
 #include "TestSupport/ChildProcess.h"
+#include "TestSupport/Desktop/X11Session.h"
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/ManualClock.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/X11Session.h"
 
 #include <QAbstractEventDispatcher>
 #include <QEventLoop>

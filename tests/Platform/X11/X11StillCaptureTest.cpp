@@ -4,10 +4,10 @@
 #include "Platform/X11/X11StillCapture.h"
 
 #include "Platform/ScreenError.h"
+#include "TestSupport/Desktop/X11Application.h"
+#include "TestSupport/Desktop/X11Painter.h"
+#include "TestSupport/Desktop/X11Session.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/X11Application.h"
-#include "TestSupport/X11Painter.h"
-#include "TestSupport/X11Session.h"
 
 #include <QSize>
 

@@ -3,12 +3,12 @@
 
 #include "Platform/X11/X11WindowCatalog.h"
 
+#include "TestSupport/Desktop/X11Application.h"
+#include "TestSupport/Desktop/X11Painter.h"
+#include "TestSupport/Desktop/X11Session.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/ScopedEnvironment.h"
 #include "TestSupport/TemporaryFolder.h"
-#include "TestSupport/X11Application.h"
-#include "TestSupport/X11Painter.h"
-#include "TestSupport/X11Session.h"
 
 #include <gmock/gmock.h>
 

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/Encoding/KeyFrameSchedule.h"
+#include "Media/Encoding/QuantizerControl.h"
+
+#include <gtest/gtest.h>
+
+namespace vantrell::testing {
+namespace {
+
+TEST(KeyFrameSchedule, comesOftenWhenMuchMovesAndSeldomWhenLittleDoes) {
+    KeyFrameSchedule busy;
+    KeyFrameSchedule calm;
+    EXPECT_TRUE(busy.isDue(0));
+    int busyKeys = 0;
+    int calmKeys = 0;
+    for (int i = 0; i < 60 * 60; ++i) {
+        const double now = i / 60.0;
+        const bool busyKey = busy.isDue(now);
+        busyKeys += busyKey;
+        busy.frameEncoded(now, busyKey ? 200000 : 20000, busyKey);
+        if (i % 30 == 0) {
+            const bool calmKey = calm.isDue(now);
+            calmKeys += calmKey;
+            calm.frameEncoded(now, calmKey ? 200000 : 100, calmKey);
+        }
+    }
+    EXPECT_EQ(busyKeys, 15);
+    EXPECT_EQ(calmKeys, 1);
+    EXPECT_TRUE(calm.isDue(60));
+}
+
+TEST(QuantizerControl, staysFineOnTextGrowsCoarseOnDetailedFilmAndComesBackWhenItIsCalm) {
+    constexpr int blocks = 8160;
+    QuantizerControl control(blocks);
+    double now = 0;
+    const auto play = [&](int frames, int changed, std::size_t bytes) {
+        for (int i = 0; i < frames; ++i)
+            control.frameEncoded(now += 1.0 / 60, changed, bytes, false);
+    };
+    play(600, 20, 6000); // every letter is expensive, but there are few
+    EXPECT_EQ(control.quantizer(false), QuantizerControl::finest);
+    EXPECT_LT(control.quantizer(true), control.quantizer(false));
+    play(120, blocks, 120000);
+    EXPECT_GE(control.quantizer(false), QuantizerControl::finest + 4);
+    EXPECT_LE(control.quantizer(false), QuantizerControl::coarsest);
+    play(60, 20, 500);
+    EXPECT_EQ(control.quantizer(false), QuantizerControl::finest);
+}
+
+} // namespace
+} // namespace vantrell::testing
