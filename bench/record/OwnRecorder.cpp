@@ -3,6 +3,7 @@
 
 #include "OwnRecorder.h"
 
+#include "Media/Stream/StagedStreamFactory.h"
 #include "Platform/X11/X11CaptureBackend.h"
 #include "Support/Log.h"
 
@@ -21,13 +22,16 @@ int recordOwn(const std::filesystem::path &movie, PixelSize screen, bool showsCu
     ::pthread_sigmask(SIG_BLOCK, &interrupt, nullptr);
     installLogging();
 
-    auto backend = X11CaptureBackend::create({});
+    auto backend = X11CaptureBackend::create();
     if (!backend)
         return 1;
+    const auto chosen =
+        QCoro::waitFor((*backend)->choose({CaptureRequest::Area{{0, 0, screen.width, screen.height}}}, {}));
+    if (!chosen)
+        return 1;
     CaptureStreamConfiguration configuration;
-    configuration.source = {0, 0, screen.width, screen.height};
     configuration.output = screen;
-    configuration.showsCursor = showsCursor;
+    configuration.cursor = showsCursor ? CursorMode::inPicture : CursorMode::leftOut;
     configuration.outputFile = movie;
     std::binary_semaphore ended(0);
     int result = 1;
@@ -42,7 +46,8 @@ int recordOwn(const std::filesystem::path &movie, PixelSize screen, bool showsCu
         std::fprintf(stderr, "%s\n", error.message.c_str());
         ended.release();
     };
-    const auto stream = (*backend)->makeStream(configuration, events);
+    StagedStreamFactory streams;
+    const auto stream = streams.makeStream(*chosen->source, configuration, events);
     if (const auto started = QCoro::waitFor(stream->start({})); !started) {
         std::fprintf(stderr, "%s\n", started.error().message.c_str());
         return 1;

@@ -3,8 +3,8 @@
 
 #include "App/PlatformLoader.h"
 
-#include "Media/Encoding/EncoderChoice.h"
 #include "Media/Sound/SoundRecorder.h"
+#include "Media/Stream/StagedStreamFactory.h"
 #include "Platform/Audio/PulseAudioBackend.h"
 #include "Platform/NullCaptureBackend.h"
 #include "Platform/NullInputMonitor.h"
@@ -19,24 +19,29 @@ namespace vantrell {
 
 namespace {
 
+/// What every desktop has: sound, and the making of movies.
+Platform commonPlatform() {
+    Platform platform;
+    platform.audio = std::make_unique<PulseAudioBackend>();
+    platform.streams =
+        std::make_unique<StagedStreamFactory>(SoundRecorder::factory(*platform.audio),
+                                              encoderPreference(qgetenv("VANTRELL_ENCODER").toStdString()));
+    return platform;
+}
+
 Platform nullPlatform(const PlatformError &reason) {
-    return {std::make_unique<PulseAudioBackend>(),
-            std::make_unique<NullCaptureBackend>(reason.message),
-            std::make_unique<NullInputMonitor>(reason),
-            std::make_unique<NullStillCapture>(reason),
-            {}};
+    Platform platform = commonPlatform();
+    platform.capture = std::make_unique<NullCaptureBackend>(reason.message);
+    platform.input = std::make_unique<NullInputMonitor>(reason);
+    platform.stills = std::make_unique<NullStillCapture>(reason);
+    return platform;
 }
 
 Platform x11Platform(Clock &clock) {
-    Platform platform;
-    platform.audio = std::make_unique<PulseAudioBackend>();
-    auto capture = X11CaptureBackend::create(SoundRecorder::factory(*platform.audio),
-                                             encoderPreference(qgetenv("VANTRELL_ENCODER").toStdString()));
+    auto capture = X11CaptureBackend::create();
     if (!capture)
         return nullPlatform(capture.error());
-    platform.windowBounds = [backend = capture->get()](std::uint32_t id) {
-        return backend->windowBounds(id);
-    };
+    Platform platform = commonPlatform();
     platform.capture = std::move(*capture);
     platform.input = std::make_unique<X11InputMonitor>(clock);
     platform.stills = std::make_unique<X11StillCapture>();

@@ -3,6 +3,8 @@
 
 #include "Capture/CaptureMetadata.h"
 
+#include "Support/Spellings.h"
+
 #include <QDateTime>
 
 #include <cmath>
@@ -12,6 +14,12 @@ namespace vantrell {
 namespace {
 
 using nlohmann::json;
+
+constexpr Spellings<CaptureKind, 3> sources{{{
+    {CaptureKind::display, "display"},
+    {CaptureKind::area, "region"},
+    {CaptureKind::window, "window"},
+}}};
 
 /// Whole numbers are written without a fraction.
 json number(double value) {
@@ -48,8 +56,10 @@ json toJson(const WindowInfo &window) {
 json toJson(const RecordingInfo &recording) {
     json events = json::array();
     for (const InputEvent &event : recording.events)
-        events.push_back(json{
-            {"t", number(event.t)}, {"kind", event.kind}, {"x", number(event.x)}, {"y", number(event.y)}});
+        events.push_back(json{{"t", number(event.t)},
+                              {"kind", spelling(event.kind)},
+                              {"x", number(event.x)},
+                              {"y", number(event.y)}});
     json object{{"fps", number(recording.fps)},
                 {"durationMs", number(recording.durationMs)},
                 {"events", std::move(events)}};
@@ -92,8 +102,11 @@ RecordingInfo readRecording(JsonReader &parent, const json &object) {
     recording.durationMs = reader.number("durationMs");
     for (const json &element : reader.array("events")) {
         JsonReader event(element, reader.pathTo("events"));
+        const auto kind = inputEventKind(event.string("kind"));
+        if (!kind)
+            event.fail("kind", "unknown");
         recording.events.push_back(
-            {event.number("t"), event.string("kind"), event.number("x"), event.number("y")});
+            {event.number("t"), kind.value_or(InputEvent::Kind::move), event.number("x"), event.number("y")});
         reader.adopt(event);
     }
     recording.anchorHostTime = reader.optionalNumber("anchorHostTime");
@@ -110,7 +123,7 @@ std::string CaptureMetadata::jsonData() const {
         {"version", version},
         {"type", type},
         {"capturedAt", capturedAt},
-        {"source", source},
+        {"source", sources.of(source)},
         {"display", {{"size", toJson(display.size)}, {"scaleFactor", number(display.scaleFactor)}}},
         {"pixelSize", {{"width", pixelSize.width}, {"height", pixelSize.height}}},
     };
@@ -133,7 +146,10 @@ std::expected<CaptureMetadata, JsonError> CaptureMetadata::fromJson(std::string_
     metadata.version = reader.integer("version");
     metadata.type = reader.string("type");
     metadata.capturedAt = reader.string("capturedAt");
-    metadata.source = reader.string("source");
+    const auto source = sources.find(reader.string("source"));
+    if (!source)
+        reader.fail("source", "unknown");
+    metadata.source = source.value_or(CaptureKind::display);
     JsonReader display(reader.object("display"), "display");
     metadata.display = {readSize(display, "size"), display.number("scaleFactor")};
     reader.adopt(display);

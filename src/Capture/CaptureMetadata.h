@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "Capture/InputEvent.h"
+#include "Platform/CaptureSource.h"
 #include "Support/Geometry.h"
 #include "Support/JsonReader.h"
 
@@ -15,19 +17,6 @@
 #include <vector>
 
 namespace vantrell {
-
-/// One click, scroll, move or exit, in the recording's own time and coordinates.
-struct InputEvent {
-    /// Milliseconds from the start of the recording.
-    double t = 0;
-    /// "down", "up", "scroll", "move" or "exit".
-    std::string kind;
-    /// Points from the capture area's top-left corner.
-    double x = 0;
-    double y = 0;
-
-    bool operator==(const InputEvent &) const = default;
-};
 
 struct DisplayInfo {
     /// Points.
@@ -68,8 +57,8 @@ struct CaptureMetadata {
     std::string type;
     /// ISO 8601, UTC, whole seconds.
     std::string capturedAt;
-    /// "window", "display" or "region".
-    std::string source;
+    /// Written as "window", "display" or "region".
+    CaptureKind source = CaptureKind::display;
     DisplayInfo display;
     std::optional<WindowInfo> window;
     std::optional<Rect> region;

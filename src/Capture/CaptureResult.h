@@ -11,13 +11,16 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace vantrell {
 
 /// A finished capture, as every capture path hands it to the shelf and to the upload pipeline.
 struct CaptureResult {
-    /// "image" for stills, "video" for recordings.
-    std::string kind;
+    /// What the service takes it for: a still, or anything that moves.
+    enum class Kind { image = 1, video };
+
+    Kind kind = Kind::video;
     /// "image/png" or "video/quicktime".
     std::string mime;
     std::filesystem::path fileURL;
@@ -30,5 +33,10 @@ struct CaptureResult {
     /// Absent for stills.
     std::optional<std::int64_t> durationMs;
 };
+
+/// "image" or "video".
+constexpr std::string_view spelling(CaptureResult::Kind kind) {
+    return kind == CaptureResult::Kind::image ? "image" : "video";
+}
 
 } // namespace vantrell

@@ -5,7 +5,6 @@
 
 #include "Capture/CaptureStorage.h"
 #include "Capture/Thumbnailer.h"
-#include "Platform/DisplayLayout.h"
 #include "Support/AtomicFile.h"
 #include "Support/BlockingWork.h"
 #include "Support/Log.h"
@@ -20,12 +19,6 @@ namespace vantrell {
 
 namespace {
 
-/// Points from the display's top-left corner.
-Rect onDisplay(const Display &display, const PixelRect &desktopPixels) {
-    const Rect rect = inPointsOf(display, desktopPixels);
-    return {rect.x - display.frame.x, rect.y - display.frame.y, rect.width, rect.height};
-}
-
 bool isTranslucent(const QImage &image) {
     if (!image.hasAlphaChannel())
         return false;
@@ -38,26 +31,15 @@ bool isTranslucent(const QImage &image) {
     return false;
 }
 
-/// What a still is packaged with.
-struct StillFacts {
-    std::string source;
-    Display display;
-    double scale;
-    std::optional<WindowInfo> window;
-    std::optional<Rect> region;
-};
-
-Task<ScreenshotEngine::Result> packaged(StillCapture::Result still, StillFacts facts, std::stop_token stop) {
+Task<ScreenshotEngine::Result> packaged(StillCapture::Result still, CaptureTarget target,
+                                        std::stop_token stop) {
     if (!still) {
         co_return std::unexpected(std::visit([](auto &&error) { return ScreenshotError(std::move(error)); },
                                              std::move(still.error())));
     }
     const auto done = co_await runBlocking(
-        [image = std::move(*still), facts = std::move(facts)]() mutable {
-            if (facts.window)
-                facts.window->hasAlpha = isTranslucent(image);
-            return ScreenshotEngine::package(image, facts.source, facts.display, facts.scale, facts.window,
-                                             facts.region);
+        [image = std::move(*still), target = std::move(target)] {
+            return ScreenshotEngine::package(image, target);
         },
         stop);
     if (!done)
@@ -69,33 +51,15 @@ Task<ScreenshotEngine::Result> packaged(StillCapture::Result still, StillFacts f
 
 } // namespace
 
-Task<ScreenshotEngine::Result> ScreenshotEngine::captureWindow(StillCapture *stills, WindowDescription window,
-                                                               Display on, double scale,
-                                                               std::stop_token stop) {
-    StillFacts facts{"window", on, scale, windowInfo(window, onDisplay(on, window.pixels)), {}};
-    auto still = co_await stills->captureWindow(window.id, stop);
-    co_return co_await packaged(std::move(still), std::move(facts), stop);
-}
-
-Task<ScreenshotEngine::Result> ScreenshotEngine::captureDisplay(StillCapture *stills, Display display,
-                                                                double scale, std::stop_token stop) {
-    StillFacts facts{"display", display, scale, {}, {}};
-    auto still = co_await stills->captureArea(display.pixels, stop);
-    co_return co_await packaged(std::move(still), std::move(facts), stop);
-}
-
-Task<ScreenshotEngine::Result> ScreenshotEngine::captureArea(StillCapture *stills, PixelRect area, Display on,
-                                                             double scale, std::stop_token stop) {
-    StillFacts facts{"region", on, scale, {}, onDisplay(on, area)};
-    auto still = co_await stills->captureArea(area, stop);
-    co_return co_await packaged(std::move(still), std::move(facts), stop);
+Task<ScreenshotEngine::Result> ScreenshotEngine::capture(StillCapture *stills, CaptureTarget target,
+                                                         std::stop_token stop) {
+    auto still = target.window ? co_await stills->captureWindow(target.window->id, stop)
+                               : co_await stills->captureArea(target.source, stop);
+    co_return co_await packaged(std::move(still), std::move(target), stop);
 }
 
 std::expected<CaptureResult, CaptureError> ScreenshotEngine::package(const QImage &image,
-                                                                     const std::string &source,
-                                                                     const Display &display, double scale,
-                                                                     const std::optional<WindowInfo> &window,
-                                                                     const std::optional<Rect> &region) {
+                                                                     const CaptureTarget &target) {
     QByteArray png;
     QBuffer buffer(&png);
     buffer.open(QIODevice::WriteOnly);
@@ -109,15 +73,17 @@ std::expected<CaptureResult, CaptureError> ScreenshotEngine::package(const QImag
         qCCritical(logCapture, "screenshot not written: %s", written.error().message.c_str());
         return std::unexpected(CaptureError::encodeFailed);
     }
-    capture.kind = "image";
+    capture.kind = CaptureResult::Kind::image;
     capture.mime = "image/png";
-    capture.name = captureName(source, window);
+    capture.name = captureName(target.kind(), target.window);
     capture.metadata.type = "screenshot";
     capture.metadata.capturedAt = iso8601(std::chrono::system_clock::now());
-    capture.metadata.source = source;
-    capture.metadata.display = {{display.frame.width, display.frame.height}, scale};
-    capture.metadata.window = window;
-    capture.metadata.region = region;
+    capture.metadata.source = target.kind();
+    capture.metadata.display = target.displayInfo();
+    capture.metadata.window = target.windowInfo();
+    if (capture.metadata.window)
+        capture.metadata.window->hasAlpha = isTranslucent(image);
+    capture.metadata.region = target.region();
     capture.metadata.pixelSize = {image.width(), image.height()};
     capture.previewImage = image;
     capture.thumbnailJPEG = Thumbnailer::jpegThumbnail(image);
@@ -129,21 +95,18 @@ double ScreenshotEngine::scaleFactor(const std::vector<Display> &displays, const
     return found == displays.end() ? 2.0 : found->scale;
 }
 
-std::string ScreenshotEngine::captureName(const std::string &source, const std::optional<WindowInfo> &window,
+std::string ScreenshotEngine::captureName(std::optional<CaptureKind> still,
+                                          const std::optional<WindowDescription> &window,
                                           std::chrono::system_clock::time_point now) {
     if (window) {
-        const std::string application = window->appName.value_or("Window");
+        const std::string application = window->applicationName.value_or("Window");
         const std::string title = window->title.value_or("");
         return title.empty() ? application : application + " · " + title;
     }
     const QDateTime time = QDateTime::fromSecsSinceEpoch(
         std::chrono::floor<std::chrono::seconds>(now).time_since_epoch().count());
     const QString text = QLocale::c().toString(time, "MMM d 'at' h.mm.ss AP");
-    return (source == "display" ? "Screen " : "Capture ") + text.toStdString();
-}
-
-WindowInfo ScreenshotEngine::windowInfo(const WindowDescription &window, const Rect &captureRect) {
-    return {window.applicationId, window.applicationName, window.title, captureRect, false};
+    return (still == CaptureKind::display ? "Screen " : "Capture ") + text.toStdString();
 }
 
 } // namespace vantrell

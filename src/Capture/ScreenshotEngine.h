@@ -5,6 +5,7 @@
 
 #include "Capture/CaptureError.h"
 #include "Capture/CaptureResult.h"
+#include "Capture/CaptureTarget.h"
 #include "Capture/ScreenshotError.h"
 #include "Platform/Display.h"
 #include "Platform/StillCapture.h"
@@ -25,33 +26,22 @@ class ScreenshotEngine {
 public:
     using Result = std::expected<CaptureResult, ScreenshotError>;
 
-    /// Takes a still of a window, of a whole display, or of an area of the desktop's pixels, and packages it.
-    /// `on` is the display that holds it. Main thread, which is not blocked; `stills` outlives the task.
-    static Task<Result> captureWindow(StillCapture *stills, WindowDescription window, Display on,
-                                      double scale, std::stop_token stop);
-    static Task<Result> captureDisplay(StillCapture *stills, Display display, double scale,
-                                       std::stop_token stop);
-    static Task<Result> captureArea(StillCapture *stills, PixelRect area, Display on, double scale,
-                                    std::stop_token stop);
+    /// Takes a still of the target and packages it. Main thread, which is not blocked; `stills` outlives the
+    /// task.
+    static Task<Result> capture(StillCapture *stills, CaptureTarget target, std::stop_token stop);
 
     /// Encodes the image as PNG into a new capture file and describes it. Blocks on coding and disk.
-    /// `source` is "window", "display" or "region".
-    static std::expected<CaptureResult, CaptureError> package(const QImage &image, const std::string &source,
-                                                              const Display &display, double scale,
-                                                              const std::optional<WindowInfo> &window,
-                                                              const std::optional<Rect> &region);
+    static std::expected<CaptureResult, CaptureError> package(const QImage &image,
+                                                              const CaptureTarget &target);
 
     /// Pixels for each point on that display as it is now; 2 when the display is gone.
     static double scaleFactor(const std::vector<Display> &displays, const std::string &displayId);
 
-    /// The display name of a capture: the window's application and title, or "Screen"/"Capture" with the
-    /// local date and time.
+    /// What the user sees a capture named: the window's application and title, or "Screen" (a still of a
+    /// whole display) or "Capture" (any other still, and every recording: none) with the local date and time.
     static std::string
-    captureName(const std::string &source, const std::optional<WindowInfo> &window,
+    captureName(std::optional<CaptureKind> still, const std::optional<WindowDescription> &window,
                 std::chrono::system_clock::time_point now = std::chrono::system_clock::now());
-
-    /// What the metadata says of a window that is captured as `captureRect` (points).
-    static WindowInfo windowInfo(const WindowDescription &window, const Rect &captureRect);
 };
 
 } // namespace vantrell

@@ -122,24 +122,24 @@ std::optional<PixelRect> parseArea(std::string_view text) {
     return PixelRect{numbers[0], numbers[1], numbers[2], numbers[3]};
 }
 
-std::expected<TargetArguments, UsageError> readTarget(const Words &words) {
-    TargetArguments target;
+std::expected<CaptureRequest, UsageError> readTarget(const Words &words) {
     if (words.has("--display") + words.has("--window") + words.has("--area") > 1)
         return usageError("Give one of --display, --window and --area");
-    target.displayId = words.value("--display");
-    if (const auto window = words.value("--window")) {
-        target.windowId = parseWindowId(*window);
-        if (!target.windowId)
-            return usageError("--window needs a window's number, not " + *window);
+    if (const auto text = words.value("--window")) {
+        const auto window = parseWindowId(*text);
+        if (!window)
+            return usageError("--window needs a window's number, not " + *text);
+        return CaptureRequest{CaptureRequest::Window{*window}};
     }
-    if (const auto area = words.value("--area")) {
-        target.area = parseArea(*area);
-        if (!target.area)
+    if (const auto text = words.value("--area")) {
+        const auto area = parseArea(*text);
+        if (!area)
             return usageError("--area needs four whole numbers X,Y,W,H");
-        if (target.area->isEmpty())
+        if (area->isEmpty())
             return usageError("The area is smaller than a pixel");
+        return CaptureRequest{CaptureRequest::Area{*area}};
     }
-    return target;
+    return CaptureRequest{CaptureRequest::WholeDisplay{words.value("--display")}};
 }
 
 /// Where a capture goes: the same for recordings and stills.

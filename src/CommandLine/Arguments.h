@@ -3,9 +3,8 @@
 
 #pragma once
 
-#include "Support/Geometry.h"
+#include "Platform/CaptureRequest.h"
 
-#include <cstdint>
 #include <expected>
 #include <filesystem>
 #include <optional>
@@ -15,17 +14,8 @@
 
 namespace vantrell {
 
-/// What `record` and `screenshot` capture. At most one of window and area; neither means a whole display.
-struct TargetArguments {
-    /// Absent: the primary display.
-    std::optional<std::string> displayId;
-    std::optional<std::uint32_t> windowId;
-    /// Desktop pixels.
-    std::optional<PixelRect> area;
-};
-
 struct RecordArguments {
-    TargetArguments target;
+    CaptureRequest target;
     std::optional<double> seconds;
     bool microphone = false;
     /// Absent: the default one.
@@ -38,7 +28,7 @@ struct RecordArguments {
 };
 
 struct ScreenshotArguments {
-    TargetArguments target;
+    CaptureRequest target;
     std::optional<std::filesystem::path> outputFolder;
     bool upload = false;
     std::optional<std::string> projectId;

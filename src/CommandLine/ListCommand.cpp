@@ -27,6 +27,8 @@ void report(const Display &display, const Reporter &reporter) {
     std::ostringstream line;
     line << display.id << "  " << text(display.pixels) << "  scale " << display.scale
          << (display.isPrimary ? "  primary" : "");
+    if (display.name != display.id)
+        line << "  " << display.name;
     reporter.result({{"id", display.id},
                      {"name", display.name},
                      {"pixels", json(display.pixels)},

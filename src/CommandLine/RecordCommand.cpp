@@ -5,7 +5,6 @@
 
 #include "Capture/CaptureStorage.h"
 #include "CommandLine/CaptureDelivery.h"
-#include "CommandLine/TargetResolver.h"
 #include "CommandLine/UnixSignals.h"
 #include "Recording/DiskSpace.h"
 #include "Recording/RecordingEngine.h"
@@ -31,7 +30,7 @@ public:
     Task<ExitCode> run(std::stop_token stop);
 
 private:
-    std::expected<RecordingTarget, std::string> prepare();
+    Task<std::expected<CaptureBackend::Chosen, Failure>> prepare(std::stop_token stop);
     Task<std::expected<void, PlatformError>> checkMicrophone(std::stop_token stop);
     void onSignal(int signal);
     Task<> togglePause(std::stop_token stop);
@@ -55,13 +54,14 @@ private:
     TaskScope m_scope;
 };
 
-std::expected<RecordingTarget, std::string> RecordRun::prepare() {
-    auto target = resolveTarget(m_arguments.target, *m_platform.capture);
-    if (!target)
-        return std::unexpected(target.error().description());
+Task<std::expected<CaptureBackend::Chosen, Failure>> RecordRun::prepare(std::stop_token stop) {
+    auto chosen = co_await m_platform.capture->choose(m_arguments.target, stop);
+    if (!chosen)
+        co_return std::unexpected(
+            std::visit([](auto &&error) { return Failure(std::move(error)); }, std::move(chosen.error())));
     if (const auto enough = checkFreeDiskSpace(CaptureStorage::directory()); !enough)
-        return std::unexpected(description(enough.error()));
-    return std::move(*target);
+        co_return std::unexpected(Failure(enough.error()));
+    co_return std::move(*chosen);
 }
 
 Task<std::expected<void, PlatformError>> RecordRun::checkMicrophone(std::stop_token stop) {
@@ -75,22 +75,21 @@ Task<std::expected<void, PlatformError>> RecordRun::checkMicrophone(std::stop_to
 }
 
 Task<ExitCode> RecordRun::run(std::stop_token stop) {
-    auto target = prepare();
-    if (!target)
-        co_return fail(target.error());
+    const auto chosen = co_await prepare(stop);
+    if (!chosen)
+        co_return fail(description(chosen.error()));
     if (const auto microphone = co_await checkMicrophone(stop); !microphone)
         co_return fail(microphone.error().description());
     if (const auto prepared = co_await m_delivery.prepare(stop); !prepared)
         co_return prepared.error();
 
     RecordingOptions options;
-    options.target = std::move(*target);
+    options.target = CaptureTarget::of(*chosen->source);
     options.micEnabled = m_arguments.microphone;
     options.micDeviceId = m_arguments.microphoneId;
     options.systemAudioEnabled = m_arguments.systemAudio;
     options.separateCursor = !m_arguments.drawsCursor;
-    const RecordingPorts ports{*m_platform.capture, *m_platform.input, m_platform.windowBounds,
-                               m_context.clock};
+    const RecordingPorts ports{*m_platform.streams, chosen->source, *m_platform.input, m_context.clock};
     m_engine = std::make_unique<RecordingEngine>(ports, std::move(options));
     m_engine->onStreamDeath = [this](Failure failure) {
         qCWarning(logCapture, "stream died mid-recording: %s", description(failure).c_str());

@@ -5,7 +5,6 @@
 
 #include "Capture/ScreenshotEngine.h"
 #include "CommandLine/CaptureDelivery.h"
-#include "CommandLine/TargetResolver.h"
 
 #include <utility>
 
@@ -20,27 +19,20 @@ struct Sentence {
     std::string operator()(Cancelled) const { return {}; }
 };
 
-Task<ScreenshotEngine::Result> capture(StillCapture *stills, RecordingTarget target, std::stop_token stop) {
-    if (target.window)
-        return ScreenshotEngine::captureWindow(stills, *target.window, target.display, target.scale, stop);
-    if (target.source == target.display.pixels)
-        return ScreenshotEngine::captureDisplay(stills, target.display, target.scale, stop);
-    return ScreenshotEngine::captureArea(stills, target.source, target.display, target.scale, stop);
-}
-
 } // namespace
 
 Task<ExitCode> runScreenshot(ScreenshotArguments arguments, CommandContext context, std::stop_token stop) {
     const Platform platform = context.loadPlatform(context.clock);
-    const auto target = resolveTarget(arguments.target, *platform.capture);
-    if (!target) {
-        context.reporter.failure(target.error().description());
+    const auto chosen = co_await platform.capture->choose(arguments.target, stop);
+    if (!chosen) {
+        context.reporter.failure(std::visit(Sentence{}, chosen.error()));
         co_return ExitCode::failed;
     }
     CaptureDelivery delivery({arguments.outputFolder, arguments.upload, arguments.projectId}, context);
     if (const auto prepared = co_await delivery.prepare(stop); !prepared)
         co_return prepared.error();
-    auto taken = co_await capture(platform.stills.get(), *target, stop);
+    auto taken =
+        co_await ScreenshotEngine::capture(platform.stills.get(), CaptureTarget::of(*chosen->source), stop);
     if (!taken) {
         context.reporter.failure(std::visit(Sentence{}, taken.error()));
         co_return ExitCode::failed;

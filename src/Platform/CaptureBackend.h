@@ -3,21 +3,33 @@
 
 #pragma once
 
-#include "Platform/CaptureStream.h"
-#include "Platform/CaptureStreamConfiguration.h"
+#include "Platform/CaptureRequest.h"
+#include "Platform/CaptureSource.h"
 #include "Platform/Display.h"
 #include "Platform/WindowDescription.h"
+#include "Support/Cancelled.h"
 #include "Support/PlatformError.h"
+#include "Support/Task.h"
 
 #include <expected>
 #include <memory>
+#include <stop_token>
+#include <variant>
 #include <vector>
 
 namespace vantrell {
 
-/// The screen of this desktop session: what there is to capture, and the capturing. Main thread.
+/// Port: the screen of this desktop session, what there is to capture. Main thread.
 class CaptureBackend {
 public:
+    /// Not the pointer alone: with libstdc++ 12 no task can yield what a null pointer converts to.
+    struct Chosen {
+        /// Never null.
+        std::shared_ptr<CaptureSource> source;
+    };
+    using ChoiceError = std::variant<PlatformError, Cancelled>;
+    using Choice = std::expected<Chosen, ChoiceError>;
+
     virtual ~CaptureBackend() = default;
 
     /// The displays as they are now, the primary one first.
@@ -26,9 +38,10 @@ public:
     /// Windows of applications that can be captured, the topmost first.
     virtual std::expected<std::vector<WindowDescription>, PlatformError> windows() = 0;
 
-    /// Touches nothing until the stream is started.
-    virtual std::unique_ptr<CaptureStream> makeStream(CaptureStreamConfiguration configuration,
-                                                      CaptureStreamEvents events) = 0;
+    /// Finds what is wanted, at once or after the desktop's dialog, which may take minutes and which the user
+    /// may dismiss (Cancelled). The backend outlives the source. Errors: noSuchDisplay, noSuchWindow,
+    /// badArea, noDialog.
+    virtual Task<Choice> choose(CaptureRequest request, std::stop_token stop) = 0;
 };
 
 } // namespace vantrell

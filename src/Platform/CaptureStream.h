@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Support/Geometry.h"
 #include "Support/PlatformError.h"
 #include "Support/Task.h"
 
@@ -51,6 +52,9 @@ public:
     /// Opens source, encoder and file; done when capturing has begun. After a failure no file is left and no
     /// event comes. Once.
     virtual Task<std::expected<void, PlatformError>> start(std::stop_token stop) = 0;
+
+    /// The picture's size, known once it has started.
+    virtual PixelSize pictureSize() const = 0;
 
     /// Asks for the end: the picture is held up to this moment and the file is finished. Returns at once; the
     /// result comes as an event. A second call does nothing.

@@ -3,27 +3,21 @@
 
 #pragma once
 
+#include "Platform/CursorMode.h"
 #include "Support/Geometry.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
 
 namespace vantrell {
 
-/// What one recording stretch captures and where it goes.
+/// How one recording stretch is made and where it goes.
 struct CaptureStreamConfiguration {
-    /// The display that holds the capture.
-    std::string displayId;
-    /// Present for a window capture; the window's content is then taken wherever it is.
-    std::optional<std::uint32_t> window;
-    /// Part of the desktop, in the desktop's pixels; not used for a window.
-    PixelRect source;
-    /// The movie's size; what is captured is scaled to fit when a window's size differs from it.
-    PixelSize output;
+    /// The movie's size; absent: that of the first picture. Pictures of other sizes are fitted into it.
+    std::optional<PixelSize> output;
     int maximumFramesPerSecond = 60;
-    bool showsCursor = true;
+    CursorMode cursor = CursorMode::inPicture;
     bool capturesMicrophone = false;
     /// Absent: the default microphone, also when the default changes.
     std::optional<std::string> microphoneId;

@@ -30,7 +30,11 @@ Point inPointsOf(const Display &display, const Point &desktopPixel) {
 }
 
 Rect inPointsOf(const Display &display, const PixelRect &desktopPixels) {
-    const Point corner = inPointsOf(display, Point{double(desktopPixels.x), double(desktopPixels.y)});
+    return inPointsOf(display, toPoints(desktopPixels, 1));
+}
+
+Rect inPointsOf(const Display &display, const Rect &desktopPixels) {
+    const Point corner = inPointsOf(display, Point{desktopPixels.x, desktopPixels.y});
     return {corner.x, corner.y, desktopPixels.width / display.scale, desktopPixels.height / display.scale};
 }
 

@@ -19,6 +19,7 @@ namespace vantrell {
 /// Desktop pixels in the display's points, continued beyond its edges.
 Point inPointsOf(const Display &display, const Point &desktopPixel);
 Rect inPointsOf(const Display &display, const PixelRect &desktopPixels);
+Rect inPointsOf(const Display &display, const Rect &desktopPixels);
 
 /// The display that holds the most of the rectangle; the nearest one when none touches it. `displays` is not
 /// empty.

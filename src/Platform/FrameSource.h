@@ -11,10 +11,14 @@
 #include <expected>
 #include <optional>
 #include <span>
+#include <variant>
 
 namespace vantrell {
 
-/// Pixels of one changed part of the picture: 32-bit BGRX, rows top down.
+/// The order of a pixel's four bytes in memory; x is not used.
+enum class PixelFormat { bgrx = 1, rgbx };
+
+/// Pixels of one changed part of the picture, rows top down.
 struct FramePatch {
     /// Where it belongs. x and y are multiples of 16; width and height are too, unless the patch reaches the
     /// picture's right or bottom edge.
@@ -23,12 +27,29 @@ struct FramePatch {
     std::ptrdiff_t stride = 0;
 };
 
+/// A whole picture in memory of the graphics card.
+struct DmaBufPicture {
+    /// Borrowed.
+    int fd = -1;
+    std::uint32_t offset = 0;
+    std::uint32_t stride = 0;
+    /// How the card has laid the pixels out (a DRM modifier).
+    std::uint64_t modifier = 0;
+};
+
 /// What changed since the update before.
 struct FrameUpdate {
     /// When the screen changed, in host time.
     double hostTime = 0;
-    /// Valid until the source's next call. Parts that did not really change may be among them.
-    std::span<const FramePatch> patches;
+    /// The picture's size now. When it is another one than before, the whole picture is in the update; empty
+    /// as long as there is nothing to see.
+    PixelSize size;
+    PixelFormat format = PixelFormat::bgrx;
+    /// Patches, or the whole picture. Valid until the source's next call. Parts that did not really change
+    /// may be among them.
+    std::variant<std::span<const FramePatch>, DmaBufPicture> content;
+    /// The pointer's place on the picture, from a source that tells it (CursorMode::asMetadata).
+    std::optional<Point> pointer;
 };
 
 /// Why a wait ended.
@@ -46,7 +67,7 @@ public:
     /// Called first; the whole picture counts as changed afterwards.
     virtual std::expected<void, PlatformError> open() = 0;
 
-    /// The picture's size in pixels; fixed while the source is open.
+    /// The picture's size in pixels, as it was opened; it may change with any update.
     virtual PixelSize size() const = 0;
 
     /// Sleeps until something has changed, `deadline` (host time; absent: for ever) has passed, or somebody
@@ -55,7 +76,7 @@ public:
     virtual std::expected<FrameWait, PlatformError> wait(double notBefore,
                                                          std::optional<double> deadline) = 0;
 
-    /// Takes what changed. There may be no patches when the change was none that shows.
+    /// Takes what changed. There are no patches when nothing that can be seen did.
     virtual std::expected<FrameUpdate, PlatformError> fetch() = 0;
 
     /// Ends the present or else the next wait. Thread-safe.

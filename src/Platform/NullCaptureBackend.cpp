@@ -8,22 +8,6 @@
 #include <utility>
 
 namespace vantrell {
-namespace {
-
-class NullStream final : public CaptureStream {
-public:
-    explicit NullStream(PlatformError error) : m_error(std::move(error)) {}
-
-    Task<std::expected<void, PlatformError>> start(std::stop_token) override {
-        co_return std::unexpected(m_error);
-    }
-    void stop() override {}
-
-private:
-    PlatformError m_error;
-};
-
-} // namespace
 
 NullCaptureBackend::NullCaptureBackend(std::string sentence)
     : m_error(screenError(ScreenErrorCode::noSession, std::move(sentence))) {}
@@ -36,9 +20,8 @@ std::expected<std::vector<WindowDescription>, PlatformError> NullCaptureBackend:
     return std::unexpected(m_error);
 }
 
-std::unique_ptr<CaptureStream> NullCaptureBackend::makeStream(CaptureStreamConfiguration,
-                                                              CaptureStreamEvents) {
-    return std::make_unique<NullStream>(m_error);
+Task<CaptureBackend::Choice> NullCaptureBackend::choose(CaptureRequest, std::stop_token) {
+    co_return std::unexpected(ChoiceError(m_error));
 }
 
 } // namespace vantrell

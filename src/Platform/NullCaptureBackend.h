@@ -17,8 +17,7 @@ public:
 
     std::expected<std::vector<Display>, PlatformError> displays() override;
     std::expected<std::vector<WindowDescription>, PlatformError> windows() override;
-    std::unique_ptr<CaptureStream> makeStream(CaptureStreamConfiguration configuration,
-                                              CaptureStreamEvents events) override;
+    Task<Choice> choose(CaptureRequest request, std::stop_token stop) override;
 
 private:
     PlatformError m_error;

@@ -5,12 +5,11 @@
 
 #include "Platform/AudioBackend.h"
 #include "Platform/CaptureBackend.h"
+#include "Platform/CaptureStreamFactory.h"
 #include "Platform/InputMonitor.h"
 #include "Platform/StillCapture.h"
 
-#include <functional>
 #include <memory>
-#include <optional>
 
 namespace vantrell {
 
@@ -18,12 +17,11 @@ namespace vantrell {
 /// carry the sentence for the user.
 struct Platform {
     std::unique_ptr<AudioBackend> audio;
-    /// Records its sound from `audio`.
     std::unique_ptr<CaptureBackend> capture;
+    /// Records its sound from `audio`.
+    std::unique_ptr<CaptureStreamFactory> streams;
     std::unique_ptr<InputMonitor> input;
     std::unique_ptr<StillCapture> stills;
-    /// Where a window is now, in the desktop's pixels. Lives as long as `capture`.
-    std::function<std::optional<PixelRect>(std::uint32_t windowId)> windowBounds;
 };
 
 } // namespace vantrell

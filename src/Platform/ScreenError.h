@@ -22,9 +22,13 @@ enum class ScreenErrorCode {
     unsupportedPixels,
     /// The recorded window was closed.
     windowClosed,
+    /// The recorded display was unplugged or switched off.
+    displayGone,
     connectionLost,
     outOfMemory,
     encoderFailed,
+    /// The desktop has no dialog in which its user could choose what is recorded.
+    noDialog,
 };
 
 inline constexpr const char *screenErrorDomain = "screen";

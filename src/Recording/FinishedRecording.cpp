@@ -9,28 +9,33 @@
 #include "Media/Movie/PosterFrame.h"
 #include "Recording/SidecarEvents.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace vantrell {
 
 namespace {
 
-CaptureMetadata recordingMetadata(const FinishedRecording &recording, double durationMs) {
+/// What the movie shows, which is of even sizes whatever was asked for.
+PixelSize pictureSize(const MovieFacts &facts, PixelSize otherwise) {
+    const auto video = std::ranges::find(facts.tracks, true, &MovieFacts::Track::isVideo);
+    return video == facts.tracks.end() ? otherwise : video->size;
+}
+
+CaptureMetadata recordingMetadata(const FinishedRecording &recording, const MovieFacts &facts) {
     const RecordingOptions &options = recording.options;
-    const RecordingTarget &target = options.target;
+    const CaptureTarget &target = options.target;
     CaptureMetadata metadata;
     metadata.type = "recording";
     metadata.capturedAt = iso8601(recording.startedAt);
     metadata.source = target.kind();
-    metadata.display = {{target.display.frame.width, target.display.frame.height}, target.scale};
-    if (target.window)
-        metadata.window = ScreenshotEngine::windowInfo(*target.window, target.rect);
-    if (metadata.source == "region")
-        metadata.region = target.rect;
-    metadata.pixelSize = target.source.size();
+    metadata.display = target.displayInfo();
+    metadata.window = target.windowInfo();
+    metadata.region = target.region();
+    metadata.pixelSize = pictureSize(facts, target.source.size());
     RecordingInfo info;
     info.fps = options.fps;
-    info.durationMs = durationMs;
+    info.durationMs = facts.durationMs;
     info.events = sidecarEvents(recording.events, target.display.frame, target.rect, recording.segments);
     info.anchorHostTime = recording.segments.front().anchorHostTime;
     info.cursorInVideo = !options.separateCursor;
@@ -46,11 +51,10 @@ std::expected<CaptureResult, PlatformError> describeRecording(const FinishedReco
     if (!facts)
         return std::unexpected(facts.error());
     CaptureResult capture;
-    capture.kind = "video";
     capture.mime = "video/quicktime";
     capture.fileURL = recording.movie;
-    capture.metadata = recordingMetadata(recording, facts->durationMs);
-    capture.name = ScreenshotEngine::captureName("recording", capture.metadata.window, recording.now) +
+    capture.metadata = recordingMetadata(recording, *facts);
+    capture.name = ScreenshotEngine::captureName({}, recording.options.target.window, recording.now) +
                    recording.nameSuffix;
     if (auto poster = decodePosterFrame(recording.movie))
         capture.previewImage = std::move(*poster);

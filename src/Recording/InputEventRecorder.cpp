@@ -12,6 +12,8 @@ namespace vantrell {
 
 namespace {
 
+using Kind = InputEvent::Kind;
+
 constexpr double scrollSpacing = 0.15;
 constexpr double sampleInterval = 1.0 / 60;
 
@@ -26,13 +28,21 @@ InputEventRecorder::~InputEventRecorder() {
 
 void InputEventRecorder::start() {
     m_events.clear();
-    paused = false;
-    lastMoveLocation.reset();
+    m_paused = false;
+    m_lastMoveLocation.reset();
     m_lastScrollTime = 0;
     m_lastSampleTime = 0;
     const auto started = m_monitor.start([this](const PointerEvent &event) { handle(event); });
     if (!started)
         qCWarning(logCapture, "input events not recorded: %s", started.error().message.c_str());
+    else
+        samplePointer(m_clock.hostNow());
+}
+
+void InputEventRecorder::resume() {
+    m_paused = false;
+    m_lastMoveLocation.reset();
+    samplePointer(m_clock.hostNow());
 }
 
 std::vector<RawEvent> InputEventRecorder::stop() {
@@ -43,7 +53,7 @@ std::vector<RawEvent> InputEventRecorder::stop() {
 }
 
 void InputEventRecorder::handle(const PointerEvent &event) {
-    if (paused)
+    if (m_paused)
         return;
     switch (event.kind) {
     case PointerEvent::Kind::moved:
@@ -55,12 +65,12 @@ void InputEventRecorder::handle(const PointerEvent &event) {
     case PointerEvent::Kind::leftDown:
     case PointerEvent::Kind::rightDown:
         if (const auto location = bottomLeftPointer())
-            append(event.hostTime, "down", *location);
+            append(event.hostTime, Kind::down, *location);
         break;
     case PointerEvent::Kind::leftUp:
     case PointerEvent::Kind::rightUp:
         if (const auto location = bottomLeftPointer())
-            append(event.hostTime, "up", *location);
+            append(event.hostTime, Kind::up, *location);
         break;
     }
 }
@@ -72,7 +82,7 @@ void InputEventRecorder::handleScroll(const PointerEvent &event) {
         return;
     m_lastScrollTime = event.hostTime;
     if (const auto location = bottomLeftPointer())
-        append(event.hostTime, "scroll", *location);
+        append(event.hostTime, Kind::scroll, *location);
 }
 
 void InputEventRecorder::pointerMoved(double hostTime) {
@@ -89,7 +99,7 @@ void InputEventRecorder::pointerMoved(double hostTime) {
             if (!co_await self->m_clock.sleep(delay, stop))
                 co_return;
             self->m_sampleDue = false;
-            if (!self->paused)
+            if (!self->m_paused)
                 self->samplePointer(self->m_clock.hostNow());
         },
         this, std::chrono::milliseconds(int(wait * 1000) + 1));
@@ -98,13 +108,13 @@ void InputEventRecorder::pointerMoved(double hostTime) {
 void InputEventRecorder::samplePointer(double hostTime) {
     m_lastSampleTime = m_clock.hostNow();
     const auto location = bottomLeftPointer();
-    if (!location || location == lastMoveLocation)
+    if (!location || location == m_lastMoveLocation)
         return;
-    lastMoveLocation = location;
-    append(hostTime, "move", *location);
+    m_lastMoveLocation = location;
+    append(hostTime, Kind::move, *location);
 }
 
-void InputEventRecorder::append(double hostTime, const char *kind, const Point &location) {
+void InputEventRecorder::append(double hostTime, InputEvent::Kind kind, const Point &location) {
     RawEvent event{hostTime, kind, location, {}};
     if (liveCaptureRect)
         event.captureRect = liveCaptureRect();

@@ -17,8 +17,8 @@ namespace vantrell {
 
 /// Collects clicks, scrolls and pointer moves while a recording runs. Main thread.
 ///
-/// Moves are taken at most 60 times a second and only while the pointer moves: a resting pointer costs
-/// nothing.
+/// The first move tells where the pointer is at the start. Further ones are taken at most 60 times a second
+/// and only while the pointer moves: a resting one costs nothing.
 class InputEventRecorder {
 public:
     /// Monitor and clock must outlive the recorder. Events are counted in the points of `display`, the one
@@ -40,23 +40,24 @@ public:
     /// Told of each event as it is recorded, so that it can be kept on disk.
     std::function<void(const RawEvent &)> onEvent;
 
-    /// While set, nothing is recorded.
-    bool paused = false;
-
-    /// Where the last move was; cleared so that the next move counts as one.
-    std::optional<Point> lastMoveLocation;
+    /// Nothing is recorded from now on.
+    void pause() { m_paused = true; }
+    /// Goes on; where the pointer is counts as a move, also when it has not moved meanwhile.
+    void resume();
 
 private:
     void handle(const PointerEvent &event);
     void handleScroll(const PointerEvent &event);
     void pointerMoved(double hostTime);
     void samplePointer(double hostTime);
-    void append(double hostTime, const char *kind, const Point &location);
+    void append(double hostTime, InputEvent::Kind kind, const Point &location);
     std::optional<Point> bottomLeftPointer();
 
     InputMonitor &m_monitor;
     Clock &m_clock;
     Display m_display;
+    bool m_paused = false;
+    std::optional<Point> m_lastMoveLocation;
     double m_lastScrollTime = 0;
     double m_lastSampleTime = 0;
     bool m_sampleDue = false;

@@ -3,10 +3,10 @@
 
 #pragma once
 
+#include "Capture/InputEvent.h"
 #include "Support/Geometry.h"
 
 #include <optional>
-#include <string>
 
 namespace vantrell {
 
@@ -14,8 +14,8 @@ namespace vantrell {
 struct RawEvent {
     /// Seconds, the clock of frames and samples.
     double hostTime = 0;
-    /// "down", "up", "scroll" or "move".
-    std::string kind;
+    /// Never `exit`: only the mapping knows the area.
+    InputEvent::Kind kind = InputEvent::Kind::move;
     /// Points, bottom-left desktop coordinates.
     Point location;
     /// The capture area when the event happened, when it can move: points from the display's top-left corner.

@@ -22,7 +22,6 @@ RecordingEngine::RecordingEngine(RecordingPorts ports, RecordingOptions options)
 RecordingEngine::~RecordingEngine() = default;
 
 Task<std::expected<void, Failure>> RecordingEngine::start(std::stop_token stop) {
-    const RecordingTarget &target = m_options.target;
     if (onMicLevel)
         m_meter = std::make_unique<MicrophoneMeter>(m_ports.clock, onMicLevel);
     m_journal =
@@ -35,26 +34,31 @@ Task<std::expected<void, Failure>> RecordingEngine::start(std::stop_token stop) 
         co_return std::unexpected(std::move(opened.error()));
     }
     m_startedAt = m_ports.clock.wallNow();
-    if (target.window && m_ports.windowBounds) {
-        m_windowTracker.emplace(
-            [query = m_ports.windowBounds, id = target.window->id, display = target.display] {
-                return query(id).transform(
-                    [&display](const PixelRect &bounds) { return inPointsOf(display, bounds); });
-            },
-            Point{target.display.frame.x, target.display.frame.y}, target.rect, m_ports.clock);
-        m_eventRecorder.liveCaptureRect = [this]() -> std::optional<Rect> {
-            return m_windowTracker->currentRect();
-        };
-    }
+    followSource();
     m_eventRecorder.start();
     qCInfo(logCapture, "recording started");
     co_return std::expected<void, Failure>();
 }
 
+void RecordingEngine::followSource() {
+    const CaptureTarget &target = m_options.target;
+    m_windowTracker.emplace(
+        [source = m_ports.source, display = target.display, picture = *m_picture] {
+            return source->place().transform(
+                [&](const PixelRect &place) { return inPointsOf(display, shownArea(place, picture)); });
+        },
+        Point{target.display.frame.x, target.display.frame.y}, target.rect, m_ports.clock);
+    m_eventRecorder.liveCaptureRect = [this]() -> std::optional<Rect> {
+        const Rect now = m_windowTracker->currentRect();
+        // A display that stays where it was need not be told of with every event.
+        return m_options.target.window || now != m_options.target.rect ? std::optional(now) : std::nullopt;
+    };
+}
+
 Task<std::expected<void, Failure>> RecordingEngine::pause(std::stop_token stop) {
     if (!m_current || m_isPaused)
         co_return std::expected<void, Failure>();
-    m_eventRecorder.paused = true;
+    m_eventRecorder.pause();
     auto finalized = co_await finalize(std::exchange(m_current, nullptr), stop);
     m_isPaused = true;
     if (!finalized)
@@ -69,8 +73,7 @@ Task<std::expected<void, Failure>> RecordingEngine::resume(std::stop_token stop)
     if (auto opened = co_await openSegment(stop); !opened)
         co_return std::unexpected(std::move(opened.error()));
     m_isPaused = false;
-    m_eventRecorder.paused = false;
-    m_eventRecorder.lastMoveLocation.reset();
+    m_eventRecorder.resume();
     qCInfo(logCapture, "recording resumed");
     co_return std::expected<void, Failure>();
 }
@@ -82,14 +85,13 @@ std::optional<double> RecordingEngine::anchorHostTime() const {
 }
 
 CaptureStreamConfiguration RecordingEngine::streamConfiguration() const {
-    const RecordingTarget &target = m_options.target;
     CaptureStreamConfiguration configuration;
-    configuration.displayId = target.display.id;
-    if (target.window)
-        configuration.window = target.window->id;
-    configuration.source = target.source;
-    configuration.output = target.source.size();
-    configuration.showsCursor = !m_options.separateCursor;
+    configuration.output = m_picture;
+    if (!m_picture && !m_options.target.source.isEmpty())
+        configuration.output = m_options.target.source.size();
+    configuration.cursor = !m_options.separateCursor        ? CursorMode::inPicture
+                           : m_ports.source->tellsPointer() ? CursorMode::asMetadata
+                                                            : CursorMode::leftOut;
     configuration.capturesMicrophone = m_options.micEnabled;
     configuration.microphoneId = m_options.micDeviceId;
     configuration.capturesSystemAudio = m_options.systemAudioEnabled;
@@ -110,10 +112,12 @@ Task<std::expected<void, Failure>> RecordingEngine::openSegment(std::stop_token 
     // Named before it exists: a movie that is there and not named would not be found again.
     m_journal->addSegment(segment->fileURL());
     CaptureStreamConfiguration configuration = streamConfiguration();
-    auto started = co_await segment->start(&m_ports.capture, std::move(configuration), stop);
+    auto started =
+        co_await segment->start(&m_ports.streams, m_ports.source.get(), std::move(configuration), stop);
     if (!started)
         co_return std::unexpected(Failure(std::move(started.error())));
     m_current = segment;
+    m_picture = segment->pictureSize();
     co_return std::expected<void, Failure>();
 }
 

@@ -3,7 +3,8 @@
 
 #pragma once
 
-#include "Platform/CaptureBackend.h"
+#include "Platform/CaptureSource.h"
+#include "Platform/CaptureStreamFactory.h"
 #include "Platform/InputMonitor.h"
 #include "Recording/Failure.h"
 #include "Recording/InputEventRecorder.h"
@@ -25,12 +26,12 @@
 
 namespace vantrell {
 
-/// What a recording works with. All of it outlives the engine.
+/// What a recording works with. All that is referred to outlives the engine.
 struct RecordingPorts {
-    CaptureBackend &capture;
+    CaptureStreamFactory &streams;
+    /// What is recorded; the options' target describes it.
+    std::shared_ptr<CaptureSource> source;
     InputMonitor &input;
-    /// The bounds of a window now, in the desktop's pixels.
-    std::function<std::optional<PixelRect>(std::uint32_t windowId)> windowBounds;
     Clock &clock;
 };
 
@@ -74,6 +75,7 @@ private:
     Task<std::expected<void, Failure>> finalize(std::shared_ptr<StreamSegment> segment, std::stop_token stop);
     Task<std::expected<std::filesystem::path, Failure>> joinedMovie(std::stop_token stop);
     CaptureStreamConfiguration streamConfiguration() const;
+    void followSource();
     std::vector<RecordedSegment> usableSegments();
 
     RecordingPorts m_ports;
@@ -85,6 +87,8 @@ private:
     std::optional<Clock::WallTime> m_startedAt;
     std::vector<RecordedSegment> m_finished;
     std::shared_ptr<StreamSegment> m_current;
+    /// Every segment's, and so the movie's; none before the first has started.
+    std::optional<PixelSize> m_picture;
     bool m_isPaused = false;
     std::int64_t m_droppedFrames = 0;
     std::optional<PlatformError> m_soundProblem;

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Recording/RecordingTarget.h"
+#include "Capture/CaptureTarget.h"
 
 #include <optional>
 #include <string>
@@ -12,7 +12,7 @@ namespace vantrell {
 
 /// What is recorded and how; fixed for the recording.
 struct RecordingOptions {
-    RecordingTarget target;
+    CaptureTarget target;
     bool micEnabled = false;
     /// Absent: the default microphone.
     std::optional<std::string> micDeviceId;

@@ -86,8 +86,8 @@ WindowDescription toWindow(JsonReader &in) {
     return window;
 }
 
-RecordingTarget toTarget(JsonReader &in) {
-    RecordingTarget target;
+CaptureTarget toTarget(JsonReader &in) {
+    CaptureTarget target;
     target.display = nested(in, "display", toDisplay);
     target.rect = nested(in, "rect", toRect);
     target.scale = in.number("scale");
@@ -110,7 +110,11 @@ std::optional<JsonError> readBeginning(const json &object, RecordingRecord &reco
 }
 
 RawEvent toEvent(JsonReader &in) {
-    RawEvent event{in.number("hostTime"), in.string("kind"), {in.number("x"), in.number("y")}, {}};
+    const auto kind = inputEventKind(in.string("kind"));
+    if (!kind)
+        in.fail("kind", "unknown");
+    RawEvent event{
+        in.number("hostTime"), kind.value_or(InputEvent::Kind::move), {in.number("x"), in.number("y")}, {}};
     if (in.optionalObject("area"))
         event.captureRect = nested(in, "area", toRect);
     return event;
@@ -135,7 +139,7 @@ bool readLine(const json &object, RecordingRecord &record) {
 } // namespace
 
 std::string beginning(const RecordingOptions &options, Clock::WallTime startedAt) {
-    const RecordingTarget &target = options.target;
+    const CaptureTarget &target = options.target;
     json described{{"display", fromDisplay(target.display)},
                    {"rect", fromRect(target.rect)},
                    {"scale", target.scale},
@@ -161,8 +165,10 @@ std::string anchor(double hostTime) {
 }
 
 std::string event(const RawEvent &event) {
-    json object{
-        {"hostTime", event.hostTime}, {"kind", event.kind}, {"x", event.location.x}, {"y", event.location.y}};
+    json object{{"hostTime", event.hostTime},
+                {"kind", spelling(event.kind)},
+                {"x", event.location.x},
+                {"y", event.location.y}};
     if (event.captureRect)
         object["area"] = fromRect(*event.captureRect);
     return line({{"event", std::move(object)}});

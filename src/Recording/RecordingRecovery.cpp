@@ -104,7 +104,7 @@ RecordingRecord recordOfOrphan(const fs::path &movie) {
             Display display;
             display.pixels = {0, 0, track.size.width, track.size.height};
             display.frame = toPoints(display.pixels, 1);
-            record.options.target = RecordingTarget::wholeDisplay(display);
+            record.options.target = CaptureTarget::wholeDisplay(display);
             break;
         }
     return record;

@@ -40,7 +40,7 @@ public:
                            local.y * (area.height > 0 ? m_captureRect.height / area.height : 1)};
         const double t = oneDecimal(std::max(sinceAnchorMs, 0.0));
         const InputEvent mapped{t, event.kind, oneDecimal(scaled.x), oneDecimal(scaled.y)};
-        if (event.kind == "move")
+        if (event.kind == InputEvent::Kind::move)
             return mapMove(mapped, scaled, isWithin(local, area, 0));
         return isWithin(local, area, clickMargin) ? std::optional(mapped) : std::nullopt;
     }
@@ -52,7 +52,8 @@ private:
             return mapped;
         if (!wasInside)
             return std::nullopt;
-        return InputEvent{mapped.t, "exit", oneDecimal(std::clamp(scaled.x, 0.0, m_captureRect.width)),
+        return InputEvent{mapped.t, InputEvent::Kind::exit,
+                          oneDecimal(std::clamp(scaled.x, 0.0, m_captureRect.width)),
                           oneDecimal(std::clamp(scaled.y, 0.0, m_captureRect.height))};
     }
 

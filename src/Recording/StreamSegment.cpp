@@ -28,7 +28,8 @@ StreamSegment::~StreamSegment() {
             [stream = std::shared_ptr<CaptureStream>(std::move(m_stream))]() mutable { stream.reset(); });
 }
 
-Task<std::expected<void, PlatformError>> StreamSegment::start(CaptureBackend *backend,
+Task<std::expected<void, PlatformError>> StreamSegment::start(CaptureStreamFactory *streams,
+                                                              CaptureSource *source,
                                                               CaptureStreamConfiguration configuration,
                                                               std::stop_token stop) {
     configuration.outputFile = m_fileURL;
@@ -58,7 +59,7 @@ Task<std::expected<void, PlatformError>> StreamSegment::start(CaptureBackend *ba
     events.recordingFailed = [result = m_result](PlatformError error) {
         result.resolve(std::unexpected(Failure(std::move(error))));
     };
-    m_stream = backend->makeStream(std::move(configuration), std::move(events));
+    m_stream = streams->makeStream(*source, std::move(configuration), std::move(events));
     const auto started = co_await m_stream->start(stop);
     if (!started)
         co_return std::unexpected(started.error());

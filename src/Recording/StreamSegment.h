@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/CaptureBackend.h"
+#include "Platform/CaptureStreamFactory.h"
 #include "Recording/Failure.h"
 #include "Support/Clock.h"
 #include "Support/OneShot.h"
@@ -45,9 +45,13 @@ public:
     /// Interleaved microphone samples, on the stream's thread. Set before the start.
     std::function<void(std::span<const float>)> onMicSample;
 
-    /// Begins to capture into the segment's file.
-    Task<std::expected<void, PlatformError>>
-    start(CaptureBackend *backend, CaptureStreamConfiguration configuration, std::stop_token stop);
+    /// Begins to capture into the segment's file. What is pointed to outlives the segment.
+    Task<std::expected<void, PlatformError>> start(CaptureStreamFactory *streams, CaptureSource *source,
+                                                   CaptureStreamConfiguration configuration,
+                                                   std::stop_token stop);
+
+    /// The picture's size. After the start.
+    PixelSize pictureSize() const { return m_stream->pictureSize(); }
 
     /// Stops the stream and waits until its file is whole, at most 15 seconds.
     Task<std::expected<RecordingSummary, Failure>> finish(std::stop_token stop);

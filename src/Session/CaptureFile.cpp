@@ -41,11 +41,11 @@ std::expected<CaptureResult, std::string> readCaptureFile(const std::filesystem:
         const auto facts = readMovieFacts(file);
         if (!facts)
             return std::unexpected(file.string() + ": " + facts.error().description());
-        capture.kind = "video";
+        capture.kind = CaptureResult::Kind::video;
         capture.mime = "video/quicktime";
         capture.durationMs = std::llround(facts->durationMs);
     } else if (extension == ".png") {
-        capture.kind = "image";
+        capture.kind = CaptureResult::Kind::image;
         capture.mime = "image/png";
     } else {
         return std::unexpected(file.string() + " is neither a .mov recording nor a .png screenshot");

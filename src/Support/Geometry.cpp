@@ -28,6 +28,22 @@ PixelRect united(const PixelRect &a, const PixelRect &b) {
     return {left, top, std::max(a.right(), b.right()) - left, std::max(a.bottom(), b.bottom()) - top};
 }
 
+PixelRect fitted(PixelSize source, PixelSize picture) {
+    const double scale =
+        std::min(double(picture.width) / source.width, double(picture.height) / source.height);
+    const int width = std::clamp(int(std::lround(source.width * scale)), 1, picture.width);
+    const int height = std::clamp(int(std::lround(source.height * scale)), 1, picture.height);
+    return {(picture.width - width) / 2, (picture.height - height) / 2, width, height};
+}
+
+Rect shownArea(const PixelRect &source, PixelSize picture) {
+    const PixelRect place = fitted(source.size(), picture);
+    const double across = double(source.width) / place.width;
+    const double down = double(source.height) / place.height;
+    return {source.x - place.x * across, source.y - place.y * down, picture.width * across,
+            picture.height * down};
+}
+
 PixelSize pixelSize(const Size &size, double scale) {
     return {int(size.width * scale), int(size.height * scale)};
 }

@@ -58,6 +58,14 @@ PixelRect intersection(const PixelRect &a, const PixelRect &b);
 /// The smallest rectangle that holds both; an empty one adds nothing.
 PixelRect united(const PixelRect &a, const PixelRect &b);
 
+/// Where a picture comes to lie that is fitted into one of another size: whole, in the middle, with its
+/// proportions kept. Neither is empty.
+PixelRect fitted(PixelSize source, PixelSize picture);
+
+/// The part of the desktop that a picture shows into which `source` (desktop pixels) is fitted, the bars
+/// included. In pixels, with fractions.
+Rect shownArea(const PixelRect &source, PixelSize picture);
+
 /// Pixels of `size` points at `scale`, the fraction cut off.
 PixelSize pixelSize(const Size &size, double scale);
 

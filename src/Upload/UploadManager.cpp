@@ -69,7 +69,7 @@ QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture, const
     UploadJournalEntry entry{
         .captureId = id,
         .projectId = projectId,
-        .kind = capture->kind,
+        .kind = std::string(spelling(capture->kind)),
         .mime = capture->mime,
         .name = safeCaptureName(capture->name),
         .durationMs = capture->durationMs,

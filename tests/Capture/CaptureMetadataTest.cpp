@@ -13,7 +13,7 @@ CaptureMetadata minimal() {
     metadata.type = "screenshot";
     metadata.capturedAt = iso8601(std::chrono::sys_days(std::chrono::year(2026) / 3 / 5) +
                                   std::chrono::seconds(50829) + std::chrono::milliseconds(900));
-    metadata.source = "display";
+    metadata.source = CaptureKind::display;
     metadata.display = {{1536, 864}, 1.25};
     metadata.pixelSize = {1920, 1080};
     return metadata;
@@ -28,12 +28,13 @@ TEST(CaptureMetadata, writesCompactSortedJsonWithoutAbsentFields) {
 TEST(CaptureMetadata, readsBackEverythingItWrites) {
     CaptureMetadata metadata = minimal();
     metadata.type = "recording";
-    metadata.source = "window";
+    metadata.source = CaptureKind::window;
     metadata.window =
         WindowInfo{"org.example.editor", "Editor", "a \"title\" · é", {10.5, 20, 300, 200}, false};
     metadata.region = Rect{1, 2, 3, 4};
-    metadata.recording =
-        RecordingInfo{60, 1234.5, {{0, "down", -10.3, 4}, {16.7, "exit", 0, 200}}, 99.25, true, {}};
+    metadata.recording = RecordingInfo{
+        60,    1234.5, {{0, InputEvent::Kind::down, -10.3, 4}, {16.7, InputEvent::Kind::exit, 0, 200}},
+        99.25, true,   {}};
     const auto read = CaptureMetadata::fromJson(metadata.jsonData());
     ASSERT_TRUE(read) << read.error().message;
     EXPECT_EQ(*read, metadata);

@@ -32,16 +32,17 @@ TEST(Thumbnailer, shrinksToFiveHundredAndTwelveAndNeverEnlarges) {
 }
 
 TEST(ScreenshotEngine, namesCapturesByWindowOrByTime) {
-    const auto name = [](const std::string &source, const std::optional<WindowInfo> &window) {
+    const auto name = [](std::optional<CaptureKind> still, const std::optional<WindowDescription> &window) {
         const QDateTime evening(QDate(2026, 3, 4), QTime(21, 5, 33));
         return ScreenshotEngine::captureName(
-            source, window, std::chrono::system_clock::from_time_t(evening.toSecsSinceEpoch()));
+            still, window, std::chrono::system_clock::from_time_t(evening.toSecsSinceEpoch()));
     };
-    EXPECT_EQ(name("display", {}), "Screen Mar 4 at 9.05.33 PM");
-    EXPECT_EQ(name("recording", {}), "Capture Mar 4 at 9.05.33 PM");
-    EXPECT_EQ(name("window", WindowInfo{{}, "Files", "Pictures", {}, false}), "Files · Pictures");
-    EXPECT_EQ(name("window", WindowInfo{{}, "Files", "", {}, false}), "Files");
-    EXPECT_EQ(name("window", WindowInfo{}), "Window");
+    EXPECT_EQ(name(CaptureKind::display, {}), "Screen Mar 4 at 9.05.33 PM");
+    EXPECT_EQ(name({}, {}), "Capture Mar 4 at 9.05.33 PM");
+    EXPECT_EQ(name({}, WindowDescription{.applicationName = "Files", .title = "Pictures"}),
+              "Files · Pictures");
+    EXPECT_EQ(name({}, WindowDescription{.applicationName = "Files", .title = ""}), "Files");
+    EXPECT_EQ(name(CaptureKind::window, WindowDescription{}), "Window");
 }
 
 TEST(ScreenshotEngine, packagesAnImageWithItsTransparency) {
@@ -50,12 +51,12 @@ TEST(ScreenshotEngine, packagesAnImageWithItsTransparency) {
     QImage image(30, 20, QImage::Format_ARGB32);
     image.fill(QColor(10, 20, 30, 128));
     const Display display{"DP-1", "DP-1", {0, 0, 1536, 864}, {0, 0, 1920, 1080}, 1.25, true};
-    const auto capture = ScreenshotEngine::package(image, "region", display, 1.25, {}, Rect{1, 2, 24, 16});
+    const auto capture = ScreenshotEngine::package(image, CaptureTarget::area(display, {5, 10, 30, 20}));
     ASSERT_TRUE(capture);
-    EXPECT_EQ(capture->kind, "image");
+    EXPECT_EQ(capture->kind, CaptureResult::Kind::image);
     EXPECT_EQ(capture->durationMs, std::nullopt);
     EXPECT_EQ(capture->metadata.pixelSize, (PixelSize{30, 20}));
-    EXPECT_EQ(capture->metadata.region, (Rect{1, 2, 24, 16}));
+    EXPECT_EQ(capture->metadata.region, (Rect{4, 8, 24, 16}));
     const QImage stored(QString::fromStdString(capture->fileURL.string()));
     EXPECT_EQ(stored.pixelColor(3, 3), QColor(10, 20, 30, 128));
     EXPECT_TRUE(capture->thumbnailJPEG);
@@ -64,7 +65,7 @@ TEST(ScreenshotEngine, packagesAnImageWithItsTransparency) {
 TEST(ScreenshotEngine, failsTypedWhenTheImageCannotBeStored) {
     qputenv("XDG_DATA_HOME", "/proc/nowhere");
     QImage image(3, 3, QImage::Format_RGB32);
-    const auto unwritable = ScreenshotEngine::package(image, "display", {}, 1, {}, {});
+    const auto unwritable = ScreenshotEngine::package(image, {});
     ASSERT_FALSE(unwritable);
     EXPECT_EQ(description(unwritable.error()), "Could not encode the capture");
     EXPECT_EQ(ScreenshotEngine::scaleFactor({}, "DP-1"), 2.0);

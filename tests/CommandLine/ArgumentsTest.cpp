@@ -27,20 +27,20 @@ RecordArguments record(const std::string &options) {
 TEST(Arguments, readsTheWholeRecordCommand) {
     const RecordArguments all = record("--area -20,0,641,480 --seconds 2.5 --mic usb --system-audio "
                                        "--cursor drawn --output out --upload --project p1");
-    EXPECT_EQ(all.target.area, (PixelRect{-20, 0, 641, 480}));
+    EXPECT_EQ(std::get<CaptureRequest::Area>(all.target.what).pixels, (PixelRect{-20, 0, 641, 480}));
     EXPECT_EQ(all.seconds, 2.5);
     EXPECT_EQ(all.microphoneId, "usb");
     EXPECT_TRUE(all.systemAudio && all.drawsCursor && all.upload);
     EXPECT_EQ(all.outputFolder, "out");
     EXPECT_EQ(all.projectId, "p1");
 
-    EXPECT_EQ(record("--window 0x1e00003").target.windowId, 0x1e00003u);
-    EXPECT_EQ(record("--display=DP-1").target.displayId, "DP-1");
+    EXPECT_EQ(std::get<CaptureRequest::Window>(record("--window 0x1e00003").target.what).id, 0x1e00003u);
+    EXPECT_EQ(std::get<CaptureRequest::WholeDisplay>(record("--display=DP-1").target.what).id, "DP-1");
 }
 
 TEST(Arguments, letsOptionalValuesBeLeftOut) {
     const RecordArguments plain = record("--display --mic --seconds 1");
-    EXPECT_EQ(plain.target.displayId, std::nullopt);
+    EXPECT_EQ(std::get<CaptureRequest::WholeDisplay>(plain.target.what).id, std::nullopt);
     EXPECT_TRUE(plain.microphone);
     EXPECT_EQ(plain.microphoneId, std::nullopt);
     EXPECT_EQ(plain.seconds, 1);

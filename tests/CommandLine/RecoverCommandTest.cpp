@@ -173,7 +173,9 @@ void expectAllButTheLastTwoSeconds(KilledRecording &recording, const BusyScreen 
     const auto sidecar = CaptureMetadata::fromJson(
         readFile(std::filesystem::path(*delivered).replace_extension(".json")).value_or(""));
     ASSERT_TRUE(sidecar) << sidecar.error().message;
-    EXPECT_GE(std::ranges::count(sidecar->recording->events, "down", &InputEvent::kind), dueClicks) << json;
+    EXPECT_GE(std::ranges::count(sidecar->recording->events, InputEvent::Kind::down, &InputEvent::kind),
+              dueClicks)
+        << json;
     if (json.contains("recovered"))
         EXPECT_TRUE(json["name"].get<std::string>().ends_with(" (recovered)")) << json;
     // It is offered once.

@@ -56,7 +56,7 @@ TEST(ScreenshotCommand, takesAWindowAnAreaAndADisplay) {
     EXPECT_EQ(std::filesystem::path(window.json["file"].get<std::string>()).parent_path(),
               program.folder() / "out/deep");
     EXPECT_EQ(window.metadata.type, "screenshot");
-    EXPECT_EQ(window.metadata.source, "window");
+    EXPECT_EQ(window.metadata.source, CaptureKind::window);
     EXPECT_EQ(window.metadata.window, (WindowInfo{"Pad", "Pad", "Pad", {50, 40, 201, 151}, true}));
     EXPECT_EQ(window.metadata.region, std::nullopt);
     EXPECT_THAT(program.captureFiles(), IsEmpty());
@@ -64,12 +64,12 @@ TEST(ScreenshotCommand, takesAWindowAnAreaAndADisplay) {
     const Shot area = takeShot(program, {"--area", "60,50,10,21"});
     EXPECT_EQ(area.picture.size(), QSize(10, 21));
     EXPECT_EQ(area.picture.pixelColor(0, 0), QColor(128, 0, 0));
-    EXPECT_EQ(area.metadata.source, "region");
+    EXPECT_EQ(area.metadata.source, CaptureKind::area);
     EXPECT_EQ(area.metadata.region, (Rect{60, 50, 10, 21}));
 
     const Shot display = takeShot(program, {});
     EXPECT_EQ(display.picture.size(), QSize(640, 480));
-    EXPECT_EQ(display.metadata.source, "display");
+    EXPECT_EQ(display.metadata.source, CaptureKind::display);
     EXPECT_EQ(display.metadata.window, std::nullopt);
     EXPECT_EQ(program.captureFiles().size(), 6u);
 }

@@ -38,7 +38,7 @@ RecordingOptions windowOptions() {
 RecordingOptions displayOptions() {
     RecordingOptions options;
     options.target =
-        RecordingTarget::wholeDisplay({"DP-1", "A Monitor", {0, 0, 640, 480}, {0, 0, 640, 480}, 1, true});
+        CaptureTarget::wholeDisplay({"DP-1", "A Monitor", {0, 0, 640, 480}, {0, 0, 640, 480}, 1, true});
     return options;
 }
 
@@ -75,12 +75,12 @@ protected:
 
 TEST(RecordingRecord, saysEverythingUpToWhereItBreaksOff) {
     const auto startedAt = Clock::WallTime(std::chrono::milliseconds(1772719629123));
-    const RawEvent click{12.25, "down", {-100.5, 30}, Rect{11, 21, 100, 50}};
+    const RawEvent click{12.25, InputEvent::Kind::down, {-100.5, 30}, Rect{11, 21, 100, 50}};
     const std::string beginning = recordingLines::beginning(windowOptions(), startedAt);
-    const std::string text = beginning + recordingLines::segment("/somewhere/a.mov") +
-                             recordingLines::anchor(11.5) + recordingLines::event(click) +
-                             recordingLines::segment("b.mov") +
-                             recordingLines::event({13, "up", {1, 2}, {}}) + recordingLines::movie("c.mov");
+    const std::string text =
+        beginning + recordingLines::segment("/somewhere/a.mov") + recordingLines::anchor(11.5) +
+        recordingLines::event(click) + recordingLines::segment("b.mov") +
+        recordingLines::event({13, InputEvent::Kind::up, {1, 2}, {}}) + recordingLines::movie("c.mov");
     const auto whole = recordingLines::read(text);
     ASSERT_TRUE(whole) << whole.error().message;
     RecordingOptions expected = windowOptions();
@@ -115,11 +115,11 @@ TEST(RecordingRecord, saysEverythingUpToWhereItBreaksOff) {
 TEST_F(RecordingRecoveryTest, joinsSegmentsWithTheirEvents) {
     writeSegment(captures / "1.mov", 2, true);
     writeSegment(captures / "3.mov", 1.5, false);
-    const path journal =
-        newJournal(recordingLines::segment("1.mov") + recordingLines::anchor(100) +
-                   recordingLines::event({101, "down", {5, -10}, {}}) + recordingLines::segment("2.mov") +
-                   recordingLines::segment("3.mov") + recordingLines::anchor(200) +
-                   recordingLines::event({201, "down", {6, -10}, {}}));
+    const path journal = newJournal(recordingLines::segment("1.mov") + recordingLines::anchor(100) +
+                                    recordingLines::event({101, InputEvent::Kind::down, {5, -10}, {}}) +
+                                    recordingLines::segment("2.mov") + recordingLines::segment("3.mov") +
+                                    recordingLines::anchor(200) +
+                                    recordingLines::event({201, InputEvent::Kind::down, {6, -10}, {}}));
     EXPECT_EQ(RecordingRecovery::abandoned(captures), std::vector{journal});
 
     const auto capture = recover(journal);
@@ -127,7 +127,7 @@ TEST_F(RecordingRecoveryTest, joinsSegmentsWithTheirEvents) {
     EXPECT_TRUE(capture->name.ends_with(" (recovered)")) << capture->name;
     EXPECT_EQ(capture->durationMs, 3500);
     EXPECT_NEAR(readMovieFacts(capture->fileURL)->durationMs, 3500, 0.1);
-    EXPECT_EQ(capture->metadata.source, "display");
+    EXPECT_EQ(capture->metadata.source, CaptureKind::display);
     EXPECT_EQ(capture->metadata.recording->anchorHostTime, 100);
     const auto &events = capture->metadata.recording->events;
     ASSERT_EQ(events.size(), 2U);
@@ -191,14 +191,14 @@ TEST_F(RecordingRecoveryTest, journalKeepsEventsWithinASecondAndGoesWhenDiscarde
         return record ? record->events.size() : 0;
     };
     journal.addSegment(captures / "1.mov");
-    journal.addEvent({1, "down", {1, 1}, {}});
-    journal.addEvent({2, "up", {1, 1}, {}});
+    journal.addEvent({1, InputEvent::Kind::down, {1, 1}, {}});
+    journal.addEvent({2, InputEvent::Kind::up, {1, 1}, {}});
     clock.advance(std::chrono::seconds(1));
     EXPECT_TRUE(eventually([&] { return eventsOnDisk() == 2; }));
-    journal.addEvent({3, "down", {1, 1}, {}});
+    journal.addEvent({3, InputEvent::Kind::down, {1, 1}, {}});
     EXPECT_TRUE(runTask(journal.close({})));
     EXPECT_EQ(eventsOnDisk(), 3U);
-    journal.addEvent({4, "up", {1, 1}, {}});
+    journal.addEvent({4, InputEvent::Kind::up, {1, 1}, {}});
     journal.discard();
     EXPECT_TRUE(eventually([&] { return !exists(journal.path()); }));
 }

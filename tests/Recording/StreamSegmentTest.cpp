@@ -2,7 +2,7 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "Recording/StreamSegment.h"
-#include "ScriptedBackend.h"
+#include "ScriptedStreams.h"
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/ManualClock.h"
 #include "TestSupport/RunTask.h"
@@ -18,10 +18,11 @@ namespace {
 
 class StreamSegmentTest : public ::testing::Test {
 protected:
-    void start() { ASSERT_TRUE(runTask(segment.start(&backend, {}, {}))); }
-    ScriptedBackend::Stream &stream() { return *backend.streams.back(); }
+    void start() { ASSERT_TRUE(runTask(segment.start(&streams, &source, {}, {}))); }
+    ScriptedStreams::Stream &stream() { return *streams.streams.back(); }
 
-    ScriptedBackend backend;
+    ScriptedStreams streams;
+    ScriptedSource source;
     ManualClock clock;
     StreamSegment segment{"segment.mov", clock};
 };
@@ -48,7 +49,7 @@ TEST_F(StreamSegmentTest, keepsAResultThatCameBeforeAnybodyWaited) {
 }
 
 TEST_F(StreamSegmentTest, passesTheStreamsFailureOn) {
-    backend.script.fails = PlatformError{"posix", ENOSPC, "disk full"};
+    streams.script.fails = PlatformError{"posix", ENOSPC, "disk full"};
     start();
     const auto result = runTask(segment.finish({}));
     ASSERT_FALSE(result);
@@ -59,7 +60,7 @@ TEST_F(StreamSegmentTest, passesTheStreamsFailureOn) {
 
 TEST_F(StreamSegmentTest, givesUpOnAFileThatIsNotFinishedInFifteenSeconds) {
     LogCapture log;
-    backend.script.finishes.reset();
+    streams.script.finishes.reset();
     start();
     auto finishing = segment.finish({});
     clock.advance(14900ms);
@@ -92,16 +93,17 @@ TEST_F(StreamSegmentTest, tellsOnceOnTheMainThreadThatTheStreamEnded) {
 }
 
 TEST(StreamSegment, dropsWhatIsOnItsWayWhenItIsDestroyed) {
-    ScriptedBackend backend;
+    ScriptedStreams streams;
+    ScriptedSource source;
     ManualClock clock;
     auto segment = std::make_unique<StreamSegment>("segment.mov", clock);
     segment->onSpontaneousEnd = [](auto) { ADD_FAILURE() << "told after the end"; };
-    ASSERT_TRUE(runTask(segment->start(&backend, {}, {})));
+    ASSERT_TRUE(runTask(segment->start(&streams, &source, {}, {})));
     LogCapture log;
-    backend.streams.back()->events.stoppedWithError({"screen", 7, "late"});
+    streams.streams.back()->events.stoppedWithError({"screen", 7, "late"});
     segment.reset();
     settle();
-    EXPECT_TRUE(backend.streams.back()->destroyed);
+    EXPECT_TRUE(streams.streams.back()->destroyed);
 }
 
 } // namespace

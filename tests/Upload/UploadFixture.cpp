@@ -62,7 +62,6 @@ void UploadFixture::restartProgram() {
 std::shared_ptr<const CaptureResult> UploadFixture::makeCapture(const std::string &name, std::int64_t bytes,
                                                                 bool bare) {
     CaptureResult capture;
-    capture.kind = "video";
     capture.mime = "video/quicktime";
     capture.name = name;
     capture.fileURL = CaptureStorage::directory() / (name + ".mov");
@@ -70,7 +69,6 @@ std::shared_ptr<const CaptureResult> UploadFixture::makeCapture(const std::strin
     if (!bare) {
         capture.metadata.type = "recording";
         capture.metadata.capturedAt = "2026-03-05T14:07:09Z";
-        capture.metadata.source = "display";
         capture.thumbnailJPEG = "thumbnail of " + name;
     }
     writeTestFile(capture.fileURL, bytes, std::hash<std::string>()(name));

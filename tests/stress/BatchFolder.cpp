@@ -47,13 +47,11 @@ std::vector<std::filesystem::path> BatchFolder::files() const {
 
 std::shared_ptr<const CaptureResult> BatchFolder::capture(const std::filesystem::path &file) const {
     CaptureResult capture;
-    capture.kind = "video";
     capture.mime = "video/quicktime";
     capture.fileURL = file;
     capture.name = file.stem().string();
     capture.durationMs = 1000;
     capture.metadata.type = "recording";
-    capture.metadata.source = "display";
     capture.thumbnailJPEG = "thumbnail of " + capture.name;
     return std::make_shared<const CaptureResult>(std::move(capture));
 }

@@ -3,9 +3,6 @@
 
 #include "Media/Picture/FittedPicture.h"
 
-#include <algorithm>
-#include <cmath>
-
 namespace vantrell {
 namespace {
 
@@ -14,13 +11,6 @@ constexpr int fittedBytesPerPixel = 4;
 } // namespace
 
 FittedPicture::FittedPicture(PixelSize size) : m_size(size) {}
-
-PixelRect FittedPicture::placeOf(PixelSize source) const {
-    const double scale = std::min(double(m_size.width) / source.width, double(m_size.height) / source.height);
-    const int width = std::clamp(int(std::lround(source.width * scale)), 1, m_size.width);
-    const int height = std::clamp(int(std::lround(source.height * scale)), 1, m_size.height);
-    return {(m_size.width - width) / 2, (m_size.height - height) / 2, width, height};
-}
 
 FramePatch FittedPicture::black() {
     m_source = {};
@@ -31,7 +21,7 @@ FramePatch FittedPicture::black() {
 
 FramePatch FittedPicture::fit(const std::uint8_t *pixels, std::ptrdiff_t stride, PixelSize source) {
     const std::ptrdiff_t ownStride = std::ptrdiff_t(m_size.width) * fittedBytesPerPixel;
-    const PixelRect place = placeOf(source);
+    const PixelRect place = fitted(source, m_size);
     if (source != m_source || !m_scaler) {
         m_source = source;
         m_pixels.assign(std::size_t(ownStride) * std::size_t(m_size.height), 0);

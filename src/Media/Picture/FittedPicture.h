@@ -12,14 +12,11 @@
 
 namespace vantrell {
 
-/// A picture of a fixed size into which others of any size are scaled: whole, in the middle, with their
-/// proportions kept, black around. 32-bit BGRX. Thread-bound.
+/// A picture of a fixed size into which others of any size are scaled (`fitted`), black around. 32-bit BGRX.
+/// Thread-bound.
 class FittedPicture {
 public:
     explicit FittedPicture(PixelSize size);
-
-    /// Where a picture of that size comes to lie.
-    PixelRect placeOf(PixelSize source) const;
 
     /// The whole picture in black, valid until the next call.
     FramePatch black();

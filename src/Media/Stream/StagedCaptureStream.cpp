@@ -82,8 +82,11 @@ void StagedCaptureStream::run(const Started &started) {
 std::expected<void, PlatformError> StagedCaptureStream::open() {
     if (auto opened = m_source->open(); !opened)
         return opened;
-    const PixelSize picture = m_source->size();
-    auto encoder = m_encoders->create(picture);
+    m_picture = m_configuration.output.value_or(m_source->size());
+    if (m_picture.isEmpty())
+        return std::unexpected(screenError(ScreenErrorCode::badArea, "There is nothing to see of it yet"));
+    m_fitting.emplace(m_picture);
+    auto encoder = m_encoders->create(m_picture);
     if (!encoder)
         return std::unexpected(encoder.error());
 
@@ -99,7 +102,7 @@ std::expected<void, PlatformError> StagedCaptureStream::open() {
     m_videoTrack = m_writer->addVideoTrack({.size = (*encoder)->encodedSize(),
                                             .timeScale = VideoEncoder::timeScale,
                                             .decoderConfiguration = (*encoder)->codecConfiguration()});
-    m_exchange = std::make_unique<FrameExchange>(picture, pictures);
+    m_exchange = std::make_unique<FrameExchange>(m_picture, pictures);
     m_encode =
         std::make_unique<EncodeStage>(*m_exchange, std::move(*encoder), *m_writer, m_videoTrack, [this] {
             m_encoderFailed = true;
@@ -152,8 +155,13 @@ std::expected<void, PlatformError> StagedCaptureStream::captureFrame() {
         m_exchange->giveBack(slot);
         return {};
     }
-    BlockMap changed(m_source->size());
-    takeOver(*update, *slot, changed);
+    const auto patches = m_fitting->fit(*update);
+    if (!patches) {
+        m_exchange->giveBack(slot);
+        return std::unexpected(patches.error());
+    }
+    BlockMap changed(m_picture);
+    takeOver(*patches, *slot, changed);
     if (!changed.any()) {
         m_exchange->giveBack(slot);
         m_notBefore = hostNow() + quietInterval;
@@ -166,12 +174,12 @@ std::expected<void, PlatformError> StagedCaptureStream::captureFrame() {
     return {};
 }
 
-void StagedCaptureStream::takeOver(const FrameUpdate &update, FrameExchange::Slot &slot,
+void StagedCaptureStream::takeOver(std::span<const FramePatch> patches, FrameExchange::Slot &slot,
                                    BlockMap &changed) const {
     FrameExchange::Slot *latest = m_exchange->latest();
     if (latest && latest != &slot) {
-        BlockMap covered(m_source->size());
-        for (const FramePatch &patch : update.patches)
+        BlockMap covered(m_picture);
+        for (const FramePatch &patch : patches)
             covered.mark(patch.rect);
         for (int row = 0; row < covered.rows(); ++row) {
             for (int column = 0; column < covered.columns(); ++column) {
@@ -180,11 +188,11 @@ void StagedCaptureStream::takeOver(const FrameUpdate &update, FrameExchange::Slo
             }
         }
     }
-    for (const FramePatch &patch : update.patches)
+    for (const FramePatch &patch : patches)
         m_converter.convert(patch, latest ? latest->frame : slot.frame, slot.frame, changed);
     slot.stale.clear();
     // There is nothing before the first frame that a block could be equal to.
-    if (!latest && !update.patches.empty())
+    if (!latest && !patches.empty())
         changed.markAll();
 }
 

@@ -7,6 +7,7 @@
 #include "Media/Movie/MovieWriter.h"
 #include "Media/Picture/PatchConverter.h"
 #include "Media/Sound/SoundStage.h"
+#include "Media/Stream/FittingStage.h"
 #include "Media/Stream/FrameExchange.h"
 #include "Media/Stream/FrameRateLimiter.h"
 #include "Platform/CaptureStream.h"
@@ -16,6 +17,8 @@
 
 #include <atomic>
 #include <memory>
+#include <optional>
+#include <span>
 #include <thread>
 
 namespace vantrell {
@@ -41,6 +44,7 @@ public:
 
     Task<std::expected<void, PlatformError>> start(std::stop_token stop) override;
     void stop() override;
+    PixelSize pictureSize() const override { return m_picture; }
 
 private:
     using Started = OneShot<std::expected<void, PlatformError>>;
@@ -50,7 +54,7 @@ private:
     /// Until the stop or an error, which it returns.
     std::expected<void, PlatformError> captureUntilStop();
     std::expected<void, PlatformError> captureFrame();
-    void takeOver(const FrameUpdate &update, FrameExchange::Slot &slot, BlockMap &changed) const;
+    void takeOver(std::span<const FramePatch> patches, FrameExchange::Slot &slot, BlockMap &changed) const;
     void begin(double hostTime);
     void finish();
 
@@ -66,7 +70,11 @@ private:
     /// Host time of the movie's zero; 0 before the first frame.
     std::atomic<double> m_epoch = 0;
 
+    /// Set by the capture thread before the start is done.
+    PixelSize m_picture;
+
     // The capture thread's.
+    std::optional<FittingStage> m_fitting;
     PatchConverter m_converter;
     FrameRateLimiter m_limiter;
     std::unique_ptr<FrameExchange> m_exchange;

@@ -26,9 +26,8 @@ std::expected<std::unique_ptr<ShmSegment>, PlatformError> ShmSegment::create(con
         return std::unexpected(
             screenError(ScreenErrorCode::outOfMemory, "Not enough memory to capture the screen"));
     };
-    const auto versionCookie = xcb_shm_query_version(connection.xcb());
-    const XcbPointer<xcb_shm_query_version_reply_t> version(
-        xcb_shm_query_version_reply(connection.xcb(), versionCookie, nullptr));
+    const auto version =
+        xcbReply(connection.xcb(), xcb_shm_query_version(connection.xcb()), xcb_shm_query_version_reply);
     if (!version || version->major_version < 1 || (version->major_version == 1 && version->minor_version < 2))
         return std::unexpected(screenError(ScreenErrorCode::missingExtension,
                                            "The display server lacks the extension MIT-SHM 1.2"));

@@ -3,28 +3,32 @@
 
 #include "Platform/X11/X11CaptureBackend.h"
 
-#include "Media/Stream/StagedCaptureStream.h"
-#include "Platform/X11/X11AreaSource.h"
+#include "Platform/DisplayLayout.h"
+#include "Platform/ScreenError.h"
+#include "Platform/X11/X11AreaCapture.h"
 #include "Platform/X11/X11Displays.h"
-#include "Platform/X11/X11WindowSource.h"
+#include "Platform/X11/X11WindowCapture.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vantrell {
+namespace {
 
-X11CaptureBackend::X11CaptureBackend(std::unique_ptr<X11Connection> connection, SoundStageFactory makeSound,
-                                     EncoderPreference encoder)
-    : m_connection(std::move(connection)), m_catalog(*m_connection),
-      m_encoders(std::make_shared<EncoderChoice>(encoder, hardwareEncoders())),
-      m_makeSound(std::move(makeSound)) {}
+std::unexpected<PlatformError> refusal(ScreenErrorCode code, std::string sentence) {
+    return std::unexpected(screenError(code, std::move(sentence)));
+}
 
-std::expected<std::unique_ptr<X11CaptureBackend>, PlatformError>
-X11CaptureBackend::create(SoundStageFactory makeSound, EncoderPreference encoder) {
+} // namespace
+
+X11CaptureBackend::X11CaptureBackend(std::unique_ptr<X11Connection> connection)
+    : m_connection(std::move(connection)), m_catalog(*m_connection) {}
+
+std::expected<std::unique_ptr<X11CaptureBackend>, PlatformError> X11CaptureBackend::create() {
     auto connection = X11Connection::open();
     if (!connection)
         return std::unexpected(connection.error());
-    return std::unique_ptr<X11CaptureBackend>(
-        new X11CaptureBackend(std::move(*connection), std::move(makeSound), encoder));
+    return std::unique_ptr<X11CaptureBackend>(new X11CaptureBackend(std::move(*connection)));
 }
 
 std::expected<std::vector<Display>, PlatformError> X11CaptureBackend::displays() {
@@ -38,16 +42,47 @@ std::expected<std::vector<WindowDescription>, PlatformError> X11CaptureBackend::
     return m_catalog.windows(*all);
 }
 
-std::unique_ptr<CaptureStream> X11CaptureBackend::makeStream(CaptureStreamConfiguration configuration,
-                                                             CaptureStreamEvents events) {
-    std::unique_ptr<FrameSource> source;
-    if (configuration.window)
-        source = std::make_unique<X11WindowSource>(*configuration.window, configuration.output,
-                                                   configuration.showsCursor);
-    else
-        source = std::make_unique<X11AreaSource>(configuration.source, configuration.showsCursor);
-    return std::make_unique<StagedCaptureStream>(std::move(configuration), std::move(events),
-                                                 std::move(source), m_encoders, m_makeSound);
+Task<CaptureBackend::Choice> X11CaptureBackend::choose(CaptureRequest request, std::stop_token) {
+    const auto all = displays();
+    if (!all)
+        co_return std::unexpected(ChoiceError(all.error()));
+    Found found = std::visit([&](const auto &wanted) { return find(wanted, *all); }, request.what);
+    if (!found)
+        co_return std::unexpected(ChoiceError(std::move(found.error())));
+    co_return Chosen{std::move(*found)};
+}
+
+X11CaptureBackend::Found X11CaptureBackend::find(const CaptureRequest::WholeDisplay &wanted,
+                                                 const std::vector<Display> &displays) {
+    const auto display = wanted.id ? std::ranges::find(displays, *wanted.id, &Display::id) : displays.begin();
+    if (display == displays.end())
+        return refusal(ScreenErrorCode::noSuchDisplay, "There is no display " + wanted.id.value_or(""));
+    return X11AreaCapture::ofDisplay(*display);
+}
+
+X11CaptureBackend::Found X11CaptureBackend::find(const CaptureRequest::Area &wanted,
+                                                 const std::vector<Display> &displays) {
+    const auto area = areaOnDisplays(displays, wanted.pixels);
+    if (!area)
+        return std::unexpected(area.error());
+    return X11AreaCapture::ofArea(displayHolding(displays, *area), *area);
+}
+
+X11CaptureBackend::Found X11CaptureBackend::find(const CaptureRequest::Window &wanted,
+                                                 const std::vector<Display> &displays) {
+    const auto all = m_catalog.windows(displays);
+    if (!all)
+        return std::unexpected(all.error());
+    const auto window = std::ranges::find(*all, wanted.id, &WindowDescription::id);
+    if (window == all->end())
+        return refusal(ScreenErrorCode::noSuchWindow, "There is no window " + std::to_string(wanted.id));
+    return std::make_shared<X11WindowCapture>(m_catalog, displayHolding(displays, window->pixels), *window);
+}
+
+X11CaptureBackend::Found X11CaptureBackend::find(const CaptureRequest::LetDesktopAsk &,
+                                                 const std::vector<Display> &) {
+    return refusal(ScreenErrorCode::noDialog, "This desktop does not ask what to record: name a display, a "
+                                              "window or an area");
 }
 
 } // namespace vantrell

@@ -5,6 +5,8 @@
 
 #include "Platform/ScreenError.h"
 
+#include <xcb/xfixes.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -41,9 +43,17 @@ X11Connection::require(xcb_extension_t *extension, const char *name) const {
     return data;
 }
 
+std::expected<const xcb_query_extension_reply_t *, PlatformError> X11Connection::requireXFixes() const {
+    const auto extension = require(&xcb_xfixes_id, "XFIXES");
+    if (extension)
+        xcb_discard_reply(m_connection, xcb_xfixes_query_version(m_connection, 5, 0).sequence);
+    return extension;
+}
+
 xcb_atom_t X11Connection::atom(const std::string &name, bool create) const {
-    const auto cookie = xcb_intern_atom(m_connection, !create, std::uint16_t(name.size()), name.data());
-    const XcbPointer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(m_connection, cookie, nullptr));
+    const auto reply = xcbReply(
+        m_connection, xcb_intern_atom(m_connection, !create, std::uint16_t(name.size()), name.data()),
+        xcb_intern_atom_reply);
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 

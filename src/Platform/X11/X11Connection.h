@@ -38,6 +38,9 @@ public:
     std::expected<const xcb_query_extension_reply_t *, PlatformError> require(xcb_extension_t *extension,
                                                                               const char *name) const;
 
+    /// XFIXES, whose version has been agreed on: the server refuses whatever a client asks for before that.
+    std::expected<const xcb_query_extension_reply_t *, PlatformError> requireXFixes() const;
+
     /// Zero when there is no such atom and `create` is off.
     xcb_atom_t atom(const std::string &name, bool create = false) const;
 

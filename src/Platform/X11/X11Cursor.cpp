@@ -18,7 +18,7 @@ std::uint8_t blend(std::uint32_t over, unsigned shift, std::uint32_t cover, std:
 
 std::expected<X11Cursor, PlatformError> X11Cursor::create(const X11Connection &connection) {
     X11Cursor cursor;
-    const auto fixes = connection.require(&xcb_xfixes_id, "XFIXES");
+    const auto fixes = connection.requireXFixes();
     if (!fixes)
         return std::unexpected(fixes.error());
     cursor.m_firstFixesEvent = (*fixes)->first_event;
@@ -29,9 +29,7 @@ std::expected<X11Cursor, PlatformError> X11Cursor::create(const X11Connection &c
     if (!input)
         return std::unexpected(input.error());
     cursor.m_inputOpcode = (*input)->major_opcode;
-    const auto cookie = xcb_input_xi_query_version(connection.xcb(), 2, 2);
-    const XcbPointer<xcb_input_xi_query_version_reply_t> version(
-        xcb_input_xi_query_version_reply(connection.xcb(), cookie, nullptr));
+    xcb_discard_reply(connection.xcb(), xcb_input_xi_query_version(connection.xcb(), 2, 2).sequence);
     struct {
         xcb_input_event_mask_t head;
         std::uint32_t mask;
@@ -68,12 +66,10 @@ void X11Cursor::beginUpdate(const X11Connection &connection) {
 bool X11Cursor::finishUpdate(const X11Connection &connection) {
     bool changed = false;
     PixelRect next = m_rect;
-    const XcbPointer<xcb_query_pointer_reply_t> place(
-        xcb_query_pointer_reply(connection.xcb(), m_placeCookie, nullptr));
+    const auto place = xcbReply(connection.xcb(), m_placeCookie, xcb_query_pointer_reply);
     if (m_shapeStale) {
         m_shapeStale = false;
-        const XcbPointer<xcb_xfixes_get_cursor_image_reply_t> image(
-            xcb_xfixes_get_cursor_image_reply(connection.xcb(), m_shapeCookie, nullptr));
+        const auto image = xcbReply(connection.xcb(), m_shapeCookie, xcb_xfixes_get_cursor_image_reply);
         if (image) {
             const std::uint32_t *pixels = xcb_xfixes_get_cursor_image_cursor_image(image.get());
             m_shape.assign(pixels, pixels + std::size_t(image->width) * image->height);

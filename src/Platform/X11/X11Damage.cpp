@@ -12,14 +12,13 @@ std::expected<X11Damage, PlatformError> X11Damage::create(const X11Connection &c
     const auto damageExtension = connection.require(&xcb_damage_id, "DAMAGE");
     if (!damageExtension)
         return std::unexpected(damageExtension.error());
-    const auto fixes = connection.require(&xcb_xfixes_id, "XFIXES");
+    const auto fixes = connection.requireXFixes();
     if (!fixes)
         return std::unexpected(fixes.error());
     X11Damage damage;
     damage.m_xcb = connection.xcb();
     damage.m_firstEvent = (*damageExtension)->first_event;
     xcb_discard_reply(damage.m_xcb, xcb_damage_query_version(damage.m_xcb, 1, 1).sequence);
-    xcb_discard_reply(damage.m_xcb, xcb_xfixes_query_version(damage.m_xcb, 5, 0).sequence);
     damage.m_region = xcb_generate_id(damage.m_xcb);
     xcb_xfixes_create_region(damage.m_xcb, damage.m_region, 0, nullptr);
     damage.m_damage = xcb_generate_id(damage.m_xcb);
@@ -49,8 +48,7 @@ bool X11Damage::answer(const std::function<void(const PixelRect &)> &damaged) {
     const auto asked = std::exchange(m_asked, std::nullopt);
     if (!asked)
         return true;
-    const XcbPointer<xcb_xfixes_fetch_region_reply_t> region(
-        xcb_xfixes_fetch_region_reply(m_xcb, *asked, nullptr));
+    const auto region = xcbReply(m_xcb, *asked, xcb_xfixes_fetch_region_reply);
     if (!region)
         return false;
     const xcb_rectangle_t *rects = xcb_xfixes_fetch_region_rectangles(region.get());

@@ -16,6 +16,7 @@ namespace {
 /// the place was found to change, looking goes on at the frame rate.
 constexpr double pointerLookInterval = 0.25;
 constexpr double movingPointerLookInterval = 1.0 / 60;
+constexpr int mostRefusals = 200;
 
 } // namespace
 
@@ -63,8 +64,8 @@ double X11FrameSource::takeChangeTime() {
     return std::exchange(m_changedAt, std::nullopt).value_or(hostNow());
 }
 
-void X11FrameSource::drainEvents() {
-    while (const XcbPointer<xcb_generic_event_t> event{xcb_poll_for_event(xcb())}) {
+void X11FrameSource::handleEvents(xcb_generic_event_t *(*poll)(xcb_connection_t *)) {
+    while (const XcbPointer<xcb_generic_event_t> event{poll(xcb())}) {
         const double now = hostNow();
         double when = now;
         if (m_cursor && m_cursor->handles(*event, now, when))
@@ -81,7 +82,7 @@ std::expected<FrameWait, PlatformError> X11FrameSource::wait(double notBefore,
             return FrameWait::interrupted;
     }
     for (;;) {
-        drainEvents();
+        handleEvents(xcb_poll_for_event);
         if (m_x11->isBroken())
             return std::unexpected(X11Connection::lostError());
         if (auto reason = ended())
@@ -96,10 +97,20 @@ std::expected<FrameWait, PlatformError> X11FrameSource::wait(double notBefore,
         std::optional<double> until = deadline;
         if (m_cursor)
             until = std::min(until.value_or(m_nextPointerLook), m_nextPointerLook);
+        if (const auto end = endsAt())
+            until = std::min(until.value_or(*end), *end);
         xcb_flush(xcb());
         if (m_wakeup.wait(m_x11->fd(), until))
             return FrameWait::interrupted;
     }
+}
+
+std::expected<void, PlatformError> X11FrameSource::pictureRefused() {
+    if (++m_refusals > mostRefusals)
+        return std::unexpected(
+            screenError(ScreenErrorCode::connectionLost, "The display server refuses to be captured"));
+    noteChange(hostNow());
+    return {};
 }
 
 void X11FrameSource::askForPointer() {

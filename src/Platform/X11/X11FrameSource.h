@@ -32,11 +32,21 @@ protected:
     virtual void handle(const xcb_generic_event_t &event, double now) = 0;
     /// Why there will be no more pictures, once that is so.
     virtual std::optional<PlatformError> ended() const { return std::nullopt; }
+    /// When `ended` is to be asked although no event came (host time).
+    virtual std::optional<double> endsAt() const { return std::nullopt; }
+
+    /// Handles what came with the answers to earlier questions: it happened before the last of them.
+    void handleReceivedEvents() { handleEvents(xcb_poll_for_queued_event); }
 
     /// There is something to fetch since `hostTime`.
     void noteChange(double hostTime);
     /// When the first of the changes happened that are fetched now.
     double takeChangeTime();
+
+    /// The server has refused a picture, as it does when something has just changed its size. An error once
+    /// it refuses for ever.
+    std::expected<void, PlatformError> pictureRefused();
+    void pictureRead() { m_refusals = 0; }
 
     /// The pointer; none when it is not wanted.
     X11Cursor *cursor() { return m_cursor ? &*m_cursor : nullptr; }
@@ -50,13 +60,14 @@ protected:
     static PlatformError unsupportedPixels();
 
 private:
-    void drainEvents();
+    void handleEvents(xcb_generic_event_t *(*poll)(xcb_connection_t *));
 
     bool m_showsCursor;
     X11Wakeup m_wakeup;
     std::unique_ptr<X11Connection> m_x11;
     std::optional<X11Cursor> m_cursor;
     std::optional<double> m_changedAt;
+    int m_refusals = 0;
     /// When the pointer is looked at next although no device reported a movement.
     double m_nextPointerLook = 0;
 };

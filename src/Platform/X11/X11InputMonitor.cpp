@@ -20,6 +20,8 @@ namespace {
 
 /// One frame at 60 a second.
 constexpr auto motionRest = std::chrono::milliseconds(16);
+/// How soon a pointer that makes no motion is found elsewhere.
+constexpr auto jumpLookInterval = std::chrono::milliseconds(100);
 
 /// Devices that scroll smoothly report it as motion of an axis beyond the pointer's two; each notch of theirs
 /// comes as a button besides.
@@ -63,11 +65,9 @@ std::expected<void, PlatformError> X11InputMonitor::start(std::function<void(con
         return supported;
     }
     xcb_connection_t *xcb = m_x11->xcb();
-    const xcb_query_extension_reply_t *fixes = xcb_get_extension_data(xcb, &xcb_xfixes_id);
     m_firstFixesEvent = 0;
-    if (fixes && fixes->present) {
-        m_firstFixesEvent = fixes->first_event;
-        xcb_discard_reply(xcb, xcb_xfixes_query_version(xcb, 5, 0).sequence);
+    if (const auto fixes = m_x11->requireXFixes()) {
+        m_firstFixesEvent = (*fixes)->first_event;
         xcb_xfixes_select_cursor_input(xcb, m_x11->root(), XCB_XFIXES_CURSOR_NOTIFY_MASK_DISPLAY_CURSOR);
     }
     selectEvents(true);
@@ -80,6 +80,7 @@ std::expected<void, PlatformError> X11InputMonitor::start(std::function<void(con
     m_handler = std::move(handler);
     m_notifier = std::make_unique<QSocketNotifier>(m_x11->fd(), QSocketNotifier::Read);
     QObject::connect(m_notifier.get(), &QSocketNotifier::activated, &m_eventLoop, [this] { drain(); });
+    m_scope.start(this, &X11InputMonitor::lookForJumps);
     return {};
 }
 
@@ -111,9 +112,8 @@ std::expected<void, PlatformError> X11InputMonitor::requireXInput() {
         return std::unexpected(extension.error());
     m_inputOpcode = (*extension)->major_opcode;
     // From 2.1 on raw events come during grabs too.
-    const auto cookie = xcb_input_xi_query_version(m_x11->xcb(), 2, 2);
-    const XcbPointer<xcb_input_xi_query_version_reply_t> version(
-        xcb_input_xi_query_version_reply(m_x11->xcb(), cookie, nullptr));
+    const auto version = xcbReply(m_x11->xcb(), xcb_input_xi_query_version(m_x11->xcb(), 2, 2),
+                                  xcb_input_xi_query_version_reply);
     if (!version || version->major_version < 2)
         return std::unexpected(
             screenError(ScreenErrorCode::missingExtension,
@@ -136,8 +136,8 @@ void X11InputMonitor::selectEvents(bool motion) {
 
 void X11InputMonitor::readButtonMap() {
     std::iota(m_buttonMap.begin(), m_buttonMap.end(), std::uint8_t(0));
-    const XcbPointer<xcb_get_pointer_mapping_reply_t> mapping(
-        xcb_get_pointer_mapping_reply(m_x11->xcb(), xcb_get_pointer_mapping(m_x11->xcb()), nullptr));
+    const auto mapping =
+        xcbReply(m_x11->xcb(), xcb_get_pointer_mapping(m_x11->xcb()), xcb_get_pointer_mapping_reply);
     if (!mapping)
         return;
     // The first entry is that of button 1.
@@ -147,8 +147,8 @@ void X11InputMonitor::readButtonMap() {
 }
 
 std::optional<Point> X11InputMonitor::askPlace() {
-    const XcbPointer<xcb_query_pointer_reply_t> place(
-        xcb_query_pointer_reply(m_x11->xcb(), xcb_query_pointer(m_x11->xcb(), m_x11->root()), nullptr));
+    const auto place =
+        xcbReply(m_x11->xcb(), xcb_query_pointer(m_x11->xcb(), m_x11->root()), xcb_query_pointer_reply);
     if (!place || !place->same_screen)
         return std::nullopt;
     return Point{double(place->root_x), double(place->root_y)};
@@ -229,6 +229,15 @@ Task<> X11InputMonitor::watchMotionAgain(std::stop_token stop) {
     selectEvents(true);
     compareWithLastPlace(m_clock.hostNow());
     drain();
+}
+
+Task<> X11InputMonitor::lookForJumps(std::stop_token stop) {
+    while (co_await m_clock.sleep(jumpLookInterval, stop)) {
+        // Else the place is about to be compared anyway.
+        if (m_watchingMotion)
+            compareWithLastPlace(m_clock.hostNow());
+        drain();
+    }
 }
 
 void X11InputMonitor::report(const PointerEvent &event) const {

@@ -20,15 +20,15 @@ namespace vantrell {
 
 /// The pointer of an X session, by XInput 2 raw events: they come whatever window has the pointer or a grab.
 /// Buttons and motion are all that is ever asked for. Main thread; its connection sleeps in the event loop
-/// and the server sends nothing while the pointer rests.
+/// and the server sends nothing of its own while the pointer rests.
 ///
 /// A moving mouse may report a thousand times a second. After each `moved` the server is asked to keep
 /// motion to itself for a frame's time, and the place is compared when that is over: a moving pointer costs
 /// 60 wake-ups a second at most, while buttons come at once all the time.
 ///
 /// A program that sets the pointer's place makes no raw motion. That is found when the pointer's shape
-/// changes with it (XFIXES, where the server has it), and at the latest with the next button or motion:
-/// `moved` then comes before it.
+/// changes with it (XFIXES, where the server has it), before a button or motion is reported, and at the
+/// latest by looking ten times a second.
 class X11InputMonitor final : public InputMonitor {
 public:
     /// The clock must outlive the monitor.
@@ -50,6 +50,7 @@ private:
     /// Reports `moved` when the pointer is not where it was when that was last reported.
     void compareWithLastPlace(double hostTime);
     Task<> watchMotionAgain(std::stop_token stop);
+    Task<> lookForJumps(std::stop_token stop);
     void report(const PointerEvent &event) const;
 
     Clock &m_clock;

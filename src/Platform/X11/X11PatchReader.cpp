@@ -18,23 +18,33 @@ std::size_t bytesOf(int width, int height) {
 } // namespace
 
 std::expected<X11PatchReader, PlatformError> X11PatchReader::create(const X11Connection &connection,
-                                                                    PixelSize most) {
+                                                                    PixelSize picture) {
     const auto shm = connection.require(&xcb_shm_id, "MIT-SHM");
     if (!shm)
         return std::unexpected(shm.error());
-    auto memory = ShmSegment::create(connection, bytesOf(most.width, most.height));
-    if (!memory)
-        return std::unexpected(memory.error());
-    X11PatchReader reader;
-    reader.m_xcb = connection.xcb();
-    reader.m_memory = std::move(*memory);
+    X11PatchReader reader(connection);
+    if (const auto reserved = reader.reserve(picture); !reserved)
+        return std::unexpected(reserved.error());
     return reader;
 }
 
+std::expected<void, PlatformError> X11PatchReader::reserve(PixelSize picture) {
+    // By the area and not by the sides: a picture that is narrower and taller may need less.
+    const std::size_t bytes = bytesOf(picture.width, picture.height);
+    if (m_memory && m_memory->size() >= bytes)
+        return {};
+    auto memory = ShmSegment::create(*m_connection, bytes);
+    if (!memory)
+        return std::unexpected(memory.error());
+    m_memory = std::move(*memory);
+    return {};
+}
+
 void X11PatchReader::request(const Cut &cut, const PixelRect &part, std::size_t offset) {
-    m_requests.push_back(xcb_shm_get_image(m_xcb, cut.drawable, std::int16_t(part.x), std::int16_t(part.y),
-                                           std::uint16_t(part.width), std::uint16_t(part.height), ~0u,
-                                           XCB_IMAGE_FORMAT_Z_PIXMAP, m_memory->id(), std::uint32_t(offset)));
+    m_requests.push_back(xcb_shm_get_image(m_connection->xcb(), cut.drawable, std::int16_t(part.x),
+                                           std::int16_t(part.y), std::uint16_t(part.width),
+                                           std::uint16_t(part.height), ~0u, XCB_IMAGE_FORMAT_Z_PIXMAP,
+                                           m_memory->id(), std::uint32_t(offset)));
 }
 
 std::optional<std::span<FramePatch>> X11PatchReader::read(const Cut &cut,
@@ -61,10 +71,7 @@ std::optional<std::span<FramePatch>> X11PatchReader::read(const Cut &cut,
     }
     bool refused = false;
     for (const xcb_shm_get_image_cookie_t cookie : m_requests) {
-        xcb_generic_error_t *error = nullptr;
-        const XcbPointer<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(m_xcb, cookie, &error));
-        const XcbPointer<xcb_generic_error_t> ignored(error);
-        refused |= !reply;
+        refused |= !xcbReply(m_connection->xcb(), cookie, xcb_shm_get_image_reply);
     }
     if (refused)
         return std::nullopt;

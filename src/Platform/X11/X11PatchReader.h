@@ -18,8 +18,12 @@ namespace vantrell {
 /// Belongs to the connection's thread and ends before it.
 class X11PatchReader {
 public:
+    /// For pictures of that size. The connection outlives the reader.
     static std::expected<X11PatchReader, PlatformError> create(const X11Connection &connection,
-                                                               PixelSize most);
+                                                               PixelSize picture);
+
+    /// Makes room for pictures of that size; nothing that was read before is valid any more.
+    std::expected<void, PlatformError> reserve(PixelSize picture);
 
     /// A picture of the reader's client, cut out of a drawable.
     struct Cut {
@@ -30,7 +34,7 @@ public:
         int y;
     };
 
-    /// Disjoint rectangles of the picture, whose area is at most the one it was made for. None when the
+    /// Disjoint rectangles of the picture, which is no larger than there is room for. None when the
     /// server refused, which it does when the drawable has just changed its size.
     std::optional<std::span<FramePatch>> read(const Cut &cut, const std::vector<PixelRect> &rects);
 
@@ -40,10 +44,10 @@ public:
     }
 
 private:
-    X11PatchReader() = default;
+    explicit X11PatchReader(const X11Connection &connection) : m_connection(&connection) {}
     void request(const Cut &cut, const PixelRect &part, std::size_t offset);
 
-    xcb_connection_t *m_xcb = nullptr;
+    const X11Connection *m_connection;
     std::unique_ptr<ShmSegment> m_memory;
     std::vector<xcb_shm_get_image_cookie_t> m_requests;
     std::vector<FramePatch> m_patches;

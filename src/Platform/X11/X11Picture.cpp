@@ -66,9 +66,7 @@ std::expected<QImage, PlatformError> readX11Picture(const X11Connection &connect
     const auto cookie =
         xcb_get_image(connection.xcb(), XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, std::int16_t(part.x),
                       std::int16_t(part.y), std::uint16_t(part.width), std::uint16_t(part.height), ~0u);
-    xcb_generic_error_t *error = nullptr;
-    const XcbPointer<xcb_get_image_reply_t> reply(xcb_get_image_reply(connection.xcb(), cookie, &error));
-    const XcbPointer<xcb_generic_error_t> ignored(error);
+    const auto reply = xcbReply(connection.xcb(), cookie, xcb_get_image_reply);
     if (connection.isBroken())
         return std::unexpected(X11Connection::lostError());
     if (!reply)

@@ -47,10 +47,7 @@ XcbPointer<xcb_get_property_reply_t> X11Property::take() {
     const X11Connection *connection = std::exchange(m_connection, nullptr);
     if (!connection)
         return nullptr;
-    xcb_generic_error_t *error = nullptr;
-    XcbPointer<xcb_get_property_reply_t> reply(xcb_get_property_reply(connection->xcb(), m_cookie, &error));
-    const XcbPointer<xcb_generic_error_t> ignored(error);
-    return reply;
+    return xcbReply(connection->xcb(), m_cookie, xcb_get_property_reply);
 }
 
 std::vector<std::uint32_t> X11Property::numbers() {

@@ -19,10 +19,8 @@ namespace {
 constexpr int deepestApplicationWindow = 3;
 
 std::vector<xcb_window_t> childrenOf(const X11Connection &connection, xcb_window_t window) {
-    xcb_generic_error_t *error = nullptr;
-    const XcbPointer<xcb_query_tree_reply_t> tree(
-        xcb_query_tree_reply(connection.xcb(), xcb_query_tree(connection.xcb(), window), &error));
-    const XcbPointer<xcb_generic_error_t> ignored(error);
+    const auto tree =
+        xcbReply(connection.xcb(), xcb_query_tree(connection.xcb(), window), xcb_query_tree_reply);
     if (!tree)
         return {};
     const xcb_window_t *children = xcb_query_tree_children(tree.get());

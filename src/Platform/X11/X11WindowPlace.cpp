@@ -42,15 +42,9 @@ X11WindowPlace::Question::~Question() {
 
 std::optional<X11WindowPlace> X11WindowPlace::Question::answer() {
     xcb_connection_t *xcb = std::exchange(m_connection, nullptr)->xcb();
-    // The errors of a window that is gone are taken here too, so that they do not turn up as events.
-    xcb_generic_error_t *errors[3] = {};
-    const XcbPointer<xcb_get_geometry_reply_t> geometry(xcb_get_geometry_reply(xcb, m_geometry, &errors[0]));
-    const XcbPointer<xcb_get_window_attributes_reply_t> attributes(
-        xcb_get_window_attributes_reply(xcb, m_attributes, &errors[1]));
-    const XcbPointer<xcb_translate_coordinates_reply_t> corner(
-        xcb_translate_coordinates_reply(xcb, m_corner, &errors[2]));
-    for (xcb_generic_error_t *error : errors)
-        const XcbPointer<xcb_generic_error_t> taken(error);
+    const auto geometry = xcbReply(xcb, m_geometry, xcb_get_geometry_reply);
+    const auto attributes = xcbReply(xcb, m_attributes, xcb_get_window_attributes_reply);
+    const auto corner = xcbReply(xcb, m_corner, xcb_translate_coordinates_reply);
     const std::vector<std::uint32_t> margins = m_shadow.numbers();
     if (!geometry || !attributes || !corner)
         return std::nullopt;

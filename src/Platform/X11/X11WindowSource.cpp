@@ -18,8 +18,8 @@ constexpr int mostWindowPatches = 12;
 
 } // namespace
 
-X11WindowSource::X11WindowSource(xcb_window_t window, PixelSize picture, bool showsCursor)
-    : X11FrameSource(showsCursor), m_window(window), m_size(picture), m_stale(picture), m_fitted(picture) {}
+X11WindowSource::X11WindowSource(xcb_window_t window, bool showsCursor)
+    : X11FrameSource(showsCursor), m_window(window) {}
 
 std::expected<void, PlatformError> X11WindowSource::open() {
     if (auto connected = connect(); !connected)
@@ -41,11 +41,12 @@ std::expected<void, PlatformError> X11WindowSource::open() {
     if (!damage)
         return std::unexpected(damage.error());
     m_damage = *damage;
-    auto reader = X11PatchReader::create(x11(), m_size);
+    m_content = {0, 0, place->content.width, place->content.height};
+    m_stale = BlockMap(m_content.size());
+    auto reader = X11PatchReader::create(x11(), m_content.size());
     if (!reader)
         return std::unexpected(reader.error());
     m_reader.emplace(std::move(*reader));
-    m_readerSize = m_size;
     xcb_flush(xcb());
     if (x11().isBroken())
         return std::unexpected(X11Connection::lostError());
@@ -64,7 +65,7 @@ void X11WindowSource::handle(const xcb_generic_event_t &event, double now) {
         m_isClosed |= reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window == m_window;
         break;
     case XCB_MAP_NOTIFY:
-        m_wholeIsStale = true;
+        m_stale.markAll();
         [[fallthrough]];
     case XCB_CONFIGURE_NOTIFY:
     case XCB_REPARENT_NOTIFY:
@@ -93,10 +94,7 @@ bool X11WindowSource::renew() {
     // A window that is not shown has no pixels; those that it had last stay.
     if (refused || !place)
         return m_pixmap != XCB_NONE;
-    xcb_generic_error_t *error = nullptr;
-    const XcbPointer<xcb_get_geometry_reply_t> geometry(
-        xcb_get_geometry_reply(xcb(), xcb_get_geometry(xcb(), pixmap), &error));
-    const XcbPointer<xcb_generic_error_t> ignored(error);
+    const auto geometry = xcbReply(xcb(), xcb_get_geometry(xcb(), pixmap), xcb_get_geometry_reply);
     if (!geometry)
         return false;
     if (m_pixmap != XCB_NONE)
@@ -109,26 +107,26 @@ bool X11WindowSource::renew() {
                                             place->borderWidth + place->content.y - place->window.y,
                                             place->content.width, place->content.height});
     // After a move alone everything else is as it was.
-    if (size != m_pixmapSize || content != m_content || m_wholeIsStale) {
+    if (size != m_pixmapSize || content != m_content) {
         m_pixmapSize = size;
         m_content = content;
-        m_wholeIsStale = true;
+        m_stale = BlockMap(content.size());
+        m_stale.markAll();
     }
     return true;
 }
 
-FrameUpdate X11WindowSource::nothing(double changedAt) {
-    m_patches.clear();
-    return {changedAt, m_patches};
+FrameUpdate X11WindowSource::update(double changedAt, std::span<const FramePatch> patches) const {
+    // Without pixels that were ever there it has no size either.
+    const PixelSize size = m_pixmap == XCB_NONE ? PixelSize() : m_content.size();
+    return {.hostTime = changedAt, .size = size, .content = patches, .pointer = {}};
 }
 
 std::expected<FrameUpdate, PlatformError> X11WindowSource::fetch() {
     const double changedAt = takeChangeTime();
     m_damage->ask();
     askForPointer();
-    bool damaged = false;
-    const auto markDamage = [&](const PixelRect &rect) {
-        damaged = true;
+    const auto markDamage = [this](const PixelRect &rect) {
         // The pixmap has the window's border around it, the damage has not.
         m_stale.mark(
             {rect.x + m_border - m_content.x, rect.y + m_border - m_content.y, rect.width, rect.height});
@@ -137,32 +135,22 @@ std::expected<FrameUpdate, PlatformError> X11WindowSource::fetch() {
         return std::unexpected(X11Connection::lostError());
     PixelRect before;
     const bool moved = pointerMoved(before);
-    if (m_isOutdated && !renew() && !x11().isBroken()) {
-        if (m_pixmap != XCB_NONE)
-            return nothing(changedAt);
-        // Not shown yet: black until it is.
-        m_patches = {m_fitted.black()};
-        return FrameUpdate{changedAt, m_patches};
-    }
+    const bool isShown = !m_isOutdated || renew();
     if (x11().isBroken())
         return std::unexpected(X11Connection::lostError());
-    if (m_content.isEmpty())
-        return nothing(changedAt);
+    if (!isShown || m_content.isEmpty())
+        return update(changedAt, {});
     if (moved) {
         m_stale.mark({before.x - m_place.x, before.y - m_place.y, before.width, before.height});
         const PixelRect &now = cursor()->rect();
         m_stale.mark({now.x - m_place.x, now.y - m_place.y, now.width, now.height});
     }
-    if (m_content.size() == m_size)
-        return fetchParts(changedAt);
-    if (!damaged && !moved && !m_wholeIsStale)
-        return nothing(changedAt);
-    return fetchWhole(changedAt);
+    return read(changedAt);
 }
 
-std::expected<FrameUpdate, PlatformError> X11WindowSource::fetchParts(double changedAt) {
-    if (std::exchange(m_wholeIsStale, false))
-        m_stale.markAll();
+std::expected<FrameUpdate, PlatformError> X11WindowSource::read(double changedAt) {
+    if (auto reserved = m_reader->reserve(m_content.size()); !reserved)
+        return std::unexpected(reserved.error());
     const auto patches = m_reader->read(
         {.drawable = m_pixmap, .drawableSize = m_pixmapSize, .x = m_content.x, .y = m_content.y},
         m_stale.rectangles(mostWindowPatches));
@@ -170,39 +158,15 @@ std::expected<FrameUpdate, PlatformError> X11WindowSource::fetchParts(double cha
         return std::unexpected(X11Connection::lostError());
     if (!patches) {
         m_isOutdated = true;
-        noteChange(hostNow());
-        return nothing(changedAt);
+        if (auto refused = pictureRefused(); !refused)
+            return std::unexpected(refused.error());
+        return update(changedAt, {});
     }
+    pictureRead();
     m_stale.clear();
     for (const FramePatch &patch : *patches)
         drawPointer(patch);
-    return FrameUpdate{changedAt, *patches};
-}
-
-std::expected<FrameUpdate, PlatformError> X11WindowSource::fetchWhole(double changedAt) {
-    const PixelSize source = m_content.size();
-    if (source.width > m_readerSize.width || source.height > m_readerSize.height) {
-        auto reader = X11PatchReader::create(x11(), source);
-        if (!reader)
-            return std::unexpected(reader.error());
-        m_reader.emplace(std::move(*reader));
-        m_readerSize = source;
-    }
-    const auto patches = m_reader->read(
-        {.drawable = m_pixmap, .drawableSize = m_pixmapSize, .x = m_content.x, .y = m_content.y},
-        {{0, 0, source.width, source.height}});
-    if (x11().isBroken())
-        return std::unexpected(X11Connection::lostError());
-    if (!patches) {
-        m_isOutdated = true;
-        noteChange(hostNow());
-        return nothing(changedAt);
-    }
-    m_wholeIsStale = false;
-    m_stale.clear();
-    drawPointer(patches->front());
-    m_patches = {m_fitted.fit(patches->front().pixels, patches->front().stride, source)};
-    return FrameUpdate{changedAt, m_patches};
+    return update(changedAt, *patches);
 }
 
 void X11WindowSource::drawPointer(const FramePatch &patch) {

@@ -3,7 +3,6 @@
 
 #pragma once
 
-#include "Media/Picture/FittedPicture.h"
 #include "Platform/X11/X11Damage.h"
 #include "Platform/X11/X11FrameSource.h"
 #include "Platform/X11/X11PatchReader.h"
@@ -11,19 +10,19 @@
 #include "Support/BlockMap.h"
 
 #include <optional>
-#include <vector>
+#include <span>
 
 namespace vantrell {
 
 /// A window's own content (COMPOSITE), also while it is covered or moved. While it is not shown at all
-/// (another virtual desktop, minimised) its last picture stays. When its size changes, it is scaled to fit
-/// the picture, whose size does not change. Closing it ends the source with `windowClosed`.
+/// (another virtual desktop, minimised) its last picture stays. When its size changes, the picture's does.
+/// Closing it ends the source with `windowClosed`.
 class X11WindowSource final : public X11FrameSource {
 public:
-    X11WindowSource(xcb_window_t window, PixelSize picture, bool showsCursor);
+    X11WindowSource(xcb_window_t window, bool showsCursor);
 
     std::expected<void, PlatformError> open() override;
-    PixelSize size() const override { return m_size; }
+    PixelSize size() const override { return m_content.size(); }
     std::expected<FrameUpdate, PlatformError> fetch() override;
 
 private:
@@ -31,30 +30,25 @@ private:
     std::optional<PlatformError> ended() const override;
     /// Takes the window's present pixels and place. True when there are any.
     bool renew();
-    std::expected<FrameUpdate, PlatformError> fetchParts(double changedAt);
-    std::expected<FrameUpdate, PlatformError> fetchWhole(double changedAt);
+    std::expected<FrameUpdate, PlatformError> read(double changedAt);
     void drawPointer(const FramePatch &patch);
-    FrameUpdate nothing(double changedAt);
+    FrameUpdate update(double changedAt, std::span<const FramePatch> patches) const;
 
     xcb_window_t m_window;
-    PixelSize m_size;
     std::uint8_t m_firstCompositeEvent = 0;
     bool m_isClosed = false;
     /// The window was mapped, moved or resized since its place and pixels were asked for.
     bool m_isOutdated = true;
     std::optional<X11Damage> m_damage;
     std::optional<X11PatchReader> m_reader;
-    PixelSize m_readerSize;
     xcb_pixmap_t m_pixmap = XCB_NONE;
     PixelSize m_pixmapSize;
     int m_border = 0;
-    /// The content's corner in the pixmap, and its place on the desktop.
+    /// The content in the pixmap, and its place on the desktop.
     PixelRect m_content;
     PixelRect m_place;
+    /// Blocks of the content that must be fetched.
     BlockMap m_stale;
-    bool m_wholeIsStale = true;
-    FittedPicture m_fitted;
-    std::vector<FramePatch> m_patches;
 };
 
 } // namespace vantrell

@@ -65,10 +65,7 @@ private:
         constexpr std::uint32_t exposures = XCB_EVENT_MASK_EXPOSURE;
         xcb_connection_t *xcb = m_connection.xcb();
         xcb_change_window_attributes(xcb, window, XCB_CW_EVENT_MASK, &exposures);
-        xcb_generic_error_t *error = nullptr;
-        const XcbPointer<xcb_query_tree_reply_t> tree(
-            xcb_query_tree_reply(xcb, xcb_query_tree(xcb, window), &error));
-        const XcbPointer<xcb_generic_error_t> ignored(error);
+        const auto tree = xcbReply(xcb, xcb_query_tree(xcb, window), xcb_query_tree_reply);
         for (int i = 0; tree && i < xcb_query_tree_children_length(tree.get()); ++i)
             selectExposures(xcb_query_tree_children(tree.get())[i]);
     }
@@ -97,16 +94,11 @@ private:
 /// The window's shape in its own coordinates; none when the server cannot tell.
 std::optional<QRegion> shapeOf(const X11Connection &connection, xcb_window_t window) {
     xcb_connection_t *xcb = connection.xcb();
-    const xcb_query_extension_reply_t *fixes = xcb_get_extension_data(xcb, &xcb_xfixes_id);
-    if (!fixes || !fixes->present)
+    if (!connection.requireXFixes())
         return std::nullopt;
-    xcb_discard_reply(xcb, xcb_xfixes_query_version(xcb, 5, 0).sequence);
     const xcb_xfixes_region_t region = xcb_generate_id(xcb);
     xcb_xfixes_create_region_from_window(xcb, region, window, XCB_SHAPE_SK_BOUNDING);
-    xcb_generic_error_t *error = nullptr;
-    const XcbPointer<xcb_xfixes_fetch_region_reply_t> reply(
-        xcb_xfixes_fetch_region_reply(xcb, xcb_xfixes_fetch_region(xcb, region), &error));
-    const XcbPointer<xcb_generic_error_t> ignored(error);
+    const auto reply = xcbReply(xcb, xcb_xfixes_fetch_region(xcb, region), xcb_xfixes_fetch_region_reply);
     if (!reply)
         return std::nullopt;
     const xcb_rectangle_t *rectangles = xcb_xfixes_fetch_region_rectangles(reply.get());
@@ -166,8 +158,7 @@ std::expected<QImage, PlatformError> captureX11Window(const X11Connection &conne
         return std::unexpected(X11Connection::lostError());
     if (refused || !place || !asked)
         return closed();
-    const XcbPointer<xcb_get_geometry_reply_t> size(
-        xcb_get_geometry_reply(xcb, xcb_get_geometry(xcb, pixmap), nullptr));
+    const auto size = xcbReply(xcb, xcb_get_geometry(xcb, pixmap), xcb_get_geometry_reply);
     if (!size)
         return closed();
     const int border = place->borderWidth;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/Movie/MovieWriter.h"
+#include "Media/Stream/StagedStreamFactory.h"
 #include "Platform/ScreenError.h"
 #include "Platform/X11/X11CaptureBackend.h"
 #include "Support/HostTime.h"
@@ -24,8 +24,10 @@ using namespace std::chrono_literals;
 namespace vantrell::testing {
 namespace {
 
+StagedStreamFactory streams;
+
 std::unique_ptr<X11CaptureBackend> openBackend() {
-    auto backend = X11CaptureBackend::create({});
+    auto backend = X11CaptureBackend::create();
     EXPECT_TRUE(backend) << backend.error().message;
     return std::move(*backend);
 }
@@ -59,7 +61,7 @@ void expectNear(const MoviePicture::Colour &colour, const MoviePicture::Colour &
 TEST(DisplayRecording, holdsAScreenThatNeverChangesUntilTheMomentOfTheStop) {
     const X11Session session;
     const auto backend = openBackend();
-    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}));
     ASSERT_TRUE(run.start());
     runFor(1.3);
     const auto summary = run.stop();
@@ -87,7 +89,7 @@ TEST(DisplayRecording, showsTheRightColoursInTheRightPlaces) {
     painter.sync();
 
     const auto backend = openBackend();
-    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}));
     ASSERT_TRUE(run.start());
     ASSERT_TRUE(run.stop());
     bool isTagged = false;
@@ -106,7 +108,7 @@ TEST(DisplayRecording, capturesEveryFrameOfASourceAtItsTime) {
     const X11Session session;
     X11Painter painter;
     const auto backend = openBackend();
-    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}));
     ASSERT_TRUE(run.start());
     const auto painted = paintNumbers(painter, 90, 30);
     const auto summary = run.stop();
@@ -136,7 +138,7 @@ TEST(DisplayRecording, keepsWhatIsNotDamagedAndTakesWhatIs) {
     painter.fill({0, 0, 640, 480}, 0x808080);
     painter.sync();
     const auto backend = openBackend();
-    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}));
     ASSERT_TRUE(run.start());
     for (int i = 0; i < 20; ++i) {
         painter.fill({i * 31, i * 23, 9, 7}, 0xffffff);
@@ -160,22 +162,20 @@ TEST(DisplayRecording, keepsWhatIsNotDamagedAndTakesWhatIs) {
         EXPECT_NEAR(spot, 235, 6);
 }
 
-TEST(DisplayRecording, recordsOddSizesWholeAndWhatLiesOutsideTheDesktopAsBlack) {
+TEST(DisplayRecording, recordsOddSizesWhole) {
     const X11Session session;
     X11Painter painter;
     painter.fill({0, 0, 640, 480}, 0xffffff);
     painter.sync();
     const auto backend = openBackend();
-    StreamRun run(*backend, areaConfiguration({600, 451, 101, 53}));
+    StreamRun run(streams, chosenArea(*backend, {539, 427, 101, 53}));
     ASSERT_TRUE(run.start());
     ASSERT_TRUE(run.stop());
     forEachPicture(run.movie(), [&](const MoviePicture &picture) {
         EXPECT_EQ(picture.width, 102);
         EXPECT_EQ(picture.height, 54);
-        EXPECT_NEAR(picture.at(2, 2).y, 235, 2);
-        EXPECT_NEAR(picture.at(30, 20).y, 235, 2);
-        EXPECT_NEAR(picture.at(60, 20).y, 16, 2);
-        EXPECT_NEAR(picture.at(20, 50).y, 16, 2);
+        for (const auto &[x, y] : {std::pair(2, 2), {100, 52}, {101, 53}})
+            EXPECT_NEAR(picture.at(x, y).y, 235, 2);
     });
 }
 
@@ -188,9 +188,8 @@ TEST(DisplayRecording, drawsThePointerOnlyWhenAskedAndFollowsIt) {
     const auto backend = openBackend();
     for (const bool shows : {true, false}) {
         SCOPED_TRACE(shows);
-        auto configuration = areaConfiguration({0, 0, 640, 480});
-        configuration.showsCursor = shows;
-        StreamRun run(*backend, configuration);
+        StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}),
+                      shows ? CursorMode::inPicture : CursorMode::leftOut);
         ASSERT_TRUE(run.start());
         runFor(0.1);
         painter.movePointer(300, 300);
@@ -220,6 +219,55 @@ TEST(DisplayRecording, drawsThePointerOnlyWhenAskedAndFollowsIt) {
     }
 }
 
+TEST(DisplayRecording, followsTheShapeOfAPointerThatRests) {
+    const X11Session session;
+    X11Painter painter;
+    painter.movePointer(300, 200);
+    painter.sync();
+    const auto backend = openBackend();
+    StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}), CursorMode::inPicture);
+    ASSERT_TRUE(run.start());
+    runFor(0.1);
+    ASSERT_EQ(session.run({"xsetroot", "-cursor_name", "watch"}), 0);
+    runFor(0.1);
+    ASSERT_TRUE(run.stop());
+    int pictures = 0;
+    forEachPicture(run.movie(), [&](const MoviePicture &) { ++pictures; });
+    // The first one, the changed one, and the one that is held.
+    EXPECT_EQ(pictures, 3);
+}
+
+TEST(DisplayRecording, endsWhenTheDisplayIsUnpluggedAndShowsNoOtherInItsPlace) {
+    const X11Session session;
+    X11Painter painter;
+    painter.fill({320, 0, 320, 480}, 0xffffff);
+    painter.sync();
+    ASSERT_EQ(session.run({"xrandr", "--setmonitor", "LEFT", "320/100x480/150+0+0", "screen"}), 0);
+    ASSERT_EQ(session.run({"xrandr", "--setmonitor", "RIGHT", "320/100x480/150+320+0", "none"}), 0);
+    const auto backend = openBackend();
+    // An area goes with the display that it lies on.
+    for (const CaptureRequest &request : {CaptureRequest{CaptureRequest::WholeDisplay{"RIGHT"}},
+                                          CaptureRequest{CaptureRequest::Area{{330, 10, 160, 160}}}}) {
+        StreamRun run(streams, chosen(*backend, request));
+        ASSERT_TRUE(run.start());
+        runFor(0.1);
+        ASSERT_EQ(session.run({"xrandr", "--delmonitor", "RIGHT"}), 0);
+        painter.fill({320, 0, 320, 480}, 0x0000ff);
+        painter.sync();
+        const auto end = run.spontaneousEnd();
+        ASSERT_TRUE(end);
+        EXPECT_EQ(end->message, "The recorded display was disconnected");
+        const auto summary = run.stop();
+        ASSERT_TRUE(summary);
+        forEachPicture(run.movie(), [&](const MoviePicture &picture) {
+            EXPECT_NEAR(picture.at(100, 100).y, 235, 2) << picture.seconds;
+        });
+        ASSERT_EQ(session.run({"xrandr", "--setmonitor", "RIGHT", "320/100x480/150+320+0", "none"}), 0);
+        painter.fill({320, 0, 320, 480}, 0xffffff);
+        painter.sync();
+    }
+}
+
 TEST(DisplayRecording, goesOnWhenTheDesktopBecomesSmallerAndLargerAgain) {
     const X11Session session;
     X11Painter painter;
@@ -230,7 +278,7 @@ TEST(DisplayRecording, goesOnWhenTheDesktopBecomesSmallerAndLargerAgain) {
               0);
     ASSERT_EQ(session.run({"xrandr", "--addmode", "screen", "small"}), 0);
     const auto backend = openBackend();
-    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}));
     ASSERT_TRUE(run.start());
     runFor(0.1);
     ASSERT_EQ(session.run({"xrandr", "--output", "screen", "--mode", "small"}), 0);
@@ -261,7 +309,7 @@ TEST(DisplayRecording, leavesNoDescriptorAndNoThreadBehindHoweverOftenItIsDone) 
     std::ptrdiff_t threads = 0;
     for (int i = 0; i < 25; ++i) {
         {
-            StreamRun run(*backend, areaConfiguration({0, 0, 320, 240}));
+            StreamRun run(streams, chosenArea(*backend, {0, 0, 320, 240}));
             ASSERT_TRUE(run.start());
             painter.drawNumber(std::uint32_t(i), 0, 0);
             ASSERT_TRUE(run.stop());
@@ -278,7 +326,7 @@ TEST(DisplayRecording, leavesNoDescriptorAndNoThreadBehindHoweverOftenItIsDone) 
 TEST(DisplayRecording, keepsWhatWasRecordedWhenTheDisplayServerGoesAway) {
     X11Session session;
     const auto backend = openBackend();
-    StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+    StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}));
     ASSERT_TRUE(run.start());
     runFor(0.5);
     session.kill();
@@ -294,7 +342,7 @@ TEST(DisplayRecording, keepsWhatWasRecordedWhenTheDisplayServerGoesAway) {
 TEST(DisplayRecording, failsWithASentenceAndLeavesNothingBehind) {
     {
         const ScopedEnvironment noDisplay("DISPLAY", ":987");
-        const auto backend = X11CaptureBackend::create({});
+        const auto backend = X11CaptureBackend::create();
         ASSERT_FALSE(backend);
         EXPECT_EQ(backend.error().message, "There is no display to record: no X server answers");
     }
@@ -304,7 +352,7 @@ TEST(DisplayRecording, failsWithASentenceAndLeavesNothingBehind) {
         options.serverArguments = {"-extension", extension};
         const X11Session session(options);
         const auto backend = openBackend();
-        StreamRun run(*backend, areaConfiguration({0, 0, 640, 480}));
+        StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}));
         const auto started = run.start();
         ASSERT_FALSE(started);
         EXPECT_TRUE(isScreenError(started.error(), ScreenErrorCode::missingExtension));
@@ -313,8 +361,7 @@ TEST(DisplayRecording, failsWithASentenceAndLeavesNothingBehind) {
     }
     const X11Session session;
     const auto backend = openBackend();
-    auto configuration = areaConfiguration({0, 0, 640, 480});
-    StreamRun run(*backend, configuration);
+    StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}));
     std::filesystem::remove(run.folder());
     EXPECT_FALSE(run.start());
 }

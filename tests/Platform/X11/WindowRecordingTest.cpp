@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
+#include "Media/Stream/StagedStreamFactory.h"
 #include "Platform/ScreenError.h"
 #include "Platform/X11/X11CaptureBackend.h"
 #include "Support/HostTime.h"
@@ -23,20 +24,16 @@ constexpr int blueLuma = 32;
 constexpr int whiteLuma = 235;
 constexpr int blackLuma = 16;
 
+StagedStreamFactory streams;
+
 class WindowRecording : public ::testing::Test {
 protected:
     WindowRecording() {
-        auto created = X11CaptureBackend::create({});
+        auto created = X11CaptureBackend::create();
         backend = std::move(*created);
     }
 
-    CaptureStreamConfiguration configuration() const {
-        CaptureStreamConfiguration wanted;
-        wanted.window = window;
-        wanted.output = {200, 120};
-        wanted.showsCursor = false;
-        return wanted;
-    }
+    std::shared_ptr<CaptureSource> source() { return chosen(*backend, {CaptureRequest::Window{window}}); }
 
     void pause() {
         const double until = hostNow() + 0.15;
@@ -66,14 +63,14 @@ protected:
     X11Session session;
     X11Painter painter;
     X11Painter other;
-    xcb_window_t window = painter.openWindow({100, 80, 200, 120}, "subject");
+    xcb_window_t window = painter.openWindow({100, 80, 200, 120}, "subject", false);
     std::unique_ptr<X11CaptureBackend> backend;
 };
 
 TEST_F(WindowRecording, showsItsOwnContentWhileItIsCoveredAndMoved) {
     painter.fill({0, 0, 200, 120}, 0xffffff);
     painter.sync();
-    StreamRun run(*backend, configuration());
+    StreamRun run(streams, source());
     ASSERT_TRUE(run.start());
     other.openWindow({0, 0, 640, 480}, "cover");
     other.fill({0, 0, 640, 480}, 0xff0000);
@@ -95,7 +92,7 @@ TEST_F(WindowRecording, showsItsOwnContentWhileItIsCoveredAndMoved) {
 TEST_F(WindowRecording, keepsTheMoviesSizeAndFitsTheWindowIntoItWhenItIsResized) {
     painter.fill({0, 0, 200, 120}, 0xffffff);
     painter.sync();
-    StreamRun run(*backend, configuration());
+    StreamRun run(streams, source());
     ASSERT_TRUE(run.start());
     painter.moveResize({20, 20, 400, 400});
     painter.fill({0, 0, 400, 400}, 0xffffff);
@@ -113,10 +110,27 @@ TEST_F(WindowRecording, keepsTheMoviesSizeAndFitsTheWindowIntoItWhenItIsResized)
     EXPECT_NEAR(last.at(100, 90), whiteLuma, 4);
 }
 
+TEST_F(WindowRecording, doesNotFreezeWhenTheWindowGetsNarrowerAndTallerAndThenIsAsBefore) {
+    StreamRun run(streams, source());
+    ASSERT_TRUE(run.start());
+    for (const PixelRect &place : {PixelRect{100, 80, 60, 200}, PixelRect{100, 80, 200, 120}}) {
+        painter.moveResize(place);
+        painter.fill({0, 0, 200, 200}, 0xffffff);
+        painter.sync();
+        pause();
+    }
+    painter.fill({0, 0, 200, 120}, blue);
+    painter.sync();
+    pause();
+    ASSERT_TRUE(run.stop());
+    EXPECT_NEAR(lastPicture(run).at(100, 60), blueLuma, 4);
+    EXPECT_NEAR(lastPicture(run).at(5, 115), blueLuma, 4);
+}
+
 TEST_F(WindowRecording, keepsTheLastPictureWhileItIsNotShownAndGoesOnAfterwards) {
     painter.fill({0, 0, 200, 120}, 0xffffff);
     painter.sync();
-    StreamRun run(*backend, configuration());
+    StreamRun run(streams, source());
     ASSERT_TRUE(run.start());
     pause();
     xcb_unmap_window(painter.xcb(), window);
@@ -139,7 +153,7 @@ TEST_F(WindowRecording, keepsTheLastPictureWhileItIsNotShownAndGoesOnAfterwards)
 TEST_F(WindowRecording, endsAndKeepsWhatWasRecordedWhenTheWindowCloses) {
     painter.fill({0, 0, 200, 120}, 0xffffff);
     painter.sync();
-    StreamRun run(*backend, configuration());
+    StreamRun run(streams, source());
     ASSERT_TRUE(run.start());
     pause();
     painter.closeWindow();
@@ -154,9 +168,7 @@ TEST_F(WindowRecording, drawsThePointerWhereItIsOnTheWindow) {
     painter.fill({0, 0, 200, 120}, 0xffffff);
     painter.movePointer(100 + 50, 80 + 60);
     painter.sync();
-    auto wanted = configuration();
-    wanted.showsCursor = true;
-    StreamRun run(*backend, wanted);
+    StreamRun run(streams, source(), CursorMode::inPicture);
     ASSERT_TRUE(run.start());
     ASSERT_TRUE(run.stop());
     const auto last = lastPicture(run);
@@ -168,14 +180,15 @@ TEST_F(WindowRecording, drawsThePointerWhereItIsOnTheWindow) {
     EXPECT_NEAR(last.at(150, 100), whiteLuma, 4);
 }
 
-TEST_F(WindowRecording, refusesAWindowThatDoesNotExist) {
-    auto wanted = configuration();
-    wanted.window = 0x7fffff;
-    StreamRun run(*backend, wanted);
+TEST_F(WindowRecording, refusesAWindowThatIsGone) {
+    const auto gone = source();
+    painter.closeWindow();
+    StreamRun run(streams, gone);
     const auto started = run.start();
     ASSERT_FALSE(started);
     EXPECT_TRUE(isScreenError(started.error(), ScreenErrorCode::noSuchWindow));
     EXPECT_TRUE(std::filesystem::is_empty(run.folder()));
+    EXPECT_FALSE(source());
 }
 
 TEST(WindowRecordingWithoutComposite, saysWhichExtensionIsMissing) {
@@ -183,12 +196,10 @@ TEST(WindowRecordingWithoutComposite, saysWhichExtensionIsMissing) {
     options.serverArguments = {"-extension", "Composite"};
     const X11Session session(options);
     X11Painter painter;
-    const auto backend = X11CaptureBackend::create({});
+    const auto backend = X11CaptureBackend::create();
     ASSERT_TRUE(backend);
-    CaptureStreamConfiguration wanted;
-    wanted.window = painter.openWindow({0, 0, 100, 100}, "subject");
-    wanted.output = {100, 100};
-    StreamRun run(**backend, wanted);
+    const auto window = painter.openWindow({0, 0, 100, 100}, "subject", false);
+    StreamRun run(streams, chosen(**backend, {CaptureRequest::Window{window}}));
     const auto started = run.start();
     ASSERT_FALSE(started);
     EXPECT_EQ(started.error().message, "The display server lacks the extension Composite");

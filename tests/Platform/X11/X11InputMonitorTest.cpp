@@ -94,16 +94,16 @@ TEST_F(X11InputMonitorTest, reportsAFastMouseOnceAFrameAndMissesNotWhereItStops)
         xdotool({"mousemove_relative", "3", "1"});
     settle();
     EXPECT_EQ(events.size(), 1u);
-    EXPECT_EQ(clock.sleeperCount(), 1);
+    EXPECT_EQ(clock.sleeperCount(), 2);
 
     clock.advance(16ms);
     EXPECT_EQ(events.size(), 2u);
     EXPECT_EQ(monitor->pointerLocation(), (Point{320 - 50 + 60, 240 + 20}));
 
-    // At rest nothing waits, neither here nor at the server.
+    // At rest nothing waits but the look for a pointer that jumps.
     clock.advance(16ms);
     EXPECT_EQ(events.size(), 2u);
-    EXPECT_EQ(clock.sleeperCount(), 0);
+    EXPECT_EQ(clock.sleeperCount(), 1);
 
     xdotool({"mousemove_relative", "1", "0"});
     EXPECT_TRUE(eventually([&] { return events.size() == 3; }));
@@ -119,12 +119,14 @@ TEST_F(X11InputMonitorTest, tellsOfButtonsAtOnceWhileMotionRests) {
     EXPECT_EQ(monitor->pointerLocation(), (Point{330, 240}));
 }
 
-TEST_F(X11InputMonitorTest, seesAPointerThatAProgramHasSetElsewhereBeforeTheClickThere) {
+TEST_F(X11InputMonitorTest, seesAPointerThatAProgramSetsElsewhereBeforeTheClickThereAndWithoutOne) {
     start(systemClock);
     xdotool({"mousemove", "100", "70", "click", "1"});
     ASSERT_TRUE(endsWith(Kind::leftUp));
     EXPECT_THAT(kinds(), ElementsAre(Kind::moved, Kind::leftDown, Kind::leftUp));
     EXPECT_EQ(monitor->pointerLocation(), (Point{100, 70}));
+    xdotool({"mousemove", "200", "170"});
+    EXPECT_TRUE(endsWith(Kind::moved));
 }
 
 TEST_F(X11InputMonitorTest, sleepsWhileThePointerRestsAndWhateverIsTyped) {
@@ -139,8 +141,9 @@ TEST_F(X11InputMonitorTest, sleepsWhileThePointerRestsAndWhateverIsTyped) {
     loop.exec();
     QObject::disconnect(counting);
     EXPECT_FALSE(typing.isRunning());
-    // The timer of this test is among them; fourteen key events went by.
-    EXPECT_LE(wakeUps, 5);
+    // The timer of this test and five looks for a pointer that jumps are among them; fourteen key events went
+    // by.
+    EXPECT_LE(wakeUps, 11);
     EXPECT_TRUE(events.empty());
 }
 

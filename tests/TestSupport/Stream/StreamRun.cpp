@@ -10,7 +10,10 @@
 
 namespace vantrell::testing {
 
-StreamRun::StreamRun(CaptureBackend &backend, CaptureStreamConfiguration configuration) {
+StreamRun::StreamRun(CaptureStreamFactory &streams, std::shared_ptr<CaptureSource> source, CursorMode cursor)
+    : m_source(std::move(source)) {
+    CaptureStreamConfiguration configuration;
+    configuration.cursor = cursor;
     configuration.outputFile = movie();
     CaptureStreamEvents events;
     events.firstFrame = [this](double hostTime) {
@@ -30,7 +33,7 @@ StreamRun::StreamRun(CaptureBackend &backend, CaptureStreamConfiguration configu
         const std::scoped_lock lock(m_mutex);
         m_result = std::unexpected(std::move(error));
     };
-    m_stream = backend.makeStream(std::move(configuration), std::move(events));
+    m_stream = streams.makeStream(*m_source, std::move(configuration), std::move(events));
 }
 
 StreamRun::~StreamRun() = default;
@@ -72,12 +75,13 @@ int StreamRun::firstFrames() const {
     return m_firstFrames;
 }
 
-CaptureStreamConfiguration areaConfiguration(const PixelRect &source) {
-    CaptureStreamConfiguration configuration;
-    configuration.source = source;
-    configuration.output = source.size();
-    configuration.showsCursor = false;
-    return configuration;
+std::shared_ptr<CaptureSource> chosen(CaptureBackend &backend, CaptureRequest request) {
+    const auto choice = runTask(backend.choose(std::move(request), {}));
+    return choice ? choice->source : nullptr;
+}
+
+std::shared_ptr<CaptureSource> chosenArea(CaptureBackend &backend, const PixelRect &area) {
+    return chosen(backend, {CaptureRequest::Area{area}});
 }
 
 } // namespace vantrell::testing

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Platform/CaptureBackend.h"
+#include "Platform/CaptureStreamFactory.h"
 #include "TestSupport/TemporaryFolder.h"
 
 #include <memory>
@@ -15,7 +16,9 @@ namespace vantrell::testing {
 /// One capture stream of a test with what it tells, into a file of its own.
 class StreamRun {
 public:
-    StreamRun(CaptureBackend &backend, CaptureStreamConfiguration configuration);
+    /// In the source's own size, with that pointer.
+    StreamRun(CaptureStreamFactory &streams, std::shared_ptr<CaptureSource> source,
+              CursorMode cursor = CursorMode::leftOut);
     ~StreamRun();
 
     std::expected<void, PlatformError> start();
@@ -33,6 +36,7 @@ public:
     double stoppedAt() const { return m_stoppedAt; }
 
 private:
+    const std::shared_ptr<CaptureSource> m_source;
     TemporaryFolder m_folder;
     mutable std::mutex m_mutex;
     int m_firstFrames = 0;
@@ -44,7 +48,8 @@ private:
     std::unique_ptr<CaptureStream> m_stream;
 };
 
-/// Captures that part of the desktop in its own size, pointer left out.
-CaptureStreamConfiguration areaConfiguration(const PixelRect &source);
+/// What the backend finds; none when it finds nothing.
+std::shared_ptr<CaptureSource> chosen(CaptureBackend &backend, CaptureRequest request);
+std::shared_ptr<CaptureSource> chosenArea(CaptureBackend &backend, const PixelRect &area);
 
 } // namespace vantrell::testing

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "ScriptedBackend.h"
+#include "ScriptedStreams.h"
 
 namespace vantrell::testing {
 
@@ -9,7 +9,7 @@ namespace {
 
 class ScriptedStream final : public CaptureStream {
 public:
-    ScriptedStream(ScriptedBackend::Script script, std::shared_ptr<ScriptedBackend::Stream> stream)
+    ScriptedStream(ScriptedStreams::Script script, std::shared_ptr<ScriptedStreams::Stream> stream)
         : m_script(std::move(script)), m_stream(std::move(stream)) {}
     ~ScriptedStream() override { m_stream->destroyed = true; }
 
@@ -18,6 +18,8 @@ public:
             co_return std::unexpected(*m_script.startError);
         co_return std::expected<void, PlatformError>();
     }
+
+    PixelSize pictureSize() const override { return {640, 480}; }
 
     void stop() override {
         if (std::exchange(m_stream->stopped, true))
@@ -29,13 +31,14 @@ public:
     }
 
 private:
-    ScriptedBackend::Script m_script;
-    std::shared_ptr<ScriptedBackend::Stream> m_stream;
+    ScriptedStreams::Script m_script;
+    std::shared_ptr<ScriptedStreams::Stream> m_stream;
 };
 
 } // namespace
 
-std::unique_ptr<CaptureStream> ScriptedBackend::makeStream(CaptureStreamConfiguration configuration,
+std::unique_ptr<CaptureStream> ScriptedStreams::makeStream(CaptureSource &,
+                                                           CaptureStreamConfiguration configuration,
                                                            CaptureStreamEvents events) {
     streams.push_back(std::make_shared<Stream>(Stream{std::move(configuration), std::move(events)}));
     return std::make_unique<ScriptedStream>(script, streams.back());

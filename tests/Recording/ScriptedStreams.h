@@ -3,16 +3,15 @@
 
 #pragma once
 
-#include "Platform/CaptureBackend.h"
+#include "Platform/CaptureStreamFactory.h"
 
 #include <memory>
 #include <vector>
 
 namespace vantrell::testing {
 
-/// A screen whose streams do what the test says: the timing of ends and failures cannot be had from a real
-/// one.
-class ScriptedBackend final : public CaptureBackend {
+/// Streams that do what the test says: the timing of ends and failures cannot be had from real ones.
+class ScriptedStreams final : public CaptureStreamFactory {
 public:
     struct Script {
         std::optional<PlatformError> startError;
@@ -29,15 +28,22 @@ public:
         bool destroyed = false;
     };
 
-    std::expected<std::vector<Display>, PlatformError> displays() override { return std::vector<Display>(); }
-    std::expected<std::vector<WindowDescription>, PlatformError> windows() override {
-        return std::vector<WindowDescription>();
-    }
-    std::unique_ptr<CaptureStream> makeStream(CaptureStreamConfiguration configuration,
+    std::unique_ptr<CaptureStream> makeStream(CaptureSource &source, CaptureStreamConfiguration configuration,
                                               CaptureStreamEvents events) override;
 
     Script script;
     std::vector<std::shared_ptr<Stream>> streams;
+};
+
+/// Has no pixels: what is made of it is scripted.
+class ScriptedSource final : public CaptureSource {
+public:
+    const Facts &facts() const override { return m_facts; }
+    std::optional<PixelRect> place() const override { return std::nullopt; }
+    std::unique_ptr<FrameSource> makeFrames(CursorMode) override { return nullptr; }
+
+private:
+    Facts m_facts;
 };
 
 } // namespace vantrell::testing
