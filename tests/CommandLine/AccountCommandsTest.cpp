@@ -220,6 +220,12 @@ TEST_F(AccountCommands, aFullRunWithTroublesLeavesNoKeyAndNoSignedAddress) {
 TEST_F(AccountCommands, pairWaitsForTheKeyringsDialogAndNeverLosesAnApproval) {
     keyring.lock();
     KeyringPrompter prompter;
+    program.start({"unpair"});
+    ASSERT_TRUE(eventually([&] { return prompter.isOpen(); }));
+    program.signal(SIGINT);
+    program.finish();
+    ASSERT_TRUE(eventually([&] { return !prompter.isOpen(); }));
+
     program.start({"pair"});
     ASSERT_TRUE(eventually([&] { return prompter.isOpen(); }));
     program.waitForLog("Waiting for its password");
