@@ -9,6 +9,7 @@
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace vantrell::testing {
@@ -35,25 +36,31 @@ KeyringPrompter::~KeyringPrompter() {
 
 bool KeyringPrompter::handleMessage(const QDBusMessage &message, const QDBusConnection &connection) {
     connection.send(message.createReply());
-    m_client = message.service();
-    m_path = message.arguments().value(0).value<QDBusObjectPath>().path();
+    const Client client{message.service(), message.arguments().value(0).value<QDBusObjectPath>().path()};
     if (message.member() == QLatin1String("BeginPrompting")) {
-        answer("");
+        m_clients.push_back(client);
+        if (m_clients.size() == 1)
+            answer("");
     } else if (message.member() == QLatin1String("PerformPrompt")) {
         m_isOpen = true;
         ++m_shown;
     } else if (message.member() == QLatin1String("StopPrompting")) {
-        m_isOpen = false;
-        callBack("PromptDone");
-        m_client.clear();
+        callBack(client, "PromptDone");
+        const bool wasFirst = !m_clients.empty() && m_clients.front() == client;
+        std::erase(m_clients, client);
+        if (wasFirst)
+            m_isOpen = false;
+        if (wasFirst && !m_clients.empty())
+            answer("");
     }
     return true;
 }
 
 void KeyringPrompter::dismiss() {
+    const Client client = m_clients.front();
     m_isOpen = false;
     answer("no");
-    if (!eventually([this] { return m_client.isEmpty(); }))
+    if (!eventually([&] { return std::ranges::find(m_clients, client) == m_clients.end(); }))
         throw std::runtime_error("the keyring does not close its dialog");
 }
 
@@ -64,12 +71,12 @@ void KeyringPrompter::typePassword(SecretServiceSession &keyring) {
 }
 
 void KeyringPrompter::answer(const char *reply) {
-    callBack("PromptReady", {QString::fromLatin1(reply), QVariantMap(), QString()});
+    callBack(m_clients.front(), "PromptReady", {QString::fromLatin1(reply), QVariantMap(), QString()});
 }
 
-void KeyringPrompter::callBack(const char *method, const QVariantList &arguments) {
+void KeyringPrompter::callBack(const Client &client, const char *method, const QVariantList &arguments) {
     QDBusMessage message = QDBusMessage::createMethodCall(
-        m_client, m_path, QStringLiteral("org.gnome.keyring.internal.Prompter.Callback"),
+        client.service, client.path, QStringLiteral("org.gnome.keyring.internal.Prompter.Callback"),
         QLatin1String(method));
     message.setArguments(arguments);
     m_bus.connection().send(message);

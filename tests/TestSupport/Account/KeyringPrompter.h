@@ -7,8 +7,7 @@
 
 #include <QDBusVirtualObject>
 
-#include <optional>
-#include <string>
+#include <vector>
 
 namespace vantrell::testing {
 
@@ -31,12 +30,19 @@ public:
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
 
 private:
-    void callBack(const char *method, const QVariantList &arguments = {});
+    /// Where a dialog's answer goes.
+    struct Client {
+        QString service;
+        QString path;
+        bool operator==(const Client &) const = default;
+    };
+
+    void callBack(const Client &client, const char *method, const QVariantList &arguments = {});
     void answer(const char *reply);
 
     SessionBus &m_bus;
-    QString m_client;
-    QString m_path;
+    /// The first has its dialog, the others wait for theirs.
+    std::vector<Client> m_clients;
     bool m_isOpen = false;
     int m_shown = 0;
 };
