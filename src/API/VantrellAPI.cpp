@@ -126,7 +126,9 @@ APIError VantrellAPI::failureOf(const HttpResponse &response) const {
     if (json) {
         JsonReader reader(*json);
         message = reader.optionalString("error");
-        assetId = reader.optionalString("assetId");
+        // A refused key says so by its error alone, whatever else stands beside it.
+        if (response.status != 401)
+            assetId = reader.optionalString("assetId");
         // One mistyped key makes the whole body count as none.
         if (reader.error())
             message = assetId = std::nullopt;

@@ -5,7 +5,6 @@
 
 #include "API/VantrellAPI.h"
 #include "Capture/CaptureStorage.h"
-#include "Support/AtomicFile.h"
 #include "Support/Clock.h"
 #include "Support/Log.h"
 #include "Support/ScopeExit.h"
@@ -26,9 +25,8 @@ namespace vantrell {
 
 namespace {
 
-constexpr std::size_t capacity = 200;
 constexpr std::size_t batchSize = 25;
-constexpr std::size_t flushAt = 10;
+constexpr int flushAt = 10;
 constexpr auto flushInterval = 30s;
 
 bool isValidName(std::string_view name) {
@@ -46,28 +44,12 @@ bool userOptedOut() {
     return !text.empty() && text != "0" && text != "false";
 }
 
-/// Text that is no UTF-8 is mended rather than refused.
-std::string encodeEvents(const std::vector<AnalyticsEvent> &events) {
-    nlohmann::json array = nlohmann::json::array();
-    for (const AnalyticsEvent &event : events)
-        array.push_back(event.encode());
-    return array.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-}
-
-std::expected<std::vector<AnalyticsEvent>, JsonError> decodeEvents(const std::string &text) {
-    const auto json = parseJson(text);
-    if (!json)
-        return std::unexpected(json.error());
-    if (!json->is_array())
-        return std::unexpected(JsonError{"the document is no array"});
-    std::vector<AnalyticsEvent> events;
-    for (const nlohmann::json &entry : *json) {
-        auto event = AnalyticsEvent::decode(entry);
-        if (!event)
-            return std::unexpected(event.error());
-        events.push_back(std::move(*event));
-    }
-    return events;
+/// What waited of an earlier run goes when the user has opted out since.
+std::filesystem::path prepared(std::filesystem::path file, bool isOff) {
+    std::error_code ignored;
+    if (isOff)
+        std::filesystem::remove(file, ignored);
+    return file;
 }
 
 struct Shared {
@@ -87,14 +69,7 @@ Analytics &Analytics::shared() {
 }
 
 Analytics::Analytics(std::filesystem::path file, Clock &clock)
-    : m_path(file), m_clock(clock), m_off(userOptedOut()), m_file(std::move(file)) {
-    if (m_off) {
-        std::error_code ignored;
-        std::filesystem::remove(m_path, ignored);
-    } else {
-        load();
-    }
-}
+    : m_clock(clock), m_off(userOptedOut()), m_queue(prepared(std::move(file), m_off)) {}
 
 void Analytics::track(const std::string &name, AnalyticsProps props) {
     if (!isValidName(name)) {
@@ -104,11 +79,8 @@ void Analytics::track(const std::string &name, AnalyticsProps props) {
     if (m_off)
         return;
     const std::string id = QUuid::createUuid().toString(QUuid::WithoutBraces).toStdString();
-    m_events.push_back({id, name, std::move(props)});
-    if (m_events.size() > capacity)
-        m_events.erase(m_events.begin(), m_events.end() - capacity);
-    save();
-    if (m_events.size() >= flushAt)
+    m_queue.add({id, name, std::move(props)});
+    if (count() >= flushAt)
         m_scope.start(this, &Analytics::flush);
 }
 
@@ -130,18 +102,19 @@ Task<> Analytics::flushPeriodically(std::stop_token stop) {
 }
 
 Task<> Analytics::flush(std::stop_token stop) {
-    if (!m_api || m_isFlushing || m_events.empty())
+    if (m_off || !m_api || m_isFlushing)
         co_return;
     m_isFlushing = true;
     const ScopeExit clear([this] { m_isFlushing = false; });
-    while (!m_events.empty() && co_await postBatch(stop)) {
+    co_await m_queue.refresh(stop);
+    while (!stop.stop_requested() && count() > 0 && co_await postBatch(stop)) {
     }
 }
 
 /// True when the batch is off the queue.
 Task<bool> Analytics::postBatch(std::stop_token stop) {
-    const std::size_t size = std::min(m_events.size(), batchSize);
-    const std::vector<AnalyticsEvent> batch(m_events.begin(), m_events.begin() + std::ptrdiff_t(size));
+    std::vector<AnalyticsEvent> batch = m_queue.events();
+    batch.resize(std::min(batch.size(), batchSize));
     const auto posted = co_await m_api->postEvents(encodeEvents(batch), stop);
     if (stop.stop_requested())
         co_return false;
@@ -159,25 +132,8 @@ Task<bool> Analytics::postBatch(std::stop_token stop) {
     std::set<std::string> ids;
     for (const AnalyticsEvent &event : batch)
         ids.insert(event.id);
-    std::erase_if(m_events, [&ids](const AnalyticsEvent &event) { return ids.contains(event.id); });
-    save();
+    m_queue.remove(ids);
     co_return true;
-}
-
-void Analytics::load() {
-    const auto text = readFile(m_path);
-    if (!text)
-        return;
-    auto events = decodeEvents(*text);
-    if (events)
-        m_events = std::move(*events);
-    else
-        qCCritical(logAnalytics, "analytics queue unreadable, starting fresh: %s",
-                   events.error().message.c_str());
-}
-
-void Analytics::save() {
-    m_file.replace(encodeEvents(m_events));
 }
 
 } // namespace vantrell

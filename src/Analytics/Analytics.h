@@ -11,7 +11,6 @@
 #include <filesystem>
 #include <stop_token>
 #include <string>
-#include <vector>
 
 namespace vantrell {
 
@@ -19,8 +18,8 @@ class Clock;
 class VantrellAPI;
 
 /// The queue of usage events: kept on disk over restarts, posted to the service in batches every 30 s and
-/// whenever 10 events wait. Nothing of it is ever shown to the user, except how many events wait. Main
-/// thread.
+/// whenever 10 events wait. Processes that run side by side share it. Nothing of it is ever shown to the
+/// user, except how many events wait. Main thread.
 ///
 /// The user switches it off with the environment variable DO_NOT_TRACK: then nothing is recorded or sent, and
 /// what waited on disk is removed.
@@ -44,22 +43,17 @@ public:
     void stop();
 
     /// How many events wait.
-    int count() const { return int(m_events.size()); }
+    int count() const { return int(m_queue.events().size()); }
     bool isOff() const { return m_off; }
 
 private:
     Task<> flushPeriodically(std::stop_token stop);
     Task<> flush(std::stop_token stop);
     Task<bool> postBatch(std::stop_token stop);
-    void load();
-    void save();
 
-    const std::filesystem::path m_path;
     Clock &m_clock;
     const bool m_off;
-    QueueFile m_file;
-    /// Oldest first.
-    std::vector<AnalyticsEvent> m_events;
+    QueueFile m_queue;
     VantrellAPI *m_api = nullptr;
     bool m_isFlushing = false;
     TaskScope m_timerTask;

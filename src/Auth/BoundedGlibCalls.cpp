@@ -10,8 +10,7 @@ namespace vantrell {
 
 namespace {
 
-/// How long a cancelled call may take to wind up before it is abandoned. A prompt ends only when the service
-/// confirms it, which a hung one never does.
+/// How long a cancelled call may take to wind up before it is abandoned.
 constexpr auto windUp = std::chrono::milliseconds(200);
 
 } // namespace
@@ -52,8 +51,17 @@ bool BoundedGlibCalls::isOutOfTime() const {
 }
 
 GObjectPtr<GAsyncResult> BoundedGlibCalls::run(const Start &start) {
+    return run(start, m_cancellable.get(), windUp);
+}
+
+GObjectPtr<GAsyncResult> BoundedGlibCalls::runDialog(const Start &start) {
+    return run(start, nullptr, std::chrono::milliseconds(0));
+}
+
+GObjectPtr<GAsyncResult> BoundedGlibCalls::run(const Start &start, GCancellable *cancellable,
+                                               std::chrono::milliseconds windUp) {
     const auto slot = std::make_shared<Slot>();
-    start(m_cancellable.get(), &Slot::arrived, new std::shared_ptr<Slot>(slot));
+    start(cancellable, &Slot::arrived, new std::shared_ptr<Slot>(slot));
 
     std::optional<Deadline> abandonAt;
     while (!slot->result) {

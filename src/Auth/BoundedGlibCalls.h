@@ -38,6 +38,9 @@ public:
 
     /// Runs one call to its end. None when it was cancelled or out of time and did not even end upon that.
     GObjectPtr<GAsyncResult> run(const Start &start);
+    /// The same for a call that shows a dialog: it is left alone when it is not waited for any more, and goes
+    /// with the process. GNOME Keyring may crash when it is told to take its dialog back.
+    GObjectPtr<GAsyncResult> runDialog(const Start &start);
 
     /// Stopped, or out of time.
     bool isCancelled() const { return g_cancellable_is_cancelled(m_cancellable.get()) != FALSE; }
@@ -52,6 +55,8 @@ private:
         void operator()() const;
     };
 
+    GObjectPtr<GAsyncResult> run(const Start &start, GCancellable *cancellable,
+                                 std::chrono::milliseconds windUp);
     /// Runs the loop until something happens, at most until `wakeAt`.
     void iterate(std::optional<Deadline> wakeAt);
 

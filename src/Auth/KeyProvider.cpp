@@ -29,7 +29,28 @@ KeyProvider::KeyProvider(const Keychain &keychain, std::optional<std::string> ov
     : m_keychain(keychain), m_overriding(std::move(overriding)) {}
 
 std::optional<std::string> KeyProvider::key() const {
-    return isOverridden() ? m_overriding : m_keychain.cached(Keychain::apiKeyAccount);
+    std::unique_lock lock(m_mutex);
+    if (m_overriding)
+        return m_overriding;
+    if (m_unstored)
+        return m_unstored;
+    lock.unlock();
+    return m_keychain.cached(Keychain::apiKeyAccount);
+}
+
+bool KeyProvider::isOverridden() const {
+    std::scoped_lock lock(m_mutex);
+    return m_overriding.has_value();
+}
+
+void KeyProvider::dropOverriding() {
+    std::scoped_lock lock(m_mutex);
+    m_overriding.reset();
+}
+
+void KeyProvider::hold(std::optional<std::string> unstored) {
+    std::scoped_lock lock(m_mutex);
+    m_unstored = std::move(unstored);
 }
 
 } // namespace vantrell

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include <atomic>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -11,8 +11,9 @@ namespace vantrell {
 
 class Keychain;
 
-/// The API key of the moment: for headless use from the environment variable VANTRELL_API_KEY, else what the
-/// keychain has cached. Never blocks. Thread-safe, but for `takeFromEnvironment`.
+/// The API key of the moment: for headless use from the environment variable VANTRELL_API_KEY, else one that
+/// the keyring has not taken yet, else what the keychain has cached. Never blocks. Thread-safe, but for
+/// `takeFromEnvironment`.
 class KeyProvider {
 public:
     /// Reads the variable and wipes it from this process's environment, so that no child inherits it and the
@@ -24,14 +25,17 @@ public:
 
     std::optional<std::string> key() const;
     /// The key in use is the one from the environment.
-    bool isOverridden() const { return m_overriding.has_value() && m_useOverriding; }
-    /// The service refused the key from the environment: it is not used any more.
-    void dropOverriding() { m_useOverriding = false; }
+    bool isOverridden() const;
+    /// The service refused the key from the environment, or the user disconnects: this process forgets it.
+    void dropOverriding();
+    /// A key that is in use before it is stored; nothing ends that.
+    void hold(std::optional<std::string> unstored);
 
 private:
     const Keychain &m_keychain;
-    const std::optional<std::string> m_overriding;
-    std::atomic<bool> m_useOverriding = true;
+    mutable std::mutex m_mutex;
+    std::optional<std::string> m_overriding;
+    std::optional<std::string> m_unstored;
 };
 
 } // namespace vantrell

@@ -16,8 +16,8 @@ namespace {
 
 using Kind = KeychainError::Kind;
 
-/// What is kept of an operation's time for the second attempt, after the keyring was unlocked.
-constexpr auto retryReserve = 1s;
+/// A dialog that nobody can be shown is over sooner than this.
+constexpr auto untilDialogCounts = 500ms;
 
 template <typename T>
 Task<Keychain::Result<T>> onWorker(SerialWorker *worker, std::function<Keychain::Result<T>()> work,
@@ -33,45 +33,49 @@ Task<Keychain::Result<T>> onWorker(SerialWorker *worker, std::function<Keychain:
 } // namespace
 
 Keychain::Keychain(Options options)
-    : m_options(options), m_store(std::make_shared<SecretStore>()), m_watcher([this] { lookAgain(); }) {}
+    : m_options(options), m_store(std::make_shared<SecretStore>()), m_watcher([this] {
+          lookAtDialog();
+          lookAgain();
+      }) {}
 
 Keychain::~Keychain() {
     m_alive.reset();
     m_store->cancel();
-    for (const OneShot<bool> &waiting : m_waitingForUnlock)
-        waiting.resolve(false);
+    lookAtDialog();
 }
 
-Task<Keychain::Result<std::optional<std::string>>> Keychain::read(std::string account, std::stop_token stop) {
+Task<Keychain::Result<std::optional<std::string>>> Keychain::read(std::string account, Asking asking,
+                                                                  std::stop_token stop) {
     if (auto value = cached(account))
         co_return value;
     const Work<std::optional<std::string>> work = [account](SecretStore &store, Deadline deadline) {
         return store.read(account, deadline);
     };
-    auto result = co_await attempt<std::optional<std::string>>(account, work, stop);
+    auto result = co_await attempt<std::optional<std::string>>(account, work, asking, stop);
     if (result && *result)
         remember(account, **result);
     co_return result;
 }
 
-Task<Keychain::Result<void>> Keychain::write(std::string value, std::string account, std::stop_token stop) {
+Task<Keychain::Result<void>> Keychain::write(std::string value, std::string account, Asking asking,
+                                             std::stop_token stop) {
     forget(account);
     const Work<void> work = [account, value](SecretStore &store, Deadline deadline) {
         return store.write(account, value, deadline);
     };
-    auto result = co_await attempt<void>(account, work, stop);
+    auto result = co_await attempt<void>(account, work, asking, stop);
     if (result)
         remember(account, value);
     co_return result;
 }
 
-Task<Keychain::Result<void>> Keychain::remove(std::string account, std::stop_token stop) {
+Task<Keychain::Result<void>> Keychain::remove(std::string account, Asking asking, std::stop_token stop) {
     forget(account);
     const std::weak_ptr<bool> alive = m_alive;
     const Work<void> work = [account](SecretStore &store, Deadline deadline) {
         return store.remove(account, deadline);
     };
-    auto result = co_await attempt<void>(account, work, stop);
+    auto result = co_await attempt<void>(account, work, asking, stop);
     // A read that was under way when this began has filled the cache again.
     if (!alive.expired())
         forget(account);
@@ -82,71 +86,86 @@ Task<Keychain::Result<void>> Keychain::prepareToWrite(std::string account, std::
     const Work<void> work = [](SecretStore &store, Deadline deadline) {
         return store.expectWritable(deadline);
     };
-    auto result = co_await attempt<void>(account, work, stop);
+    auto result = co_await attempt<void>(account, work, Asking::allowed, stop);
     co_return result;
 }
 
 template <typename T>
-Task<Keychain::Result<T>> Keychain::attempt(std::string account, Work<T> work, std::stop_token stop) {
+Task<Keychain::Result<T>> Keychain::attempt(std::string account, Work<T> work, Asking asking,
+                                            std::stop_token stop) {
     const std::weak_ptr<bool> alive = m_alive;
-    const Deadline deadline = std::chrono::steady_clock::now() + m_options.patience;
-    const std::function<Result<T>()> once = [store = m_store, work, deadline] {
-        return work(*store, deadline);
+    auto result = co_await once<T>(work, stop);
+    const auto dialogHelps = [&result] {
+        return !result && (result.error().kind == Kind::locked || result.error().kind == Kind::noKeyring);
     };
-    const std::unexpected<KeychainError> gone(KeychainError{Kind::cancelled, {}});
-
-    auto first = co_await onWorker<T>(&m_worker, once, stop);
-    if (alive.expired())
-        co_return gone;
-    if (first) {
-        note(std::nullopt);
-        co_return first;
+    if (alive.expired() || asking == Asking::never || !dialogHelps())
+        co_return result;
+    openDialog(account);
+    const Deadline until = std::chrono::steady_clock::now() + m_options.dialogPatience;
+    // Also while the dialog is open: the keyring may have been unlocked elsewhere.
+    for (bool isLast = false; !isLast && dialogHelps();) {
+        co_await waitForDialog(until, stop);
+        if (alive.expired() || stop.stop_requested())
+            co_return std::unexpected(KeychainError{Kind::cancelled, {}});
+        isLast = !m_isDialogOpen || std::chrono::steady_clock::now() >= until;
+        result = co_await once<T>(work, stop);
     }
-    note(first.error());
-    const bool promptHelps = first.error().kind == Kind::locked || first.error().kind == Kind::noKeyring;
-    if (!promptHelps)
-        co_return first;
-    const bool unlocked = co_await waitForUnlock(account, deadline - retryReserve, stop);
-    if (alive.expired())
-        co_return gone;
-    if (!unlocked)
-        co_return first;
-
-    auto second = co_await onWorker<T>(&m_worker, once, stop);
-    if (alive.expired())
-        co_return gone;
-    note(second ? std::nullopt : std::optional(second.error()));
-    co_return second;
+    co_return result;
 }
 
-Task<bool> Keychain::waitForUnlock(std::string account, Deadline deadline, std::stop_token stop) {
-    if (m_prompt == Prompt::answered || !m_options.mayAskToUnlock)
-        co_return false;
-    const OneShot<bool> answered;
-    m_waitingForUnlock.push_back(answered);
-    if (m_prompt == Prompt::notAsked)
-        m_scope.start(this, &Keychain::askToUnlock, account);
-    const auto left =
-        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    QTimer::singleShot(std::max(left, 0ms), [answered] { answered.resolve(false); });
-    const auto result = co_await answered.wait(stop);
-    co_return result.value_or(false);
+template <typename T>
+Task<Keychain::Result<T>> Keychain::once(Work<T> work, std::stop_token stop) {
+    const std::weak_ptr<bool> alive = m_alive;
+    const std::function<Result<T>()> bounded =
+        [store = m_store, work, deadline = std::chrono::steady_clock::now() + m_options.patience] {
+            return work(*store, deadline);
+        };
+    auto result = co_await onWorker<T>(&m_worker, bounded, stop);
+    if (alive.expired())
+        co_return std::unexpected(KeychainError{Kind::cancelled, {}});
+    note(result ? std::nullopt : std::optional(result.error()));
+    co_return result;
+}
+
+/// Until the dialog is over or the keyring has changed.
+Task<> Keychain::waitForDialog(Deadline until, std::stop_token stop) {
+    if (!m_isDialogOpen)
+        co_return;
+    const OneShot<bool> moved;
+    m_waitingForDialog.push_back(moved);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(until - std::chrono::steady_clock::now());
+    QTimer::singleShot(std::max(left, 0ms), [moved] { moved.resolve(false); });
+    co_await moved.wait(stop);
+}
+
+void Keychain::openDialog(const std::string &account) {
+    if (m_isDialogOpen)
+        return;
+    m_isDialogOpen = true;
+    qCInfo(logAuth, "keychain asks to be unlocked");
+    m_scope.start(this, &Keychain::askToUnlock, account);
+    QTimer::singleShot(untilDialogCounts, [this, alive = std::weak_ptr(m_alive)] {
+        if (!alive.expired() && m_isDialogOpen && onDialog)
+            onDialog();
+    });
 }
 
 Task<> Keychain::askToUnlock(std::string account, std::stop_token stop) {
-    m_prompt = Prompt::open;
-    qCInfo(logAuth, "keychain asks to be unlocked");
     const std::function<Result<void>()> ask = [store = m_store, account] { return store->unlock(account); };
     const auto result = co_await onWorker<void>(&m_promptWorker, ask, stop);
     if (stop.stop_requested())
         co_return;
-    m_prompt = Prompt::answered;
-    for (const OneShot<bool> &waiting : std::exchange(m_waitingForUnlock, {}))
-        waiting.resolve(result.has_value());
+    m_isDialogOpen = false;
+    lookAtDialog();
     if (!result)
         qCInfo(logAuth, "keychain stays locked: %s", result.error().detail.c_str());
     else
         lookAgain();
+}
+
+void Keychain::lookAtDialog() {
+    for (const OneShot<bool> &waiting : std::exchange(m_waitingForDialog, {}))
+        waiting.resolve(true);
 }
 
 void Keychain::note(const std::optional<KeychainError> &problem) {

@@ -28,9 +28,10 @@ class SecretStore;
 /// The desktop's keyring, with a cache in memory. One for the process.
 ///
 /// Main thread, but for `cached`. The operations return at once and do their work on a thread of their own,
-/// one after another; each is over within `patience`, whatever the keyring does. The first that finds it
-/// locked makes the desktop ask for the password, once for the life of the object; that dialog may stay open
-/// for longer than the operation waits, and `onReachable` tells when it was answered.
+/// one after another. Each is over within `patience`, whatever the keyring does; one that may ask and finds
+/// the keyring locked makes the desktop ask for the password, or joins the dialog that is open, and waits for
+/// the user for at most `dialogPatience`. The dialog may stay open longer; `onReachable` tells when it was
+/// answered.
 ///
 /// A cached value stays usable when the keyring is locked, stopped or gone.
 class Keychain {
@@ -40,8 +41,14 @@ public:
 
     struct Options {
         std::chrono::milliseconds patience = std::chrono::seconds(5);
-        /// False never shows a dialog.
-        bool mayAskToUnlock = true;
+        std::chrono::milliseconds dialogPatience = std::chrono::minutes(2);
+    };
+    /// Whether the desktop may ask for the password, also when the user has dismissed such a dialog before.
+    enum class Asking {
+        /// Nobody is waiting: never shows a dialog, and waits for none.
+        never = 1,
+        /// The user wishes this now.
+        allowed,
     };
     template <typename T>
     using Result = std::expected<T, KeychainError>;
@@ -54,11 +61,11 @@ public:
     Keychain &operator=(const Keychain &) = delete;
 
     /// The stored text, or nothing when there is none. A miss is not cached.
-    Task<Result<std::optional<std::string>>> read(std::string account, std::stop_token stop);
+    Task<Result<std::optional<std::string>>> read(std::string account, Asking asking, std::stop_token stop);
     /// Replaces what is stored; after a failure nothing is cached.
-    Task<Result<void>> write(std::string value, std::string account, std::stop_token stop);
+    Task<Result<void>> write(std::string value, std::string account, Asking asking, std::stop_token stop);
     /// Forgets the cached value at once. Success means that nothing is stored afterwards.
-    Task<Result<void>> remove(std::string account, std::stop_token stop);
+    Task<Result<void>> remove(std::string account, Asking asking, std::stop_token stop);
 
     /// Makes sure that a write would go well, asking the user as need be: called ahead of time.
     Task<Result<void>> prepareToWrite(std::string account, std::stop_token stop);
@@ -72,29 +79,34 @@ public:
     /// Called after a problem when asking again may go better. May destroy the keychain.
     std::function<void()> onReachable;
 
+    /// Called when a dialog that asks for the password has stayed open for a moment.
+    std::function<void()> onDialog;
+
 private:
     using Deadline = std::chrono::steady_clock::time_point;
     template <typename T>
     using Work = std::function<Result<T>(SecretStore &, Deadline)>;
 
     template <typename T>
-    Task<Result<T>> attempt(std::string account, Work<T> work, std::stop_token stop);
-    Task<bool> waitForUnlock(std::string account, Deadline deadline, std::stop_token stop);
+    Task<Result<T>> attempt(std::string account, Work<T> work, Asking asking, std::stop_token stop);
+    template <typename T>
+    Task<Result<T>> once(Work<T> work, std::stop_token stop);
+    Task<> waitForDialog(Deadline until, std::stop_token stop);
+    void openDialog(const std::string &account);
     Task<> askToUnlock(std::string account, std::stop_token stop);
+    void lookAtDialog();
     void note(const std::optional<KeychainError> &problem);
     void lookAgain();
     void remember(const std::string &account, const std::string &value);
     void forget(const std::string &account);
-
-    enum class Prompt { notAsked = 1, open, answered };
 
     const Options m_options;
     const std::shared_ptr<SecretStore> m_store;
     mutable std::mutex m_cacheMutex;
     std::map<std::string, std::string> m_cache;
     std::optional<KeychainError> m_problem;
-    Prompt m_prompt = Prompt::notAsked;
-    std::vector<OneShot<bool>> m_waitingForUnlock;
+    bool m_isDialogOpen = false;
+    std::vector<OneShot<bool>> m_waitingForDialog;
     /// A prompt may stay open while the operations go on.
     SerialWorker m_worker;
     SerialWorker m_promptWorker;

@@ -5,7 +5,6 @@
 
 #include "Analytics/Analytics.h"
 #include "Auth/KeyProvider.h"
-#include "Auth/Keychain.h"
 #include "Auth/PairingMessages.h"
 #include "Support/Clock.h"
 #include "Support/Log.h"
@@ -33,6 +32,12 @@ std::expected<PairingRequestResponse, APIError> acceptedRequest(const HttpResult
     return std::move(*response);
 }
 
+/// The keyring waits for the user, or is busy: it may take the key later.
+bool mayPass(KeychainError::Kind problem) {
+    using Kind = KeychainError::Kind;
+    return problem == Kind::locked || problem == Kind::noKeyring || problem == Kind::notAnswering;
+}
+
 } // namespace
 
 PairingClient::PairingClient(Services services, ServiceURL service)
@@ -41,9 +46,9 @@ PairingClient::PairingClient(Services services, ServiceURL service)
         m_state = PairingState::paired();
         m_looked = true;
     } else {
-        m_lookTask.start(this, &PairingClient::look);
+        startLooking(Asking::allowed);
     }
-    m_services.keychain.onReachable = [this] { lookAgain(); };
+    m_services.keychain.onReachable = [this] { startLooking(Asking::never); };
 }
 
 PairingClient::~PairingClient() {
@@ -51,6 +56,8 @@ PairingClient::~PairingClient() {
 }
 
 Task<> PairingClient::ready(std::stop_token stop) {
+    if (m_services.keychain.problem() && !m_isAsking)
+        startLooking(Asking::allowed);
     if (m_looked)
         co_return;
     const OneShot<bool> looked;
@@ -116,108 +123,153 @@ Task<> PairingClient::poll(std::string deviceCode, std::int64_t intervalSeconds,
         const auto response = PairingPollResponse::decode(result->body);
         if (!response)
             continue;
-        const Turn turn = co_await act(*response, stop);
-        if (stop.stop_requested() || turn == Turn::over)
+        if (act(*response) == Turn::over)
             co_return;
     }
     if (m_state.kind != PairingState::Kind::paired)
         end(PairingOutcome::expired);
 }
 
-Task<PairingClient::Turn> PairingClient::act(PairingPollResponse response, std::stop_token stop) {
+PairingClient::Turn PairingClient::act(const PairingPollResponse &response) {
     if (response.status == "approved" && response.apiKey) {
-        const auto stored =
-            co_await m_services.keychain.write(*response.apiKey, Keychain::apiKeyAccount, stop);
-        if (stop.stop_requested())
-            co_return Turn::over;
-        if (stored) {
-            m_removalPending = false;
-            m_lookTask.cancel();
-            m_services.analytics.track("cap.pairing_completed");
-            qCInfo(logAuth, "pairing approved");
-            end(PairingOutcome::approved);
-        } else {
-            qCCritical(logAuth, "keychain write failed; pairing dropped");
-            end(PairingOutcome::notStored);
-        }
-        co_return Turn::over;
+        m_unstored = response.apiKey;
+        m_services.keys.hold(m_unstored);
+        m_removeTask.cancel();
+        startLooking(Asking::allowed);
+        return Turn::over;
     }
     if (response.status == "denied" || response.status == "expired" || response.status == "claimed") {
         qCInfo(logAuth, "pairing ended: %s", response.status.c_str());
         end(response.status == "denied"    ? PairingOutcome::denied
             : response.status == "expired" ? PairingOutcome::expired
                                            : PairingOutcome::claimed);
-        co_return Turn::over;
+        return Turn::over;
     }
-    co_return Turn::goOn;
+    return Turn::goOn;
 }
 
 Task<PairingClient::Removed> PairingClient::unpair(std::stop_token stop) {
-    m_pollTask.cancel();
-    m_lookTask.cancel();
-    noteLooked();
-    m_removalPending = true;
-    const OneShot<Removed> done;
-    m_scope.start(this, &PairingClient::removeKey, done);
-    change(PairingState::unpaired());
-    const auto result = co_await done.wait(stop);
+    const auto result = co_await disconnect(Asking::allowed).wait(stop);
     if (!result)
         co_return std::unexpected(KeychainError{KeychainError::Kind::cancelled, {}});
     co_return *result;
 }
 
-Task<> PairingClient::removeKey(OneShot<Removed> done, std::stop_token stop) {
-    const auto removed = co_await m_services.keychain.remove(Keychain::apiKeyAccount, stop);
+OneShot<PairingClient::Removed> PairingClient::disconnect(Asking asking) {
+    m_pollTask.cancel();
+    stopLooking();
+    noteLooked();
+    m_unstored.reset();
+    m_services.keys.hold(std::nullopt);
+    m_services.keys.dropOverriding();
+    m_removalPending = true;
+    const OneShot<Removed> done;
+    m_removeTask.start(this, &PairingClient::removeKey, asking, done);
+    change(PairingState::unpaired());
+    return done;
+}
+
+Task<> PairingClient::removeKey(Asking asking, OneShot<Removed> done, std::stop_token stop) {
+    const auto removed = co_await m_services.keychain.remove(Keychain::apiKeyAccount, asking, stop);
     done.resolve(removed);
     if (stop.stop_requested() || !m_removalPending)
         co_return;
     if (removed)
         m_removalPending = false;
     else
-        lookAgain();
+        startLooking(Asking::never);
 }
 
 void PairingClient::keyRejected() {
-    if (m_services.keys.isOverridden()) {
-        qCCritical(logAuth, "key from the environment refused");
-        m_services.keys.dropOverriding();
-        m_pollTask.cancel();
-        change(PairingState::unpaired());
-    } else {
-        unpair();
-    }
-}
-
-void PairingClient::lookAgain() {
-    if (m_state.kind == PairingState::Kind::paired)
+    if (!m_services.keys.isOverridden()) {
+        disconnect(Asking::never);
         return;
-    m_lookTask.cancel();
-    m_lookTask.start(this, &PairingClient::look);
+    }
+    qCCritical(logAuth, "key from the environment refused");
+    m_services.keys.dropOverriding();
+    m_pollTask.cancel();
+    const std::stop_token gone = m_scope.token();
+    change(PairingState::unpaired());
+    if (!gone.stop_requested())
+        startLooking(Asking::allowed);
 }
 
-Task<> PairingClient::look(std::stop_token stop) {
+void PairingClient::startLooking(Asking asking) {
+    // One that waits for the user looks again by itself.
+    if (asking == Asking::never && m_isAsking)
+        return;
+    if (m_state.kind == PairingState::Kind::paired && !m_unstored)
+        return;
+    stopLooking();
+    m_looked = m_looked && asking == Asking::never;
+    m_lookTask.start(this, &PairingClient::look, asking);
+}
+
+void PairingClient::stopLooking() {
+    m_isAsking = false;
+    m_lookTask.cancel();
+}
+
+Task<> PairingClient::look(Asking asking, std::stop_token stop) {
+    m_isAsking = asking == Asking::allowed;
     for (;;) {
-        const auto problem = m_removalPending ? co_await lookToRemove(stop) : co_await lookToRead(stop);
-        if (stop.stop_requested() || !problem)
+        const auto problem = m_unstored         ? co_await lookToStore(asking, stop)
+                             : m_removalPending ? co_await lookToRemove(asking, stop)
+                                                : co_await lookToRead(asking, stop);
+        if (stop.stop_requested())
             co_return;
+        m_isAsking = false;
+        asking = Asking::never;
         // A service that is not there announces itself when it comes; the other problems end without a word.
-        if (*problem == KeychainError::Kind::absent || *problem == KeychainError::Kind::cancelled)
+        if (!problem || *problem == KeychainError::Kind::absent || *problem == KeychainError::Kind::cancelled)
             co_return;
         if (!co_await m_services.clock.sleep(lookAgainAfter, stop))
             co_return;
     }
 }
 
-Task<PairingClient::Problem> PairingClient::lookToRemove(std::stop_token stop) {
-    const auto removed = co_await m_services.keychain.remove(Keychain::apiKeyAccount, stop);
+Task<PairingClient::Problem> PairingClient::lookToStore(Asking asking, std::stop_token stop) {
+    const auto stored =
+        co_await m_services.keychain.write(*m_unstored, Keychain::apiKeyAccount, asking, stop);
+    if (stop.stop_requested())
+        co_return std::nullopt;
+    noteLooked();
+    // What a pairing that was begun meanwhile shows is left alone.
+    const bool isNewest = m_pollTask.active() == 0;
+    if (!stored && mayPass(stored.error().kind)) {
+        if (isNewest && m_outcome != PairingOutcome::notStoredYet) {
+            qCCritical(logAuth, "keychain write failed; key kept in memory");
+            end(PairingOutcome::notStoredYet);
+        }
+        co_return stored.error().kind;
+    }
+    m_unstored.reset();
+    m_services.keys.hold(std::nullopt);
+    if (stored) {
+        m_removalPending = false;
+        m_services.analytics.track("cap.pairing_completed");
+        qCInfo(logAuth, "pairing approved");
+    } else {
+        qCCritical(logAuth, "keychain write failed; pairing dropped");
+    }
+    if (isNewest)
+        end(stored ? PairingOutcome::approved : PairingOutcome::notStored);
+    co_return stored ? Problem() : stored.error().kind;
+}
+
+Task<PairingClient::Problem> PairingClient::lookToRemove(Asking asking, std::stop_token stop) {
+    const auto removed = co_await m_services.keychain.remove(Keychain::apiKeyAccount, asking, stop);
+    if (stop.stop_requested())
+        co_return std::nullopt;
+    noteLooked();
     if (!removed)
         co_return removed.error().kind;
     m_removalPending = false;
     co_return std::nullopt;
 }
 
-Task<PairingClient::Problem> PairingClient::lookToRead(std::stop_token stop) {
-    const auto stored = co_await m_services.keychain.read(Keychain::apiKeyAccount, stop);
+Task<PairingClient::Problem> PairingClient::lookToRead(Asking asking, std::stop_token stop) {
+    const auto stored = co_await m_services.keychain.read(Keychain::apiKeyAccount, asking, stop);
     if (stop.stop_requested())
         co_return std::nullopt;
     noteLooked();
@@ -236,7 +288,8 @@ void PairingClient::noteLooked() {
 
 void PairingClient::end(PairingOutcome outcome) {
     m_outcome = outcome;
-    change(outcome == PairingOutcome::approved ? PairingState::paired() : PairingState::unpaired());
+    const bool isPaired = outcome == PairingOutcome::approved || outcome == PairingOutcome::notStoredYet;
+    change(isPaired ? PairingState::paired() : PairingState::unpaired());
 }
 
 void PairingClient::change(PairingState state) {

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "API/APIError.h"
-#include "Auth/KeychainError.h"
+#include "Auth/Keychain.h"
 #include "Auth/PairingOutcome.h"
 #include "Auth/PairingState.h"
 #include "Http/HttpClient.h"
@@ -25,7 +25,6 @@ namespace vantrell {
 
 class Analytics;
 class Clock;
-class Keychain;
 class KeyProvider;
 struct PairingPollResponse;
 
@@ -34,15 +33,17 @@ struct PairingPollResponse;
 ///   (start)             a key is stored                  -> paired
 ///   any                 begin() succeeds                 -> waitingForApproval
 ///   waitingForApproval  "approved" and the key stored    -> paired
-///   waitingForApproval  "approved", key not stored       -> unpaired
+///   waitingForApproval  "approved", keyring closed       -> paired, the key in memory
+///   waitingForApproval  "approved", keyring refuses      -> unpaired
 ///   waitingForApproval  "denied", "expired", "claimed"   -> unpaired
 ///   waitingForApproval  the deadline passes              -> unpaired
 ///   any                 unpair()                         -> unpaired
 ///   unpaired            the keyring opens with a key     -> paired
 ///
 /// The keyring is never waited for on the main thread: after construction the state is `unpaired` until the
-/// keyring has answered, unless the key is at hand already. While the keyring cannot be read it is asked
-/// again when it appears or opens, and every 30 s while it is there; the key in it is left alone.
+/// keyring has answered, unless the key is at hand already. What it does not do at once - reading, storing,
+/// removing - is tried again when it appears or opens, and every 30 s while it is there. The user is asked
+/// for its password only at the start and upon a wish of his own.
 class PairingClient {
 public:
     /// All outlive the client.
@@ -64,25 +65,28 @@ public:
     /// How the last pairing ended; nothing before and while one is under way.
     std::optional<PairingOutcome> outcome() const { return m_outcome; }
 
-    /// Called after every change of the state. May destroy the client.
+    /// Called after every change of the state or the outcome. May destroy the client.
     std::function<void()> onChange;
 
-    /// Waits for the keyring's first answer, at most as long as a keychain operation takes.
+    /// The user wishes something that needs the connection: waits until the keyring has answered or failed,
+    /// at most as long as a keychain operation takes, and asks for the password again where that kept it
+    /// closed.
     Task<> ready(std::stop_token stop);
 
     /// Starts a pairing; the address of the approval page is for the user's browser. Replaces a pairing that
     /// is under way. After a failure the state is as it was.
     Task<std::expected<std::string, APIError>> begin(std::stop_token stop);
 
-    /// Disconnects at once and removes the key from the keyring. The result, which need not be waited for, is
-    /// the keyring's: after a failure the removal is tried again like reading is.
+    /// The user disconnects: at once, also from a key of the environment, and the key is removed from the
+    /// keyring. The result, which need not be waited for, is the keyring's.
     Task<std::expected<void, KeychainError>> unpair(std::stop_token stop = {});
 
-    /// The service declared the key in use invalid. A key from the environment is dropped and the stored one,
-    /// which was not tried, is left alone.
+    /// The service declared the key in use invalid. After a key from the environment the stored one, which
+    /// was not tried, is looked up.
     void keyRejected();
 
 private:
+    using Asking = Keychain::Asking;
     using Begun = std::expected<std::string, APIError>;
     using Removed = std::expected<void, KeychainError>;
     /// What keeps the keyring from being used; nothing when it was.
@@ -92,13 +96,16 @@ private:
     Task<> request(OneShot<Begun> answered, std::stop_token stop);
     void startPolling(std::string deviceCode, std::int64_t intervalSeconds, double deadline);
     Task<> poll(std::string deviceCode, std::int64_t intervalSeconds, double deadline, std::stop_token stop);
-    Task<Turn> act(PairingPollResponse response, std::stop_token stop);
-    Task<> removeKey(OneShot<Removed> done, std::stop_token stop);
+    Turn act(const PairingPollResponse &response);
+    OneShot<Removed> disconnect(Asking asking);
+    Task<> removeKey(Asking asking, OneShot<Removed> done, std::stop_token stop);
     Task<> openKeyring(std::stop_token stop);
-    Task<> look(std::stop_token stop);
-    Task<Problem> lookToRead(std::stop_token stop);
-    Task<Problem> lookToRemove(std::stop_token stop);
-    void lookAgain();
+    void startLooking(Asking asking);
+    void stopLooking();
+    Task<> look(Asking asking, std::stop_token stop);
+    Task<Problem> lookToRead(Asking asking, std::stop_token stop);
+    Task<Problem> lookToStore(Asking asking, std::stop_token stop);
+    Task<Problem> lookToRemove(Asking asking, std::stop_token stop);
     void noteLooked();
     void end(PairingOutcome outcome);
     void change(PairingState state);
@@ -108,11 +115,16 @@ private:
     const ServiceURL m_service;
     PairingState m_state;
     std::optional<PairingOutcome> m_outcome;
+    /// A key that was handed out, which the service does only once, and that the keyring does not have yet.
+    std::optional<std::string> m_unstored;
     /// A removal that the keyring has not carried out yet.
     bool m_removalPending = false;
     bool m_looked = false;
+    /// The look under way is one that the user may be asked for.
+    bool m_isAsking = false;
     std::vector<OneShot<bool>> m_waitingForLook;
     TaskScope m_lookTask;
+    TaskScope m_removeTask;
     TaskScope m_pollTask;
     TaskScope m_scope;
 };

@@ -17,6 +17,8 @@ std::string description(PairingOutcome outcome) {
         return "The connection's code was already used";
     case PairingOutcome::notStored:
         return "The connection was approved, but could not be stored";
+    case PairingOutcome::notStoredYet:
+        return "The connection was approved and is stored as soon as the keyring is unlocked";
     }
     return {};
 }

@@ -15,8 +15,10 @@ enum class PairingOutcome {
     expired,
     /// Another device has used the code.
     claimed,
-    /// Approved, but the keyring did not take the key.
+    /// Approved, but the keyring did not take the key: it is lost.
     notStored,
+    /// Approved, and the key is in use, but so far only this process has it: the keyring is closed.
+    notStoredYet,
 };
 
 /// The sentence for the user.

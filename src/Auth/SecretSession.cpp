@@ -270,7 +270,7 @@ SecretSession::Result<void> SecretSession::unlock(const std::vector<GDBusProxy *
     for (GDBusProxy *object : objects)
         list = g_list_prepend(list, object);
     const auto answered =
-        m_calls->run([&](GCancellable *cancellable, GAsyncReadyCallback done, gpointer data) {
+        m_calls->runDialog([&](GCancellable *cancellable, GAsyncReadyCallback done, gpointer data) {
             secret_service_unlock(m_service.get(), list, cancellable, done, data);
         });
     g_list_free(list);
@@ -285,7 +285,7 @@ SecretSession::Result<void> SecretSession::unlock(const std::vector<GDBusProxy *
 
 SecretSession::Result<void> SecretSession::createDefaultCollection() {
     const auto answered =
-        m_calls->run([this](GCancellable *cancellable, GAsyncReadyCallback done, gpointer data) {
+        m_calls->runDialog([this](GCancellable *cancellable, GAsyncReadyCallback done, gpointer data) {
             secret_collection_create(m_service.get(), "Default keyring", SECRET_COLLECTION_DEFAULT,
                                      SECRET_COLLECTION_CREATE_NONE, cancellable, done, data);
         });

@@ -4,6 +4,7 @@
 #include "CommandLine/CaptureDelivery.h"
 
 #include "Capture/CaptureStorage.h"
+#include "CommandLine/OpenSession.h"
 #include "Recording/RecordingRecovery.h"
 #include "Support/BlockingWork.h"
 
@@ -26,7 +27,7 @@ Task<std::expected<void, ExitCode>> CaptureDelivery::prepare(std::stop_token sto
         }
     }
     if (m_options.upload) {
-        auto session = ServiceSession::create(m_context.environmentKey);
+        auto session = openSession(m_context);
         if (!session) {
             m_context.reporter.failure(session.error());
             co_return std::unexpected(ExitCode::failed);

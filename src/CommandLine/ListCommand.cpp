@@ -3,7 +3,7 @@
 
 #include "CommandLine/ListCommand.h"
 
-#include "Session/ServiceSession.h"
+#include "CommandLine/OpenSession.h"
 
 #include <nlohmann/json.hpp>
 
@@ -68,13 +68,13 @@ ExitCode reportAll(const std::expected<std::vector<T>, PlatformError> &things, c
 }
 
 Task<ExitCode> listProjects(CommandContext context, std::stop_token stop) {
-    auto session = ServiceSession::create(context.environmentKey);
+    auto session = openSession(context);
     if (!session) {
         context.reporter.failure(session.error());
         co_return ExitCode::failed;
     }
     co_await (*session)->connect(stop);
-    const auto projects = co_await (*session)->api().listProjects(stop);
+    const auto projects = co_await (*session)->listProjects(stop);
     if (!projects) {
         context.reporter.failure(projects.error().description());
         co_return projects.error().as<APIError::NotPaired>() ? ExitCode::notConnected : ExitCode::failed;

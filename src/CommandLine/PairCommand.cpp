@@ -5,10 +5,12 @@
 
 #include "Analytics/Analytics.h"
 #include "Auth/PairingClient.h"
+#include "CommandLine/OpenSession.h"
 #include "Session/Browser.h"
-#include "Session/ServiceSession.h"
 
 #include <nlohmann/json.hpp>
+
+using namespace std::chrono_literals;
 
 namespace vantrell {
 
@@ -19,10 +21,18 @@ ExitCode failPairing(const CommandContext &context, const std::string &sentence)
     return ExitCode::failed;
 }
 
+/// The keyring has this long to open once the device is approved.
+constexpr auto keyringPatience = 2min;
+
+Task<> giveUpLater(Clock *clock, OneShot<bool> ended, std::stop_token stop) {
+    if (co_await clock->sleep(keyringPatience, stop))
+        ended.resolve(false);
+}
+
 } // namespace
 
 Task<ExitCode> runPair(PairArguments, CommandContext context, std::stop_token stop) {
-    auto session = ServiceSession::create(context.environmentKey);
+    auto session = openSession(context);
     if (!session)
         co_return failPairing(context, session.error());
     Keychain &keychain = (*session)->keychain();
@@ -35,9 +45,14 @@ Task<ExitCode> runPair(PairArguments, CommandContext context, std::stop_token st
         {(*session)->http(), context.clock, keychain, (*session)->keys(), Analytics::shared()},
         (*session)->url());
     const OneShot<bool> ended;
-    client.onChange = [&client, ended] {
-        if (client.outcome())
+    TaskScope timer;
+    client.onChange = [&client, &context, &timer, ended] {
+        if (client.outcome() == PairingOutcome::notStoredYet) {
+            context.reporter.note(description(PairingOutcome::notStoredYet));
+            timer.start(giveUpLater, &context.clock, ended);
+        } else if (client.outcome()) {
             ended.resolve(true);
+        }
     };
     const auto page = co_await client.begin(stop);
     if (!page)
@@ -51,7 +66,10 @@ Task<ExitCode> runPair(PairArguments, CommandContext context, std::stop_token st
     const auto waited = co_await ended.wait(stop);
     if (!waited)
         co_return ExitCode::failed;
-    const PairingOutcome outcome = client.outcome().value_or(PairingOutcome::expired);
+    // What is in memory only ends with this process.
+    const PairingOutcome outcome = client.outcome() == PairingOutcome::notStoredYet
+                                       ? PairingOutcome::notStored
+                                       : client.outcome().value_or(PairingOutcome::expired);
     if (outcome == PairingOutcome::notStored && keychain.problem())
         co_return failPairing(context, description(outcome) + ": " + keychain.problem()->description());
     if (outcome != PairingOutcome::approved)

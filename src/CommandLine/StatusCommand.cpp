@@ -5,7 +5,7 @@
 
 #include "Analytics/Analytics.h"
 #include "Capture/CaptureStorage.h"
-#include "Session/ServiceSession.h"
+#include "CommandLine/OpenSession.h"
 #include "Support/BlockingWork.h"
 #include "Support/Settings.h"
 #include "Support/TaskScope.h"
@@ -42,9 +42,9 @@ Task<Answers> askService(ServiceSession *session, CommandContext context, std::s
         },
         &context.clock, given);
     Answers answers;
-    answers.limits = co_await session->api().limits(given.get_token());
+    answers.limits = co_await session->limits(given.get_token());
     if (answers.limits)
-        answers.projects = co_await session->api().listProjects(given.get_token());
+        answers.projects = co_await session->listProjects(given.get_token());
     co_return answers;
 }
 
@@ -117,12 +117,12 @@ void reportWaiting(Report &report, const std::vector<UploadJournalEntry> &journa
 } // namespace
 
 Task<ExitCode> runStatus(StatusArguments, CommandContext context, std::stop_token stop) {
-    auto session = ServiceSession::create(context.environmentKey, {.mayAskToUnlock = false});
+    auto session = openSession(context);
     if (!session) {
         context.reporter.failure(session.error());
         co_return ExitCode::failed;
     }
-    const bool hasKey = co_await (*session)->connect(stop);
+    const bool hasKey = co_await (*session)->connect(stop, Keychain::Asking::never);
     Answers answers;
     if (hasKey)
         answers = co_await askService(session->get(), context, stop);
@@ -142,7 +142,7 @@ Task<ExitCode> runStatus(StatusArguments, CommandContext context, std::stop_toke
     } else {
         report.add({{"connected", true}, {"service", service}},
                    "Connected to " + service +
-                       (context.environmentKey ? " with the key of VANTRELL_API_KEY" : ""));
+                       ((*session)->keys().isOverridden() ? " with the key of VANTRELL_API_KEY" : ""));
         if (!answers.limits)
             report.add({{"problem", answers.limits.error().description()}},
                        "The service cannot be asked: " + answers.limits.error().description());

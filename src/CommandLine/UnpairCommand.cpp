@@ -3,7 +3,7 @@
 
 #include "CommandLine/UnpairCommand.h"
 
-#include "Session/ServiceSession.h"
+#include "CommandLine/OpenSession.h"
 
 #include <nlohmann/json.hpp>
 
@@ -12,7 +12,8 @@ namespace vantrell {
 Task<ExitCode> runUnpair(UnpairArguments, CommandContext context, std::stop_token stop) {
     // Without the service: its address may be unusable, and the key is to go all the same.
     Keychain keychain;
-    const auto removed = co_await keychain.remove(Keychain::apiKeyAccount, stop);
+    tellOfKeyringDialog(keychain, context.reporter);
+    const auto removed = co_await keychain.remove(Keychain::apiKeyAccount, Keychain::Asking::allowed, stop);
     if (!removed) {
         context.reporter.failure(removed.error().description());
         co_return ExitCode::failed;

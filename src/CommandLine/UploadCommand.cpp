@@ -3,10 +3,10 @@
 
 #include "CommandLine/UploadCommand.h"
 
+#include "CommandLine/OpenSession.h"
 #include "CommandLine/UnixSignals.h"
 #include "CommandLine/UploadRun.h"
 #include "Session/CaptureFile.h"
-#include "Session/ServiceSession.h"
 #include "Support/BlockingWork.h"
 
 #include <nlohmann/json.hpp>
@@ -55,7 +55,7 @@ private:
 
 Task<std::expected<std::string, ExitCode>> UploadCommand::begin(std::optional<std::string> project,
                                                                 std::stop_token stop) {
-    auto session = ServiceSession::create(m_context.environmentKey);
+    auto session = openSession(m_context);
     if (!session)
         co_return std::unexpected(fail(session.error()));
     m_session = std::move(*session);

@@ -29,7 +29,7 @@ UploadRun::UploadRun(ServiceSession &session, const CommandContext &context,
 }
 
 Task<> UploadRun::fetchLimits(std::stop_token stop) {
-    const auto limits = co_await m_session.api().limits(stop);
+    const auto limits = co_await m_session.limits(stop);
     if (limits)
         m_videoByteCap = limits->maxVideoUploadBytes;
 }

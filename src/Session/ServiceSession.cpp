@@ -8,27 +8,46 @@
 namespace vantrell {
 
 std::expected<std::unique_ptr<ServiceSession>, std::string>
-ServiceSession::create(std::optional<std::string> environmentKey, Keychain::Options keychain) {
+ServiceSession::create(std::optional<std::string> environmentKey) {
     auto url = ServiceURL::fromEnvironment();
     if (!url)
         return std::unexpected(description(url.error()));
-    return std::unique_ptr<ServiceSession>(
-        new ServiceSession(std::move(*url), std::move(environmentKey), keychain));
+    return std::unique_ptr<ServiceSession>(new ServiceSession(std::move(*url), std::move(environmentKey)));
 }
 
-ServiceSession::ServiceSession(ServiceURL url, std::optional<std::string> environmentKey,
-                               Keychain::Options keychain)
-    : m_url(std::move(url)), m_keychain(keychain), m_keyProvider(m_keychain, std::move(environmentKey)),
+ServiceSession::ServiceSession(ServiceURL url, std::optional<std::string> environmentKey)
+    : m_url(std::move(url)), m_keyProvider(m_keychain, std::move(environmentKey)),
       m_api(
           m_http, m_url, [this] { return m_keyProvider.key(); },
           // A command does not disconnect the account: it says that the key was refused, and ends.
           [this] { m_keyProvider.dropOverriding(); }) {}
 
-Task<bool> ServiceSession::connect(std::stop_token stop) {
+Task<bool> ServiceSession::connect(std::stop_token stop, Keychain::Asking asking) {
+    m_asking = asking;
     if (m_keyProvider.key())
         co_return true;
-    const auto stored = co_await m_keychain.read(Keychain::apiKeyAccount, stop);
+    const auto stored = co_await m_keychain.read(Keychain::apiKeyAccount, asking, stop);
     co_return stored.has_value() && stored->has_value();
+}
+
+template <typename T>
+VantrellAPI::Result<T> ServiceSession::ask(VantrellAPI::Result<T> (VantrellAPI::*operation)(std::stop_token)
+                                               const,
+                                           std::stop_token stop) {
+    const bool isOverridden = m_keyProvider.isOverridden();
+    auto answer = co_await (m_api.*operation)(stop);
+    const bool isRefused = !answer && answer.error().template as<APIError::NotPaired>();
+    if (isRefused && isOverridden && co_await connect(stop, m_asking))
+        answer = co_await (m_api.*operation)(stop);
+    co_return answer;
+}
+
+VantrellAPI::Result<CaptureLimits> ServiceSession::limits(std::stop_token stop) {
+    return ask(&VantrellAPI::limits, stop);
+}
+
+VantrellAPI::Result<std::vector<TargetProject>> ServiceSession::listProjects(std::stop_token stop) {
+    return ask(&VantrellAPI::listProjects, stop);
 }
 
 Task<std::expected<std::string, APIError>> ServiceSession::chooseProject(std::optional<std::string> asked,
@@ -36,7 +55,7 @@ Task<std::expected<std::string, APIError>> ServiceSession::chooseProject(std::op
     if (asked)
         co_return *asked;
     const auto chosen = Settings(Settings::defaultFile()).string("selectedProjectId");
-    auto projects = co_await m_api.listProjects(stop);
+    auto projects = co_await listProjects(stop);
     // While nobody answers, the user's choice stands: the upload itself will find out.
     if (!projects && chosen && projects.error().as<APIError::Network>())
         co_return *chosen;

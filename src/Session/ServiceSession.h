@@ -14,6 +14,7 @@
 #include <optional>
 #include <stop_token>
 #include <string>
+#include <vector>
 
 namespace vantrell {
 
@@ -23,11 +24,11 @@ public:
     /// `environmentKey` is the key that the environment held and was wiped of. Fails with a sentence when the
     /// service's address is unusable.
     static std::expected<std::unique_ptr<ServiceSession>, std::string>
-    create(std::optional<std::string> environmentKey, Keychain::Options keychain = {});
+    create(std::optional<std::string> environmentKey);
 
     /// Fetches the key from the keyring unless the environment holds one. False when there is none; the
     /// keyring's own problem, if that is why, is in `keychain().problem()`.
-    Task<bool> connect(std::stop_token stop);
+    Task<bool> connect(std::stop_token stop, Keychain::Asking asking = Keychain::Asking::allowed);
 
     HttpClient &http() { return m_http; }
     VantrellAPI &api() { return m_api; }
@@ -35,14 +36,24 @@ public:
     KeyProvider &keys() { return m_keyProvider; }
     const ServiceURL &url() const { return m_url; }
 
+    /// As the API client's. When the service refuses the key of the environment they go on with the stored
+    /// one.
+    VantrellAPI::Result<CaptureLimits> limits(std::stop_token stop);
+    VantrellAPI::Result<std::vector<TargetProject>> listProjects(std::stop_token stop);
+
     /// The project to upload to: the one asked for, else the chosen one, else the account's first.
     Task<std::expected<std::string, APIError>> chooseProject(std::optional<std::string> asked,
                                                              std::stop_token stop);
 
 private:
-    ServiceSession(ServiceURL url, std::optional<std::string> environmentKey, Keychain::Options keychain);
+    ServiceSession(ServiceURL url, std::optional<std::string> environmentKey);
+
+    template <typename T>
+    VantrellAPI::Result<T> ask(VantrellAPI::Result<T> (VantrellAPI::*operation)(std::stop_token) const,
+                               std::stop_token stop);
 
     ServiceURL m_url;
+    Keychain::Asking m_asking = Keychain::Asking::allowed;
     HttpClient m_http;
     Keychain m_keychain;
     KeyProvider m_keyProvider;

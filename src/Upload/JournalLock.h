@@ -3,10 +3,11 @@
 
 #pragma once
 
-#include "Support/UniqueFd.h"
+#include "Support/FileLock.h"
 
 #include <expected>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace vantrell {
@@ -18,19 +19,17 @@ struct JournalInUse {
     }
 };
 
-/// The right to write one journal, held by at most one process. It ends with the object or with the process,
-/// however that dies.
+/// The right to write one journal, held by at most one process.
 class JournalLock {
 public:
-    /// Locks a file beside `journal`, which is made when missing and never removed. Where that file cannot be
-    /// made or locked at all (a read-only or full disk, a file system without locks) the uploads matter more
-    /// than the lock: the log says why, and the result holds nothing.
+    /// Where `journal` cannot be locked at all the uploads matter more than the lock: the log says why, and
+    /// the result holds nothing.
     static std::expected<JournalLock, JournalInUse> acquire(const std::filesystem::path &journal);
 
 private:
-    explicit JournalLock(UniqueFd file) : m_file(std::move(file)) {}
+    explicit JournalLock(std::optional<FileLock> lock) : m_lock(std::move(lock)) {}
 
-    UniqueFd m_file;
+    std::optional<FileLock> m_lock;
 };
 
 } // namespace vantrell

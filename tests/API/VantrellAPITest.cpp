@@ -93,6 +93,10 @@ TEST_F(VantrellAPITest, disconnectsOnlyWhenTheServiceSaysThatTheKeyIsInvalid) {
     answerWith(401, R"({"error":"Invalid or revoked API key"})");
     EXPECT_EQ(failure(), APIError(APIError::NotPaired{}));
     EXPECT_EQ(authFailures, 1);
+    // Whatever else stands beside it.
+    answerWith(401, R"({"error":"Invalid or revoked API key","assetId":7,"more":[null]})");
+    EXPECT_EQ(failure(), APIError(APIError::NotPaired{}));
+    EXPECT_EQ(authFailures, 2);
 }
 
 TEST_F(VantrellAPITest, turnsStatusesIntoErrors) {

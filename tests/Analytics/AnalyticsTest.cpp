@@ -4,6 +4,7 @@
 #include "Analytics/Analytics.h"
 
 #include "API/VantrellAPI.h"
+#include "Support/FileLock.h"
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/ManualClock.h"
 #include "TestSupport/Network/ScriptedHttpServer.h"
@@ -113,13 +114,9 @@ protected:
 };
 
 TEST_F(AnalyticsTest, takesOnlyWellFormedNames) {
-    for (const char *name :
-         {"cap.Launched", "cap.app-launched", "app_launched", "cap.", "xcap.a", "cap.a\n", "cap.a b"})
+    for (const char *name : {"cap.Launched", "cap.app-launched", "app_launched", "cap.", "xcap.a", "cap.a\n"})
         queue->track(name);
-    EXPECT_EQ(queue->count(), 0);
-    EXPECT_EQ(log.count("dropping event with invalid name: "), 7);
-    EXPECT_TRUE(
-        log.contains("app.vantrell.capture.analytics: dropping event with invalid name: cap.app-launched"));
+    EXPECT_EQ(log.count("app.vantrell.capture.analytics: dropping event with invalid name: "), 6);
     queue->track("cap.app_launched2");
     EXPECT_EQ(queue->count(), 1);
 }
@@ -149,15 +146,13 @@ TEST_F(AnalyticsTest, keepsTheKindOfEachProperty) {
     EXPECT_EQ(props.dump(),
               "{\"endless\":\"inf\",\"flag\":true,\"fraction\":3.5,\"round\":2.0,\"text\":\"3\","
               "\"whole\":3,\"wild\":\"\xef\xbf\xbd\"}");
-    for (const auto &[json, value] : std::vector<std::pair<const char *, AnalyticsValue>>{
-             {"true", true}, {"3", 3}, {"3.5", 3.5}, {"\"3\"", "3"}})
-        EXPECT_EQ(AnalyticsValue::decode(nlohmann::json::parse(json), "p").value(), value) << json;
+    for (const AnalyticsValue &value :
+         {AnalyticsValue(true), AnalyticsValue(3), AnalyticsValue(3.5), AnalyticsValue("3")})
+        EXPECT_EQ(AnalyticsValue::decode(value.encode(), "p").value(), value);
     EXPECT_FALSE(AnalyticsValue::decode(nullptr, "p"));
-    open();
-    EXPECT_EQ(queue->count(), 1);
 }
 
-TEST_F(AnalyticsTest, startsFreshAfterAnUnreadableFileAndOverwritesIt) {
+TEST_F(AnalyticsTest, startsFreshAfterAnUnreadableFileAndGoesOnInMemoryWhenTheDiskRefuses) {
     for (const char *text : {"[{\"id\":\"a\"}]", "{}", "garbage"}) {
         std::ofstream(file) << text;
         open();
@@ -166,9 +161,7 @@ TEST_F(AnalyticsTest, startsFreshAfterAnUnreadableFileAndOverwritesIt) {
     EXPECT_EQ(log.count("analytics queue unreadable, starting fresh: "), 3);
     queue->track("cap.fresh");
     EXPECT_TRUE(eventuallyOnDisk(1));
-}
 
-TEST_F(AnalyticsTest, goesOnInMemoryWhenTheDiskRefuses) {
     queue = std::make_unique<Analytics>(folder / "missing/queue.json", clock);
     trackMany(2);
     EXPECT_TRUE(eventually([&] { return log.contains("analytics queue write failed: "); }));
@@ -192,48 +185,56 @@ TEST_F(AnalyticsTest, postsEvery30SecondsAndAtOnceWhenTenWait) {
     EXPECT_EQ(service.requests().front().header("authorization"), "Bearer key");
 }
 
-TEST_F(AnalyticsTest, postsALongQueueInBatchesOfTwentyFive) {
+TEST_F(AnalyticsTest, postsInBatchesWhenConnectedKeepsThemFromAnIllServiceAndDropsTheRefused) {
+    key.reset();
+    queue->start(api);
     trackMany(60);
-    queue->start(api);
+    clock.advance(5min);
+    EXPECT_THAT(log.lines(), IsEmpty());
+    key = "key";
+    service.answerNext({503, 400});
+    clock.advance(30s);
+    EXPECT_TRUE(eventually([&] { return log.contains("analytics flush deferred: Request failed (503)"); }));
+    EXPECT_EQ(queue->count(), 60);
     clock.advance(30s);
     EXPECT_TRUE(eventuallyEmpty());
-    EXPECT_THAT(service.batchSizes(), ElementsAre(25u, 25u, 10u));
-    EXPECT_EQ(service.batches()[0].front(), "cap.event_0");
-    EXPECT_EQ(service.batches()[2].back(), "cap.event_59");
-}
-
-TEST_F(AnalyticsTest, dropsARefusedBatchAndGoesOn) {
-    trackMany(30);
-    service.answerNext({400});
-    queue->start(api);
-    clock.advance(30s);
-    EXPECT_TRUE(eventuallyEmpty());
-    EXPECT_THAT(service.batchSizes(), ElementsAre(25u, 5u));
+    EXPECT_THAT(service.batchSizes(), ElementsAre(25u, 25u, 25u, 10u));
+    EXPECT_EQ(service.batches()[1].front(), "cap.event_0");
+    EXPECT_EQ(service.batches()[3].back(), "cap.event_59");
     EXPECT_TRUE(log.contains("server dropped analytics batch (400)"));
 }
 
-TEST_F(AnalyticsTest, keepsEverythingWhenTheServiceIsIllOrGarbled) {
-    trackMany(30);
-    service.answerNext({503});
-    queue->start(api);
-    clock.advance(30s);
-    EXPECT_TRUE(eventually([&] { return log.contains("analytics flush deferred: Request failed (503)"); }));
-    EXPECT_EQ(queue->count(), 30);
-    EXPECT_EQ(service.batches().size(), 1u);
-    clock.advance(30s);
-    EXPECT_TRUE(eventuallyEmpty());
-}
+TEST_F(AnalyticsTest, twoProcessesDoNotOverwriteEachOthersEvents) {
+    auto other = std::make_unique<Analytics>(file, clock);
+    for (int i = 0; i < 60; ++i) {
+        trackMany(1);
+        other->track("cap.other");
+    }
+    queue.reset();
+    EXPECT_TRUE(eventuallyOnDisk(120));
 
-TEST_F(AnalyticsTest, waitsQuietlyWhileNotConnected) {
-    key.reset();
+    // What one has posted does not come back from the other, and what the other adds is posted as well.
+    open();
     queue->start(api);
-    trackMany(12);
-    clock.advance(5min);
-    EXPECT_EQ(queue->count(), 12);
-    EXPECT_THAT(log.lines(), IsEmpty());
-    key = "key";
     clock.advance(30s);
     EXPECT_TRUE(eventuallyEmpty());
+    EXPECT_TRUE(eventuallyOnDisk(0));
+    other->track("cap.late");
+    EXPECT_TRUE(eventuallyOnDisk(1));
+    clock.advance(30s);
+    EXPECT_TRUE(eventually([&] { return service.batches().size() == 6; }));
+    EXPECT_THAT(service.batches().back(), ElementsAre("cap.late"));
+    EXPECT_TRUE(eventuallyOnDisk(0));
+
+    // One that is stopped in the middle of a change holds nobody up.
+    auto held = FileLock::acquire(file, 20s);
+    ASSERT_TRUE(held);
+    other->track("cap.kept");
+    EXPECT_TRUE(eventually([&] { return log.contains("analytics queue write failed: "); }));
+    EXPECT_EQ(onDisk().size(), 0u);
+    held = std::unexpected(FileLockError{});
+    other.reset();
+    EXPECT_EQ(onDisk().size(), 1u);
 }
 
 TEST_F(AnalyticsTest, keepsWhatIsTrackedWhileABatchIsOnItsWay) {
@@ -247,13 +248,11 @@ TEST_F(AnalyticsTest, keepsWhatIsTrackedWhileABatchIsOnItsWay) {
     service.answers.release();
     EXPECT_TRUE(eventuallyEmpty());
     EXPECT_THAT(service.batchSizes(), ElementsAre(10u, 2u));
-}
 
-TEST_F(AnalyticsTest, endsInTheMiddleOfAPostAndKeepsTheBatch) {
-    queue->start(api);
+    // The end of the process keeps the batch.
     service.answers.acquire();
     trackMany(10);
-    ASSERT_TRUE(eventually([&] { return service.batches().size() == 1; }));
+    ASSERT_TRUE(eventually([&] { return service.batches().size() == 3; }));
     queue.reset();
     service.answers.release();
     EXPECT_EQ(onDisk().size(), 10u);

@@ -3,6 +3,7 @@
 
 #include "Auth/Keychain.h"
 
+#include "TestSupport/Account/KeyringPrompter.h"
 #include "TestSupport/Account/SecretServiceSession.h"
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/RunTask.h"
@@ -20,6 +21,7 @@ namespace vantrell::testing {
 namespace {
 
 using Kind = KeychainError::Kind;
+using Asking = Keychain::Asking;
 
 constexpr char service[] = "app.vantrell.capture.apikey";
 constexpr char account[] = "api-key";
@@ -28,12 +30,14 @@ constexpr char key[] = "vk_live_ümlaut-0123456789";
 class KeychainTest : public ::testing::Test {
 protected:
     static Keychain::Result<std::optional<std::string>> read(Keychain &keychain) {
-        return runTask(keychain.read(account, {}));
+        return runTask(keychain.read(account, Asking::allowed, {}));
     }
     static Keychain::Result<void> write(Keychain &keychain, const std::string &value = key) {
-        return runTask(keychain.write(value, account, {}));
+        return runTask(keychain.write(value, account, Asking::allowed, {}));
     }
-    static Keychain::Result<void> remove(Keychain &keychain) { return runTask(keychain.remove(account, {})); }
+    static Keychain::Result<void> remove(Keychain &keychain) {
+        return runTask(keychain.remove(account, Asking::allowed, {}));
+    }
 
     static Kind kindOf(const auto &result) { return result ? Kind{} : result.error().kind; }
 
@@ -44,6 +48,7 @@ protected:
 TEST_F(KeychainTest, keepsTheKeyInTheKeyringAndServesItFromMemory) {
     session.startUnlocked();
     Keychain keychain;
+    EXPECT_TRUE(remove(keychain)); // nothing there is as good as removed
     EXPECT_EQ(read(keychain).value(), std::nullopt);
     ASSERT_TRUE(write(keychain, "an older key"));
     ASSERT_TRUE(write(keychain));
@@ -60,26 +65,15 @@ TEST_F(KeychainTest, keepsTheKeyInTheKeyringAndServesItFromMemory) {
     EXPECT_FALSE(other.problem());
 }
 
-TEST_F(KeychainTest, removesAndCallsAMissingEntryRemoved) {
-    session.startUnlocked();
-    Keychain keychain;
-    EXPECT_TRUE(remove(keychain));
-    ASSERT_TRUE(write(keychain));
-    EXPECT_TRUE(remove(keychain));
-    EXPECT_EQ(keychain.cached(account), std::nullopt);
-    EXPECT_EQ(read(keychain).value(), std::nullopt);
-    EXPECT_EQ(session.lookup(service, account), std::nullopt);
-}
-
 TEST_F(KeychainTest, aReadUnderWayDoesNotBringARemovedKeyBack) {
     session.startUnlocked();
     session.store(service, account, key);
     Keychain keychain;
-    auto reading = keychain.read(account, {});
-    auto removing = keychain.remove(account, {});
+    auto reading = keychain.read(account, Asking::never, {});
+    EXPECT_TRUE(remove(keychain));
     EXPECT_TRUE(runTask(std::move(reading)));
-    EXPECT_TRUE(runTask(std::move(removing)));
     EXPECT_EQ(keychain.cached(account), std::nullopt);
+    EXPECT_EQ(session.lookup(service, account), std::nullopt);
 }
 
 TEST_F(KeychainTest, tellsAbsentLockedKilledAndHungApartWithinFiveSeconds) {
@@ -117,7 +111,7 @@ TEST_F(KeychainTest, survivesADaemonThatIsKilledInTheMiddle) {
     session.store(service, account, key);
     session.suspend();
     Keychain keychain;
-    auto reading = keychain.read(account, {});
+    auto reading = keychain.read(account, Asking::never, {});
     // Long enough for the request to be on its way; the daemon has not seen it.
     eventually([] { return false; }, 200ms);
     session.kill();
@@ -132,24 +126,48 @@ TEST_F(KeychainTest, survivesADaemonThatIsKilledInTheMiddle) {
     EXPECT_TRUE(log.contains("keychain available"));
 }
 
-TEST_F(KeychainTest, asksToUnlockOnceAndLooksAgainWhenTheUserUnlocksElsewhere) {
+TEST_F(KeychainTest, waitsForTheDialogAndAsksAgainOnlyForANewWish) {
     session.startUnlocked();
     session.store(service, account, key);
-    session.kill();
-    session.startLocked();
+    session.lock();
+    KeyringPrompter prompter;
     Keychain keychain;
-    for (int attempt = 0; attempt < 3; ++attempt)
-        EXPECT_EQ(kindOf(read(keychain)), Kind::locked);
-    EXPECT_EQ(kindOf(write(keychain)), Kind::locked);
-    EXPECT_EQ(kindOf(remove(keychain)), Kind::locked);
-    EXPECT_EQ(log.count("asks to be unlocked"), 1);
-    EXPECT_EQ(log.count("keychain locked"), 1);
+    int told = 0;
+    keychain.onDialog = [&told] { ++told; };
+    EXPECT_EQ(kindOf(runTask(keychain.read(account, Asking::never, {}))), Kind::locked);
+    EXPECT_EQ(prompter.shown(), 0);
 
-    bool reachable = false;
-    keychain.onReachable = [&reachable] { reachable = true; };
-    session.unlock();
-    EXPECT_TRUE(eventually([&reachable] { return reachable; }));
-    EXPECT_EQ(read(keychain).value(), key);
+    // Two wishes share a dialog. Longer than the keyring itself is given.
+    auto reading = keychain.read(account, Asking::allowed, {});
+    auto writing = keychain.write("new", account, Asking::allowed, {});
+    EXPECT_FALSE(eventually([&] { return reading.isReady() || writing.isReady(); }, 6s));
+    EXPECT_EQ(told, 1);
+    prompter.dismiss();
+    EXPECT_EQ(kindOf(runTask(std::move(reading))), Kind::locked);
+    EXPECT_EQ(kindOf(runTask(std::move(writing))), Kind::locked);
+    EXPECT_EQ(kindOf(runTask(keychain.read(account, Asking::never, {}))), Kind::locked);
+    EXPECT_EQ(prompter.shown(), 1);
+
+    auto again = keychain.read(account, Asking::allowed, {});
+    ASSERT_TRUE(eventually([&] { return prompter.isOpen(); }));
+    EXPECT_EQ(prompter.shown(), 2);
+    prompter.typePassword(session);
+    EXPECT_EQ(runTask(std::move(again)).value(), key);
+    EXPECT_EQ(log.count("keychain locked"), 1);
+}
+
+TEST_F(KeychainTest, anUnansweredDialogIsNotWaitedForWithoutLimitAndDoesNotTakeTheKeyringDown) {
+    session.startUnlocked();
+    session.store(service, account, key);
+    session.lock();
+    KeyringPrompter prompter;
+    auto keychain = std::make_unique<Keychain>(Keychain::Options{.dialogPatience = 1s});
+    EXPECT_EQ(kindOf(read(*keychain)), Kind::locked);
+    EXPECT_TRUE(prompter.isOpen());
+    keychain.reset();
+    keychain = std::make_unique<Keychain>();
+    prompter.typePassword(session);
+    EXPECT_EQ(read(*keychain).value(), key);
 }
 
 TEST_F(KeychainTest, saysThatThereIsNoKeyringToStoreIn) {
@@ -159,15 +177,6 @@ TEST_F(KeychainTest, saysThatThereIsNoKeyringToStoreIn) {
     EXPECT_EQ(kindOf(write(keychain)), Kind::noKeyring);
 }
 
-TEST_F(KeychainTest, neverAsksWhenItMayNot) {
-    session.startUnlocked();
-    session.store(service, account, key);
-    session.lock();
-    Keychain keychain({.mayAskToUnlock = false});
-    EXPECT_EQ(kindOf(read(keychain)), Kind::locked);
-    EXPECT_FALSE(log.contains("asks to be unlocked"));
-}
-
 TEST_F(KeychainTest, endsWhatRunsWhenItIsDestroyedOrNotWaitedFor) {
     session.startUnlocked();
     session.suspend();
@@ -175,10 +184,12 @@ TEST_F(KeychainTest, endsWhatRunsWhenItIsDestroyedOrNotWaitedFor) {
     QElapsedTimer elapsed;
     elapsed.start();
     std::stop_source stop;
-    auto stopped = keychain->read(account, stop.get_token());
-    auto writing = keychain->write(key, account, {});
+    auto stopped = keychain->read(account, Asking::never, stop.get_token());
+    auto writing = keychain->write(key, account, Asking::never, {});
     stop.request_stop();
     EXPECT_EQ(kindOf(runTask(std::move(stopped))), Kind::cancelled);
+    int mon = system("timeout 4 dbus-monitor --session > /tmp/dbusmon.txt 2>&1 & sleep 0.3");
+    (void)mon;
     keychain.reset();
     EXPECT_EQ(kindOf(runTask(std::move(writing))), Kind::cancelled);
     EXPECT_LT(elapsed.elapsed(), 2000);
@@ -187,7 +198,7 @@ TEST_F(KeychainTest, endsWhatRunsWhenItIsDestroyedOrNotWaitedFor) {
 TEST_F(KeychainTest, neverKeepsTheCallersThreadWaiting) {
     session.startUnlocked();
     session.suspend();
-    Keychain keychain({.patience = 1s});
+    Keychain keychain({.patience = 1s, .dialogPatience = 1s});
     QElapsedTimer sinceBeat;
     qint64 longestGap = 0;
     QTimer heart;

@@ -5,8 +5,8 @@
 
 #include "Analytics/Analytics.h"
 #include "Auth/KeyProvider.h"
-#include "Auth/Keychain.h"
 #include "ScriptedPairingService.h"
+#include "TestSupport/Account/KeyringPrompter.h"
 #include "TestSupport/Account/SecretServiceSession.h"
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/ManualClock.h"
@@ -77,20 +77,11 @@ protected:
     std::vector<StateKind> changes;
 };
 
-TEST_F(PairingClientTest, startsFromWhatIsStored) {
-    open();
-    EXPECT_EQ(client->state(), PairingState::unpaired());
-    EXPECT_THAT(changes, IsEmpty());
-    session.store(keyService, keyAccount, "vk_old");
-    open();
-    EXPECT_EQ(client->state(), PairingState::paired());
-    EXPECT_EQ(keys->key(), "vk_old");
-}
-
 TEST_F(PairingClientTest, pairsWhenTheUserApproves) {
     service.pollAnswers(
         {R"({"status":"pending"})", R"({"status":"approved"})", R"({"status":"brand new"})", approved});
     open();
+    EXPECT_EQ(client->state(), PairingState::unpaired());
     EXPECT_EQ(begin().value(), approvalUrl);
     EXPECT_EQ(client->state(), PairingState::waitingForApproval(approvalUrl));
     for (int poll = 0; poll < 4; ++poll)
@@ -149,35 +140,27 @@ TEST_F(PairingClientTest, dropsThePairingWhenTheKeyringDoesNotTakeTheKey) {
 }
 
 TEST_F(PairingClientTest, givesUpAtTheDeadlineWithoutALogLine) {
-    service.requestAnswer({{"expiresInSeconds", 12}});
-    open();
-    ASSERT_TRUE(begin());
-    const int lines = int(log.lines().size());
-    nextPoll();
-    nextPoll();
-    EXPECT_EQ(client->state().kind, StateKind::waitingForApproval);
-    nextPoll(); // the third sleep began before the deadline
-    EXPECT_TRUE(eventuallyIs(StateKind::unpaired));
-    EXPECT_EQ(service.polls(), 3);
-    EXPECT_EQ(client->outcome(), PairingOutcome::expired);
-    EXPECT_EQ(int(log.lines().size()), lines);
-}
-
-TEST_F(PairingClientTest, fallsBackAtOnceWhenTheCodeHasExpiredAlready) {
-    for (const int expiry : {0, -5}) {
+    // The third sleep of the first begins before the deadline.
+    for (const auto &[expiry, polls] : std::vector<std::pair<int, int>>{{12, 3}, {0, 3}, {-5, 3}}) {
         service.requestAnswer({{"expiresInSeconds", expiry}});
         open();
         changes.clear();
-        EXPECT_TRUE(begin());
+        ASSERT_TRUE(begin());
+        const auto lines = log.lines().size();
+        while (service.polls() < polls) {
+            EXPECT_EQ(client->state().kind, StateKind::waitingForApproval);
+            nextPoll();
+        }
+        EXPECT_TRUE(eventuallyIs(StateKind::unpaired));
         EXPECT_THAT(changes, ElementsAre(StateKind::waitingForApproval, StateKind::unpaired));
+        EXPECT_EQ(client->outcome(), PairingOutcome::expired);
         EXPECT_EQ(clock.sleeperCount(), 0);
+        EXPECT_EQ(log.lines().size(), lines);
     }
-    EXPECT_EQ(service.polls(), 0);
 }
 
 TEST_F(PairingClientTest, pollsAtLeastASecondApart) {
-    for (const std::int64_t interval :
-         {std::int64_t(0), std::int64_t(-3), std::numeric_limits<std::int64_t>::min()}) {
+    for (const std::int64_t interval : {std::int64_t(0), std::numeric_limits<std::int64_t>::min()}) {
         service.requestAnswer({{"pollIntervalSeconds", interval}});
         open();
         ASSERT_TRUE(begin());
@@ -212,46 +195,35 @@ TEST_F(PairingClientTest, pollsOnThroughAnswersThatMeanNothing) {
 }
 
 TEST_F(PairingClientTest, refusesABadAnswerToTheRequestAndStaysAsItWas) {
-    using Answer = ScriptedPairingService::Answer;
-    const auto changed = [](const nlohmann::json &changes) {
-        nlohmann::json body{{"deviceCode", "c"},
-                            {"approvalUrl", approvalUrl},
-                            {"pollIntervalSeconds", 5},
-                            {"expiresInSeconds", 600}};
-        body.merge_patch(changes);
-        return Answer{201, body.dump()};
-    };
-    const std::vector<std::pair<Answer, std::string>> answers{
-        {{200, changed({}).body}, "Request failed (200)"},
-        {{500, "oops"}, "Request failed (500)"},
-        {{201, "<html>"}, "Unexpected server response"},
-        {{201, "[]"}, "Unexpected server response"},
-        {changed({{"deviceCode", nullptr}}), "Unexpected server response"},
-        {changed({{"approvalUrl", nullptr}}), "Unexpected server response"},
-        {changed({{"pollIntervalSeconds", 2.5}}), "Unexpected server response"},
-        {changed({{"expiresInSeconds", "600"}}), "Unexpected server response"},
-        {changed({{"approvalUrl", "http://example.com/pair"}}), "Unexpected server response"},
-        {changed({{"approvalUrl", "javascript:alert(1)"}}), "Unexpected server response"},
-        {changed({{"approvalUrl", "file:///etc/passwd"}}), "Unexpected server response"},
-        {changed({{"approvalUrl", "example.com/pair"}}), "Unexpected server response"},
-        {changed({{"approvalUrl", "https://"}}), "Unexpected server response"},
-        {changed({{"approvalUrl", "https://trusted.com@example.com/"}}), "Unexpected server response"},
-        {{.reset = true}, "Network error"}};
     session.store(keyService, keyAccount, "vk_old");
     open();
-    changes.clear();
     int failures = 0;
-    for (const auto &[answer, sentence] : answers) {
-        service.requestAnswer(answer);
+    const auto expectRefusal = [&](const std::string &sentence) {
         const auto result = begin();
-        ASSERT_FALSE(result) << answer.body;
-        EXPECT_EQ(result.error().description(), sentence) << answer.body;
+        ASSERT_FALSE(result);
+        EXPECT_EQ(result.error().description(), sentence);
         EXPECT_EQ(log.count("app.vantrell.capture.auth: pairing request failed"), ++failures);
+    };
+    service.requestAnswer(nlohmann::json::object(), 200);
+    expectRefusal("Request failed (200)");
+    service.requestAnswer({.reset = true});
+    expectRefusal("Network error");
+    service.requestAnswer(ScriptedPairingService::Answer{201, "<html>"});
+    expectRefusal("Unexpected server response");
+    using Changes = nlohmann::json::object_t;
+    for (const Changes &change :
+         {Changes{{"deviceCode", nullptr}}, Changes{{"pollIntervalSeconds", 2.5}},
+          Changes{{"expiresInSeconds", "600"}}, Changes{{"approvalUrl", "http://example.com/pair"}},
+          Changes{{"approvalUrl", "javascript:alert(1)"}}, Changes{{"approvalUrl", "https://"}},
+          Changes{{"approvalUrl", "https://trusted.com@example.com/"}}}) {
+        SCOPED_TRACE(nlohmann::json(change));
+        service.requestAnswer(nlohmann::json(change));
+        expectRefusal("Unexpected server response");
     }
     EXPECT_EQ(client->state(), PairingState::paired());
-    EXPECT_THAT(changes, IsEmpty());
+    EXPECT_THAT(changes, Each(StateKind::paired));
     EXPECT_EQ(stored(), "vk_old");
-    service.requestAnswer(changed({{"approvalUrl", "http://127.0.0.1:8787/pair/1"}}));
+    service.requestAnswer({{"approvalUrl", "http://127.0.0.1:8787/pair/1"}});
     EXPECT_EQ(begin().value(), "http://127.0.0.1:8787/pair/1");
 }
 
@@ -269,42 +241,32 @@ TEST_F(PairingClientTest, beginningAgainReplacesThePairingUnderWay) {
     EXPECT_EQ(service.requests("/v1/keys/poll")[0].body, R"({"deviceCode":"code-2"})");
 }
 
-TEST_F(PairingClientTest, disconnectsFromEveryState) {
+TEST_F(PairingClientTest, disconnectsFromEveryStateForGood) {
+    service.pollAnswers({approved});
     open();
     EXPECT_TRUE(runTask(client->unpair()));
-    EXPECT_EQ(client->state(), PairingState::unpaired());
-
     ASSERT_TRUE(begin());
     EXPECT_TRUE(runTask(client->unpair()));
-    EXPECT_EQ(client->state(), PairingState::unpaired());
     EXPECT_EQ(clock.sleeperCount(), 0);
-
-    service.pollAnswers({approved});
-    ASSERT_TRUE(begin());
-    nextPoll();
-    ASSERT_TRUE(eventuallyIs(StateKind::paired));
-    changes.clear();
-    EXPECT_TRUE(runTask(client->unpair()));
-    EXPECT_EQ(client->state(), PairingState::unpaired());
-    EXPECT_THAT(changes, ElementsAre(StateKind::unpaired));
-    EXPECT_EQ(keys->key(), std::nullopt);
-    EXPECT_EQ(stored(), std::nullopt);
-}
-
-TEST_F(PairingClientTest, neverActsOnAnAnswerAfterDisconnecting) {
-    service.pollAnswers({approved});
-    open();
     ASSERT_TRUE(begin());
     // The answer is under way, or being stored, when the user disconnects.
     nextPoll();
     EXPECT_TRUE(runTask(client->unpair()));
     settle();
     EXPECT_EQ(client->state(), PairingState::unpaired());
+    EXPECT_EQ(stored(), std::nullopt);
+
+    ASSERT_TRUE(begin());
+    nextPoll();
+    ASSERT_TRUE(eventuallyIs(StateKind::paired));
+    changes.clear();
+    EXPECT_TRUE(runTask(client->unpair()));
+    EXPECT_THAT(changes, ElementsAre(StateKind::unpaired));
     EXPECT_EQ(keys->key(), std::nullopt);
     EXPECT_EQ(stored(), std::nullopt);
 }
 
-TEST_F(PairingClientTest, aLockedKeyringDoesNotLookUnpairedForGood) {
+TEST_F(PairingClientTest, aClosedKeyringDoesNotLookUnpairedForGood) {
     session.store(keyService, keyAccount, "vk_old");
     session.lock();
     open();
@@ -313,10 +275,13 @@ TEST_F(PairingClientTest, aLockedKeyringDoesNotLookUnpairedForGood) {
     session.unlock();
     EXPECT_TRUE(eventuallyIs(StateKind::paired));
     EXPECT_EQ(keys->key(), "vk_old");
-}
 
-TEST_F(PairingClientTest, anAbsentKeyringDoesNotLookUnpairedForGood) {
-    session.store(keyService, keyAccount, "vk_old");
+    session.lock();
+    open();
+    session.unlockSilently();
+    EXPECT_EQ(clock.advanceToNextSleeper(), 30s);
+    EXPECT_TRUE(eventuallyIs(StateKind::paired));
+
     session.kill();
     open();
     EXPECT_EQ(client->state(), PairingState::unpaired());
@@ -326,13 +291,35 @@ TEST_F(PairingClientTest, anAbsentKeyringDoesNotLookUnpairedForGood) {
     EXPECT_THAT(changes, Each(StateKind::paired));
 }
 
-TEST_F(PairingClientTest, looksAgainByItselfWhenAKeyringOpensWithoutAWord) {
-    session.store(keyService, keyAccount, "vk_old");
-    session.lock();
+TEST_F(PairingClientTest, anApprovalWhileTheKeyringIsClosedIsNeverLost) {
+    service.pollAnswers({approved});
     open();
-    session.unlockSilently();
-    EXPECT_EQ(clock.advanceToNextSleeper(), 30s);
+    session.lock();
+    KeyringPrompter prompter;
+    ASSERT_TRUE(begin());
+    ASSERT_TRUE(eventually([&] { return prompter.isOpen(); }));
+    nextPoll();
+    // For longer than the keyring itself is given.
+    EXPECT_FALSE(eventually([&] { return client->state().kind != StateKind::waitingForApproval; }, 6s));
+    EXPECT_EQ(keys->key(), "vk_approved");
+
+    prompter.dismiss();
     EXPECT_TRUE(eventuallyIs(StateKind::paired));
+    EXPECT_EQ(client->outcome(), PairingOutcome::notStoredYet);
+    EXPECT_EQ(keys->key(), "vk_approved");
+    EXPECT_EQ(clock.advanceToNextSleeper(), 30s);
+    settle();
+    EXPECT_EQ(prompter.shown(), 1);
+
+    auto wish = client->ready({});
+    ASSERT_TRUE(eventually([&] { return prompter.isOpen(); }));
+    prompter.typePassword(session);
+    runTask(std::move(wish));
+    EXPECT_EQ(client->outcome(), PairingOutcome::approved);
+    EXPECT_EQ(client->state(), PairingState::paired());
+    EXPECT_EQ(stored(), "vk_approved");
+    EXPECT_EQ(keys->key(), "vk_approved");
+    EXPECT_EQ(analytics.count(), 1);
 }
 
 TEST_F(PairingClientTest, removesTheKeyLaterWhenTheKeyringIsGoneWhileDisconnecting) {
@@ -348,20 +335,24 @@ TEST_F(PairingClientTest, removesTheKeyLaterWhenTheKeyringIsGoneWhileDisconnecti
     EXPECT_EQ(client->state(), PairingState::unpaired());
 }
 
-TEST_F(PairingClientTest, aRefusedKeyFromTheEnvironmentLeavesTheStoredOneAlone) {
+TEST_F(PairingClientTest, aKeyOfTheEnvironmentIsForgottenWhenItIsRefusedOrTheUserDisconnects) {
     session.store(keyService, keyAccount, "vk_stored");
     open("vk_environment");
     EXPECT_EQ(client->state(), PairingState::paired());
     EXPECT_EQ(keys->key(), "vk_environment");
     client->keyRejected();
-    EXPECT_EQ(client->state(), PairingState::unpaired());
-    EXPECT_EQ(keys->key(), std::nullopt);
-    EXPECT_EQ(stored(), "vk_stored");
-
-    open();
+    EXPECT_TRUE(eventuallyIs(StateKind::paired));
+    EXPECT_THAT(changes, ElementsAre(StateKind::unpaired, StateKind::paired));
+    EXPECT_EQ(keys->key(), "vk_stored");
     client->keyRejected();
     EXPECT_EQ(client->state(), PairingState::unpaired());
     EXPECT_TRUE(eventually([&] { return !stored(); }));
+
+    session.store(keyService, keyAccount, "vk_stored");
+    open("vk_environment");
+    EXPECT_TRUE(runTask(client->unpair()));
+    EXPECT_EQ(keys->key(), std::nullopt);
+    EXPECT_EQ(stored(), std::nullopt);
 }
 
 TEST_F(PairingClientTest, mayBeDestroyedAtAnyMoment) {
