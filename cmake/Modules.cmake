@@ -49,9 +49,12 @@ endfunction()
 # vantrell_test(<folder under tests/> [SINGLE] [LABELS ...] DEPENDS <folder>... LINK <library>...)
 # One executable per folder of tests/. SINGLE registers it as one test (an expensive fixture is then
 # set up once); otherwise every case is a test of its own. The label "threads" adds it to the run under
-# the thread sanitizer.
+# the thread sanitizer, which builds no others.
 function(vantrell_test folder)
   cmake_parse_arguments(arg "SINGLE" "TIMEOUT" "DEPENDS;LINK;LABELS" ${ARGN})
+  if(VANTRELL_THREADS_ONLY AND NOT "threads" IN_LIST arg_LABELS)
+    return()
+  endif()
   string(TOLOWER test_${folder} target)
   string(REPLACE "/" "_" target ${target})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${folder}/*.cpp ${CMAKE_SOURCE_DIR}/tests/${folder}/*.h)
