@@ -56,7 +56,7 @@ TEST(RecordCommand, recordsAScreenThatNeverChangesAndItArrivesAtTheService) {
     EXPECT_EQ(facts->tracks.at(0).size, (PixelSize{322, 242}));
     const auto sidecar = CaptureMetadata::fromJson(readFile(json["sidecar"].get<std::string>()).value_or(""));
     ASSERT_TRUE(sidecar) << sidecar.error().message;
-    EXPECT_EQ(sidecar->source, "display");
+    EXPECT_EQ(sidecar->source, CaptureKind::display);
     EXPECT_EQ(sidecar->recording->cursorInVideo, false);
 
     const auto captures = service.captures(key);
