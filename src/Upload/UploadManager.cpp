@@ -8,6 +8,7 @@
 #include "Shelf/ShelfStore.h"
 #include "Support/BlockingWork.h"
 #include "Support/Clock.h"
+#include "Support/FilePath.h"
 #include "Support/Log.h"
 #include "Upload/SafeCaptureName.h"
 #include "Upload/SideFiles.h"
@@ -73,7 +74,7 @@ QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture, const
         .mime = capture->mime,
         .name = safeCaptureName(capture->name),
         .durationMs = capture->durationMs,
-        .masterPath = std::filesystem::absolute(capture->fileURL).string(),
+        .masterPath = realPath(capture->fileURL),
         .createdAt = std::chrono::floor<Seconds>(m_services.clock.wallNow()),
     };
     if (capture->thumbnailJPEG)
@@ -283,16 +284,18 @@ void UploadManager::dropVanished(const QUuid &entryId, const QUuid &shelfId) {
 void UploadManager::park(const QUuid &entryId, const QUuid &shelfId, const std::string &message,
                          const char *reason) {
     m_services.analytics.track("cap.upload_failed", {{"reason", reason}});
-    UploadJournalEntry *const entry = m_services.journal.find(entryId);
-    if (entry) {
+    // A copy: who watches the card may change the journal.
+    std::optional<UploadJournalEntry> parked;
+    if (UploadJournalEntry *const entry = m_services.journal.find(entryId)) {
         entry->phase = Phase::failed;
         entry->failureReason = message;
+        parked = *entry;
         m_services.journal.save();
     }
     m_services.shelf.update(shelfId, ShelfItem::Failed{message});
     qCCritical(logUpload, "upload %s parked as failed: %s", textOf(entryId).c_str(), message.c_str());
-    if (entry)
-        tellEnd(UploadJournalEntry(*entry), shelfId, std::unexpected(message), true);
+    if (parked)
+        tellEnd(*parked, shelfId, std::unexpected(message), true);
 }
 
 void UploadManager::parkProjectGone(const QUuid &entryId, const QUuid &shelfId) {
@@ -363,8 +366,8 @@ void UploadManager::restoreFromJournal() {
         // A file written to after the journal was last saved is not the one whose upload was begun.
         std::error_code unknown;
         const auto fileTime = std::filesystem::last_write_time(entries[i].masterFile(), unknown);
-        if (!unknown && previousWrite && fileTime > *previousWrite && entries[i].tusLocation) {
-            UploadJournalEntry *const entry = m_services.journal.find(entries[i].captureId);
+        UploadJournalEntry *const entry = m_services.journal.find(entries[i].captureId);
+        if (entry && !unknown && previousWrite && fileTime > *previousWrite && entry->tusLocation) {
             entry->assetId.reset();
             entry->tusLocation.reset();
             m_services.journal.save();
