@@ -46,7 +46,7 @@ struct UploadJournalEntry {
     Phase phase = Phase::queued;
     /// The sentence that the user was shown when the upload was parked.
     std::optional<std::string> failureReason;
-    /// True when the project was found deleted.
+    /// True when the project was found deleted, or when none was known (`projectId` is empty then).
     std::optional<bool> projectGone;
     std::chrono::sys_seconds createdAt;
 

@@ -64,12 +64,12 @@ UploadManager::UploadManager(UploadServices services,
                              std::function<std::optional<std::int64_t>()> videoByteCap)
     : m_services(services), m_videoByteCap(std::move(videoByteCap)) {}
 
-QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture, const std::string &projectId,
-                             const QUuid &shelfId) {
+QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture,
+                             const std::optional<std::string> &projectId, const QUuid &shelfId) {
     const QUuid id = QUuid::createUuid();
     UploadJournalEntry entry{
         .captureId = id,
-        .projectId = projectId,
+        .projectId = projectId.value_or(std::string()),
         .kind = std::string(spelling(capture->kind)),
         .mime = capture->mime,
         .name = safeCaptureName(capture->name),
@@ -81,6 +81,10 @@ QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture, const
         entry.thumbPath = CaptureStorage::sidecarURL(id, "thumb.jpg").string();
     if (!capture->metadata.type.empty())
         entry.metaPath = CaptureStorage::sidecarURL(id, "sidecar.json").string();
+    if (!projectId) {
+        entry.phase = Phase::failed;
+        entry.projectGone = true;
+    }
     // The capture is in the journal before anything else is tried; its side files follow in a moment.
     m_services.journal.upsert(entry);
     if (entry.thumbPath || entry.metaPath) {
@@ -88,7 +92,10 @@ QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture, const
         m_scope.start(this, &UploadManager::writeSideFiles, id, std::move(capture));
     }
     m_services.shelf.setEntry(shelfId, id);
-    startOrQueue(id, shelfId);
+    if (projectId)
+        startOrQueue(id, shelfId);
+    else
+        m_services.shelf.update(shelfId, ShelfItem::NeedsProject{});
     return id;
 }
 
@@ -262,7 +269,6 @@ void UploadManager::finish(const QUuid &entryId, const QUuid &shelfId, const std
     const UploadJournalEntry entry = *found;
     m_services.analytics.track("cap.upload_completed",
                                {{"kind", entry.kind}, {"mb", roundedMegabytes(entry.masterFile())}});
-    m_stamps.erase(entryId);
     m_services.journal.remove(entryId);
     m_services.shelf.update(shelfId, ShelfItem::Done{entry.projectId});
     qCInfo(logUpload, "capture uploaded: %s", textOf(entryId).c_str());
@@ -274,7 +280,6 @@ void UploadManager::dropVanished(const QUuid &entryId, const QUuid &shelfId) {
     if (!found)
         return;
     const UploadJournalEntry entry = *found;
-    m_stamps.erase(entryId);
     m_services.journal.remove(entryId);
     m_services.shelf.update(shelfId, ShelfItem::Failed{uploadMessages::fileCleanedUp});
     qCCritical(logUpload, "upload %s dropped: its file is gone", textOf(entryId).c_str());
@@ -312,8 +317,15 @@ void UploadManager::parkProjectGone(const QUuid &entryId, const QUuid &shelfId) 
 
 void UploadManager::tellEnd(const UploadJournalEntry &entry, const QUuid &shelfId,
                             std::expected<std::string, std::string> assetId, bool isParked) {
+    std::optional<FileStamp> stamp;
+    if (const auto known = m_stamps.find(entry.captureId); known != m_stamps.end()) {
+        stamp = known->second;
+        if (!isParked)
+            m_stamps.erase(known);
+    }
     if (onEnd)
-        onEnd({entry.captureId, shelfId, entry.masterFile(), entry.projectId, std::move(assetId), isParked});
+        onEnd({entry.captureId, shelfId, entry.masterFile(), entry.projectId, std::move(assetId), isParked,
+               stamp});
 }
 
 void UploadManager::retry(const QUuid &entryId, const QUuid &shelfId,

@@ -20,7 +20,7 @@ TEST(SavedCapture, isWholeOnOneOfTwoFileSystemsWhicheverCallOfTheDiskFails) {
         const TemporaryFolder home;
         const QTemporaryDir memory("/dev/shm/vantrell-test-XXXXXX");
         const std::filesystem::path other = memory.path().toStdString();
-        CaptureResult capture{.kind = "video", .fileURL = home / "film.mov"};
+        CaptureResult capture{.fileURL = home / "film.mov"};
         writeTestFile(capture.fileURL, 100'000);
         const std::string contents = sha256Of(capture.fileURL);
 
