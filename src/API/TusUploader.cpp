@@ -43,6 +43,8 @@ struct TusUploader::Transfer {
     std::optional<std::string> location;
     std::int64_t offset = 0;
     int failures = 0;
+    /// The offset is what HEAD said, not only what a PATCH was answered.
+    bool isAsked = false;
 
     bool isComplete() const { return offset >= stamp.size; }
     bool fileIsTheSame() const { return FileStamp::of(file) == stamp; }
@@ -97,6 +99,7 @@ Task<std::expected<void, TransferError>> TusUploader::begin(Transfer &transfer) 
             if (!isThisFile || state->offset < 0 || state->offset > transfer.stamp.size)
                 co_return std::unexpected(ContentMismatch{});
             transfer.offset = state->offset;
+            transfer.isAsked = true;
             co_return std::expected<void, TransferError>();
         }
     }
@@ -114,6 +117,8 @@ Task<std::expected<void, TransferError>> TusUploader::sendChunks(Transfer &trans
         if (transfer.stop.stop_requested())
             co_return cancelledTransfer();
         auto sent = co_await sendChunk(transfer);
+        if (sent && transfer.isComplete() && !transfer.isAsked)
+            sent = co_await verify(transfer);
         if (!sent)
             sent = co_await recover(transfer, std::move(sent.error()));
         if (!sent)
@@ -137,6 +142,7 @@ Task<std::expected<void, TransferError>> TusUploader::sendChunk(Transfer &transf
     if (!answered)
         co_return std::unexpected(answered.error());
     std::int64_t held = *answered;
+    transfer.isAsked = held > end;
     if (held > end) {
         // More than was sent: ask once more before believing it.
         const auto asked = co_await transfer.protocol.currentOffset(*transfer.location, end, transfer.stop);
@@ -155,6 +161,19 @@ Task<std::expected<void, TransferError>> TusUploader::sendChunk(Transfer &transf
     co_return std::expected<void, TransferError>();
 }
 
+Task<std::expected<void, TransferError>> TusUploader::verify(Transfer &transfer) const {
+    const auto state = co_await transfer.protocol.probeOffset(*transfer.location, transfer.stop);
+    if (transfer.stop.stop_requested())
+        co_return cancelledTransfer();
+    // Without an answer the last chunk's own stands: the confirmation will find out.
+    if (!state || state->offset == transfer.stamp.size)
+        co_return std::expected<void, TransferError>();
+    if (state->offset > transfer.stamp.size)
+        co_return std::unexpected(ContentMismatch{});
+    transfer.offset = std::max<std::int64_t>(state->offset, 0);
+    co_return std::unexpected(APIError::http(0, "TUS patch failed"));
+}
+
 Task<std::expected<void, TransferError>> TusUploader::recover(Transfer &transfer,
                                                               TransferError failure) const {
     if (transfer.stop.stop_requested())
@@ -170,6 +189,7 @@ Task<std::expected<void, TransferError>> TusUploader::recover(Transfer &transfer
         co_return std::unexpected(asked.error());
     ++transfer.failures;
     transfer.offset = std::max<std::int64_t>(*asked, 0);
+    transfer.isAsked = true;
     co_return std::expected<void, TransferError>();
 }
 

@@ -28,8 +28,10 @@ namespace vantrell {
 ///                                                      │ accepted: go on from the       │
 ///                                                      │ offset that the server names ──┤
 ///                                                      │                                │
-///                                                      └ failed: wait 2, 4, 8, 16, 30,  │
-///                                                        30, 30, 30 s and ask by HEAD ──┘
+///                                                      ├ failed: wait 2, 4, 8, 16, 30,  │
+///                                                      │ 30, 30, 30 s and ask by HEAD ──┤
+///                                                      └ the last one accepted: ask by  │
+///                                                        HEAD; less than all is failed ─┘
 ///
 /// Only the server's offset is true: a chunk whose end is uncertain is never sent again without a HEAD in
 /// between. A transfer survives 8 failed chunks; 4xx other than 408, 409, 423 and 429 ends it at once, as
@@ -59,6 +61,8 @@ private:
     Task<std::expected<void, TransferError>> begin(Transfer &transfer) const;
     Task<std::expected<void, TransferError>> sendChunks(Transfer &transfer) const;
     Task<std::expected<void, TransferError>> sendChunk(Transfer &transfer) const;
+    /// After the last chunk: what answered it need not be what holds it.
+    Task<std::expected<void, TransferError>> verify(Transfer &transfer) const;
     Task<std::expected<void, TransferError>> recover(Transfer &transfer, TransferError failure) const;
 
     HttpClient &m_http;

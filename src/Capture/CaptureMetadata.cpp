@@ -8,6 +8,7 @@
 #include <QDateTime>
 
 #include <cmath>
+#include <limits>
 
 namespace vantrell {
 
@@ -74,6 +75,17 @@ Size readSize(JsonReader &parent, const char *key) {
     const Size size{reader.number("width"), reader.number("height")};
     parent.adopt(reader);
     return size;
+}
+
+PixelSize readPixelSize(JsonReader &reader, const char *key) {
+    const Size size = readSize(reader, key);
+    const auto pixels = [](double value) {
+        return value >= 0 && value <= std::numeric_limits<int>::max() && std::trunc(value) == value;
+    };
+    if (pixels(size.width) && pixels(size.height))
+        return {int(size.width), int(size.height)};
+    reader.fail(key, "is no size in pixels");
+    return {};
 }
 
 Rect readRect(JsonReader &parent, const char *key) {
@@ -153,8 +165,7 @@ std::expected<CaptureMetadata, JsonError> CaptureMetadata::fromJson(std::string_
     JsonReader display(reader.object("display"), "display");
     metadata.display = {readSize(display, "size"), display.number("scaleFactor")};
     reader.adopt(display);
-    const Size pixels = readSize(reader, "pixelSize");
-    metadata.pixelSize = {int(pixels.width), int(pixels.height)};
+    metadata.pixelSize = readPixelSize(reader, "pixelSize");
     if (const json *window = reader.optionalObject("window"))
         metadata.window = readWindow(reader, *window);
     if (reader.optionalObject("region"))

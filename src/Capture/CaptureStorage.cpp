@@ -3,6 +3,8 @@
 
 #include "Capture/CaptureStorage.h"
 
+#include "Support/FilePath.h"
+
 #include <QDateTime>
 #include <QStandardPaths>
 #include <QUuid>
@@ -81,8 +83,11 @@ void CaptureStorage::pruneOldFiles(const std::set<std::string> &keeping,
         if (failed)
             break;
     }
+    std::set<std::filesystem::path> kept;
+    for (const std::string &path : keeping)
+        kept.insert(realPath(path));
     for (const std::filesystem::path &entry : entries) {
-        if (keeping.contains(entry.string()))
+        if (keeping.contains(entry.string()) || kept.contains(realPath(entry)))
             continue;
         const auto created = creationDate(entry);
         if (created && *created < now - captureLifetime)

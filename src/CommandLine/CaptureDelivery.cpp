@@ -7,6 +7,7 @@
 #include "CommandLine/OpenSession.h"
 #include "Recording/RecordingRecovery.h"
 #include "Support/BlockingWork.h"
+#include "Support/EventLoop.h"
 
 #include <utility>
 #include <vector>
@@ -43,6 +44,8 @@ Task<std::expected<void, ExitCode>> CaptureDelivery::prepare(std::stop_token sto
             m_context.reporter.failure(APIError(APIError::NotPaired{}).description());
             co_return std::unexpected(ExitCode::notConnected);
         }
+        // There is time until there is a capture, which then goes into the journal without waiting for them.
+        m_scope.start(this, &CaptureDelivery::fetchLimits);
     }
     co_return std::expected<void, ExitCode>();
 }
@@ -51,7 +54,9 @@ Task<ExitCode> CaptureDelivery::deliver(CaptureResult capture, bool isPartial, n
                                         std::filesystem::path recoverable, std::stop_token stop) {
     const auto saved = co_await runBlocking(
         [capture, recoverable, folder = m_options.folder] {
-            auto done = saveCapture(capture, folder);
+            auto done = saveCapture(capture, folder, [&recoverable](const std::filesystem::path &place) {
+                RecordingRecovery::noteMove(recoverable, place);
+            });
             if (done)
                 RecordingRecovery::forget(recoverable);
             return done;
@@ -88,20 +93,36 @@ Task<ExitCode> CaptureDelivery::deliver(CaptureResult capture, bool isPartial, n
 void CaptureDelivery::interrupt() {
     if (m_uploads)
         m_uploads->interrupt();
+    // Not in here: the wait resumes inside the request, and the caller may end with it.
+    EventLoop::current().post([choosing = m_choosing]() mutable { choosing.request_stop(); });
+}
+
+Task<> CaptureDelivery::fetchLimits(std::stop_token stop) {
+    co_await m_uploads->fetchLimits(stop);
 }
 
 Task<std::expected<std::string, std::string>>
 CaptureDelivery::upload(CaptureResult capture, SavedCapture saved, std::stop_token stop) {
-    const auto project = co_await m_session->chooseProject(m_options.projectId, stop);
-    if (!project)
-        co_return std::unexpected(project.error().description());
-    co_await m_uploads->fetchLimits(stop);
     capture.fileURL = saved.file;
-    const QUuid id = m_uploads->add(std::move(capture), *project);
-    if (!co_await m_uploads->finish(stop))
+    // Into the journal before anything is waited for: a project that is not known yet follows.
+    const auto project = ServiceSession::knownProject(m_options.projectId);
+    const QUuid id = m_uploads->add(capture, project);
+    std::string problem;
+    if (!project) {
+        const auto found = co_await m_session->projectForUpload(std::nullopt, m_choosing.get_token());
+        if (found)
+            m_uploads->add(std::move(capture), *found);
+        else
+            problem = m_choosing.stop_requested() ? uploadInterrupted : found.error().description();
+    }
+    // Without a project there is nothing to wait for but the journal.
+    const bool hasEnded =
+        co_await m_uploads->finish(problem.empty() ? std::set{id} : std::set<QUuid>(), stop);
+    if (!problem.empty())
+        co_return std::unexpected(problem);
+    if (!hasEnded)
         co_return std::unexpected(uploadInterrupted);
-    const UploadEnd *const end = m_uploads->endOf(id);
-    co_return end ? end->assetId : std::unexpected(uploadInterrupted);
+    co_return m_uploads->endOf(id)->assetId;
 }
 
 } // namespace vantrell

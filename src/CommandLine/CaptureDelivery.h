@@ -10,6 +10,7 @@
 #include "Session/SavedCapture.h"
 #include "Session/ServiceSession.h"
 #include "Support/Task.h"
+#include "Support/TaskScope.h"
 
 #include <nlohmann/json.hpp>
 
@@ -52,6 +53,7 @@ public:
     void interrupt();
 
 private:
+    Task<> fetchLimits(std::stop_token stop);
     Task<std::expected<std::string, std::string>> upload(CaptureResult capture, SavedCapture saved,
                                                          std::stop_token stop);
 
@@ -60,6 +62,9 @@ private:
     /// Present when captures are uploaded.
     std::unique_ptr<ServiceSession> m_session;
     std::unique_ptr<UploadRun> m_uploads;
+    /// Ends what is waited for before the upload.
+    std::stop_source m_choosing;
+    TaskScope m_scope;
 };
 
 } // namespace vantrell

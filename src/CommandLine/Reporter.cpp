@@ -3,6 +3,8 @@
 
 #include "CommandLine/Reporter.h"
 
+#include "Support/FilePath.h"
+
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
@@ -29,7 +31,7 @@ void Reporter::failure(const std::string &sentence) const {
 
 void Reporter::failure(const std::string &sentence, const std::filesystem::path &file) const {
     if (m_json)
-        result({{"error", sentence}, {"file", file.string()}}, {});
+        result({{"error", sentence}, {"file", textOfPath(file)}}, {});
     else
         failure(file.string() + ": " + sentence);
 }

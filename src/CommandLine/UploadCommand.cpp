@@ -8,6 +8,8 @@
 #include "CommandLine/UploadRun.h"
 #include "Session/CaptureFile.h"
 #include "Support/BlockingWork.h"
+#include "Support/EventLoop.h"
+#include "Support/FilePath.h"
 
 #include <nlohmann/json.hpp>
 
@@ -28,24 +30,26 @@ public:
     Task<ExitCode> resume(std::stop_token stop);
 
 private:
-    /// The account's connection and the project to upload to, or how the command ends.
-    Task<std::expected<std::string, ExitCode>> begin(std::optional<std::string> project,
-                                                     std::stop_token stop);
-    Task<ExitCode> finish(std::stop_token stop);
+    /// The account's connection and the journal, or how the command ends.
+    Task<std::expected<void, ExitCode>> begin();
+    Task<ExitCode> finish(std::set<QUuid> entries, std::stop_token stop);
     void onSignal() {
-        m_interrupted = true;
         if (m_run)
             m_run->interrupt();
+        // Not in here: the waits resume inside the request, and the command may end with them.
+        EventLoop::current().post([starting = m_starting]() mutable { starting.request_stop(); });
     }
     void report(const UploadEnd &end);
     ExitCode fail(const std::string &sentence, ExitCode code = ExitCode::failed) {
         m_context.reporter.failure(sentence);
         return m_worst = code;
     }
+    ExitCode failOn(const APIError &error, const char *interrupted);
 
     const CommandContext m_context;
+    /// Ends the waits before the uploads; the uploads themselves are interrupted through the run.
+    std::stop_source m_starting;
     UnixSignals m_signals;
-    bool m_interrupted = false;
     ExitCode m_worst = ExitCode::success;
     /// What `upload` was given; what else arrives meanwhile is not reported.
     std::set<QUuid> m_asked;
@@ -53,8 +57,7 @@ private:
     std::unique_ptr<UploadRun> m_run;
 };
 
-Task<std::expected<std::string, ExitCode>> UploadCommand::begin(std::optional<std::string> project,
-                                                                std::stop_token stop) {
+Task<std::expected<void, ExitCode>> UploadCommand::begin() {
     auto session = openSession(m_context);
     if (!session)
         co_return std::unexpected(fail(session.error()));
@@ -62,23 +65,30 @@ Task<std::expected<std::string, ExitCode>> UploadCommand::begin(std::optional<st
     auto run = UploadRun::create(*m_session, m_context);
     if (!run)
         co_return std::unexpected(fail(run.error()));
-    const std::string notConnected = APIError(APIError::NotPaired{}).description();
-    if (!co_await m_session->connect(stop))
-        co_return std::unexpected(fail(notConnected, ExitCode::notConnected));
-    auto chosen = co_await m_session->chooseProject(std::move(project), stop);
-    if (!chosen)
-        co_return std::unexpected(fail(chosen.error().description(), chosen.error().as<APIError::NotPaired>()
-                                                                         ? ExitCode::notConnected
-                                                                         : ExitCode::failed));
     m_run = std::move(*run);
-    co_await m_run->fetchLimits(stop);
-    co_return std::move(*chosen);
+    if (!co_await m_session->connect(m_starting.get_token()) && !m_starting.stop_requested())
+        co_return std::unexpected(
+            fail(APIError(APIError::NotPaired{}).description(), ExitCode::notConnected));
+    co_return std::expected<void, ExitCode>();
+}
+
+ExitCode UploadCommand::failOn(const APIError &error, const char *interrupted) {
+    if (m_starting.stop_requested())
+        return fail(interrupted);
+    return fail(error.description(),
+                error.as<APIError::NotPaired>() ? ExitCode::notConnected : ExitCode::failed);
 }
 
 Task<ExitCode> UploadCommand::upload(UploadArguments arguments, std::stop_token stop) {
-    const auto project = co_await begin(arguments.projectId, stop);
+    if (const auto begun = co_await begin(); !begun)
+        co_return begun.error();
+    const std::stop_token starting = m_starting.get_token();
+    const auto project = co_await m_session->projectForUpload(arguments.projectId, starting);
     if (!project)
-        co_return project.error();
+        co_return failOn(project.error(), uploadNotBegun);
+    co_await m_run->fetchLimits(starting);
+    if (m_starting.stop_requested())
+        co_return fail(uploadNotBegun);
     m_run->onEnd = [this](const UploadEnd &end) {
         if (m_asked.contains(end.entryId))
             report(end);
@@ -93,28 +103,33 @@ Task<ExitCode> UploadCommand::upload(UploadArguments arguments, std::stop_token 
             continue;
         }
         const QUuid id = m_run->add(std::move(**capture), *project);
-        m_asked.insert(id);
+        const bool isNew = m_asked.insert(id).second;
         // It may have been on its way already, and have arrived before the file was looked at.
-        if (const UploadEnd *const end = m_run->endOf(id))
+        if (const UploadEnd *const end = m_run->endOf(id); end && isNew)
             report(*end);
     }
-    co_return co_await finish(stop);
+    co_return co_await finish(m_asked, stop);
 }
 
 Task<ExitCode> UploadCommand::resume(std::stop_token stop) {
-    const auto project = co_await begin(std::nullopt, stop);
+    if (const auto begun = co_await begin(); !begun)
+        co_return begun.error();
+    const std::stop_token starting = m_starting.get_token();
+    const auto project = co_await m_session->projectThatExists(starting);
     if (!project)
-        co_return project.error();
+        co_return failOn(project.error(), uploadInterrupted);
+    co_await m_run->fetchLimits(starting);
+    if (m_starting.stop_requested())
+        co_return fail(uploadInterrupted);
     m_run->onEnd = [this](const UploadEnd &end) { report(end); };
-    if (m_run->resume(true, *project) == 0)
+    std::set<QUuid> resumed = m_run->resume(true, *project);
+    if (resumed.empty())
         m_context.reporter.note("Nothing is waiting to be uploaded");
-    co_return co_await finish(stop);
+    co_return co_await finish(std::move(resumed), stop);
 }
 
-Task<ExitCode> UploadCommand::finish(std::stop_token stop) {
-    if (m_interrupted)
-        m_run->interrupt();
-    if (!co_await m_run->finish(stop))
+Task<ExitCode> UploadCommand::finish(std::set<QUuid> entries, std::stop_token stop) {
+    if (!co_await m_run->finish(std::move(entries), stop))
         co_return fail(uploadInterrupted);
     co_return m_worst;
 }
@@ -122,8 +137,9 @@ Task<ExitCode> UploadCommand::finish(std::stop_token stop) {
 void UploadCommand::report(const UploadEnd &end) {
     const std::string path = end.file.string();
     if (end.assetId) {
-        m_context.reporter.result({{"file", path}, {"assetId", *end.assetId}, {"projectId", end.projectId}},
-                                  path + " is uploaded as " + *end.assetId);
+        m_context.reporter.result(
+            {{"file", textOfPath(end.file)}, {"assetId", *end.assetId}, {"projectId", end.projectId}},
+            path + " is uploaded as " + *end.assetId);
         return;
     }
     m_worst = ExitCode::failed;

@@ -5,6 +5,7 @@
 
 #include "Analytics/Analytics.h"
 #include "Capture/CaptureStorage.h"
+#include "Support/FilePath.h"
 
 #include <algorithm>
 
@@ -24,7 +25,7 @@ UploadRun::UploadRun(ServiceSession &session, const CommandContext &context,
       m_manager({session.api(), session.http(), *m_journal, m_shelf, Analytics::shared(), context.clock},
                 [this] { return m_videoByteCap; }) {
     m_manager.onEnd = [this](const UploadEnd &end) { noteEnd(end); };
-    m_manager.onIdle = [this] { m_finished.resolve(true); };
+    m_manager.onIdle = [this] { m_changed.resolve(true); };
     m_observation = m_shelf.observe([this] { showProgress(); });
 }
 
@@ -34,14 +35,14 @@ Task<> UploadRun::fetchLimits(std::stop_token stop) {
         m_videoByteCap = limits->maxVideoUploadBytes;
 }
 
-int UploadRun::resume(bool retryParked, const std::optional<std::string> &project) {
+std::set<QUuid> UploadRun::resume(bool retryParked, const std::optional<std::string> &project) {
     m_journal->reconcileAgainstDisk();
     m_manager.restoreFromJournal();
-    int count = 0;
+    std::set<QUuid> resumed;
     for (const ShelfItem &item : std::vector(m_shelf.items())) {
         if (item.canRetry() && !retryParked)
             continue;
-        ++count;
+        resumed.insert(*item.entryId);
         if (item.canRetry())
             m_manager.retry(*item.entryId, item.id, project);
         // Still waiting for a project: nothing will happen by itself.
@@ -50,32 +51,45 @@ int UploadRun::resume(bool retryParked, const std::optional<std::string> &projec
             noteEnd({*item.entryId, item.id, item.fileURL().value_or(""), "",
                      std::unexpected(now->statusText()), true});
     }
-    return count;
+    return resumed;
 }
 
-QUuid UploadRun::add(CaptureResult capture, const std::string &projectId) {
-    const std::string path = std::filesystem::absolute(capture.fileURL).string();
-    const auto &entries = m_journal->entries();
-    const auto known = std::ranges::find(entries, path, &UploadJournalEntry::masterPath);
-    if (known == entries.end()) {
-        const auto shared = std::make_shared<const CaptureResult>(std::move(capture));
-        return m_manager.enqueue(shared, projectId, m_shelf.add(shared));
+QUuid UploadRun::add(CaptureResult capture, const std::optional<std::string> &projectId) {
+    const std::filesystem::path file = realPath(capture.fileURL);
+    if (const UploadJournalEntry *const known = m_journal->findFile(file)) {
+        const QUuid id = known->captureId;
+        const auto card = std::ranges::find(m_shelf.items(), std::optional(id), &ShelfItem::entryId);
+        if (card != m_shelf.items().end() && card->canRetry()) {
+            m_ends.erase(id);
+            m_manager.retry(id, QUuid(card->id), projectId);
+        }
+        return id;
     }
-    const QUuid id = known->captureId;
-    const auto card = std::ranges::find(m_shelf.items(), std::optional(id), &ShelfItem::entryId);
-    if (card != m_shelf.items().end() && card->canRetry())
-        m_manager.retry(id, QUuid(card->id), projectId);
-    return id;
+    const auto arrived = std::ranges::find_if(m_ends, [&file](const auto &each) {
+        const UploadEnd &end = each.second;
+        return end.file == file && end.assetId && end.stamp && FileStamp::of(file) == *end.stamp;
+    });
+    if (arrived != m_ends.end())
+        return arrived->first;
+    const auto shared = std::make_shared<const CaptureResult>(std::move(capture));
+    return m_manager.enqueue(shared, projectId, m_shelf.add(shared));
 }
 
-Task<bool> UploadRun::finish(std::stop_token stop) {
-    if (m_manager.isIdle())
-        m_finished.resolve(true);
-    const auto ended = co_await m_finished.wait(stop);
+Task<bool> UploadRun::finish(std::set<QUuid> entries, std::stop_token stop) {
+    const auto haveEnded = [this, &entries] {
+        return std::ranges::all_of(entries, [this](const QUuid &id) { return m_ends.contains(id); });
+    };
+    // An idle manager ends nothing more.
+    while (!haveEnded() && !m_manager.isIdle() && !m_isInterrupted) {
+        m_changed = OneShot<bool>();
+        const OneShot<bool> changed = m_changed;
+        if (!co_await changed.wait(stop))
+            break;
+    }
     m_lines.clear();
     // What the manager decided last is on disk before anybody is told.
     co_await m_journal->written(stop);
-    co_return ended.value_or(false);
+    co_return haveEnded();
 }
 
 const UploadEnd *UploadRun::endOf(const QUuid &entryId) const {
@@ -89,6 +103,7 @@ void UploadRun::noteEnd(const UploadEnd &end) {
     if (onEnd)
         onEnd(end);
     showProgress();
+    m_changed.resolve(true);
 }
 
 void UploadRun::showProgress() {

@@ -19,6 +19,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stop_token>
 #include <string>
 
@@ -36,15 +37,20 @@ public:
     Task<> fetchLimits(std::stop_token stop);
 
     /// Goes on with what earlier runs of any kind left. With `retryParked` also with what waits for the user,
-    /// whose captures of deleted projects move to `project`. Returns how many there are.
-    int resume(bool retryParked, const std::optional<std::string> &project);
+    /// whose captures of deleted projects move to `project`. Returns their journal ids.
+    std::set<QUuid> resume(bool retryParked, const std::optional<std::string> &project);
 
-    /// Hands a capture over, or finds the upload of the same file that is under way already. The journal id.
-    QUuid add(CaptureResult capture, const std::string &projectId);
+    /// Hands a capture over, or finds the upload of the same file that is under way already, or that was when
+    /// the run began and has arrived since. Without a project it waits in the journal for `resume`. The id
+    /// there.
+    QUuid add(CaptureResult capture, const std::optional<std::string> &projectId);
 
-    /// Waits until everything has ended; false when it was interrupted before.
-    Task<bool> finish(std::stop_token stop);
-    void interrupt() { m_finished.resolve(false); }
+    /// Waits until each of these has ended, whatever else is under way; false when it was interrupted before.
+    Task<bool> finish(std::set<QUuid> entries, std::stop_token stop);
+    void interrupt() {
+        m_isInterrupted = true;
+        m_changed.resolve(true);
+    }
 
     /// How an upload ended, null while it has not.
     const UploadEnd *endOf(const QUuid &entryId) const;
@@ -63,7 +69,9 @@ private:
     ShelfStore m_shelf;
     std::optional<std::int64_t> m_videoByteCap;
     std::map<QUuid, UploadEnd> m_ends;
-    OneShot<bool> m_finished;
+    /// Resolved when an upload ends, or the run is interrupted: for whoever waits in `finish`.
+    OneShot<bool> m_changed;
+    bool m_isInterrupted = false;
     std::unique_ptr<UploadJournal> m_journal;
     UploadManager m_manager;
     ShelfStore::Observation m_observation;
@@ -71,5 +79,8 @@ private:
 
 /// What an interrupted command says.
 inline constexpr char uploadInterrupted[] = "Interrupted: \"vantrell-capture resume\" finishes the upload";
+/// The same before there is anything to resume.
+inline constexpr char uploadNotBegun[] =
+    "Interrupted before the upload began: \"vantrell-capture upload\" sends the file";
 
 } // namespace vantrell

@@ -3,8 +3,11 @@
 
 #include "Http/HttpClient.h"
 
+#include "Http/DesktopProxy.h"
 #include "Http/HttpEngine.h"
 #include "Http/HttpTransfer.h"
+#include "Http/Url.h"
+#include "Support/BlockingWork.h"
 
 namespace vantrell {
 
@@ -14,8 +17,18 @@ Task<HttpResult> sendOn(std::weak_ptr<HttpEngine> engine, std::shared_ptr<HttpTr
                         std::stop_token stop) {
     if (stop.stop_requested())
         co_return std::unexpected(TransportError::cancelled());
+    const std::string url = transfer->url();
+    const auto address = Url::parse(url);
+    if (address && !address->isLoopback() && !environmentHasProxyFor(url)) {
+        auto proxy = co_await runBlocking([url] { return desktopProxyFor(url); }, stop);
+        if (!proxy)
+            co_return std::unexpected(TransportError::cancelled());
+        transfer->useProxy(std::move(*proxy));
+    }
     if (const auto running = engine.lock())
         running->start(transfer);
+    else
+        co_return std::unexpected(TransportError::cancelled());
     auto result = co_await transfer->done().wait(stop);
     if (result)
         co_return std::move(*result);

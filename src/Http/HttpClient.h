@@ -23,7 +23,8 @@ using HttpResult = std::expected<HttpResponse, TransportError>;
 /// The process's one HTTP client: every request shares its connections.
 ///
 /// - HTTP/1.1, kept-alive. TLS is verified against the system's trust store (SSL_CERT_FILE names another).
-/// - Proxies come from the environment; plain http to this computer never goes through one.
+/// - Proxies come from the environment, or else from the desktop's settings; this computer is never reached
+///   through one.
 /// - Redirects are not followed, so no header of a request ever reaches another origin.
 /// - A request that may have reached the server is never sent again behind the caller's back; only GET and
 ///   HEAD are repeated when a kept-alive connection turns out to be dead.

@@ -4,6 +4,7 @@
 #include "Http/HttpResponse.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <string_view>
 
@@ -11,21 +12,25 @@ namespace vantrell {
 
 namespace {
 
-bool startsWith(std::string_view text, std::string_view lowerPrefix) {
-    return text.size() >= lowerPrefix.size() &&
-           std::ranges::equal(text.substr(0, lowerPrefix.size()), lowerPrefix,
-                              [](unsigned char c, char wanted) { return std::tolower(c) == wanted; });
-}
+/// How far into a body a page's own tags are looked for.
+constexpr std::size_t headBytes = 1024;
+
+/// What only a page has; the harmless answers of storage servers are empty, text, JSON or XML.
+constexpr std::array<std::string_view, 6> pageTags{"<!doctype html", "<html", "<head",
+                                                   "<body",          "<meta", "<script"};
 
 } // namespace
 
 bool HttpResponse::isWebPage() const {
-    const auto type = headers.find("Content-Type");
-    if (type && (startsWith(*type, "text/html") || startsWith(*type, "application/xhtml")))
-        return true;
-    const std::size_t start = body.find_first_not_of(" \t\r\n");
-    const std::string_view text = start == std::string::npos ? "" : std::string_view(body).substr(start);
-    return startsWith(text, "<!doctype html") || startsWith(text, "<html");
+    std::string_view text = std::string_view(body).substr(0, headBytes);
+    if (text.starts_with("\xef\xbb\xbf"))
+        text.remove_prefix(3);
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\r\n"), text.size()));
+    if (!text.starts_with('<'))
+        return false;
+    std::string lower(text);
+    std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return char(std::tolower(c)); });
+    return std::ranges::any_of(pageTags, [&lower](std::string_view tag) { return lower.contains(tag); });
 }
 
 } // namespace vantrell

@@ -23,7 +23,7 @@ struct HttpResponse {
     bool isSuccess() const { return status >= 200 && status <= 299; }
 
     /// A page for a person: what a captive portal or a proxy on the way answers in the server's place, often
-    /// with status 200.
+    /// with status 200. The body tells; the Content-Type does not: gateways call any short answer text/html.
     bool isWebPage() const;
 };
 

@@ -170,6 +170,8 @@ void HttpTransfer::setConnection(const std::optional<std::filesystem::path> &aut
     // Plain http is for this computer only; through a proxy it would leave it.
     if (isLoopbackUrl(m_request.url))
         curl_easy_setopt(easy, CURLOPT_PROXY, "");
+    else if (m_proxy)
+        curl_easy_setopt(easy, CURLOPT_PROXY, m_proxy->c_str());
     if (authorities)
         curl_easy_setopt(easy, CURLOPT_CAINFO, authorities->c_str());
     else if (const char *file = std::getenv("SSL_CERT_FILE"); file && *file)

@@ -19,13 +19,18 @@ namespace vantrell {
 
 class SocketTable;
 
-/// One request on its way. Everything but the constructor and `done` belongs to the network thread.
+/// One request on its way. Everything below `done` belongs to the network thread.
 class HttpTransfer {
 public:
     explicit HttpTransfer(HttpRequest request);
     ~HttpTransfer();
     HttpTransfer(const HttpTransfer &) = delete;
     HttpTransfer &operator=(const HttpTransfer &) = delete;
+
+    const std::string &url() const { return m_request.url; }
+    /// Before it is started: the proxy as libcurl takes it, empty for none. Otherwise the environment
+    /// decides.
+    void useProxy(std::string proxy) { m_proxy = std::move(proxy); }
 
     /// The result, whatever ended the transfer.
     const OneShot<HttpResult> &done() const { return m_done; }
@@ -73,6 +78,7 @@ private:
     };
 
     HttpRequest m_request;
+    std::optional<std::string> m_proxy;
     const OneShot<HttpResult> m_done;
     UniqueFd m_file;
     std::int64_t m_bodySize = 0;

@@ -3,6 +3,8 @@
 
 #include "Recording/RecordingRecord.h"
 
+#include "Support/FilePath.h"
+
 #include <nlohmann/json.hpp>
 
 #include <chrono>
@@ -130,7 +132,7 @@ bool readLine(const json &object, RecordingRecord &record) {
     else if (object.contains("event"))
         record.events.push_back(nested(in, "event", toEvent));
     else if (object.contains("movie"))
-        record.movie = in.string("movie");
+        record.movies.emplace_back(pathFromText(in.string("movie")));
     else
         return false;
     return !in.error();
@@ -176,6 +178,10 @@ std::string event(const RawEvent &event) {
 
 std::string movie(const std::filesystem::path &file) {
     return line({{"movie", file.filename().string()}});
+}
+
+std::string movedMovie(const std::filesystem::path &file) {
+    return line({{"movie", textOfPath(file)}});
 }
 
 std::expected<RecordingRecord, JsonError> read(std::string_view text) {

@@ -29,8 +29,10 @@ struct RecordingRecord {
     Clock::WallTime startedAt;
     std::vector<Segment> segments;
     std::vector<RawEvent> events;
-    /// The whole recording's movie, once there is one; a name in the captures folder.
-    std::optional<std::filesystem::path> movie;
+    /// Where the whole recording's movie was put, once there is one, and where it was to be moved since:
+    /// names in the captures folder and absolute paths. It is in one of them, or on its way between the last
+    /// two.
+    std::vector<std::filesystem::path> movies;
 };
 
 /// The record as lines of JSON that are written as things happen, so that a file that breaks off anywhere
@@ -42,7 +44,10 @@ std::string segment(const std::filesystem::path &file);
 /// Of the segment named last.
 std::string anchor(double hostTime);
 std::string event(const RawEvent &event);
+/// In the captures folder.
 std::string movie(const std::filesystem::path &file);
+/// Anywhere.
+std::string movedMovie(const std::filesystem::path &file);
 
 /// Reads such lines; what does not end in a line break is left out, and so is everything behind a line that
 /// cannot be read. The error: there is no beginning.

@@ -58,21 +58,28 @@ std::optional<double> durationOfMovie(const fs::path &movie) {
     return facts->durationMs > 0 ? std::optional(facts->durationMs) : std::nullopt;
 }
 
-std::vector<RecordedSegment> usableSegments(const RecordingRecord &record, const fs::path &folder) {
+// The whole recording, joined before it was cut off, in the newest place where it is.
+std::optional<fs::path> finishedMovie(const RecordingRecord &record, const fs::path &folder) {
+    for (auto place = record.movies.rbegin(); place != record.movies.rend(); ++place)
+        if (readMovieFacts(folder / *place))
+            return folder / *place;
+    return std::nullopt;
+}
+
+std::vector<RecordedSegment> usableSegments(const RecordingRecord &record, const fs::path &folder,
+                                            const std::optional<fs::path> &whole) {
     std::vector<RecordedSegment> usable;
     for (const RecordingRecord::Segment &segment : record.segments) {
-        const fs::path movie = folder / segment.file;
+        // A recording of one segment is that segment, wherever it was moved.
+        const bool isWhole = whole && record.movies.front() == segment.file;
+        const fs::path movie = isWhole ? *whole : folder / segment.file;
         if (const auto durationMs = durationOfMovie(movie))
             usable.push_back({movie, segment.anchorHostTime.value_or(0), *durationMs});
     }
     return usable;
 }
 
-std::expected<fs::path, Failure> wholeMovie(const RecordingRecord &record, const fs::path &folder,
-                                            const std::vector<RecordedSegment> &segments) {
-    // It was joined before it was cut off.
-    if (record.movie && readMovieFacts(folder / *record.movie))
-        return folder / *record.movie;
+std::expected<fs::path, Failure> wholeMovie(const std::vector<RecordedSegment> &segments) {
     if (segments.size() == 1)
         return segments.front().fileURL;
     std::vector<fs::path> files;
@@ -113,10 +120,11 @@ RecordingRecord recordOfOrphan(const fs::path &movie) {
 std::expected<std::optional<CaptureResult>, Failure>
 recoverRecord(RecordingRecord record, const fs::path &folder, Clock::WallTime now) {
     FinishedRecording recording;
-    recording.segments = usableSegments(record, folder);
+    const auto whole = finishedMovie(record, folder);
+    recording.segments = usableSegments(record, folder, whole);
     if (recording.segments.empty())
         return std::nullopt;
-    const auto movie = wholeMovie(record, folder, recording.segments);
+    const auto movie = whole ? *whole : wholeMovie(recording.segments);
     if (!movie)
         return std::unexpected(movie.error());
     recording.movie = *movie;
@@ -182,6 +190,26 @@ std::expected<std::optional<CaptureResult>, Failure> RecordingRecovery::recover(
     if (recovered && !*recovered)
         forget(what);
     return recovered;
+}
+
+void RecordingRecovery::noteMove(const fs::path &what, const fs::path &newPlace) {
+    if (!isRecordingJournal(what))
+        return;
+    const auto noted = [&]() -> std::expected<void, PlatformError> {
+        const auto journal = DiskFile::openForWriting(what);
+        if (!journal)
+            return std::unexpected(journal.error());
+        const auto end = journal->size();
+        if (!end)
+            return std::unexpected(end.error());
+        const std::string line = recordingLines::movedMovie(newPlace);
+        const auto *bytes = reinterpret_cast<const std::uint8_t *>(line.data());
+        if (const auto written = journal->writeAt(*end, std::span(bytes, line.size())); !written)
+            return written;
+        return journal->syncData();
+    }();
+    if (!noted)
+        qCWarning(logCapture, "recording's journal not written: %s", noted.error().message.c_str());
 }
 
 void RecordingRecovery::forget(const fs::path &what) {

@@ -30,6 +30,10 @@ public:
     static std::expected<std::optional<CaptureResult>, Failure> recover(const std::filesystem::path &what,
                                                                         Clock::WallTime now);
 
+    /// The movie of `what` is about to be moved: should the program end before `forget`, it is looked for in
+    /// its new place too.
+    static void noteMove(const std::filesystem::path &what, const std::filesystem::path &newPlace);
+
     /// The recovered capture has been taken over: it is not offered again.
     static void forget(const std::filesystem::path &what);
 };

@@ -5,6 +5,8 @@
 
 #include "Media/Movie/MovieReader.h"
 #include "Support/AtomicFile.h"
+#include "Support/FilePath.h"
+#include "Support/Log.h"
 
 #include <cmath>
 
@@ -12,19 +14,28 @@ namespace vantrell {
 
 namespace {
 
+constexpr std::uintmax_t largestThumbnail = 1 << 20;
+/// Hours of a pointer that never rests.
+constexpr std::uintmax_t largestSidecar = 16 << 20;
+
 bool isFile(const std::filesystem::path &path) {
     std::error_code ignored;
     return std::filesystem::is_regular_file(path, ignored);
 }
 
-/// A picture that merely has the same name may be of any size: a thumbnail is small.
-std::optional<std::string> readThumbnail(const std::filesystem::path &path) {
-    constexpr std::uintmax_t largest = 1 << 20;
+/// What merely has the same name may be anything of any size: a side file is small.
+std::optional<std::string> readBeside(std::filesystem::path file, const char *extension,
+                                      std::uintmax_t largest) {
+    file.replace_extension(extension);
     std::error_code failed;
-    const std::uintmax_t size = std::filesystem::file_size(path, failed);
-    if (failed || size == 0 || size > largest)
+    if (!isFile(file))
         return std::nullopt;
-    auto bytes = readFile(path);
+    const std::uintmax_t size = std::filesystem::file_size(file, failed);
+    if (failed || size == 0 || size > largest) {
+        qCWarning(logUpload, "%s beside the capture is left out: %ju bytes", extension, size);
+        return std::nullopt;
+    }
+    auto bytes = readFile(file);
     return bytes ? std::optional(std::move(*bytes)) : std::nullopt;
 }
 
@@ -34,7 +45,7 @@ std::expected<CaptureResult, std::string> readCaptureFile(const std::filesystem:
     if (!isFile(file))
         return std::unexpected("There is no file " + file.string());
     CaptureResult capture;
-    capture.fileURL = std::filesystem::absolute(file);
+    capture.fileURL = realPath(file);
     capture.name = file.stem().string();
     const std::string extension = file.extension().string();
     if (extension == ".mov") {
@@ -50,8 +61,8 @@ std::expected<CaptureResult, std::string> readCaptureFile(const std::filesystem:
     } else {
         return std::unexpected(file.string() + " is neither a .mov recording nor a .png screenshot");
     }
-    capture.thumbnailJPEG = readThumbnail(std::filesystem::path(file).replace_extension(".jpg"));
-    if (const auto text = readFile(std::filesystem::path(file).replace_extension(".json"))) {
+    capture.thumbnailJPEG = readBeside(file, ".jpg", largestThumbnail);
+    if (const auto text = readBeside(file, ".json", largestSidecar)) {
         if (auto metadata = CaptureMetadata::fromJson(*text))
             capture.metadata = std::move(*metadata);
     }

@@ -3,8 +3,12 @@
 
 #include "Session/SavedCapture.h"
 
+#include "Media/Movie/FileCopy.h"
 #include "Support/AtomicFile.h"
+#include "Support/DiskFile.h"
+#include "Support/FilePath.h"
 #include "Support/Log.h"
+#include "Support/ScopeExit.h"
 
 #include <nlohmann/json.hpp>
 
@@ -19,23 +23,54 @@ namespace {
 /// A name in the folder that is not taken: a second capture of the same name gets a number.
 std::filesystem::path freeName(const std::filesystem::path &folder, const std::filesystem::path &name) {
     std::filesystem::path path = folder / name;
-    for (int n = 2; std::filesystem::exists(path); ++n)
+    std::error_code unknown;
+    for (int n = 2; std::filesystem::exists(path, unknown); ++n)
         path = folder / (name.stem().string() + " " + std::to_string(n) + name.extension().string());
     return path;
 }
 
-std::error_code moveFile(const std::filesystem::path &from, const std::filesystem::path &to) {
-    std::error_code error;
-    std::filesystem::rename(from, to, error);
-    if (error != std::errc::cross_device_link)
-        return error;
-    const std::filesystem::path partial = to.string() + ".part";
-    std::filesystem::copy_file(from, partial, error);
-    if (!error)
-        std::filesystem::rename(partial, to, error);
-    std::error_code ignored;
-    std::filesystem::remove(error ? partial : from, ignored);
-    return error;
+/// Onto another file system: there under a name of its own until it is whole and on the disk.
+std::expected<void, PlatformError> copyFile(const std::filesystem::path &from,
+                                            const std::filesystem::path &to) {
+    const std::filesystem::path partial = to.native() + ".part";
+    const auto source = DiskFile::openForReading(from);
+    if (!source)
+        return std::unexpected(source.error());
+    const auto size = source->size();
+    if (!size)
+        return std::unexpected(size.error());
+    // Of a copy that was killed.
+    ::unlink(partial.c_str());
+    auto target = DiskFile::create(partial);
+    if (!target)
+        return std::unexpected(target.error());
+    const ScopeExit removePartial([&partial] { ::unlink(partial.c_str()); });
+    if (const auto copied = copyBytes(*source, 0, *target, 0, *size, {}); !copied)
+        return std::unexpected(std::get<PlatformError>(copied.error()));
+    if (const auto synced = target->sync(); !synced)
+        return synced;
+    target->close();
+    if (::rename(partial.c_str(), to.c_str()) != 0)
+        return std::unexpected(PlatformError::fromErrno("rename", errno));
+    const auto synced = syncFolder(to.parent_path());
+    if (!synced)
+        ::unlink(to.c_str());
+    return synced;
+}
+
+std::expected<void, PlatformError> moveFile(const std::filesystem::path &from,
+                                            const std::filesystem::path &to) {
+    if (::rename(from.c_str(), to.c_str()) == 0) {
+        if (const auto synced = syncFolder(to.parent_path()); !synced)
+            qCWarning(logCapture, "capture's folder not synced: %s", synced.error().message.c_str());
+        return {};
+    }
+    if (errno != EXDEV)
+        return std::unexpected(PlatformError::fromErrno("rename", errno));
+    if (const auto copied = copyFile(from, to); !copied)
+        return copied;
+    ::unlink(from.c_str());
+    return {};
 }
 
 /// A side file that cannot be written is missing, no more: the capture itself is safe.
@@ -65,15 +100,18 @@ std::expected<void, PlatformError> prepareFolder(const std::filesystem::path &fo
     return {};
 }
 
-std::expected<SavedCapture, PlatformError> saveCapture(const CaptureResult &capture,
-                                                       const std::optional<std::filesystem::path> &folder) {
+std::expected<SavedCapture, PlatformError>
+saveCapture(const CaptureResult &capture, const std::optional<std::filesystem::path> &folder,
+            const std::function<void(const std::filesystem::path &)> &beforeMove) {
     SavedCapture saved{capture.fileURL, {}, {}};
     if (folder) {
-        saved.file = std::filesystem::absolute(freeName(*folder, capture.fileURL.filename()));
-        if (const std::error_code error = moveFile(capture.fileURL, saved.file))
-            return std::unexpected(PlatformError{"posix", error.value(),
+        saved.file = freeName(realPath(*folder), capture.fileURL.filename());
+        if (beforeMove)
+            beforeMove(saved.file);
+        if (const auto moved = moveFile(capture.fileURL, saved.file); !moved)
+            return std::unexpected(PlatformError{moved.error().domain, moved.error().code,
                                                  "Cannot write to " + folder->string() + ": " +
-                                                     error.message() + ". The capture is kept as " +
+                                                     moved.error().message + ". The capture is kept as " +
                                                      capture.fileURL.string()});
     }
     saved.sidecar = writeBeside(saved.file, ".json", capture.metadata.jsonData());
@@ -84,7 +122,7 @@ std::expected<SavedCapture, PlatformError> saveCapture(const CaptureResult &capt
 
 nlohmann::json SavedCapture::json(const CaptureResult &capture, bool isPartial) const {
     nlohmann::json object{
-        {"file", file.string()},
+        {"file", textOfPath(file)},
         {"name", capture.name},
         {"partial", isPartial},
         {"pixelSize",
@@ -93,9 +131,9 @@ nlohmann::json SavedCapture::json(const CaptureResult &capture, bool isPartial) 
     if (capture.durationMs)
         object["durationMs"] = *capture.durationMs;
     if (sidecar)
-        object["sidecar"] = sidecar->string();
+        object["sidecar"] = textOfPath(*sidecar);
     if (thumbnail)
-        object["thumbnail"] = thumbnail->string();
+        object["thumbnail"] = textOfPath(*thumbnail);
     return object;
 }
 

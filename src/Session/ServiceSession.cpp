@@ -5,6 +5,8 @@
 
 #include "Support/Settings.h"
 
+#include <algorithm>
+
 namespace vantrell {
 
 std::expected<std::unique_ptr<ServiceSession>, std::string>
@@ -50,23 +52,34 @@ VantrellAPI::Result<std::vector<TargetProject>> ServiceSession::listProjects(std
     return ask(&VantrellAPI::listProjects, stop);
 }
 
-Task<std::expected<std::string, APIError>> ServiceSession::chooseProject(std::optional<std::string> asked,
-                                                                         std::stop_token stop) {
-    if (asked)
-        co_return *asked;
-    const auto chosen = Settings(Settings::defaultFile()).string("selectedProjectId");
-    auto projects = co_await listProjects(stop);
-    // While nobody answers, the user's choice stands: the upload itself will find out.
-    if (!projects && chosen && projects.error().as<APIError::Network>())
-        co_return *chosen;
+std::optional<std::string> ServiceSession::knownProject(const std::optional<std::string> &asked) {
+    return asked ? asked : Settings(Settings::defaultFile()).string("selectedProjectId");
+}
+
+Task<std::expected<std::string, APIError>> ServiceSession::projectForUpload(std::optional<std::string> asked,
+                                                                            std::stop_token stop) {
+    if (auto known = knownProject(asked))
+        co_return std::move(*known);
+    const auto projects = co_await listProjects(stop);
     if (!projects)
         co_return std::unexpected(projects.error());
-    for (const TargetProject &project : *projects) {
-        if (project.id == chosen)
-            co_return project.id;
-    }
     if (projects->empty())
         co_return std::unexpected(APIError::http(404, "The account has no project yet"));
+    co_return projects->front().id;
+}
+
+Task<std::expected<std::optional<std::string>, APIError>>
+ServiceSession::projectThatExists(std::stop_token stop) {
+    auto chosen = knownProject(std::nullopt);
+    const auto projects = co_await listProjects(stop);
+    if (!projects && (stop.stop_requested() || projects.error().as<APIError::NotPaired>()))
+        co_return std::unexpected(projects.error());
+    const bool stands =
+        !projects || std::ranges::find(*projects, chosen, &TargetProject::id) != projects->end();
+    if (stands)
+        co_return std::move(chosen);
+    if (projects->empty())
+        co_return std::nullopt;
     co_return projects->front().id;
 }
 

@@ -41,9 +41,18 @@ public:
     VantrellAPI::Result<CaptureLimits> limits(std::stop_token stop);
     VantrellAPI::Result<std::vector<TargetProject>> listProjects(std::stop_token stop);
 
-    /// The project to upload to: the one asked for, else the chosen one, else the account's first.
-    Task<std::expected<std::string, APIError>> chooseProject(std::optional<std::string> asked,
-                                                             std::stop_token stop);
+    /// The project that a new capture goes to, as far as this computer knows: the one asked for, else the
+    /// user's choice. Whether that still exists the upload finds out, when the capture is safe in the
+    /// journal.
+    static std::optional<std::string> knownProject(const std::optional<std::string> &asked);
+
+    /// The same, or else the account's first project, for which the service is asked.
+    Task<std::expected<std::string, APIError>> projectForUpload(std::optional<std::string> asked,
+                                                                std::stop_token stop);
+
+    /// The user's choice if it still exists, else the account's first project. As long as the service does
+    /// not say, the choice stands, if there is one. The error: not connected, or the stop was requested.
+    Task<std::expected<std::optional<std::string>, APIError>> projectThatExists(std::stop_token stop);
 
 private:
     ServiceSession(ServiceURL url, std::optional<std::string> environmentKey);

@@ -45,6 +45,9 @@ std::expected<nlohmann::json, JsonError> parseJson(std::string_view text) {
     } catch (const nlohmann::json::parse_error &error) {
         // The library's text quotes the input, which may hold a secret: say only where it breaks off.
         return std::unexpected(JsonError{"not JSON (at byte " + std::to_string(error.byte) + ")"});
+    } catch (const nlohmann::json::exception &) {
+        // The grammar allows numbers that no machine holds.
+        return std::unexpected(JsonError{"not JSON (a number is out of range)"});
     }
 }
 

@@ -3,6 +3,10 @@
 
 #include "Support/TaskScope.h"
 
+#include <QtGlobal>
+
+#include <typeinfo>
+
 namespace vantrell {
 
 TaskScope::TaskScope() : m_state(std::make_shared<State>()) {}
@@ -23,6 +27,18 @@ Task<> TaskScope::join(std::stop_token stop) {
     const OneShot<bool> done;
     state->joiners.push_back(done);
     co_await done.wait(stop);
+}
+
+void TaskScope::endProgram(std::exception_ptr thrown) {
+    // Only its type: the text may quote an answer or an address.
+    const char *type = "unknown";
+    try {
+        std::rethrow_exception(std::move(thrown));
+    } catch (const std::exception &exception) {
+        type = typeid(exception).name();
+    } catch (...) {
+    }
+    qFatal("a task threw an exception of type %s", type);
 }
 
 void TaskScope::State::taskEnded() {

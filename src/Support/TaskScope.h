@@ -7,6 +7,7 @@
 #include "Support/Task.h"
 
 #include <concepts>
+#include <exception>
 #include <memory>
 #include <stop_token>
 #include <utility>
@@ -21,6 +22,9 @@ namespace vantrell {
 /// inside that call and its task ends, so nothing resumes later on a dead object. Declare the scope as the
 /// owner's last member: the other members are then still alive while the tasks unwind. A task that calls out
 /// to code which may destroy the owner must not touch the owner afterwards.
+///
+/// Failures are values. An exception that leaves a task is a fault of the program and ends it: kept in a
+/// coroutine that nobody awaits, it would leave everybody waiting for what that task was to do.
 class TaskScope {
 public:
     TaskScope();
@@ -72,17 +76,27 @@ private:
         std::shared_ptr<State> state;
     };
 
+    [[noreturn]] static void endProgram(std::exception_ptr thrown);
+
     template <typename Operation, typename... Arguments>
     static Task<> run(std::shared_ptr<State> state, Operation operation, Arguments... arguments) {
         Running running(state);
-        co_await operation(std::move(arguments)..., state->stop.get_token());
+        try {
+            co_await operation(std::move(arguments)..., state->stop.get_token());
+        } catch (...) {
+            endProgram(std::current_exception());
+        }
     }
 
     template <typename Owner, typename Operation, typename... Arguments>
     static Task<> runMember(std::shared_ptr<State> state, Owner *owner, Operation operation,
                             Arguments... arguments) {
         Running running(state);
-        co_await (owner->*operation)(std::move(arguments)..., state->stop.get_token());
+        try {
+            co_await (owner->*operation)(std::move(arguments)..., state->stop.get_token());
+        } catch (...) {
+            endProgram(std::current_exception());
+        }
     }
 
     std::shared_ptr<State> m_state;

@@ -91,7 +91,7 @@ std::string encodeJournal(const std::vector<UploadJournalEntry> &entries) {
     for (const UploadJournalEntry &entry : entries) {
         if (text.size() > 1)
             text += ',';
-        // A path may hold any bytes: one that is no UTF-8 must not cost the other entries their record.
+        // Whatever text is no UTF-8 must not cost the other entries their record.
         text += entry.encode().dump(-1, ' ', false, Json::error_handler_t::replace);
     }
     return text + ']';

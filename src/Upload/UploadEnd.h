@@ -3,10 +3,13 @@
 
 #pragma once
 
+#include "API/FileStamp.h"
+
 #include <QUuid>
 
 #include <expected>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace vantrell {
@@ -21,6 +24,8 @@ struct UploadEnd {
     /// either parked in the journal (`isParked`) or, its file gone, dropped.
     std::expected<std::string, std::string> assetId;
     bool isParked = false;
+    /// What the file was when it was sent.
+    std::optional<FileStamp> stamp;
 };
 
 } // namespace vantrell

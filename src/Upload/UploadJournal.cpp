@@ -4,6 +4,7 @@
 #include "Upload/UploadJournal.h"
 
 #include "Support/AtomicFile.h"
+#include "Support/FilePath.h"
 #include "Support/Log.h"
 #include "Upload/JournalText.h"
 
@@ -27,6 +28,9 @@ UploadJournal::UploadJournal(std::filesystem::path file, JournalLock lock) : m_l
     if (const auto bytes = readFile(file)) {
         if (auto entries = decodeJournal(*bytes)) {
             m_entries = std::move(*entries);
+            // Earlier versions wrote paths as they were given.
+            for (UploadJournalEntry &entry : m_entries)
+                entry.masterPath = realPath(entry.masterPath);
         } else {
             qCCritical(logUpload, "upload journal unreadable, starting fresh: %s",
                        entries.error().message.c_str());
@@ -50,6 +54,11 @@ UploadJournalEntry *UploadJournal::find(const QUuid &captureId) {
     return found == m_entries.end() ? nullptr : &*found;
 }
 
+const UploadJournalEntry *UploadJournal::findFile(const std::filesystem::path &file) const {
+    const auto found = std::ranges::find(m_entries, realPath(file).native(), &UploadJournalEntry::masterPath);
+    return found == m_entries.end() ? nullptr : &*found;
+}
+
 void UploadJournal::upsert(const UploadJournalEntry &entry) {
     if (UploadJournalEntry *const existing = find(entry.captureId))
         *existing = entry;
@@ -67,7 +76,11 @@ void UploadJournal::reconcileAgainstDisk() {
     const auto gone = std::erase_if(m_entries, [](const UploadJournalEntry &entry) {
         std::error_code unknown;
         // Only what is known to be missing: a disk that answers with an error may come back.
-        return !std::filesystem::exists(entry.masterFile(), unknown) && !unknown;
+        const bool isGone = !std::filesystem::exists(entry.masterFile(), unknown) && !unknown;
+        if (isGone)
+            qCWarning(logUpload, "upload %s dropped: its file is gone",
+                      qPrintable(entry.captureId.toString(QUuid::WithoutBraces)));
+        return isGone;
     });
     if (gone > 0)
         save();

@@ -52,12 +52,15 @@ public:
     const std::vector<UploadJournalEntry> &entries() const { return m_entries; }
     /// To be changed in place and then saved. Null when there is none; valid until the list changes.
     UploadJournalEntry *find(const QUuid &captureId);
+    /// The upload of that file, whatever way leads to it. Null when there is none. Looks at the disk.
+    const UploadJournalEntry *findFile(const std::filesystem::path &file) const;
 
     /// Replaces the entry with the same id in its place, or appends; saves.
     void upsert(const UploadJournalEntry &entry);
     /// Saves also when there was none.
     void remove(const QUuid &captureId);
-    /// Removes the entries whose main file is gone; saves when there were any. Blocks on the disk.
+    /// Removes the entries whose main file is gone, which the log tells; saves when there were any. Blocks on
+    /// the disk.
     void reconcileAgainstDisk();
     /// Hands the whole list to the writer.
     void save();

@@ -4,6 +4,7 @@
 #include "Upload/UploadJournalEntry.h"
 
 #include "Capture/CaptureMetadata.h"
+#include "Support/FilePath.h"
 
 #include <algorithm>
 #include <array>
@@ -93,7 +94,7 @@ nlohmann::json UploadJournalEntry::encode() const {
         {"captureId", captureId.toString(QUuid::WithoutBraces).toUpper().toStdString()},
         {"createdAt", iso8601(createdAt)},
         {"kind", kind},
-        {"masterPath", masterPath},
+        {"masterPath", textOfPath(masterPath)},
         {"mime", mime},
         {"phase", nameOf(phase)},
         {"projectId", projectId},
@@ -104,8 +105,8 @@ nlohmann::json UploadJournalEntry::encode() const {
     };
     put("name", name);
     put("durationMs", durationMs);
-    put("thumbPath", thumbPath);
-    put("metaPath", metaPath);
+    put("thumbPath", thumbPath.transform(textOfPath));
+    put("metaPath", metaPath.transform(textOfPath));
     put("assetId", assetId);
     put("tusLocation", tusLocation);
     put("failureReason", failureReason);
@@ -121,9 +122,9 @@ UploadJournalEntry UploadJournalEntry::decode(JsonReader &reader) {
         .mime = reader.string("mime"),
         .name = reader.optionalString("name"),
         .durationMs = reader.optionalInteger("durationMs"),
-        .masterPath = reader.string("masterPath"),
-        .thumbPath = reader.optionalString("thumbPath"),
-        .metaPath = reader.optionalString("metaPath"),
+        .masterPath = pathFromText(reader.string("masterPath")),
+        .thumbPath = reader.optionalString("thumbPath").transform(pathFromText),
+        .metaPath = reader.optionalString("metaPath").transform(pathFromText),
         .assetId = reader.optionalString("assetId"),
         .tusLocation = reader.optionalString("tusLocation"),
         .phase = readPhase(reader),

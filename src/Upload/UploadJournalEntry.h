@@ -35,7 +35,7 @@ struct UploadJournalEntry {
     std::string mime;
     std::optional<std::string> name;
     std::optional<std::int64_t> durationMs;
-    /// Absolute paths.
+    /// The bytes of real paths (see FilePath.h): absolute, without links or detours.
     std::string masterPath;
     std::optional<std::string> thumbPath;
     std::optional<std::string> metaPath;
@@ -46,7 +46,7 @@ struct UploadJournalEntry {
     Phase phase = Phase::queued;
     /// The sentence that the user was shown when the upload was parked.
     std::optional<std::string> failureReason;
-    /// True when the project was found deleted.
+    /// True when the project was found deleted, or when none was known (`projectId` is empty then).
     std::optional<bool> projectGone;
     std::chrono::sys_seconds createdAt;
 
@@ -54,8 +54,9 @@ struct UploadJournalEntry {
     /// Forgets what the service knows of the capture: the next attempt registers it anew.
     void reset();
 
-    /// JSON with the fields' names as keys; absent optionals are left out. Bytes that are no UTF-8 are
-    /// replaced only when the JSON is written.
+    /// JSON with the fields' names as keys; absent optionals are left out. A path that is not UTF-8 is
+    /// written as a "file:///" address (see FilePath.h); elsewhere such bytes are replaced when the JSON is
+    /// written.
     nlohmann::json encode() const;
     /// Failures stay in the reader.
     static UploadJournalEntry decode(JsonReader &reader);

@@ -8,6 +8,7 @@
 #include "Shelf/ShelfStore.h"
 #include "Support/BlockingWork.h"
 #include "Support/Clock.h"
+#include "Support/FilePath.h"
 #include "Support/Log.h"
 #include "Upload/SafeCaptureName.h"
 #include "Upload/SideFiles.h"
@@ -63,23 +64,27 @@ UploadManager::UploadManager(UploadServices services,
                              std::function<std::optional<std::int64_t>()> videoByteCap)
     : m_services(services), m_videoByteCap(std::move(videoByteCap)) {}
 
-QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture, const std::string &projectId,
-                             const QUuid &shelfId) {
+QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture,
+                             const std::optional<std::string> &projectId, const QUuid &shelfId) {
     const QUuid id = QUuid::createUuid();
     UploadJournalEntry entry{
         .captureId = id,
-        .projectId = projectId,
+        .projectId = projectId.value_or(std::string()),
         .kind = std::string(spelling(capture->kind)),
         .mime = capture->mime,
         .name = safeCaptureName(capture->name),
         .durationMs = capture->durationMs,
-        .masterPath = std::filesystem::absolute(capture->fileURL).string(),
+        .masterPath = realPath(capture->fileURL),
         .createdAt = std::chrono::floor<Seconds>(m_services.clock.wallNow()),
     };
     if (capture->thumbnailJPEG)
         entry.thumbPath = CaptureStorage::sidecarURL(id, "thumb.jpg").string();
     if (!capture->metadata.type.empty())
         entry.metaPath = CaptureStorage::sidecarURL(id, "sidecar.json").string();
+    if (!projectId) {
+        entry.phase = Phase::failed;
+        entry.projectGone = true;
+    }
     // The capture is in the journal before anything else is tried; its side files follow in a moment.
     m_services.journal.upsert(entry);
     if (entry.thumbPath || entry.metaPath) {
@@ -87,7 +92,10 @@ QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture, const
         m_scope.start(this, &UploadManager::writeSideFiles, id, std::move(capture));
     }
     m_services.shelf.setEntry(shelfId, id);
-    startOrQueue(id, shelfId);
+    if (projectId)
+        startOrQueue(id, shelfId);
+    else
+        m_services.shelf.update(shelfId, ShelfItem::NeedsProject{});
     return id;
 }
 
@@ -261,7 +269,6 @@ void UploadManager::finish(const QUuid &entryId, const QUuid &shelfId, const std
     const UploadJournalEntry entry = *found;
     m_services.analytics.track("cap.upload_completed",
                                {{"kind", entry.kind}, {"mb", roundedMegabytes(entry.masterFile())}});
-    m_stamps.erase(entryId);
     m_services.journal.remove(entryId);
     m_services.shelf.update(shelfId, ShelfItem::Done{entry.projectId});
     qCInfo(logUpload, "capture uploaded: %s", textOf(entryId).c_str());
@@ -273,7 +280,6 @@ void UploadManager::dropVanished(const QUuid &entryId, const QUuid &shelfId) {
     if (!found)
         return;
     const UploadJournalEntry entry = *found;
-    m_stamps.erase(entryId);
     m_services.journal.remove(entryId);
     m_services.shelf.update(shelfId, ShelfItem::Failed{uploadMessages::fileCleanedUp});
     qCCritical(logUpload, "upload %s dropped: its file is gone", textOf(entryId).c_str());
@@ -283,16 +289,18 @@ void UploadManager::dropVanished(const QUuid &entryId, const QUuid &shelfId) {
 void UploadManager::park(const QUuid &entryId, const QUuid &shelfId, const std::string &message,
                          const char *reason) {
     m_services.analytics.track("cap.upload_failed", {{"reason", reason}});
-    UploadJournalEntry *const entry = m_services.journal.find(entryId);
-    if (entry) {
+    // A copy: who watches the card may change the journal.
+    std::optional<UploadJournalEntry> parked;
+    if (UploadJournalEntry *const entry = m_services.journal.find(entryId)) {
         entry->phase = Phase::failed;
         entry->failureReason = message;
+        parked = *entry;
         m_services.journal.save();
     }
     m_services.shelf.update(shelfId, ShelfItem::Failed{message});
     qCCritical(logUpload, "upload %s parked as failed: %s", textOf(entryId).c_str(), message.c_str());
-    if (entry)
-        tellEnd(UploadJournalEntry(*entry), shelfId, std::unexpected(message), true);
+    if (parked)
+        tellEnd(*parked, shelfId, std::unexpected(message), true);
 }
 
 void UploadManager::parkProjectGone(const QUuid &entryId, const QUuid &shelfId) {
@@ -309,8 +317,15 @@ void UploadManager::parkProjectGone(const QUuid &entryId, const QUuid &shelfId) 
 
 void UploadManager::tellEnd(const UploadJournalEntry &entry, const QUuid &shelfId,
                             std::expected<std::string, std::string> assetId, bool isParked) {
+    std::optional<FileStamp> stamp;
+    if (const auto known = m_stamps.find(entry.captureId); known != m_stamps.end()) {
+        stamp = known->second;
+        if (!isParked)
+            m_stamps.erase(known);
+    }
     if (onEnd)
-        onEnd({entry.captureId, shelfId, entry.masterFile(), entry.projectId, std::move(assetId), isParked});
+        onEnd({entry.captureId, shelfId, entry.masterFile(), entry.projectId, std::move(assetId), isParked,
+               stamp});
 }
 
 void UploadManager::retry(const QUuid &entryId, const QUuid &shelfId,
@@ -363,8 +378,8 @@ void UploadManager::restoreFromJournal() {
         // A file written to after the journal was last saved is not the one whose upload was begun.
         std::error_code unknown;
         const auto fileTime = std::filesystem::last_write_time(entries[i].masterFile(), unknown);
-        if (!unknown && previousWrite && fileTime > *previousWrite && entries[i].tusLocation) {
-            UploadJournalEntry *const entry = m_services.journal.find(entries[i].captureId);
+        UploadJournalEntry *const entry = m_services.journal.find(entries[i].captureId);
+        if (entry && !unknown && previousWrite && fileTime > *previousWrite && entry->tusLocation) {
             entry->assetId.reset();
             entry->tusLocation.reset();
             m_services.journal.save();

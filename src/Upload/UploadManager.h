@@ -59,8 +59,8 @@ public:
     UploadManager &operator=(const UploadManager &) = delete;
 
     /// Takes a finished capture over and returns its journal id. A capture whose metadata has no type has no
-    /// sidecar.
-    QUuid enqueue(std::shared_ptr<const CaptureResult> capture, const std::string &projectId,
+    /// sidecar. Without a project it is parked until `retry` brings one.
+    QUuid enqueue(std::shared_ptr<const CaptureResult> capture, const std::optional<std::string> &projectId,
                   const QUuid &shelfId);
 
     /// The user retries a failed card. `currentProjectId` is the project selected now.

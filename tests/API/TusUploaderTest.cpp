@@ -115,7 +115,7 @@ TEST_F(TusUploaderTest, sendsAFileInChunksOverOneConnection) {
     EXPECT_EQ(created, 1);
     EXPECT_TRUE(location->starts_with(service->url()));
     EXPECT_EQ(progress, (std::vector<std::int64_t>{100'000, 200'000, 250'001}));
-    EXPECT_EQ(service->methods("/storage/tus"), "POST PATCH PATCH PATCH");
+    EXPECT_EQ(service->methods("/storage/tus"), "POST PATCH PATCH PATCH HEAD");
     std::set<int> connections;
     for (const LocalService::LogEntry &entry : service->requests("/storage/tus"))
         connections.insert(entry.connection);
@@ -156,7 +156,7 @@ TEST_F(TusUploaderTest, resumesFromTheServersOffset) {
     service->clearLog();
     ASSERT_TRUE(runTask(upload(), clock));
     EXPECT_EQ(created, 1);
-    EXPECT_EQ(service->methods("/storage/tus"), "HEAD PATCH PATCH PATCH");
+    EXPECT_EQ(service->methods("/storage/tus"), "HEAD PATCH PATCH PATCH HEAD");
     EXPECT_EQ(bytesReceived(), 300'000);
     expectArrived();
 }
@@ -166,7 +166,7 @@ TEST_F(TusUploaderTest, startsAnewWhenTheServerNoLongerKnowsTheUpload) {
     location = service->url() + "/storage/tus/" + assetId + ".0123456789abcdef0123456789abcdef";
     ASSERT_TRUE(runTask(upload(), clock));
     EXPECT_EQ(created, 1);
-    EXPECT_EQ(service->methods("/storage/tus"), "HEAD POST PATCH PATCH");
+    EXPECT_EQ(service->methods("/storage/tus"), "HEAD POST PATCH PATCH HEAD");
     expectArrived();
 }
 
@@ -230,6 +230,25 @@ TEST_F(TusUploaderTest, continuesFromASmallerOffsetWithoutAPause) {
     const auto result = runTask(upload(), clock);
     ASSERT_TRUE(result) << logText(result.error());
     EXPECT_EQ(progress.front(), 70'000);
+    expectArrived();
+}
+
+TEST_F(TusUploaderTest, sendsAgainWhatTheServerSaidItHadAndHasNot) {
+    prepare(250'001);
+    service->clearLog();
+    // Something on the way answers the last chunk and loses it.
+    service->fault("PATCH", "/storage/tus", {{"status", 204}, {"headers", {{"Upload-Offset", "250001"}}}}, 1,
+                   2);
+    const auto result = runTask(upload(), clock);
+    ASSERT_TRUE(result) << logText(result.error());
+    EXPECT_EQ(service->methods("/storage/tus"), "POST PATCH PATCH PATCH HEAD HEAD PATCH HEAD");
+    expectArrived();
+
+    // Where the question has no answer, what the last chunk was answered stands.
+    prepare(100);
+    location.reset();
+    service->fault("HEAD", "/storage/tus", {{"status", 404}});
+    ASSERT_TRUE(runTask(upload(), clock));
     expectArrived();
 }
 

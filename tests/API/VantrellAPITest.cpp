@@ -108,8 +108,10 @@ TEST_F(VantrellAPITest, turnsStatusesIntoErrors) {
     EXPECT_EQ(failure(), APIError::http(404, "Project not found"));
     answerWith(500, "oops");
     EXPECT_EQ(failure(), APIError::http(500));
-    answerWith(500, R"({"error":7})");
-    EXPECT_EQ(failure(), APIError::http(500));
+    for (const char *odd : {R"({"error":7})", R"({"error":"x","n":1e999})"}) {
+        answerWith(500, odd);
+        EXPECT_EQ(failure(), APIError::http(500)) << odd;
+    }
     answerWith(300, R"({"plan":"p","maxVideoDurationMs":5})");
     EXPECT_EQ(failure(), APIError::http(300));
 }
@@ -119,9 +121,12 @@ TEST_F(VantrellAPITest, logsWhyAnAnswerCouldNotBeDecodedButNotItsContents) {
     answerWith(200, R"({"maxVideoDurationMs":5})");
     EXPECT_EQ(failure(), APIError(APIError::MalformedResponse{}));
     EXPECT_TRUE(lines.contains("upload: decode failure: plan is missing"));
-    answerWith(200, "<html>hotel secret</html>");
-    EXPECT_EQ(failure(), APIError(APIError::MalformedResponse{}));
-    EXPECT_EQ(lines.count("decode failure: not JSON"), 1);
+    for (const char *body :
+         {"<html>hotel secret</html>", R"({"plan":"secret","maxVideoDurationMs":1e999})"}) {
+        answerWith(200, body);
+        EXPECT_EQ(failure(), APIError(APIError::MalformedResponse{})) << body;
+    }
+    EXPECT_EQ(lines.count("decode failure: not JSON"), 2);
     EXPECT_FALSE(lines.contains("secret"));
 }
 

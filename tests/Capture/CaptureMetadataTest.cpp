@@ -47,11 +47,17 @@ TEST(CaptureMetadata, survivesATitleThatIsNotUtf8) {
 }
 
 TEST(CaptureMetadata, saysWhatIsWrongWithABadDocument) {
-    const auto read = CaptureMetadata::fromJson(
-        R"({"version":1,"type":"recording","capturedAt":"x","source":"display","pixelSize":{"width":1,)"
-        R"("height":1},"display":{"size":{"width":"wide","height":1},"scaleFactor":1}})");
-    ASSERT_FALSE(read);
-    EXPECT_EQ(read.error().message, "display.size.width is string, not a number");
+    const auto failureOf = [](const std::string &displayWidth, const std::string &pixelWidth) {
+        const auto read = CaptureMetadata::fromJson(
+            R"({"version":1,"type":"recording","capturedAt":"x","source":"display","pixelSize":{"width":)" +
+            pixelWidth + R"(,"height":1},"display":{"size":{"width":)" + displayWidth +
+            R"(,"height":1},"scaleFactor":1}})");
+        return read ? "none" : read.error().message;
+    };
+    EXPECT_EQ(failureOf("1", "1920.0"), "none");
+    EXPECT_EQ(failureOf("\"wide\"", "1"), "display.size.width is string, not a number");
+    for (const char *width : {"1e300", "-1", "4294967297", "0.5"})
+        EXPECT_EQ(failureOf("1", width), "pixelSize is no size in pixels") << width;
 }
 
 } // namespace

@@ -63,6 +63,14 @@ TEST_F(CaptureStorageTest, prunesByAgeExceptWhatIsKept) {
     EXPECT_FALSE(std::filesystem::exists(folder / "stray"));
     EXPECT_TRUE(std::filesystem::exists(pending));
     EXPECT_TRUE(std::filesystem::exists(journal));
+
+    // A pending file is recognised however its path is written.
+    std::filesystem::create_symlink(folder, data / "link");
+    for (const std::filesystem::path &spelling :
+         {folder / "../Captures/./pending.mov", data / "link/pending.mov"}) {
+        CaptureStorage::pruneOldFiles({spelling.string()}, now + 24h * 8);
+        EXPECT_TRUE(std::filesystem::exists(pending)) << spelling;
+    }
 }
 
 } // namespace

@@ -173,6 +173,10 @@ TEST(RecordCommand, keepsTheRecordingWhenTheServiceIsDown) {
     const nlohmann::json json = ended.json();
     EXPECT_EQ(json["error"], "Network error");
     EXPECT_TRUE(readMovieFacts(json["file"].get<std::string>()));
+    service.restart();
+    const auto resumed = program.run({"resume", "--json"});
+    EXPECT_EQ(resumed.exitCode, 0) << resumed.errors;
+    EXPECT_EQ(resumed.json()["file"], json["file"]);
 }
 
 TEST(RecordCommand, keepsWhatWasRecordedWhenTheDiskIsFull) {

@@ -125,6 +125,55 @@ TEST_F(UploadCommandTest, leavesEverythingToResumeWhenItIsInterruptedOrKilled) {
     }
 }
 
+TEST_F(UploadCommandTest, takesOneFileForOneCaptureUnderAllItsNames) {
+    const auto file = makePicture("one.png", 1000);
+    const auto link = program.folder() / "link";
+    std::filesystem::create_directory_symlink(program.folder(), link);
+    const auto ended =
+        program.run({"upload", file, program.folder() / "./one.png", link / "one.png", "--json"});
+    EXPECT_EQ(ended.exitCode, 0) << ended.errors;
+    EXPECT_EQ(linesOf(ended).size(), 1u) << ended.output;
+    expectUploaded(file);
+}
+
+TEST_F(UploadCommandTest, goesIntoTheChosenProjectWhateverTheListOfProjectsAnswers) {
+    const auto settings = program.folder() / "config/VantrellCapture/settings.ini";
+    std::filesystem::create_directories(settings.parent_path());
+    ASSERT_TRUE(writeFileAtomically(settings, "[General]\nselectedProjectId=" + project + "\n"));
+    const auto file = makePicture("chosen.png", 1000);
+    for (const nlohmann::json &answer :
+         {nlohmann::json{{"status", 503}}, nlohmann::json{{"status", 200}, {"rawBody", "nonsense"}}}) {
+        service.clearFaults();
+        service.fault("GET", "/v1/capture/projects", answer, 0);
+        service.fault("POST", "/v1/capture/sign", {{"status", 403}});
+        EXPECT_EQ(program.run({"upload", file, "--json"}).exitCode, 1);
+        EXPECT_THAT(journal(), HasSubstr("chosen.png"));
+        const auto resumed = program.run({"resume", "--json"});
+        EXPECT_EQ(resumed.exitCode, 0) << resumed.output << resumed.errors;
+        EXPECT_EQ(resumed.json().value("projectId", ""), project);
+    }
+}
+
+TEST_F(UploadCommandTest, endsOnCtrlCWhileItWaitsForTheServiceAtTheStart) {
+    const auto file = makePicture("early.png", 1000);
+    for (const std::string &command : {"upload", "resume"}) {
+        for (const std::string &call : {"/v1/capture/projects", "/v1/capture/limits"}) {
+            service.clearFaults();
+            service.clearLog();
+            service.fault("GET", call, "stall", 0);
+            program.start(command == "upload" ? std::vector<std::string>{command, file, "--json"}
+                                              : std::vector<std::string>{command, "--json"});
+            ASSERT_TRUE(eventually([&] { return !service.requests(call).empty(); }));
+            program.signal(SIGINT);
+            program.poll(std::chrono::seconds(20));
+            EXPECT_FALSE(program.isRunning()) << command << call;
+            const auto ended = program.finish();
+            EXPECT_EQ(ended.exitCode, 1);
+            EXPECT_THAT(ended.json().value("error", ""), HasSubstr("Interrupted")) << command << call;
+        }
+    }
+}
+
 TEST_F(UploadCommandTest, resumesWhatHadFailed) {
     const auto file = makePicture("refused.png", 1000);
     service.fault("POST", "/v1/capture/sign",

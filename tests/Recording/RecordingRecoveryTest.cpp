@@ -98,7 +98,7 @@ TEST(RecordingRecord, saysEverythingUpToWhereItBreaksOff) {
     EXPECT_FALSE(whole->segments[1].anchorHostTime);
     ASSERT_EQ(whole->events.size(), 2U);
     EXPECT_EQ(whole->events[0], click);
-    EXPECT_EQ(whole->movie, "c.mov");
+    EXPECT_EQ(whole->movies, std::vector<path>{"c.mov"});
 
     for (std::size_t size = 0; size < text.size(); ++size) {
         const auto cut = recordingLines::read(text.substr(0, size));
@@ -150,6 +150,22 @@ TEST_F(RecordingRecoveryTest, takesTheMovieThatWasJoinedAlready) {
     const auto capture = recover(journal);
     ASSERT_TRUE(capture);
     EXPECT_EQ(capture->fileURL, captures / "joined.mov");
+}
+
+TEST_F(RecordingRecoveryTest, findsTheMovieInThePlaceToWhichItWasMoved) {
+    writeSegment(captures / "1.mov", 2, true);
+    const path journal =
+        newJournal(recordingLines::segment("1.mov") + recordingLines::anchor(100) +
+                   recordingLines::event({101, "down", {5, -10}, {}}) + recordingLines::movie("1.mov"));
+    const path newPlace = folder / "caf\xe9.mov";
+    RecordingRecovery::noteMove(journal, newPlace);
+    EXPECT_EQ(recover(journal)->fileURL, captures / "1.mov") << "cut off before it was moved";
+    std::filesystem::rename(captures / "1.mov", newPlace);
+    const auto capture = recover(journal);
+    ASSERT_TRUE(capture);
+    EXPECT_EQ(capture->fileURL, newPlace);
+    EXPECT_EQ(capture->metadata.recording->events.size(), 1U);
+    std::filesystem::remove(newPlace); // QTemporaryDir cannot
 }
 
 TEST_F(RecordingRecoveryTest, forgetsWhatHoldsNothing) {

@@ -51,11 +51,13 @@ TEST(JsonReader, readsOptionalKeysAndNamesNestedOnes) {
     EXPECT_EQ(reader.error()->message, "inner.flag is number, not a boolean");
 }
 
-TEST(JsonReader, tellsWhereATextBreaksOffWithoutQuotingIt) {
-    const auto parsed = parseJson("{\"key\": \"secret");
-    ASSERT_FALSE(parsed);
-    EXPECT_EQ(parsed.error().message.find("secret"), std::string::npos);
-    EXPECT_NE(parsed.error().message.find("not JSON"), std::string::npos);
+TEST(JsonReader, refusesEveryTextThatIsNoJsonWithoutQuotingIt) {
+    for (const char *text : {R"({"key": "secret)", R"({"secret": 1e999})", R"({"secret": [-7e1000]})"}) {
+        const auto parsed = parseJson(text);
+        ASSERT_FALSE(parsed) << text;
+        EXPECT_EQ(parsed.error().message.find("secret"), std::string::npos);
+        EXPECT_NE(parsed.error().message.find("not JSON"), std::string::npos);
+    }
 }
 
 } // namespace

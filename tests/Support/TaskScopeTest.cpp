@@ -150,6 +150,20 @@ TEST_F(TaskScopeDestruction, endsNestedTasksFromTheInsideOut) {
     expectUnwound();
 }
 
+TEST(TaskScopeDeathTest, endsTheProgramRatherThanWaitForATaskThatThrew) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            TaskScope scope;
+            scope.start([](std::stop_token) -> Task<> {
+                co_await std::suspend_never();
+                throw std::out_of_range("nobody catches it");
+            });
+            std::_Exit(0);
+        },
+        "a task threw .*out_of_range");
+}
+
 TEST(TaskScope, joinsWhenItsTasksHaveEndedAndIsUsableAfterCancel) {
     const auto witness = std::make_shared<Witness>();
     Owner owner(witness);

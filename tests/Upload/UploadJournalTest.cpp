@@ -124,6 +124,21 @@ TEST_F(UploadJournalTest, dropsEntriesWhoseFileIsGone) {
     EXPECT_FALSE(std::filesystem::exists(file));
 }
 
+TEST_F(UploadJournalTest, keepsAFileWhoseNameIsNotUtf8) {
+    const std::filesystem::path movie = folder / "caf\xe9 100%.mov";
+    std::ofstream(movie) << "x";
+    UploadJournalEntry entry = entryNamed("cafe");
+    entry.masterPath = movie;
+    entry.thumbPath = "/100% Ünïcode.jpg";
+    open()->upsert(entry);
+    EXPECT_NE(contents().find("/caf%E9%20100%25.mov\""), std::string::npos) << contents();
+    EXPECT_NE(contents().find("\"/100% Ünïcode.jpg\""), std::string::npos) << contents();
+    const auto journal = open();
+    journal->reconcileAgainstDisk();
+    EXPECT_THAT(journal->entries(), ElementsAre(entry));
+    std::filesystem::remove(movie); // QTemporaryDir cannot
+}
+
 TEST_F(UploadJournalTest, startsEmptyWithoutAFileAndDoesNotMakeOne) {
     const LogCapture log;
     EXPECT_THAT(open()->entries(), IsEmpty());

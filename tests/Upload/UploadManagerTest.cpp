@@ -43,6 +43,10 @@ TEST_F(UploadManagerTest, bringsACaptureWithItsSideFilesIntoTheLibrary) {
 
 TEST_F(UploadManagerTest, sendsAFileInOnePieceWhenTheServiceSaysSo) {
     service->configure({{"transfer", "standard"}});
+    // An answer's type is whatever a gateway calls it: only a page for people would be none of the server's.
+    const nlohmann::json calledHtml{{"answerHeaders", {{"Content-Type", "text/html"}}}};
+    service->fault("PUT", "/storage", calledHtml, 0);
+    service->fault("POST", "/confirm", calledHtml, 0);
     const auto capture = makeCapture("one piece", 1'500'001, true);
     const QUuid id = enqueue(capture);
     bool sawNinety = false;
@@ -197,6 +201,38 @@ TEST_F(UploadManagerTest, uploadsOnWithoutADiskForTheJournal) {
     EXPECT_EQ(statusText(id), "In your library");
     expectInLibrary(*capture);
     EXPECT_TRUE(log.contains("upload journal write failed: create upload-journal.json: "));
+}
+
+TEST_F(UploadManagerTest, tellsTheRightEndWhenACardsObserverChangesTheJournal) {
+    const auto first = makeCapture("first", 1000);
+    const auto second = makeCapture("second", 1000);
+    service->fault("POST", "/sign", {{"status", 403}}, 0);
+    enqueue(first);
+    runUploads();
+    const QUuid firstId = onlyEntry().captureId;
+    const QUuid id = enqueue(second);
+    const QUuid secondId = journal->entries()[1].captureId;
+    UploadJournalEntry third = onlyEntry();
+    third.captureId = QUuid::createUuid();
+    journal->upsert(third);
+    const auto observation = shelf.observe([&] {
+        if (statusText(id) == "Upload failed")
+            journal->remove(firstId);
+    });
+    runUploads();
+    ASSERT_EQ(ends.size(), 2u);
+    EXPECT_EQ(ends[1].entryId, secondId);
+    EXPECT_EQ(ends[1].file, second->fileURL);
+}
+
+TEST_F(UploadManagerTest, namesAFileInTheJournalWithoutDetours) {
+    const auto capture = makeCapture("detour", 1000);
+    std::filesystem::create_directory_symlink(capture->fileURL.parent_path(), folder / "link");
+    CaptureResult again = *capture;
+    again.fileURL = folder / "link/.//detour.mov";
+    enqueue(std::make_shared<const CaptureResult>(again));
+    EXPECT_EQ(onlyEntry().masterPath, std::filesystem::canonical(capture->fileURL));
+    runUploads();
 }
 
 } // namespace
