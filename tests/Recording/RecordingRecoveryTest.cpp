@@ -154,9 +154,9 @@ TEST_F(RecordingRecoveryTest, takesTheMovieThatWasJoinedAlready) {
 
 TEST_F(RecordingRecoveryTest, findsTheMovieInThePlaceToWhichItWasMoved) {
     writeSegment(captures / "1.mov", 2, true);
-    const path journal =
-        newJournal(recordingLines::segment("1.mov") + recordingLines::anchor(100) +
-                   recordingLines::event({101, "down", {5, -10}, {}}) + recordingLines::movie("1.mov"));
+    const path journal = newJournal(recordingLines::segment("1.mov") + recordingLines::anchor(100) +
+                                    recordingLines::event({101, InputEvent::Kind::down, {5, -10}, {}}) +
+                                    recordingLines::movie("1.mov"));
     const path newPlace = folder / "caf\xe9.mov";
     RecordingRecovery::noteMove(journal, newPlace);
     EXPECT_EQ(recover(journal)->fileURL, captures / "1.mov") << "cut off before it was moved";
