@@ -20,8 +20,7 @@ PixelRect X11AreaPlace::place() const {
 }
 
 bool X11AreaPlace::follow(const std::vector<X11Monitor> &monitors) {
-    // A server without RANDR has one display, which stays.
-    if (!m_display || monitors.empty())
+    if (!m_display)
         return true;
     const auto found = std::ranges::find(monitors, *m_display, &X11Monitor::id);
     if (found == monitors.end())

@@ -58,15 +58,16 @@ std::expected<void, PlatformError> X11AreaSource::watchMonitors() {
     const xcb_query_extension_reply_t *randr = xcb_get_extension_data(xcb(), &xcb_randr_id);
     if (!randr || !randr->present)
         return {};
+    xcb_discard_reply(xcb(), xcb_randr_query_version(xcb(), 1, 5).sequence);
+    xcb_randr_select_input(xcb(), x11().root(),
+                           XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
+                               XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+    // After the selection: what changed before it makes no event.
     const auto monitors = listX11Monitors(x11());
     if (monitors.empty())
         return {};
     m_firstMonitorEvent = randr->first_event;
-    xcb_randr_select_input(xcb(), x11().root(),
-                           XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
-                               XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
-    // What changed before the selection makes no event.
-    if (!m_place->follow(listX11Monitors(x11())))
+    if (!m_place->follow(monitors))
         return std::unexpected(displayGone());
     return {};
 }

@@ -15,6 +15,8 @@ namespace vantrell {
 namespace {
 
 constexpr int mostWindowPatches = 12;
+/// At a window that is being resized just now.
+constexpr int mostLooks = 3;
 
 } // namespace
 
@@ -85,35 +87,46 @@ std::optional<PlatformError> X11WindowSource::ended() const {
 
 bool X11WindowSource::renew() {
     m_isOutdated = false;
-    const xcb_pixmap_t pixmap = xcb_generate_id(xcb());
-    const auto named = xcb_composite_name_window_pixmap_checked(xcb(), m_window, pixmap);
-    const auto place = X11WindowPlace::of(x11(), m_window);
-    const XcbPointer<xcb_generic_error_t> refused(xcb_request_check(xcb(), named));
-    if (place)
-        m_place = place->content;
-    // A window that is not shown has no pixels; those that it had last stay.
-    if (refused || !place)
-        return m_pixmap != XCB_NONE;
-    const auto geometry = xcbReply(xcb(), xcb_get_geometry(xcb(), pixmap), xcb_get_geometry_reply);
-    if (!geometry)
-        return false;
-    if (m_pixmap != XCB_NONE)
-        xcb_free_pixmap(xcb(), m_pixmap);
-    m_pixmap = pixmap;
-    m_border = place->borderWidth;
-    const PixelSize size{geometry->width, geometry->height};
-    const PixelRect content = intersection({0, 0, size.width, size.height},
-                                           {place->borderWidth + place->content.x - place->window.x,
-                                            place->borderWidth + place->content.y - place->window.y,
-                                            place->content.width, place->content.height});
-    // After a move alone everything else is as it was.
-    if (size != m_pixmapSize || content != m_content) {
-        m_pixmapSize = size;
-        m_content = content;
-        m_stale = BlockMap(content.size());
-        m_stale.markAll();
+    for (int left = mostLooks; left > 0; --left) {
+        const xcb_pixmap_t pixmap = xcb_generate_id(xcb());
+        const auto named = xcb_composite_name_window_pixmap_checked(xcb(), m_window, pixmap);
+        const auto asked = xcb_get_geometry(xcb(), pixmap);
+        const auto place = X11WindowPlace::of(x11(), m_window);
+        const XcbPointer<xcb_generic_error_t> refused(xcb_request_check(xcb(), named));
+        const auto size = xcbReply(xcb(), asked, xcb_get_geometry_reply);
+        if (place)
+            m_place = place->content;
+        // A window that is not shown has no pixels; those that it had last stay.
+        if (refused || !place || !size)
+            break;
+        const PixelSize wanted{place->window.width + 2 * place->borderWidth,
+                               place->window.height + 2 * place->borderWidth};
+        if (const PixelSize had{size->width, size->height}; had == wanted || left == 1) {
+            if (m_pixmap != XCB_NONE)
+                xcb_free_pixmap(xcb(), m_pixmap);
+            m_pixmap = pixmap;
+            take(*place, had);
+            break;
+        }
+        // It was resized between the two questions.
+        xcb_free_pixmap(xcb(), pixmap);
     }
-    return true;
+    return m_pixmap != XCB_NONE;
+}
+
+void X11WindowSource::take(const X11WindowPlace &place, PixelSize pixmap) {
+    m_border = place.borderWidth;
+    const PixelRect content = intersection({0, 0, pixmap.width, pixmap.height},
+                                           {place.borderWidth + place.content.x - place.window.x,
+                                            place.borderWidth + place.content.y - place.window.y,
+                                            place.content.width, place.content.height});
+    // After a move alone everything else is as it was.
+    if (pixmap == m_pixmapSize && content == m_content)
+        return;
+    m_pixmapSize = pixmap;
+    m_content = content;
+    m_stale = BlockMap(content.size());
+    m_stale.markAll();
 }
 
 FrameUpdate X11WindowSource::update(double changedAt, std::span<const FramePatch> patches) const {

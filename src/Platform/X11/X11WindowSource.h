@@ -30,6 +30,7 @@ private:
     std::optional<PlatformError> ended() const override;
     /// Takes the window's present pixels and place. True when there are any.
     bool renew();
+    void take(const X11WindowPlace &place, PixelSize pixmap);
     std::expected<FrameUpdate, PlatformError> read(double changedAt);
     void drawPointer(const FramePatch &patch);
     FrameUpdate update(double changedAt, std::span<const FramePatch> patches) const;

@@ -228,13 +228,16 @@ TEST(DisplayRecording, followsTheShapeOfAPointerThatRests) {
     StreamRun run(streams, chosenArea(*backend, {0, 0, 640, 480}), CursorMode::inPicture);
     ASSERT_TRUE(run.start());
     runFor(0.1);
-    ASSERT_EQ(session.run({"xsetroot", "-cursor_name", "watch"}), 0);
-    runFor(0.1);
+    for (const std::uint16_t glyph : {30, 58, 90}) {
+        painter.shapePointer(glyph);
+        painter.sync();
+        runFor(0.1);
+    }
     ASSERT_TRUE(run.stop());
     int pictures = 0;
     forEachPicture(run.movie(), [&](const MoviePicture &) { ++pictures; });
-    // The first one, the changed one, and the one that is held.
-    EXPECT_EQ(pictures, 3);
+    // The first one, one for each shape, and the one that is held.
+    EXPECT_EQ(pictures, 5);
 }
 
 TEST(DisplayRecording, endsWhenTheDisplayIsUnpluggedAndShowsNoOtherInItsPlace) {

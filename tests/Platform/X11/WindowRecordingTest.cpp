@@ -113,6 +113,7 @@ TEST_F(WindowRecording, keepsTheMoviesSizeAndFitsTheWindowIntoItWhenItIsResized)
 TEST_F(WindowRecording, doesNotFreezeWhenTheWindowGetsNarrowerAndTallerAndThenIsAsBefore) {
     StreamRun run(streams, source());
     ASSERT_TRUE(run.start());
+    pause();
     for (const PixelRect &place : {PixelRect{100, 80, 60, 200}, PixelRect{100, 80, 200, 120}}) {
         painter.moveResize(place);
         painter.fill({0, 0, 200, 200}, 0xffffff);

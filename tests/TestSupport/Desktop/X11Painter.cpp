@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <stdexcept>
+#include <string_view>
 
 namespace vantrell::testing {
 
@@ -85,6 +86,18 @@ void X11Painter::drawNumber(std::uint32_t number, int x, int y) {
 void X11Painter::movePointer(int x, int y) {
     xcb_warp_pointer(m_connection, XCB_NONE, m_root, 0, 0, 0, 0, std::int16_t(x), std::int16_t(y));
     xcb_flush(m_connection);
+}
+
+void X11Painter::shapePointer(std::uint16_t glyph) {
+    constexpr std::string_view name = "cursor";
+    const xcb_font_t font = xcb_generate_id(m_connection);
+    xcb_open_font(m_connection, font, std::uint16_t(name.size()), name.data());
+    const xcb_cursor_t cursor = xcb_generate_id(m_connection);
+    // Behind each shape comes its mask.
+    xcb_create_glyph_cursor(m_connection, cursor, font, font, glyph, std::uint16_t(glyph + 1), 0, 0, 0,
+                            0xffff, 0xffff, 0xffff);
+    xcb_close_font(m_connection, font);
+    xcb_change_window_attributes(m_connection, m_root, XCB_CW_CURSOR, &cursor);
 }
 
 void X11Painter::sync() {

@@ -31,6 +31,9 @@ public:
     /// A number as FrameCode squares.
     void drawNumber(std::uint32_t number, int x, int y);
     void movePointer(int x, int y);
+    /// A shape of the font "cursor", shown over the root window. The server shows it to others as long as
+    /// this client lives.
+    void shapePointer(std::uint16_t glyph);
 
     /// Returns when the server has done all that was asked for.
     void sync();
