@@ -46,8 +46,9 @@ public:
     /// busy server stumbles. Returns the end of what can be judged.
     double recordHeard(double from, double least, const std::vector<const SoundPlayer *> &players) {
         const auto isKnown = [&](double at) {
-            return std::ranges::all_of(
-                players, [&](const SoundPlayer *player) { return player->startTime(m_epoch + at + 0.2); });
+            return std::ranges::all_of(players, [&](const SoundPlayer *player) {
+                return player->startTime(m_epoch + at + 0.2).has_value();
+            });
         };
         EXPECT_TRUE(eventually([&] {
             double at = from;
