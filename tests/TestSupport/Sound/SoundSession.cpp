@@ -128,7 +128,7 @@ void SoundSession::waitUntilRecorded(const std::string &source) {
             const std::string programs = tryControl("list short source-outputs").value_or("");
             return name == source && programs.find("\t" + number + "\t") != std::string::npos;
         },
-        "nobody records from " + source);
+        "nobody records from the default device");
 }
 
 void SoundSession::start(const std::string &program) {
