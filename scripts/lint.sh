@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 #
-# Checks format, licence lines and includes, and with --tidy runs clang-tidy over the asan build (whose unity
-# files make that quick).
+# Checks format, licence lines and includes; with --tidy also that each header compiles by itself, and runs
+# clang-tidy over what is new in the asan build (whose unity files make that quick).
 set -u
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 failed=0
@@ -19,9 +19,21 @@ if grep -n '#include "\.\./' "${cpp[@]}"; then
 fi
 
 if [ "${1:-}" = --tidy ]; then
+  scripts/headers.sh || complain "a header above does not compile by itself"
+  # What the asan build compiled anew is tidied anew: an object file is as old as the newest that it was made of.
   # Qt's own generated sources are not ours to tidy.
-  sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/asan/compile_commands.json | grep -vE 'autogen|_deps' |
-    xargs -P "$(nproc)" -n 2 clang-tidy-19 -p build/asan --quiet 2>/dev/null | tee build/tidy.log | grep -E 'error:|warning:' >&2
-  grep -qE 'error:' build/tidy.log && complain "clang-tidy found the above"
+  mkdir -p build/tidy
+  tidy() {
+    local stamp=build/tidy/${1//\//_}
+    [ "$stamp" -nt "build/asan/$1" ] && [ "$stamp" -nt .clang-tidy ] && return
+    clang-tidy-19 -p build/asan --quiet "$2" >"$stamp.log" 2>"$stamp.errors" && touch "$stamp" && return
+    grep -hE 'error:|warning:' "$stamp.log" "$stamp.errors" >&2
+    return 1
+  }
+  export -f tidy
+  sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p; s/^ *"command": .* -o \([^ ]*\) .*$/\1/p' build/asan/compile_commands.json |
+    paste -d ' ' - - | grep -vE 'autogen|_deps|precompiled\.dir|precompiled_tests\.dir' |
+    xargs -P "$(nproc)" -n 2 bash -c 'tidy "$@"' tidy ||
+    complain "clang-tidy found the above"
 fi
 exit $failed

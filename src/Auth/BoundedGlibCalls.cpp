@@ -11,7 +11,7 @@ namespace vantrell {
 namespace {
 
 /// How long a cancelled call may take to wind up before it is abandoned.
-constexpr auto windUp = std::chrono::milliseconds(200);
+constexpr auto usualWindUp = std::chrono::milliseconds(200);
 
 } // namespace
 
@@ -51,7 +51,7 @@ bool BoundedGlibCalls::isOutOfTime() const {
 }
 
 GObjectPtr<GAsyncResult> BoundedGlibCalls::run(const Start &start) {
-    return run(start, m_cancellable.get(), windUp);
+    return run(start, m_cancellable.get(), usualWindUp);
 }
 
 GObjectPtr<GAsyncResult> BoundedGlibCalls::runDialog(const Start &start) {

@@ -34,8 +34,8 @@ std::expected<PairingRequestResponse, APIError> acceptedRequest(const HttpResult
 
 /// The keyring waits for the user, or is busy: it may take the key later.
 bool mayPass(KeychainError::Kind problem) {
-    using Kind = KeychainError::Kind;
-    return problem == Kind::locked || problem == Kind::noKeyring || problem == Kind::notAnswering;
+    using enum KeychainError::Kind;
+    return problem == locked || problem == noKeyring || problem == notAnswering;
 }
 
 } // namespace

@@ -24,7 +24,7 @@ public:
     /// serverFailed. Ends within five seconds. Main thread.
     virtual Task<std::expected<std::vector<Microphone>, PlatformError>> microphones(std::stop_token stop) = 0;
 
-    /// Touches nothing until the source is started. Any thread.
+    /// Touches nothing until the source is started. Thread-safe.
     virtual std::unique_ptr<AudioSource> makeSource(AudioSourceRequest request) = 0;
 };
 

@@ -12,7 +12,7 @@
 namespace vantrell {
 
 /// The applications that the desktop knows by their desktop files: `applications/*.desktop` below
-/// $XDG_DATA_HOME and $XDG_DATA_DIRS. Reads from disk, and remembers; one thread at a time.
+/// $XDG_DATA_HOME and $XDG_DATA_DIRS. Reads from disk, and remembers. Thread-bound.
 class DesktopEntries {
 public:
     /// The folders as the environment names them now.

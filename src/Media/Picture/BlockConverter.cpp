@@ -3,6 +3,8 @@
 
 #include "Media/Picture/BlockConverter.h"
 
+#include "Support/BlockMap.h"
+
 #include <cstring>
 
 #if defined(__x86_64__)
@@ -12,8 +14,7 @@
 namespace vantrell {
 namespace {
 
-constexpr int edge = 16;
-constexpr int bytesPerPixel = 4;
+constexpr int blockEdge = BlockMap::blockSize;
 
 // BT.709 in 1/256: white comes out as 235, black as 16, and every grey has chroma 128 exactly.
 constexpr int lumaB = 16;
@@ -37,20 +38,20 @@ std::uint8_t mean(int a, int b) {
 bool convertBlockPortably(const std::uint8_t *pixels, std::ptrdiff_t stride, const Nv12Block &previous,
                           const Nv12Block &out) {
     bool changed = false;
-    std::uint8_t row[edge];
-    for (int y = 0; y < edge; ++y) {
+    std::uint8_t row[blockEdge];
+    for (int y = 0; y < blockEdge; ++y) {
         const std::uint8_t *line = pixels + y * stride;
-        for (int x = 0; x < edge; ++x) {
+        for (int x = 0; x < blockEdge; ++x) {
             const std::uint8_t *p = line + x * bytesPerPixel;
             row[x] = std::uint8_t((lumaB * p[0] + lumaG * p[1] + lumaR * p[2] + lumaOffset) >> 8);
         }
-        changed |= std::memcmp(row, previous.luma + y * previous.stride, edge) != 0;
-        std::memcpy(out.luma + y * out.stride, row, edge);
+        changed |= std::memcmp(row, previous.luma + y * previous.stride, blockEdge) != 0;
+        std::memcpy(out.luma + y * out.stride, row, blockEdge);
     }
-    for (int y = 0; y < edge / 2; ++y) {
+    for (int y = 0; y < blockEdge / 2; ++y) {
         const std::uint8_t *upper = pixels + 2 * y * stride;
         const std::uint8_t *lower = upper + stride;
-        for (int x = 0; x < edge; x += 2) {
+        for (int x = 0; x < blockEdge; x += 2) {
             int c[3];
             for (int i = 0; i < 3; ++i) {
                 const int left = x * bytesPerPixel + i;
@@ -60,8 +61,8 @@ bool convertBlockPortably(const std::uint8_t *pixels, std::ptrdiff_t stride, con
             row[x] = std::uint8_t((cbB * c[0] + cbG * c[1] + cbR * c[2] + chromaOffset) >> 8);
             row[x + 1] = std::uint8_t((crB * c[0] + crG * c[1] + crR * c[2] + chromaOffset) >> 8);
         }
-        changed |= std::memcmp(row, previous.chroma + y * previous.stride, edge) != 0;
-        std::memcpy(out.chroma + y * out.stride, row, edge);
+        changed |= std::memcmp(row, previous.chroma + y * previous.stride, blockEdge) != 0;
+        std::memcpy(out.chroma + y * out.stride, row, blockEdge);
     }
     return changed;
 }
@@ -92,7 +93,7 @@ constexpr int signedLumaOffset = lumaOffset + 128 * (lumaB + lumaG + lumaR);
     const __m256i interleaveBoth = _mm256_broadcastsi128_si256(interleave);
     __m128i difference = _mm_setzero_si128();
 
-    for (int y = 0; y < edge / 2; ++y) {
+    for (int y = 0; y < blockEdge / 2; ++y) {
         const auto *upper = reinterpret_cast<const __m256i *>(pixels + 2 * y * stride);
         const auto *lower = reinterpret_cast<const __m256i *>(pixels + (2 * y + 1) * stride);
         const __m256i a0 = _mm256_loadu_si256(upper);

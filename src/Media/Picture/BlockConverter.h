@@ -8,6 +8,9 @@
 
 namespace vantrell {
 
+/// Of BGRX pixels.
+inline constexpr int bytesPerPixel = 4;
+
 /// Where one macroblock of an NV12 picture lies.
 struct Nv12Block {
     std::uint8_t *luma;

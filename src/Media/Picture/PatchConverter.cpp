@@ -11,7 +11,6 @@ namespace vantrell {
 namespace {
 
 constexpr int edge = BlockMap::blockSize;
-constexpr int bytesPerPixel = 4;
 constexpr int paddedStride = edge * bytesPerPixel;
 
 using PaddedBlock = std::array<std::uint8_t, std::size_t(edge) * paddedStride>;

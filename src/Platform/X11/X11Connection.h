@@ -16,7 +16,7 @@
 
 namespace vantrell {
 
-/// One connection to an X server, its default screen and its extensions. One thread at a time.
+/// One connection to an X server, its default screen and its extensions. Thread-bound.
 class X11Connection {
 public:
     /// Set in an event's type when a client and not the server sent it.

@@ -36,7 +36,6 @@ private:
     FrameUpdate update(double changedAt, std::span<const FramePatch> patches) const;
 
     xcb_window_t m_window;
-    std::uint8_t m_firstCompositeEvent = 0;
     bool m_isClosed = false;
     /// The window was mapped, moved or resized since its place and pixels were asked for.
     bool m_isOutdated = true;

@@ -8,6 +8,8 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <limits>
+#include <sstream>
 #include <stdexcept>
 
 #include <sys/wait.h>
@@ -112,6 +114,21 @@ void SoundSession::setDefaultMicrophone(const std::string &name) {
 void SoundSession::setDefaultSpeaker(const std::string &name) {
     control("set-default-sink " + name);
     requireEventually([&] { return tryControl("get-default-sink") == name + "\n"; }, "no default speaker");
+}
+
+// "<number> <source's number> ..." a recording program, "<number> <name> ..." a source.
+void SoundSession::waitUntilRecorded(const std::string &source) {
+    requireEventually(
+        [&] {
+            std::istringstream sources(tryControl("list short sources").value_or(""));
+            std::string number;
+            std::string name;
+            while (sources >> number >> name && name != source)
+                sources.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+            const std::string programs = tryControl("list short source-outputs").value_or("");
+            return name == source && programs.find("\t" + number + "\t") != std::string::npos;
+        },
+        "nobody records from the default device");
 }
 
 void SoundSession::start(const std::string &program) {

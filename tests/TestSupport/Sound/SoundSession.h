@@ -34,6 +34,9 @@ public:
     void setDefaultMicrophone(const std::string &name);
     void setDefaultSpeaker(const std::string &name);
 
+    /// Waits until some program records from it; programs that follow the defaults take a moment.
+    void waitUntilRecorded(const std::string &source);
+
     /// SIGKILL to all of the server; its devices are gone.
     void killServer();
     /// As in the beginning.
