@@ -102,15 +102,6 @@ TEST(CaptureRegistration, writesOptionalKeysOnlyWhenPresent) {
     EXPECT_EQ(full["meta"], true);
 }
 
-TEST(APIError, hasASentenceForEachCase) {
-    EXPECT_EQ(APIError::http(403, "Not here").description(), "Not here");
-    EXPECT_EQ(APIError::http(503).description(), "Request failed (503)");
-    EXPECT_EQ(APIError(APIError::Network{{"curl", 7, "x"}}).description(), "Network error");
-    EXPECT_EQ(APIError(APIError::AlreadyUploaded{"a"}).description(), "Capture already uploaded");
-    EXPECT_EQ(APIError(APIError::NotPaired{}).description(), "Not connected to Vantrell");
-    EXPECT_EQ(APIError(APIError::MalformedResponse{}).description(), "Unexpected server response");
-}
-
 TEST(ClientVersion, readsZeroWhereAPartIsMissing) {
     EXPECT_EQ(composeClientVersion("1.2", "34"), "1.2+34");
     EXPECT_EQ(composeClientVersion(std::nullopt, std::nullopt), "0+0");

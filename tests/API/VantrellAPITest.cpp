@@ -130,23 +130,16 @@ TEST_F(VantrellAPITest, logsWhyAnAnswerCouldNotBeDecodedButNotItsContents) {
     EXPECT_FALSE(lines.contains("secret"));
 }
 
-TEST_F(VantrellAPITest, tellsALineThatFailsFromAnAnswerThatIsNoHttp) {
+TEST_F(VantrellAPITest, takesAnAnswerThatIsNoHttpForMalformed) {
     ScriptedHttpServer garbage([](ScriptedConnection &c) {
         c.receive();
         c.send("220 mail.example ESMTP\r\n");
     });
     const VantrellAPI toGarbage(http, *ServiceURL::parse(garbage.url()), [] { return "k"; }, {});
     EXPECT_EQ(runTask(toGarbage.limits({})).error(), APIError(APIError::MalformedResponse{}));
-
-    ScriptedHttpServer silent([](ScriptedConnection &c) { c.receive(); });
-    const VantrellAPI toSilent(http, *ServiceURL::parse(silent.url()), [] { return "k"; }, {});
-    const auto result = runTask(toSilent.limits({}));
-    ASSERT_FALSE(result);
-    ASSERT_TRUE(result.error().as<APIError::Network>());
-    EXPECT_EQ(result.error().as<APIError::Network>()->underlying.domain, "curl");
 }
 
-TEST(VantrellAPIWithTheService, registersRefreshesAndRefusesOverTls) {
+TEST(VantrellAPIWithTheService, trustsAndIsRefusedOverTls) {
     LocalService service({.arguments = {"--transfer", "tus"}, .tls = true});
     std::string key = service.createKey();
     const auto provider = [&key] { return std::optional(key); };
@@ -168,23 +161,9 @@ TEST(VantrellAPIWithTheService, registersRefreshesAndRefusesOverTls) {
     ASSERT_TRUE(projects);
     EXPECT_TRUE(std::ranges::find(*projects, TargetProject{project, "Films"}) != projects->end());
 
-    CaptureRegistration registration{project, "video", "video/quicktime",
-                                     10,      900,     "A film",
-                                     5,       true,    "2f1e0d6c-0000-4000-8000-00000000000a"};
-    const auto signedCapture = runTask(api.sign(registration, {}));
-    ASSERT_TRUE(signedCapture) << signedCapture.error().logText();
-    EXPECT_TRUE(std::holds_alternative<TusUpload>(signedCapture->main.upload));
-    EXPECT_TRUE(signedCapture->thumb);
-    EXPECT_TRUE(signedCapture->meta);
-    const auto refreshed = runTask(api.refresh(signedCapture->assetId, {}));
-    ASSERT_TRUE(refreshed);
-    EXPECT_EQ(refreshed->assetId, signedCapture->assetId);
-    const auto early = runTask(api.confirm(signedCapture->assetId, {}));
-    ASSERT_FALSE(early);
-    EXPECT_EQ(early.error().as<APIError::Http>()->status, 404);
-
-    registration.projectId = "gone";
-    registration.captureId = "2f1e0d6c-0000-4000-8000-00000000000b";
+    CaptureRegistration registration{"gone", "video", "video/quicktime",
+                                     10,     900,     "A film",
+                                     5,      true,    "2f1e0d6c-0000-4000-8000-00000000000a"};
     EXPECT_EQ(runTask(api.sign(registration, {})).error(), APIError::http(404, "Project not found"));
     service.revokeKey(key);
     EXPECT_EQ(runTask(api.limits({})).error(), APIError(APIError::NotPaired{}));

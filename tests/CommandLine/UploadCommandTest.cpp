@@ -136,7 +136,7 @@ TEST_F(UploadCommandTest, takesOneFileForOneCaptureUnderAllItsNames) {
     expectUploaded(file);
 }
 
-TEST_F(UploadCommandTest, goesIntoTheChosenProjectWhateverTheListOfProjectsAnswers) {
+TEST_F(UploadCommandTest, uploadsAndResumesWhateverTheListOfProjectsAnswers) {
     const auto settings = program.folder() / "config/VantrellCapture/settings.ini";
     std::filesystem::create_directories(settings.parent_path());
     ASSERT_TRUE(writeFileAtomically(settings, "[General]\nselectedProjectId=" + project + "\n"));
@@ -145,9 +145,13 @@ TEST_F(UploadCommandTest, goesIntoTheChosenProjectWhateverTheListOfProjectsAnswe
          {nlohmann::json{{"status", 503}}, nlohmann::json{{"status", 200}, {"rawBody", "nonsense"}}}) {
         service.clearFaults();
         service.fault("GET", "/v1/capture/projects", answer, 0);
-        service.fault("POST", "/v1/capture/sign", {{"status", 403}});
-        EXPECT_EQ(program.run({"upload", file, "--json"}).exitCode, 1);
-        EXPECT_THAT(journal(), HasSubstr("chosen.png"));
+        service.fault("POST", "/v1/capture/sign",
+                      {{"status", 403}, {"body", {{"error", "Your plan has ended"}}}});
+        const auto refused = program.run({"upload", file, "--json"});
+        EXPECT_EQ(refused.exitCode, 1);
+        EXPECT_EQ(refused.json(),
+                  (nlohmann::json{{"error", "Your plan has ended"}, {"file", file.string()}}));
+        EXPECT_THAT(journal(), HasSubstr(R"("phase":"failed")"));
         const auto resumed = program.run({"resume", "--json"});
         EXPECT_EQ(resumed.exitCode, 0) << resumed.output << resumed.errors;
         EXPECT_EQ(resumed.json().value("projectId", ""), project);
@@ -172,21 +176,6 @@ TEST_F(UploadCommandTest, endsOnCtrlCWhileItWaitsForTheServiceAtTheStart) {
             EXPECT_THAT(ended.json().value("error", ""), HasSubstr("Interrupted")) << command << call;
         }
     }
-}
-
-TEST_F(UploadCommandTest, resumesWhatHadFailed) {
-    const auto file = makePicture("refused.png", 1000);
-    service.fault("POST", "/v1/capture/sign",
-                  {{"status", 403}, {"body", {{"error", "Your plan has ended"}}}});
-    const auto refused = program.run({"upload", file, "--json"});
-    EXPECT_EQ(refused.exitCode, 1);
-    EXPECT_EQ(refused.json(), (nlohmann::json{{"error", "Your plan has ended"}, {"file", file.string()}}));
-    EXPECT_THAT(journal(), HasSubstr(R"("phase":"failed")"));
-
-    const auto resumed = program.run({"resume", "--json"});
-    EXPECT_EQ(resumed.exitCode, 0) << resumed.errors;
-    EXPECT_EQ(resumed.json().at("file"), file.string());
-    expectUploaded(file);
 }
 
 } // namespace

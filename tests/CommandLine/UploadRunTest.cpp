@@ -64,16 +64,5 @@ TEST_F(UploadRunTest, waitsForWhatItWasGivenThoughAnEarlierUploadEndedBefore) {
     EXPECT_NE(run->add(earlier, project), earlierId);
 }
 
-TEST_F(UploadRunTest, doesNotWaitForTheUploadsOfOthers) {
-    service.fault("POST", "/v1/capture/sign", "stall");
-    newRun()->add(picture("stalled"), project);
-    const auto run = newRun();
-    run->resume(false, std::nullopt);
-    ASSERT_TRUE(eventually([&] { return !service.requests("/v1/capture/sign").empty(); }));
-    const QUuid id = run->add(picture("named"), project);
-    EXPECT_TRUE(runTask(run->finish({id}, {})));
-    EXPECT_TRUE(uploadedAs(*run, id).starts_with("cap_")) << uploadedAs(*run, id);
-}
-
 } // namespace
 } // namespace vantrell::testing

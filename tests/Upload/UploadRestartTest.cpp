@@ -169,18 +169,5 @@ TEST_F(UploadRestartTest, sendsTheFileThatIsThereWhenItChangedInTheMiddle) {
     }
 }
 
-TEST_F(UploadRestartTest, givesUpOnAFileThatNeverStopsChanging) {
-    const auto capture = makeCapture("restless", 300'000);
-    int size = 300'000;
-    const QUuid id = enqueue(capture);
-    const auto observation = shelf.observe([&] {
-        if (const ShelfItem *const item = shelf.find(id);
-            item && std::holds_alternative<ShelfItem::Uploading>(item->status))
-            std::filesystem::resize_file(capture->fileURL, std::uintmax_t(++size));
-    });
-    EXPECT_THAT(runUploads(), ElementsAre(2, 5, 10, 20, 40, 80, 160, 240));
-    EXPECT_EQ(statusText(id), "Upload failed. Check your connection.");
-}
-
 } // namespace
 } // namespace vantrell::testing

@@ -111,16 +111,6 @@ TEST_F(UploadWeatherTest, waitsForAServiceThatIsDown) {
     expectInLibrary(*capture);
 }
 
-TEST_F(UploadWeatherTest, doesNotCareAboutAWallClockThatJumps) {
-    service->fault("POST", "/v1/capture/sign", {{"status", 503}});
-    const auto capture = makeCapture("time traveller", 1000);
-    enqueue(capture);
-    ASSERT_TRUE(eventually([this] { return clock.sleeperCount() == 1; }));
-    clock.setWall(std::chrono::sys_days(std::chrono::year(1970) / 1 / 1));
-    EXPECT_THAT(runUploads(), ElementsAre(2));
-    expectInLibrary(*capture);
-}
-
 TEST_F(UploadWeatherTest, registersAnewWhenTheServiceHasForgotten) {
     // The confirmation finds nothing: everything is sent again, under a new registration.
     const auto capture = makeCapture("forgotten", 120'000);
@@ -140,17 +130,6 @@ TEST_F(UploadWeatherTest, registersAnewWhenTheServiceHasForgotten) {
     EXPECT_THAT(runUploads(), ElementsAre(2));
     EXPECT_EQ(service->methods("/v1/capture"), "POST POST POST POST"); // sign, refresh, sign, confirm
     expectInLibrary(*other);
-}
-
-TEST_F(UploadWeatherTest, isDoneWhenOnlyTheConfirmationsAnswerWasLost) {
-    const auto capture = makeCapture("confirmed unheard", 1000);
-    service->fault("POST", "/confirm", "swallowAnswer");
-    const QUuid id = enqueue(capture);
-    EXPECT_THAT(runUploads(), ElementsAre(2));
-    EXPECT_EQ(statusText(id), "In your library");
-    EXPECT_EQ(libraryCaptures(capture->name)[0].at("id"), ends.at(0).assetId.value_or(""));
-    EXPECT_EQ(service->requests("/confirm").size(), 1u);
-    expectInLibrary(*capture);
 }
 
 } // namespace
