@@ -43,7 +43,7 @@ TEST(RecordCommand, recordsAScreenThatNeverChangesAndItArrivesAtTheService) {
     ASSERT_EQ(ended.exitCode, 0) << ended.errors;
     const nlohmann::json json = ended.json();
     EXPECT_NEAR(json["durationMs"].get<double>(), 1500, 100);
-    EXPECT_EQ(json["pixelSize"], (nlohmann::json{{"width", 321}, {"height", 241}}));
+    EXPECT_EQ(json["pixelSize"], (nlohmann::json{{"width", 322}, {"height", 242}}));
     EXPECT_EQ(json["partial"], false);
     EXPECT_THAT(json["name"].get<std::string>(), HasSubstr("Capture "));
 
