@@ -29,8 +29,9 @@ public:
     static std::filesystem::path journalURL();
     static std::filesystem::path analyticsQueueURL();
 
-    /// Deletes what was created in the captures folder more than 7 days before `now`, except the paths in
-    /// `keeping`, however those are written. Entries without a readable creation date stay.
+    /// Deletes what was created in the captures folder, and last written, more than 7 days before `now`,
+    /// except the paths in `keeping`, however those are written. Entries without a readable creation date
+    /// stay.
     static void pruneOldFiles(const std::set<std::string> &keeping,
                               std::chrono::system_clock::time_point now = std::chrono::system_clock::now());
 };

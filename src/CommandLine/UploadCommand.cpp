@@ -96,13 +96,14 @@ Task<ExitCode> UploadCommand::upload(UploadArguments arguments, std::stop_token 
     m_run->resume(false, std::nullopt);
     for (const std::filesystem::path &file : arguments.files) {
         auto capture = co_await runBlocking([file] { return readCaptureFile(file); }, stop);
-        if (!capture)
-            co_return ExitCode::failed;
-        if (!*capture) {
-            fail(capture->error());
+        if (!capture) {
+            const auto *const sentence = std::get_if<std::string>(&capture.error());
+            if (!sentence)
+                co_return ExitCode::failed;
+            fail(*sentence);
             continue;
         }
-        const QUuid id = m_run->add(std::move(**capture), *project);
+        const QUuid id = m_run->add(std::move(*capture), *project);
         const bool isNew = m_asked.insert(id).second;
         // It may have been on its way already, and have arrived before the file was looked at.
         if (const UploadEnd *const end = m_run->endOf(id); end && isNew)

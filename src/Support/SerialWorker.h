@@ -28,7 +28,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<std::function<void()>> m_waiting;
-    bool m_closing = false;
+    bool m_isStopping = false;
     std::thread m_thread;
 };
 

@@ -23,7 +23,7 @@ void MovieSyncer::written(std::uint64_t end) {
 void MovieSyncer::stop() {
     {
         std::scoped_lock lock(m_mutex);
-        m_stopping = true;
+        m_isStopping = true;
     }
     m_wake.notify_one();
     if (m_thread.joinable())
@@ -33,8 +33,8 @@ void MovieSyncer::stop() {
 void MovieSyncer::run() {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_wake.wait(lock, [this] { return m_dirty || m_stopping; });
-        if (m_stopping)
+        m_wake.wait(lock, [this] { return m_dirty || m_isStopping; });
+        if (m_isStopping)
             return;
         m_dirty = false;
         const std::uint64_t end = m_end;
@@ -42,7 +42,7 @@ void MovieSyncer::run() {
         if (const auto done = synchronise(end); !done)
             m_failed(done.error());
         lock.lock();
-        m_wake.wait_for(lock, m_interval, [this] { return m_stopping; });
+        m_wake.wait_for(lock, m_interval, [this] { return m_isStopping; });
     }
 }
 

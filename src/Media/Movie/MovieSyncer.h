@@ -49,7 +49,7 @@ private:
     std::condition_variable m_wake;
     std::uint64_t m_end = 0;
     bool m_dirty = false;
-    bool m_stopping = false;
+    bool m_isStopping = false;
     std::thread m_thread;
 };
 

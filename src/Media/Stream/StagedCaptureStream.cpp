@@ -9,7 +9,6 @@
 #include "Support/Log.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <utility>
 
 #include <pthread.h>
@@ -37,40 +36,40 @@ StagedCaptureStream::~StagedCaptureStream() {
         m_thread.join();
 }
 
-Task<std::expected<void, PlatformError>> StagedCaptureStream::start(std::stop_token stop) {
+Task<std::expected<void, StreamStartFailure>> StagedCaptureStream::start(std::stop_token stop) {
     const Started started;
     m_thread = std::thread([this, started] { run(started); });
     auto result = co_await started.wait(stop);
     if (!result) {
+        m_isCancelled = true;
         this->stop();
-        co_return std::unexpected(PlatformError{"posix", ECANCELED, "The recording was cancelled"});
+        co_return std::unexpected(StreamStartFailure(Cancelled{}));
     }
-    co_return std::move(*result);
+    if (!*result)
+        co_return std::unexpected(StreamStartFailure(std::move(result->error())));
+    co_return std::expected<void, StreamStartFailure>();
 }
 
 void StagedCaptureStream::stop() {
     double never = 0;
     if (!m_stopTime.compare_exchange_strong(never, hostNow()))
         return;
-    m_stopping = true;
+    m_isStopping = true;
     m_source->interrupt();
 }
 
 void StagedCaptureStream::run(const Started &started) {
     ::pthread_setname_np(::pthread_self(), "capture");
     if (auto opened = open(); !opened) {
-        m_sound.reset();
-        m_encode.reset();
-        if (m_writer) {
-            m_writer.reset();
-            std::error_code ignored;
-            std::filesystem::remove(m_configuration.outputFile, ignored);
-        }
+        discard();
         started.resolve(std::unexpected(opened.error()));
         return;
     }
     started.resolve({});
-    if (auto captured = captureUntilStop(); !captured) {
+    auto captured = captureUntilStop();
+    if (m_isCancelled)
+        return discard();
+    if (!captured) {
         double never = 0;
         m_stopTime.compare_exchange_strong(never, hostNow());
         if (m_events.stoppedWithError)
@@ -124,7 +123,7 @@ std::expected<void, PlatformError> StagedCaptureStream::captureUntilStop() {
             if (auto captured = captureFrame(); !captured)
                 return captured;
         }
-        if (m_stopping) {
+        if (m_isStopping) {
             // What changed right before the stop still belongs to the recording.
             const auto last = m_source->wait(0, hostNow());
             return last && *last == FrameWait::changed ? captureFrame()
@@ -203,6 +202,14 @@ void StagedCaptureStream::begin(double hostTime) {
         m_sound->setEpoch(hostTime);
     if (m_events.firstFrame)
         m_events.firstFrame(hostTime);
+}
+
+void StagedCaptureStream::discard() {
+    m_sound.reset();
+    m_encode.reset();
+    if (m_writer)
+        m_writer->discard();
+    m_writer.reset();
 }
 
 void StagedCaptureStream::finish() {
