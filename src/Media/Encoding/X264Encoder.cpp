@@ -3,13 +3,16 @@
 
 #include "Media/Encoding/X264Encoder.h"
 
+#include "Media/Encoding/EncoderLoad.h"
 #include "Media/Encoding/H264Units.h"
 #include "Platform/ScreenError.h"
+#include "Support/HostTime.h"
 #include "Support/Log.h"
 
 #include <algorithm>
 #include <cstdarg>
 #include <cstdio>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -34,11 +37,17 @@ void logFromX264(void *, int level, const char *format, va_list arguments) {
 
 constexpr std::uint8_t h273Bt709 = 1;
 
-/// Large pictures are cut into slices that are encoded at the same time, which costs 3 % more in all, and
-/// with a little less care.
 constexpr int mostSlices = 4;
 
-x264_param_t parametersFor(PixelSize encoded) {
+/// A picture may be cut into slices that are encoded at the same time, which costs 3 % more in all and up to
+/// a tenth more bytes.
+int slicesHere() {
+    return std::clamp(int(std::thread::hardware_concurrency()), 1, mostSlices);
+}
+
+/// Whatever the number of slices, the movie's sample description is the same. Large pictures are encoded with
+/// a little less care.
+x264_param_t parametersFor(PixelSize encoded, int slices) {
     x264_param_t p;
     x264_param_default_preset(&p, "superfast", nullptr);
     p.i_width = encoded.width;
@@ -54,8 +63,8 @@ x264_param_t parametersFor(PixelSize encoded) {
     p.i_sync_lookahead = 0;
     p.rc.b_mb_tree = 0;
     const bool isLarge = X264Encoder::isLarge(encoded);
-    p.i_threads = isLarge ? std::clamp(int(std::thread::hardware_concurrency()), 1, mostSlices) : 1;
-    p.b_sliced_threads = p.i_threads > 1;
+    p.i_threads = slices;
+    p.b_sliced_threads = slices > 1;
     p.i_timebase_num = 1;
     p.i_timebase_den = X264Encoder::timeScale;
     p.i_fps_num = 60;
@@ -99,16 +108,50 @@ x264_param_t parametersFor(PixelSize encoded) {
     return p;
 }
 
+using EncoderPointer = std::unique_ptr<x264_t, CloseEncoder>;
+
+EncoderPointer openEncoder(PixelSize encoded, int slices) {
+    x264_param_t parameters = parametersFor(encoded, slices);
+    return EncoderPointer(x264_encoder_open(&parameters));
+}
+
 } // namespace
 
 struct X264Encoder::State {
-    std::unique_ptr<x264_t, CloseEncoder> encoder;
+    /// True when the next picture has to be a key frame, because another encoder begins.
+    bool chooseSlices(bool keyFrame);
+
+    EncoderPointer encoder;
+    int slices = 1;
+    /// Present while there is a choice.
+    std::optional<EncoderLoad> load;
     PixelSize encoded;
     std::vector<std::uint8_t> configuration;
     /// Must stay until the frame is really encoded, which is before `encode` returns.
     std::vector<std::uint8_t> hints;
     QuantizerControl quantizer;
 };
+
+bool X264Encoder::State::chooseSlices(bool keyFrame) {
+    if (!load)
+        return false;
+    int wanted = slices;
+    if (slices == 1 && load->needsSlices())
+        wanted = slicesHere();
+    else if (slices > 1 && keyFrame && load->canDoWithoutSlices())
+        wanted = 1;
+    if (wanted == slices)
+        return false;
+    EncoderPointer next = openEncoder(encoded, wanted);
+    if (!next) {
+        load.reset();
+        return false;
+    }
+    qCInfo(logCapture, "encoding in %d slices", wanted);
+    encoder = std::move(next);
+    slices = wanted;
+    return true;
+}
 
 X264Encoder::X264Encoder(std::unique_ptr<State> state) : m_state(std::move(state)) {}
 X264Encoder::~X264Encoder() = default;
@@ -125,8 +168,11 @@ std::expected<std::unique_ptr<X264Encoder>, PlatformError> X264Encoder::create(P
     auto state =
         std::make_unique<State>(State{.quantizer = QuantizerControl(blocks.columns() * blocks.rows())});
     state->encoded = {(picture.width + 1) / 2 * 2, (picture.height + 1) / 2 * 2};
-    x264_param_t parameters = parametersFor(state->encoded);
-    state->encoder.reset(x264_encoder_open(&parameters));
+    if (isLarge(state->encoded))
+        state->slices = slicesHere();
+    else if (slicesHere() > 1)
+        state->load.emplace(slicesHere());
+    state->encoder = openEncoder(state->encoded, state->slices);
     if (!state->encoder)
         return std::unexpected(
             screenError(ScreenErrorCode::encoderFailed, "The video encoder could not be started"));
@@ -153,6 +199,8 @@ std::expected<std::unique_ptr<X264Encoder>, PlatformError> X264Encoder::create(P
 std::expected<EncodedFrame, PlatformError> X264Encoder::encode(const Nv12Frame &frame,
                                                                const BlockMap &changed,
                                                                std::int64_t presentationTime, bool keyFrame) {
+    const double begin = hostNow();
+    keyFrame = m_state->chooseSlices(keyFrame) || keyFrame;
     auto &hints = m_state->hints;
     hints.resize(changed.marks().size());
     std::ranges::transform(changed.marks(), hints.begin(),
@@ -180,6 +228,8 @@ std::expected<EncodedFrame, PlatformError> X264Encoder::encode(const Nv12Frame &
         return std::unexpected(screenError(ScreenErrorCode::encoderFailed, "The video encoder failed"));
     m_state->quantizer.frameEncoded(double(presentationTime) / timeScale, changed.count(), std::size_t(size),
                                     encoded.b_keyframe != 0);
+    if (m_state->load)
+        m_state->load->frameEncoded(begin, hostNow());
     return EncodedFrame{std::span(units[0].p_payload, std::size_t(size)), encoded.i_pts,
                         encoded.b_keyframe != 0};
 }

@@ -94,8 +94,8 @@ void EncodeStage::hold(std::int64_t endTime) {
     const auto frame = m_encoder->encode(m_last->slot->frame, nothing, time, false);
     if (!frame)
         return;
-    const auto written =
-        m_movie.append(m_track, EncodedSample{.data = frame->data, .pts = time, .dts = time, .isKey = false});
+    const auto written = m_movie.append(
+        m_track, EncodedSample{.data = frame->data, .pts = time, .dts = time, .isKey = frame->isKeyFrame});
     if (written) {
         ++m_result.frames;
         m_result.lastPresentationTime = time;
