@@ -11,16 +11,14 @@ SerialWorker::~SerialWorker() {
         m_isStopping = true;
     }
     m_changed.notify_all();
-    if (m_thread.joinable())
-        m_thread.join();
 }
 
 void SerialWorker::post(std::function<void()> work) {
     {
         std::scoped_lock lock(m_mutex);
         m_waiting.push_back(std::move(work));
-        if (!m_thread.joinable())
-            m_thread = std::thread([this] { run(); });
+        if (!m_thread.isRunning())
+            m_thread = WorkerThread("serial worker", [this] { run(); });
     }
     m_changed.notify_one();
 }

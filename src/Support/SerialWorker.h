@@ -3,11 +3,12 @@
 
 #pragma once
 
+#include "Support/WorkerThread.h"
+
 #include <condition_variable>
 #include <deque>
 #include <functional>
 #include <mutex>
-#include <thread>
 
 namespace vantrell {
 
@@ -29,7 +30,7 @@ private:
     std::condition_variable m_changed;
     std::deque<std::function<void()>> m_waiting;
     bool m_isStopping = false;
-    std::thread m_thread;
+    WorkerThread m_thread;
 };
 
 } // namespace vantrell

@@ -18,10 +18,14 @@ public:
     /// now and then is no reason.
     bool needsSlices() const { return m_busyShare > tooBusy; }
 
+    /// One thread may soon not keep up: time to get the other encoder ready.
+    bool mayNeedSlices() const { return m_busyShare > busy; }
+
     /// Encoding in slices, there is so little to do that one thread would have time to spare.
     bool canDoWithoutSlices() const { return m_busyShare * m_slices < calm; }
 
 private:
+    static constexpr double busy = 0.8;
     static constexpr double tooBusy = 0.9;
     static constexpr double calm = 0.65;
 

@@ -8,8 +8,10 @@
 #include "Platform/ScreenError.h"
 #include "Support/HostTime.h"
 #include "Support/Log.h"
+#include "Support/WorkerThread.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <optional>
@@ -115,14 +117,69 @@ EncoderPointer openEncoder(PixelSize encoded, int slices) {
     return EncoderPointer(x264_encoder_open(&parameters));
 }
 
+x264_picture_t pictureOf(const Nv12Frame &frame, std::int64_t presentationTime) {
+    x264_picture_t picture;
+    x264_picture_init(&picture);
+    picture.i_pts = presentationTime;
+    picture.img.i_csp = X264_CSP_NV12;
+    picture.img.i_plane = 2;
+    // The encoder only reads the planes.
+    picture.img.plane[0] = const_cast<std::uint8_t *>(frame.luma());
+    picture.img.plane[1] = const_cast<std::uint8_t *>(frame.chroma());
+    picture.img.i_stride[0] = int(frame.stride());
+    picture.img.i_stride[1] = int(frame.stride());
+    return picture;
+}
+
+/// Encodes two grey pictures: the memory of a fresh encoder comes with the first ones, which then take
+/// several times as long as others.
+void warmUp(x264_t &encoder, PixelSize encoded) {
+    const Nv12Frame grey(encoded);
+    for (int i = 0; i < 2; ++i) {
+        x264_picture_t picture = pictureOf(grey, i);
+        picture.i_type = i == 0 ? X264_TYPE_IDR : X264_TYPE_P;
+        x264_nal_t *units = nullptr;
+        int count = 0;
+        x264_picture_t out;
+        x264_encoder_encode(&encoder, &units, &count, &picture, &out);
+    }
+}
+
+/// An encoder that is made ready on a thread of its own, while another one is busy.
+class PreparedEncoder {
+public:
+    PreparedEncoder(PixelSize encoded, int slices)
+        : m_thread("encoder warm-up", [this, encoded, slices] {
+              m_encoder = openEncoder(encoded, slices);
+              if (m_encoder)
+                  warmUp(*m_encoder, encoded);
+              m_isReady = true;
+          }) {}
+
+    bool isReady() const { return m_isReady; }
+    /// Null when it could not be opened.
+    EncoderPointer take() {
+        m_thread.join();
+        return std::move(m_encoder);
+    }
+
+private:
+    std::atomic<bool> m_isReady = false;
+    EncoderPointer m_encoder;
+    WorkerThread m_thread;
+};
+
 } // namespace
 
 struct X264Encoder::State {
     /// True when the next picture has to be a key frame, because another encoder begins.
     bool chooseSlices(bool keyFrame);
+    bool goOver(EncoderPointer next, int nextSlices);
 
     EncoderPointer encoder;
     int slices = 1;
+    /// The one with slices, while it may soon be needed.
+    std::unique_ptr<PreparedEncoder> prepared;
     /// Present while there is a choice.
     std::optional<EncoderLoad> load;
     PixelSize encoded;
@@ -135,21 +192,27 @@ struct X264Encoder::State {
 bool X264Encoder::State::chooseSlices(bool keyFrame) {
     if (!load)
         return false;
-    int wanted = slices;
-    if (slices == 1 && load->needsSlices())
-        wanted = slicesHere();
-    else if (slices > 1 && keyFrame && load->canDoWithoutSlices())
-        wanted = 1;
-    if (wanted == slices)
+    if (slices > 1)
+        return keyFrame && load->canDoWithoutSlices() && goOver(openEncoder(encoded, 1), 1);
+    if (load->canDoWithoutSlices())
+        prepared.reset();
+    else if (load->mayNeedSlices() && !prepared)
+        prepared = std::make_unique<PreparedEncoder>(encoded, slicesHere());
+    if (!load->needsSlices() || !prepared || !prepared->isReady())
         return false;
-    EncoderPointer next = openEncoder(encoded, wanted);
+    EncoderPointer next = prepared->take();
+    prepared.reset();
+    return goOver(std::move(next), slicesHere());
+}
+
+bool X264Encoder::State::goOver(EncoderPointer next, int nextSlices) {
     if (!next) {
         load.reset();
         return false;
     }
-    qCInfo(logCapture, "encoding in %d slices", wanted);
+    qCInfo(logCapture, "encoding in slices: %d", nextSlices);
     encoder = std::move(next);
-    slices = wanted;
+    slices = nextSlices;
     return true;
 }
 
@@ -206,18 +269,9 @@ std::expected<EncodedFrame, PlatformError> X264Encoder::encode(const Nv12Frame &
     std::ranges::transform(changed.marks(), hints.begin(),
                            [](std::uint8_t mark) { return std::uint8_t(mark ? 0 : X264_MBINFO_CONSTANT); });
 
-    x264_picture_t picture;
-    x264_picture_init(&picture);
+    x264_picture_t picture = pictureOf(frame, presentationTime);
     picture.i_qpplus1 = m_state->quantizer.quantizer(keyFrame) + 1;
     picture.i_type = keyFrame ? X264_TYPE_IDR : X264_TYPE_P;
-    picture.i_pts = presentationTime;
-    picture.img.i_csp = X264_CSP_NV12;
-    picture.img.i_plane = 2;
-    // The encoder only reads the planes.
-    picture.img.plane[0] = const_cast<std::uint8_t *>(frame.luma());
-    picture.img.plane[1] = const_cast<std::uint8_t *>(frame.chroma());
-    picture.img.i_stride[0] = int(frame.stride());
-    picture.img.i_stride[1] = int(frame.stride());
     picture.prop.mb_info = hints.data();
 
     x264_nal_t *units = nullptr;

@@ -9,7 +9,7 @@ MovieSyncer::MovieSyncer(const DiskFile &movie, MovieJournal &journal, std::file
                          std::chrono::milliseconds interval,
                          std::function<void(const PlatformError &)> failed)
     : m_movie(movie), m_journal(journal), m_folder(std::move(folder)), m_interval(interval),
-      m_failed(std::move(failed)), m_thread([this] { run(); }) {}
+      m_failed(std::move(failed)), m_thread("movie syncer", [this] { run(); }) {}
 
 void MovieSyncer::written(std::uint64_t end) {
     {
@@ -26,8 +26,7 @@ void MovieSyncer::stop() {
         m_isStopping = true;
     }
     m_wake.notify_one();
-    if (m_thread.joinable())
-        m_thread.join();
+    m_thread.join();
 }
 
 void MovieSyncer::run() {

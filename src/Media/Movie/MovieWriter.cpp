@@ -9,13 +9,13 @@
 #include "Media/Movie/MovieSyncer.h"
 #include "Support/DiskReserve.h"
 #include "Support/Log.h"
+#include "Support/WorkerThread.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <utility>
 
 #include <unistd.h>
@@ -51,7 +51,7 @@ struct MovieWriter::Implementation {
           journal(std::move(log)), reserve(moviePath.parent_path().empty() ? "." : moviePath.parent_path()),
           syncer(assembler.file(), journal, moviePath.parent_path(), options.syncInterval,
                  [this](const PlatformError &failure) { fail(failure); }),
-          thread([this] { run(); }) {}
+          thread("movie writer", [this] { run(); }) {}
 
     void run();
     void waitForWork(std::unique_lock<std::mutex> &lock);
@@ -86,7 +86,7 @@ struct MovieWriter::Implementation {
     bool isStopping = false;
 
     MovieSyncer syncer;
-    std::thread thread;
+    WorkerThread thread;
 };
 
 void MovieWriter::Implementation::run() {
@@ -218,8 +218,7 @@ void MovieWriter::Implementation::stopThreads() {
     }
     wake.notify_all();
     room.notify_all();
-    if (thread.joinable())
-        thread.join();
+    thread.join();
     syncer.stop();
 }
 

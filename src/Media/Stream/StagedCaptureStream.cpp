@@ -11,13 +11,11 @@
 #include <algorithm>
 #include <utility>
 
-#include <pthread.h>
-
 namespace vantrell {
 namespace {
 
-/// Enough for the encoder to be two frames late without a loss.
-constexpr int pictures = 4;
+/// Enough for the encoder to be four frames late without a loss.
+constexpr int pictures = 6;
 /// How soon a change is looked at again after one that did not show in the picture.
 constexpr double quietInterval = 0.004;
 
@@ -32,13 +30,11 @@ StagedCaptureStream::StagedCaptureStream(CaptureStreamConfiguration configuratio
 
 StagedCaptureStream::~StagedCaptureStream() {
     stop();
-    if (m_thread.joinable())
-        m_thread.join();
 }
 
 Task<std::expected<void, StreamStartFailure>> StagedCaptureStream::start(std::stop_token stop) {
     const Started started;
-    m_thread = std::thread([this, started] { run(started); });
+    m_thread = WorkerThread("capture", [this, started] { run(started); });
     auto result = co_await started.wait(stop);
     if (!result) {
         m_isCancelled = true;
@@ -59,7 +55,6 @@ void StagedCaptureStream::stop() {
 }
 
 void StagedCaptureStream::run(const Started &started) {
-    ::pthread_setname_np(::pthread_self(), "capture");
     if (auto opened = open(); !opened) {
         discard();
         started.resolve(std::unexpected(opened.error()));

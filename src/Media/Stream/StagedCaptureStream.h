@@ -14,12 +14,12 @@
 #include "Platform/CaptureStreamConfiguration.h"
 #include "Platform/FrameSource.h"
 #include "Support/OneShot.h"
+#include "Support/WorkerThread.h"
 
 #include <atomic>
 #include <memory>
 #include <optional>
 #include <span>
-#include <thread>
 
 namespace vantrell {
 
@@ -90,7 +90,7 @@ private:
     double m_notBefore = 0;
     std::int64_t m_droppedFrames = 0;
 
-    std::thread m_thread;
+    WorkerThread m_thread;
 };
 
 } // namespace vantrell
