@@ -70,6 +70,22 @@ std::filesystem::path CaptureStorage::sidecarURL(const QUuid &captureId, const s
     return directory() / (canonicalText(captureId) + "." + suffix);
 }
 
+std::filesystem::path CaptureStorage::thumbnailOf(const QUuid &captureId) {
+    return sidecarURL(captureId, "thumb.jpg");
+}
+
+std::filesystem::path CaptureStorage::sidecarOf(const QUuid &captureId) {
+    return sidecarURL(captureId, "sidecar.json");
+}
+
+std::filesystem::path CaptureStorage::thumbnailBeside(const std::filesystem::path &capture) {
+    return std::filesystem::path(capture).replace_extension(".jpg");
+}
+
+std::filesystem::path CaptureStorage::sidecarBeside(const std::filesystem::path &capture) {
+    return std::filesystem::path(capture).replace_extension(".json");
+}
+
 std::filesystem::path CaptureStorage::journalURL() {
     return applicationFolder() / "upload-journal.json";
 }

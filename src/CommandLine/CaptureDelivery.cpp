@@ -28,7 +28,7 @@ Task<std::expected<void, ExitCode>> CaptureDelivery::prepare(std::stop_token sto
             co_return std::unexpected(ExitCode::failed);
         }
     }
-    co_await runBlocking([] { pruneCaptures(); }, stop);
+    co_await runBlocking([] { pruneCaptures({}); }, stop);
     if (m_options.upload) {
         auto session = openSession(m_context);
         if (!session) {

@@ -7,6 +7,7 @@
 #include "CommandLine/UnixSignals.h"
 #include "CommandLine/UploadRun.h"
 #include "Session/CaptureFile.h"
+#include "Session/CapturePruning.h"
 #include "Support/BlockingWork.h"
 #include "Support/EventLoop.h"
 #include "Support/FilePath.h"
@@ -109,6 +110,7 @@ Task<ExitCode> UploadCommand::upload(UploadArguments arguments, std::stop_token 
         if (const UploadEnd *const end = m_run->endOf(id); end && isNew)
             report(*end);
     }
+    co_await runBlocking([files = arguments.files] { pruneCaptures(files); }, stop);
     co_return co_await finish(m_asked, stop);
 }
 
@@ -126,6 +128,7 @@ Task<ExitCode> UploadCommand::resume(std::stop_token stop) {
     std::set<QUuid> resumed = m_run->resume(true, *project);
     if (resumed.empty())
         m_context.reporter.note("Nothing is waiting to be uploaded");
+    co_await runBlocking([] { pruneCaptures({}); }, stop);
     co_return co_await finish(std::move(resumed), stop);
 }
 

@@ -11,6 +11,7 @@
 #include "Upload/UploadJournal.h"
 
 #include <cerrno>
+#include <expected>
 #include <set>
 #include <string>
 
@@ -33,7 +34,8 @@ std::expected<std::set<std::string>, std::string> pathsOfPendingUploads() {
 
 } // namespace
 
-void pruneCaptures(const std::vector<std::filesystem::path> &wanted) {
+void pruneCaptures(const std::vector<std::filesystem::path> &wanted,
+                   std::chrono::system_clock::time_point now) {
     auto keeping = pathsOfPendingUploads();
     if (!keeping) {
         qCCritical(logCapture, "old captures not removed, uploads unknown: %s", keeping.error().c_str());
@@ -43,7 +45,7 @@ void pruneCaptures(const std::vector<std::filesystem::path> &wanted) {
         keeping->insert(path.string());
     for (const std::filesystem::path &path : wanted)
         keeping->insert(std::filesystem::absolute(path).string());
-    CaptureStorage::pruneOldFiles(*keeping);
+    CaptureStorage::pruneOldFiles(*keeping, now);
 }
 
 } // namespace vantrell

@@ -65,8 +65,15 @@ protected:
         return runTask(std::move(stopping));
     }
 
-    std::vector<std::filesystem::path> abandoned() {
+    static std::vector<std::filesystem::path> abandoned() {
         return RecordingRecovery::abandoned(CaptureStorage::directory());
+    }
+
+    /// The engine is gone: what it leaves, once its workers have let go of it.
+    std::filesystem::path leftJournal() {
+        engine.reset();
+        EXPECT_TRUE(eventually([] { return abandoned().size() == 1; }));
+        return abandoned().at(0);
     }
 
     TemporaryFolder folder;
@@ -75,8 +82,7 @@ protected:
     ScriptedStreams streams;
     NullInputMonitor input{PlatformError{"test", 1, "no pointer here"}};
     std::map<std::filesystem::path, std::unique_ptr<MovieWriter>> writers;
-    std::unique_ptr<RecordingEngine> engine =
-        newEngine();
+    std::unique_ptr<RecordingEngine> engine = newEngine();
 };
 
 TEST_F(RecordingEngineTest, aMovieThatASlowDiskFinishesAfterTheTimeOutIsOffered) {
@@ -89,17 +95,14 @@ TEST_F(RecordingEngineTest, aMovieThatASlowDiskFinishesAfterTheTimeOutIsOffered)
     EXPECT_EQ(stopped.error().failure, Failure(CaptureError::encodeFailed));
     EXPECT_EQ(description(stopped.error()), "Saving the recording timed out");
     EXPECT_TRUE(stopped.error().isRecoverable);
-    engine.reset();
 
     // Not while it is still being written, and not forgotten for that.
-    const auto journals = abandoned();
-    ASSERT_EQ(journals.size(), 1U);
-    const auto early = RecordingRecovery::recover(journals.front(), clock.wallNow());
+    const std::filesystem::path journal = leftJournal();
+    const auto early = RecordingRecovery::recover(journal, clock.wallNow());
     ASSERT_FALSE(early);
     EXPECT_EQ(description(early.error()), "The recording is still being saved");
     finishMovie(movie);
-    ASSERT_EQ(abandoned(), journals);
-    const auto capture = RecordingRecovery::recover(journals.front(), clock.wallNow());
+    const auto capture = RecordingRecovery::recover(journal, clock.wallNow());
     ASSERT_TRUE(capture && *capture);
     EXPECT_EQ((*capture)->fileURL, movie);
     EXPECT_EQ((*capture)->durationMs, 1000);
@@ -120,11 +123,8 @@ TEST_F(RecordingEngineTest, aLastPartThatIsNotSavedInTimeIsOfferedBesideTheParti
     EXPECT_TRUE(stopped->isRestRecoverable);
     EXPECT_TRUE(stopped->capture.name.ends_with(" (partial)")) << stopped->capture.name;
     RecordingRecovery::forget(stopped->journal);
-    engine.reset();
     finishMovie(last);
-    const auto journals = abandoned();
-    ASSERT_EQ(journals.size(), 1U);
-    const auto rest = RecordingRecovery::recover(journals.front(), clock.wallNow());
+    const auto rest = RecordingRecovery::recover(leftJournal(), clock.wallNow());
     ASSERT_TRUE(rest && *rest);
     EXPECT_EQ((*rest)->fileURL, last);
 }

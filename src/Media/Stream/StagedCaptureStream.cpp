@@ -34,6 +34,9 @@ StagedCaptureStream::~StagedCaptureStream() {
 
 Task<std::expected<void, StreamStartFailure>> StagedCaptureStream::start(std::stop_token stop) {
     const Started started;
+    // Here and not on the capture thread, which may outlive the sound's backend when nobody waits for it.
+    if (m_makeSound)
+        m_sound = m_makeSound(m_configuration, m_events.microphoneSamples);
     m_thread = WorkerThread("capture", [this, started] { run(started); });
     auto result = co_await started.wait(stop);
     if (!result) {
@@ -102,8 +105,6 @@ std::expected<void, PlatformError> StagedCaptureStream::open() {
             m_encoderFailed = true;
             m_source->interrupt();
         });
-    if (m_makeSound)
-        m_sound = m_makeSound(m_configuration, m_events.microphoneSamples);
     if (m_sound)
         m_sound->begin(*m_writer);
     return {};

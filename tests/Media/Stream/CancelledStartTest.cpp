@@ -25,7 +25,9 @@ public:
     std::expected<FrameWait, PlatformError> wait(double, std::optional<double>) override {
         return std::exchange(m_isShown, true) ? FrameWait::interrupted : FrameWait::changed;
     }
-    std::expected<FrameUpdate, PlatformError> fetch() override { return FrameUpdate{1, m_patches}; }
+    std::expected<FrameUpdate, PlatformError> fetch() override {
+        return FrameUpdate{.hostTime = 1, .size = size(), .content = std::span<const FramePatch>(m_patches)};
+    }
     void interrupt() override {}
 
     std::binary_semaphore isOpening{0};
