@@ -49,7 +49,7 @@ int recordOwn(const std::filesystem::path &movie, PixelSize screen, bool showsCu
     StagedStreamFactory streams;
     const auto stream = streams.makeStream(*chosen->source, configuration, events);
     if (const auto started = QCoro::waitFor(stream->start({})); !started) {
-        std::fprintf(stderr, "%s\n", started.error().message.c_str());
+        std::fprintf(stderr, "%s\n", std::get<PlatformError>(started.error()).message.c_str());
         return 1;
     }
     int signal = 0;

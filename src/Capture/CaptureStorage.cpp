@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -35,13 +36,19 @@ std::string canonicalText(const QUuid &id) {
     return id.toString(QUuid::WithoutBraces).toUpper().toStdString();
 }
 
-std::optional<std::chrono::system_clock::time_point> creationDate(const std::filesystem::path &path) {
+std::chrono::system_clock::time_point timePoint(const struct statx_timestamp &time) {
+    return std::chrono::system_clock::time_point(std::chrono::seconds(time.tv_sec) +
+                                                 std::chrono::microseconds(time.tv_nsec / 1000));
+}
+
+/// A recording that was recovered late is new in spite of its creation date.
+std::optional<std::chrono::system_clock::time_point> lastChange(const std::filesystem::path &path) {
     struct statx info{};
-    if (::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BTIME, &info) != 0 ||
-        !(info.stx_mask & STATX_BTIME))
+    constexpr unsigned times = STATX_BTIME | STATX_MTIME;
+    if (::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, times, &info) != 0 ||
+        (info.stx_mask & times) != times)
         return std::nullopt;
-    return std::chrono::system_clock::time_point(std::chrono::seconds(info.stx_btime.tv_sec) +
-                                                 std::chrono::microseconds(info.stx_btime.tv_nsec / 1000));
+    return std::max(timePoint(info.stx_btime), timePoint(info.stx_mtime));
 }
 
 } // namespace
@@ -61,6 +68,22 @@ std::filesystem::path CaptureStorage::newFileURL(const std::string &ext) {
 
 std::filesystem::path CaptureStorage::sidecarURL(const QUuid &captureId, const std::string &suffix) {
     return directory() / (canonicalText(captureId) + "." + suffix);
+}
+
+std::filesystem::path CaptureStorage::thumbnailOf(const QUuid &captureId) {
+    return sidecarURL(captureId, "thumb.jpg");
+}
+
+std::filesystem::path CaptureStorage::sidecarOf(const QUuid &captureId) {
+    return sidecarURL(captureId, "sidecar.json");
+}
+
+std::filesystem::path CaptureStorage::thumbnailBeside(const std::filesystem::path &capture) {
+    return std::filesystem::path(capture).replace_extension(".jpg");
+}
+
+std::filesystem::path CaptureStorage::sidecarBeside(const std::filesystem::path &capture) {
+    return std::filesystem::path(capture).replace_extension(".json");
 }
 
 std::filesystem::path CaptureStorage::journalURL() {
@@ -89,8 +112,8 @@ void CaptureStorage::pruneOldFiles(const std::set<std::string> &keeping,
     for (const std::filesystem::path &entry : entries) {
         if (keeping.contains(entry.string()) || kept.contains(realPath(entry)))
             continue;
-        const auto created = creationDate(entry);
-        if (created && *created < now - captureLifetime)
+        const auto changed = lastChange(entry);
+        if (changed && *changed < now - captureLifetime)
             std::filesystem::remove_all(entry, failed);
     }
 }

@@ -26,11 +26,19 @@ public:
     /// A side file of a capture: "thumb.jpg", "sidecar.json".
     static std::filesystem::path sidecarURL(const QUuid &captureId, const std::string &suffix);
 
+    /// The side files that an upload keeps of its capture.
+    static std::filesystem::path thumbnailOf(const QUuid &captureId);
+    static std::filesystem::path sidecarOf(const QUuid &captureId);
+    /// The side files that lie with a capture, wherever that is, under its base name.
+    static std::filesystem::path thumbnailBeside(const std::filesystem::path &capture);
+    static std::filesystem::path sidecarBeside(const std::filesystem::path &capture);
+
     static std::filesystem::path journalURL();
     static std::filesystem::path analyticsQueueURL();
 
-    /// Deletes what was created in the captures folder more than 7 days before `now`, except the paths in
-    /// `keeping`, however those are written. Entries without a readable creation date stay.
+    /// Deletes what was created in the captures folder, and last written, more than 7 days before `now`,
+    /// except the paths in `keeping`, however those are written. Entries without a readable creation date
+    /// stay.
     static void pruneOldFiles(const std::set<std::string> &keeping,
                               std::chrono::system_clock::time_point now = std::chrono::system_clock::now());
 };

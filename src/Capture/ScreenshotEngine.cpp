@@ -43,10 +43,9 @@ Task<ScreenshotEngine::Result> packaged(StillCapture::Result still, CaptureTarge
         },
         stop);
     if (!done)
-        co_return std::unexpected(ScreenshotError(Cancelled{}));
-    if (!*done)
-        co_return std::unexpected(ScreenshotError(done->error()));
-    co_return **done;
+        co_return std::unexpected(
+            std::visit([](const auto &error) { return ScreenshotError(error); }, done.error()));
+    co_return *done;
 }
 
 } // namespace

@@ -6,6 +6,7 @@
 #include "Capture/CaptureStorage.h"
 #include "CommandLine/OpenSession.h"
 #include "Recording/RecordingRecovery.h"
+#include "Session/CapturePruning.h"
 #include "Support/BlockingWork.h"
 #include "Support/EventLoop.h"
 
@@ -27,6 +28,7 @@ Task<std::expected<void, ExitCode>> CaptureDelivery::prepare(std::stop_token sto
             co_return std::unexpected(ExitCode::failed);
         }
     }
+    co_await runBlocking([] { pruneCaptures({}); }, stop);
     if (m_options.upload) {
         auto session = openSession(m_context);
         if (!session) {
@@ -62,20 +64,17 @@ Task<ExitCode> CaptureDelivery::deliver(CaptureResult capture, bool isPartial, n
             return done;
         },
         stop);
-    if (!saved)
-        co_return ExitCode::failed;
-    if (!*saved) {
-        m_context.reporter.failure(saved->error().description());
+    if (!saved) {
+        if (const auto *const error = std::get_if<PlatformError>(&saved.error()))
+            m_context.reporter.failure(error->description());
         co_return ExitCode::failed;
     }
-    if (onSaved)
-        onSaved();
-    nlohmann::json json = (*saved)->json(capture, isPartial);
+    nlohmann::json json = saved->json(capture, isPartial);
     json.update(more);
-    std::string text = (*saved)->file.string();
+    std::string text = saved->file.string();
     ExitCode code = ExitCode::success;
     if (m_session) {
-        const auto asset = co_await upload(capture, **saved, stop);
+        const auto asset = co_await upload(capture, *saved, stop);
         if (asset) {
             json["assetId"] = *asset;
             text += " is uploaded as " + *asset;

@@ -16,7 +16,6 @@
 
 #include <expected>
 #include <filesystem>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -36,9 +35,6 @@ public:
     };
 
     CaptureDelivery(Options options, CommandContext context);
-
-    /// Called when the capture is safe in its place, before it is uploaded. May be empty.
-    std::function<void()> onSaved;
 
     /// Looks before anything is captured, so that an unwritable folder, a wrong address or a missing
     /// connection costs no work.

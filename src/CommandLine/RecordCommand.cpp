@@ -32,6 +32,8 @@ public:
 private:
     Task<std::expected<CaptureBackend::Chosen, Failure>> prepare(std::stop_token stop);
     Task<std::expected<void, PlatformError>> checkMicrophone(std::stop_token stop);
+    Task<> startEngine(std::stop_token stop);
+    Task<ExitCode> save(std::optional<Failure> endedBecause, std::stop_token stop);
     void onSignal(int signal);
     Task<> togglePause(std::stop_token stop);
     Task<> stopAfter(double seconds, std::stop_token stop);
@@ -46,11 +48,14 @@ private:
     Platform m_platform = m_context.loadPlatform(m_context.clock);
     CaptureDelivery m_delivery;
     std::unique_ptr<RecordingEngine> m_engine;
+    OneShot<std::expected<void, Failure>> m_started;
     /// Resolved with the failure that ended the recording, or with nothing when it was asked to end.
     OneShot<std::optional<Failure>> m_ended;
     /// Pauses and resumes run one after another.
     bool m_isTogglingPause = false;
     OneShot<bool> m_toggled;
+    /// The start alone, which a signal cancels.
+    TaskScope m_startScope;
     TaskScope m_scope;
 };
 
@@ -92,11 +97,22 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     const RecordingPorts ports{*m_platform.streams, chosen->source, *m_platform.input, m_context.clock};
     m_engine = std::make_unique<RecordingEngine>(ports, std::move(options));
     m_engine->onStreamDeath = [this](Failure failure) {
-        qCWarning(logCapture, "stream died mid-recording: %s", description(failure).c_str());
+        qCCritical(logCapture, "stream died mid-recording: %s", description(failure).c_str());
         m_ended.resolve(std::move(failure));
     };
-    if (const auto started = co_await m_engine->start(stop); !started)
-        co_return fail(description(started.error()));
+    const auto cancelled = [this] {
+        return fail("Cancelled before anything was recorded", ExitCode::nothingRecorded);
+    };
+    if (m_ended.settled())
+        co_return cancelled();
+    m_startScope.start(this, &RecordRun::startEngine);
+    const auto started = co_await m_started.wait(stop);
+    if (!started || (!*started && std::holds_alternative<Cancelled>(started->error())))
+        co_return cancelled();
+    if (!*started) {
+        qCCritical(logCapture, "record start failed: %s", description(started->error()).c_str());
+        co_return fail(description(started->error()));
+    }
 
     m_context.reporter.note("Recording: Ctrl-C stops");
     if (m_arguments.seconds)
@@ -104,21 +120,39 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     const auto ended = co_await m_ended.wait(stop);
     if (m_isTogglingPause)
         co_await m_toggled.wait(stop);
+    co_return co_await save(ended ? *ended : std::nullopt, stop);
+}
 
+Task<> RecordRun::startEngine(std::stop_token stop) {
+    auto started = co_await m_engine->start(stop);
+    m_started.resolve(std::move(started));
+}
+
+Task<ExitCode> RecordRun::save(std::optional<Failure> endedBecause, std::stop_token stop) {
     auto outcome = co_await m_engine->stop(stop);
-    if (!outcome)
-        co_return fail(description(ended && *ended ? **ended : outcome.error()), ExitCode::nothingRecorded);
+    if (!outcome) {
+        qCCritical(logCapture, "record stop failed: %s", description(outcome.error()).c_str());
+        std::string sentence = endedBecause ? description(*endedBecause) : description(outcome.error());
+        if (!outcome.error().isRecoverable)
+            co_return fail(sentence, ExitCode::nothingRecorded);
+        co_return fail(sentence + ". What was recorded is kept: vantrell-capture recover saves it");
+    }
     nlohmann::json more{{"droppedFrames", outcome->droppedFrames}};
     if (outcome->soundProblem) {
         more["soundProblem"] = outcome->soundProblem->description();
         m_context.reporter.note("Recorded without sound: " + outcome->soundProblem->description());
     }
-    if (ended && *ended) {
+    if (endedBecause) {
         // What was recorded up to here is delivered all the same.
-        more["endedBecause"] = description(**ended);
-        m_context.reporter.note(description(**ended));
+        more["endedBecause"] = description(*endedBecause);
+        m_context.reporter.note(description(*endedBecause));
     }
-    m_delivery.onSaved = [journal = outcome->journal] { RecordingJournal::remove(journal); };
+    if (outcome->isPartial)
+        qCCritical(logCapture, "recording salvaged partially, final segment lost");
+    if (outcome->isRestRecoverable) {
+        more["restRecoverable"] = true;
+        m_context.reporter.note("The last part is missing but kept: vantrell-capture recover saves it");
+    }
     co_return co_await m_delivery.deliver(std::move(outcome->capture), outcome->isPartial, std::move(more),
                                           outcome->journal, stop);
 }
@@ -128,6 +162,8 @@ void RecordRun::onSignal(int signal) {
         m_scope.start(this, &RecordRun::togglePause);
     else if (!m_ended.resolve(std::nullopt))
         m_delivery.interrupt();
+    else if (m_engine && !m_engine->startedAt())
+        m_startScope.cancel();
 }
 
 Task<> RecordRun::togglePause(std::stop_token stop) {
@@ -141,8 +177,11 @@ Task<> RecordRun::togglePause(std::stop_token stop) {
     m_toggled.resolve(true);
     if (toggled)
         m_context.reporter.note(resumes ? "Recording" : "Paused");
-    else
+    else {
+        qCCritical(logCapture, "%s failed: %s", resumes ? "resume" : "pause",
+                   description(toggled.error()).c_str());
         m_ended.resolve(toggled.error());
+    }
 }
 
 Task<> RecordRun::stopAfter(double seconds, std::stop_token stop) {

@@ -25,17 +25,17 @@ Task<ExitCode> runRecover(RecoverArguments, CommandContext context, std::stop_to
     for (const std::filesystem::path &what : *found) {
         auto recovered = co_await runBlocking(
             [what, now = context.clock.wallNow()] { return RecordingRecovery::recover(what, now); }, stop);
-        if (!recovered)
+        if (!recovered && std::holds_alternative<Cancelled>(recovered.error()))
             co_return ExitCode::failed;
-        if (!*recovered) {
-            context.reporter.failure(description(recovered->error()));
+        if (!recovered) {
+            context.reporter.failure(description(recovered.error()));
             code = ExitCode::failed;
             continue;
         }
-        if (!**recovered)
+        if (!*recovered)
             continue;
         isAnyRecovered = true;
-        const ExitCode delivered = co_await delivery.deliver(std::move(***recovered), false,
+        const ExitCode delivered = co_await delivery.deliver(std::move(**recovered), false,
                                                              nlohmann::json{{"recovered", true}}, what, stop);
         if (delivered != ExitCode::success)
             code = delivered;

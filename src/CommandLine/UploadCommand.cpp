@@ -7,6 +7,7 @@
 #include "CommandLine/UnixSignals.h"
 #include "CommandLine/UploadRun.h"
 #include "Session/CaptureFile.h"
+#include "Session/CapturePruning.h"
 #include "Support/BlockingWork.h"
 #include "Support/EventLoop.h"
 #include "Support/FilePath.h"
@@ -96,18 +97,20 @@ Task<ExitCode> UploadCommand::upload(UploadArguments arguments, std::stop_token 
     m_run->resume(false, std::nullopt);
     for (const std::filesystem::path &file : arguments.files) {
         auto capture = co_await runBlocking([file] { return readCaptureFile(file); }, stop);
-        if (!capture)
-            co_return ExitCode::failed;
-        if (!*capture) {
-            fail(capture->error());
+        if (!capture) {
+            const auto *const sentence = std::get_if<std::string>(&capture.error());
+            if (!sentence)
+                co_return ExitCode::failed;
+            fail(*sentence);
             continue;
         }
-        const QUuid id = m_run->add(std::move(**capture), *project);
+        const QUuid id = m_run->add(std::move(*capture), *project);
         const bool isNew = m_asked.insert(id).second;
         // It may have been on its way already, and have arrived before the file was looked at.
         if (const UploadEnd *const end = m_run->endOf(id); end && isNew)
             report(*end);
     }
+    co_await runBlocking([files = arguments.files] { pruneCaptures(files); }, stop);
     co_return co_await finish(m_asked, stop);
 }
 
@@ -125,6 +128,7 @@ Task<ExitCode> UploadCommand::resume(std::stop_token stop) {
     std::set<QUuid> resumed = m_run->resume(true, *project);
     if (resumed.empty())
         m_context.reporter.note("Nothing is waiting to be uploaded");
+    co_await runBlocking([] { pruneCaptures({}); }, stop);
     co_return co_await finish(std::move(resumed), stop);
 }
 

@@ -23,7 +23,7 @@ CURLM *makeMulti() {
 } // namespace
 
 HttpEngine::HttpEngine(std::optional<std::filesystem::path> authorities)
-    : m_authorities(std::move(authorities)), m_multi(makeMulti()), m_thread([this] { run(); }) {}
+    : m_authorities(std::move(authorities)), m_multi(makeMulti()), m_thread("http", [this] { run(); }) {}
 
 HttpEngine::~HttpEngine() {
     shutDown();
@@ -33,7 +33,7 @@ HttpEngine::~HttpEngine() {
 void HttpEngine::start(std::shared_ptr<HttpTransfer> transfer) {
     {
         std::scoped_lock lock(m_mutex);
-        if (!m_quit)
+        if (!m_isStopping)
             m_toStart.push_back(transfer);
         else
             transfer->done().resolve(std::unexpected(TransportError::cancelled()));
@@ -52,15 +52,13 @@ void HttpEngine::abandon(std::shared_ptr<HttpTransfer> transfer) {
 void HttpEngine::shutDown() {
     {
         std::scoped_lock lock(m_mutex);
-        m_quit = true;
+        m_isStopping = true;
     }
     curl_multi_wakeup(m_multi);
-    if (m_thread.joinable())
-        m_thread.join();
+    m_thread.join();
 }
 
 void HttpEngine::run() {
-    pthread_setname_np(pthread_self(), "http");
     // TLS writes to a socket that the peer has closed; the signal would end the process.
     sigset_t pipe;
     sigemptyset(&pipe);
@@ -82,13 +80,13 @@ bool HttpEngine::takeOrders() {
     std::unique_lock lock(m_mutex);
     const auto toStart = std::exchange(m_toStart, {});
     const auto toAbandon = std::exchange(m_toAbandon, {});
-    const bool quit = m_quit;
+    const bool isStopping = m_isStopping;
     lock.unlock();
     for (const auto &transfer : toStart)
         add(transfer);
     for (const auto &transfer : toAbandon)
         drop(transfer);
-    return !quit;
+    return !isStopping;
 }
 
 void HttpEngine::add(const std::shared_ptr<HttpTransfer> &transfer) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Http/SocketTable.h"
+#include "Support/WorkerThread.h"
 
 #include <curl/curl.h>
 
@@ -11,7 +12,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <unordered_map>
 #include <vector>
 
@@ -52,8 +52,8 @@ private:
     std::mutex m_mutex;
     std::vector<std::shared_ptr<HttpTransfer>> m_toStart;
     std::vector<std::shared_ptr<HttpTransfer>> m_toAbandon;
-    bool m_quit = false;
-    std::jthread m_thread;
+    bool m_isStopping = false;
+    WorkerThread m_thread;
 };
 
 } // namespace vantrell

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Support/Cancelled.h"
 #include "Support/Geometry.h"
 #include "Support/PlatformError.h"
 #include "Support/Task.h"
@@ -13,6 +14,7 @@
 #include <optional>
 #include <span>
 #include <stop_token>
+#include <variant>
 
 namespace vantrell {
 
@@ -43,6 +45,9 @@ struct CaptureStreamEvents {
     std::function<void(PlatformError error)> recordingFailed;
 };
 
+/// Why a stream does not run: Cancelled when the wait for its start was, which is no failure.
+using StreamStartFailure = std::variant<PlatformError, Cancelled>;
+
 /// One recording stretch: frames and audio in, one movie file out. Main thread. Destroying it stops it and
 /// blocks until its threads have ended.
 class CaptureStream {
@@ -50,8 +55,8 @@ public:
     virtual ~CaptureStream() = default;
 
     /// Opens source, encoder and file; done when capturing has begun. After a failure no file is left and no
-    /// event comes. Once.
-    virtual Task<std::expected<void, PlatformError>> start(std::stop_token stop) = 0;
+    /// event of an end comes; after a cancelled start no file is left once the stream is destroyed. Once.
+    virtual Task<std::expected<void, StreamStartFailure>> start(std::stop_token stop) = 0;
 
     /// The picture's size, known once it has started.
     virtual PixelSize pictureSize() const = 0;

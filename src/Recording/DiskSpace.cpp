@@ -19,7 +19,7 @@ std::expected<void, RecordingError> checkFreeDiskSpace(const std::filesystem::pa
         return {};
     if (isEnoughToRecord(std::uint64_t(disk.f_bavail) * disk.f_frsize))
         return {};
-    qCInfo(logCapture, "record start refused: low disk space");
+    qCCritical(logCapture, "record start refused: low disk space");
     return std::unexpected(RecordingError::lowDiskSpace);
 }
 

@@ -9,6 +9,7 @@
 #include "Support/PlatformError.h"
 
 #include <string>
+#include <utility>
 #include <variant>
 
 namespace vantrell {
@@ -16,6 +17,12 @@ namespace vantrell {
 /// Whatever can go wrong while something is recorded; Cancelled is among the alternatives but is no failure
 /// to show or to log.
 using Failure = std::variant<PlatformError, CaptureError, RecordingError, Cancelled>;
+
+/// A narrower choice of the same.
+template <typename... Errors>
+Failure asFailure(std::variant<Errors...> error) {
+    return std::visit([](auto &&one) { return Failure(std::move(one)); }, std::move(error));
+}
 
 /// The sentence for the user; empty for Cancelled.
 std::string description(const Failure &failure);

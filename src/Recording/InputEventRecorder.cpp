@@ -34,7 +34,7 @@ void InputEventRecorder::start() {
     m_lastSampleTime = 0;
     const auto started = m_monitor.start([this](const PointerEvent &event) { handle(event); });
     if (!started)
-        qCWarning(logCapture, "input events not recorded: %s", started.error().message.c_str());
+        qCCritical(logCapture, "input events not recorded: %s", started.error().message.c_str());
     else
         samplePointer(m_clock.hostNow());
 }

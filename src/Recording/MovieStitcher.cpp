@@ -29,10 +29,8 @@ MovieStitcher::stitch(std::vector<std::filesystem::path> sources, std::stop_toke
     // The worker gets the token too: a join that nobody waits for stops and removes what it wrote.
     const auto joined =
         co_await runBlocking([sources, output, stop] { return joinMovies(sources, output, stop); }, stop);
-    if (!joined)
-        co_return std::unexpected(Failure(Cancelled{}));
-    if (!*joined) {
-        const Failure failure = joinFailure(joined->error());
+    if (!joined) {
+        const Failure failure = joinFailure(joined.error());
         if (!std::holds_alternative<Cancelled>(failure))
             qCCritical(logCapture, "join failed: %s", description(failure).c_str());
         co_return std::unexpected(failure);
@@ -42,9 +40,9 @@ MovieStitcher::stitch(std::vector<std::filesystem::path> sources, std::stop_toke
 
 Task<std::optional<QImage>> MovieStitcher::posterFrame(std::filesystem::path movie, std::stop_token stop) {
     const auto poster = co_await runBlocking([movie] { return decodePosterFrame(movie); }, stop);
-    if (!poster || !*poster)
+    if (!poster)
         co_return std::nullopt;
-    co_return std::optional<QImage>(**poster);
+    co_return std::optional<QImage>(*poster);
 }
 
 } // namespace vantrell

@@ -115,7 +115,7 @@ Task<std::expected<void, Failure>> RecordingEngine::openSegment(std::stop_token 
     auto started =
         co_await segment->start(&m_ports.streams, m_ports.source.get(), std::move(configuration), stop);
     if (!started)
-        co_return std::unexpected(Failure(std::move(started.error())));
+        co_return std::unexpected(std::move(started.error()));
     m_current = segment;
     m_picture = segment->pictureSize();
     co_return std::expected<void, Failure>();
@@ -123,6 +123,17 @@ Task<std::expected<void, Failure>> RecordingEngine::openSegment(std::stop_token 
 
 Task<std::expected<void, Failure>> RecordingEngine::finalize(std::shared_ptr<StreamSegment> segment,
                                                              std::stop_token stop) {
+    auto finalized = co_await finish(segment, stop);
+    if (finalized || std::holds_alternative<Cancelled>(finalized.error()))
+        co_return finalized;
+    m_lossCause = finalized.error();
+    if (segment->hasFrames())
+        m_lost.push_back({segment->fileURL(), segment->anchorHostTime(), 0});
+    co_return finalized;
+}
+
+Task<std::expected<void, Failure>> RecordingEngine::finish(std::shared_ptr<StreamSegment> segment,
+                                                           std::stop_token stop) {
     auto summary = co_await segment->finish(stop);
     if (!summary)
         co_return std::unexpected(std::move(summary.error()));
@@ -132,10 +143,8 @@ Task<std::expected<void, Failure>> RecordingEngine::finalize(std::shared_ptr<Str
     const auto facts =
         co_await runBlocking([file = segment->fileURL()] { return readMovieFacts(file); }, stop);
     if (!facts)
-        co_return std::unexpected(Failure(Cancelled{}));
-    if (!*facts)
-        co_return std::unexpected(Failure(facts->error()));
-    m_finished.push_back({segment->fileURL(), segment->anchorHostTime(), (*facts)->durationMs});
+        co_return std::unexpected(asFailure(facts.error()));
+    m_finished.push_back({segment->fileURL(), segment->anchorHostTime(), facts->durationMs});
     co_return std::expected<void, Failure>();
 }
 
@@ -152,49 +161,55 @@ std::vector<RecordedSegment> RecordingEngine::usableSegments() {
     return kept;
 }
 
-Task<std::expected<RecordingStopOutcome, Failure>> RecordingEngine::stop(std::stop_token stop) {
+Task<std::expected<RecordingStopOutcome, RecordingStopFailure>> RecordingEngine::stop(std::stop_token stop) {
     const std::vector<RawEvent> events = m_eventRecorder.stop();
-    RecordingStopOutcome outcome;
     if (m_current) {
         const auto finalized = co_await finalize(std::exchange(m_current, nullptr), stop);
-        if (!finalized) {
-            if (std::holds_alternative<Cancelled>(finalized.error()))
-                co_return std::unexpected(finalized.error());
+        if (!finalized && std::holds_alternative<Cancelled>(finalized.error()))
+            co_return std::unexpected(RecordingStopFailure{finalized.error(), {}, true});
+        if (!finalized)
             qCCritical(logCapture, "final segment lost, salvaging earlier segments: %s",
                        description(finalized.error()).c_str());
-            outcome.isPartial = true;
-        }
     }
     m_finished = usableSegments();
     if (m_finished.empty() || !m_startedAt) {
-        if (m_journal)
-            m_journal->discard();
-        co_return std::unexpected(Failure(CaptureError::encodeFailed));
+        RecordingStopFailure nothing{CaptureError::encodeFailed, m_lossCause, !m_lost.empty()};
+        co_return std::unexpected(co_await giveUp(std::move(nothing), stop));
     }
 
-    auto movie = co_await joinedMovie(stop);
+    auto capture = co_await package(events, stop);
+    if (!capture)
+        co_return std::unexpected(co_await giveUp({std::move(capture.error()), {}, true}, stop));
+    RecordingStopOutcome outcome;
+    outcome.capture = std::move(*capture);
+    outcome.isPartial = m_lossCause.has_value();
+    outcome.isRestRecoverable = co_await keepLostSegments(events, stop);
+    outcome.journal = m_journal->path();
+    if (!co_await m_journal->close(stop))
+        co_return std::unexpected(RecordingStopFailure{Cancelled{}, {}, true});
+    outcome.droppedFrames = m_droppedFrames;
+    outcome.soundProblem = m_soundProblem;
+    co_return outcome;
+}
+
+/// Joins the segments and describes the result.
+Task<std::expected<CaptureResult, Failure>> RecordingEngine::package(std::vector<RawEvent> events,
+                                                                     std::stop_token stop) {
+    const auto movie = co_await joinedMovie(stop);
     if (!movie)
-        co_return std::unexpected(std::move(movie.error()));
+        co_return std::unexpected(movie.error());
     m_journal->setMovie(*movie);
     FinishedRecording recording{*movie,
                                 m_options,
                                 *m_startedAt,
-                                events,
+                                std::move(events),
                                 m_finished,
                                 m_ports.clock.wallNow(),
-                                outcome.isPartial ? " (partial)" : ""};
+                                m_lossCause ? " (partial)" : ""};
     auto capture = co_await runBlocking([recording] { return describeRecording(recording); }, stop);
     if (!capture)
-        co_return std::unexpected(Failure(Cancelled{}));
-    if (!*capture)
-        co_return std::unexpected(Failure(capture->error()));
-    outcome.capture = std::move(**capture);
-    outcome.journal = m_journal->path();
-    if (!co_await m_journal->close(stop))
-        co_return std::unexpected(Failure(Cancelled{}));
-    outcome.droppedFrames = m_droppedFrames;
-    outcome.soundProblem = m_soundProblem;
-    co_return outcome;
+        co_return std::unexpected(asFailure(std::move(capture.error())));
+    co_return std::move(*capture);
 }
 
 Task<std::expected<std::filesystem::path, Failure>> RecordingEngine::joinedMovie(std::stop_token stop) {
@@ -204,6 +219,33 @@ Task<std::expected<std::filesystem::path, Failure>> RecordingEngine::joinedMovie
     for (const RecordedSegment &segment : m_finished)
         files.push_back(segment.fileURL);
     co_return co_await MovieStitcher::stitch(std::move(files), stop);
+}
+
+/// The journal stays when there is something that it could recover.
+Task<RecordingStopFailure> RecordingEngine::giveUp(RecordingStopFailure failure, std::stop_token stop) {
+    if (!m_journal)
+        co_return failure;
+    if (failure.isRecoverable)
+        co_await m_journal->close(stop);
+    else
+        m_journal->discard();
+    co_return failure;
+}
+
+/// The recording's own journal goes with the capture that is made of the other segments. True when there is
+/// something that can be recovered.
+Task<bool> RecordingEngine::keepLostSegments(std::vector<RawEvent> events, std::stop_token stop) {
+    if (m_lost.empty())
+        co_return false;
+    RecordingJournal rest(CaptureStorage::newFileURL("recording"), m_options, m_ports.clock);
+    for (const RecordedSegment &segment : m_lost) {
+        rest.addSegment(segment.fileURL);
+        rest.addAnchor(segment.anchorHostTime);
+    }
+    for (const RawEvent &event : events)
+        rest.addEvent(event);
+    co_await rest.close(stop);
+    co_return true;
 }
 
 } // namespace vantrell

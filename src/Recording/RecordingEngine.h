@@ -12,6 +12,7 @@
 #include "Recording/RecordedSegment.h"
 #include "Recording/RecordingJournal.h"
 #include "Recording/RecordingOptions.h"
+#include "Recording/RecordingStopFailure.h"
 #include "Recording/RecordingStopOutcome.h"
 #include "Recording/StreamSegment.h"
 #include "Recording/WindowFrameTracker.h"
@@ -40,10 +41,11 @@ struct RecordingPorts {
 ///     idle --start--> recording --pause--> paused --resume--> recording ... --stop--> stopped
 ///
 /// Each stretch of `recording` is one movie file; `stop`, from recording or paused, joins them without
-/// re-encoding. A failed operation leaves the files of earlier segments where they are.
+/// re-encoding. A failed operation leaves the files of earlier segments where they are; a start that fails or
+/// is cancelled leaves nothing.
 ///
 /// From the start until the capture that `stop` returned has been taken over, a journal beside the movies
-/// lets RecordingRecovery make the capture should the process not get there.
+/// lets RecordingRecovery make the capture should the process, or the stop, not get there.
 class RecordingEngine {
 public:
     RecordingEngine(RecordingPorts ports, RecordingOptions options);
@@ -61,7 +63,7 @@ public:
     Task<std::expected<void, Failure>> pause(std::stop_token stop);
     /// Does nothing unless paused.
     Task<std::expected<void, Failure>> resume(std::stop_token stop);
-    Task<std::expected<RecordingStopOutcome, Failure>> stop(std::stop_token stop);
+    Task<std::expected<RecordingStopOutcome, RecordingStopFailure>> stop(std::stop_token stop);
 
     bool isPaused() const { return m_isPaused; }
     std::optional<Clock::WallTime> startedAt() const { return m_startedAt; }
@@ -73,7 +75,11 @@ public:
 private:
     Task<std::expected<void, Failure>> openSegment(std::stop_token stop);
     Task<std::expected<void, Failure>> finalize(std::shared_ptr<StreamSegment> segment, std::stop_token stop);
+    Task<std::expected<void, Failure>> finish(std::shared_ptr<StreamSegment> segment, std::stop_token stop);
+    Task<std::expected<CaptureResult, Failure>> package(std::vector<RawEvent> events, std::stop_token stop);
     Task<std::expected<std::filesystem::path, Failure>> joinedMovie(std::stop_token stop);
+    Task<RecordingStopFailure> giveUp(RecordingStopFailure failure, std::stop_token stop);
+    Task<bool> keepLostSegments(std::vector<RawEvent> events, std::stop_token stop);
     CaptureStreamConfiguration streamConfiguration() const;
     void followSource();
     std::vector<RecordedSegment> usableSegments();
@@ -86,6 +92,9 @@ private:
     std::unique_ptr<RecordingJournal> m_journal;
     std::optional<Clock::WallTime> m_startedAt;
     std::vector<RecordedSegment> m_finished;
+    /// Not finished in time or at all, though pictures came.
+    std::vector<RecordedSegment> m_lost;
+    std::optional<Failure> m_lossCause;
     std::shared_ptr<StreamSegment> m_current;
     /// Every segment's, and so the movie's; none before the first has started.
     std::optional<PixelSize> m_picture;

@@ -43,7 +43,7 @@ public:
             return;
         if (const auto written = append(text); !written) {
             m_isClosed = true;
-            qCWarning(logCapture, "recording's journal not written: %s", written.error().message.c_str());
+            qCCritical(logCapture, "recording's journal not written: %s", written.error().message.c_str());
         }
     }
 
@@ -120,15 +120,7 @@ void RecordingJournal::setMovie(const std::filesystem::path &movie) {
 
 Task<std::expected<void, Cancelled>> RecordingJournal::close(std::stop_token stop) {
     m_file->queue(std::exchange(m_pending, {}));
-    const auto closed = co_await runBlocking(
-        [file = m_file] {
-            file->close();
-            return true;
-        },
-        stop);
-    if (!closed)
-        co_return std::unexpected(Cancelled{});
-    co_return std::expected<void, Cancelled>();
+    co_return co_await runBlocking([file = m_file] { file->close(); }, stop);
 }
 
 void RecordingJournal::discard() {

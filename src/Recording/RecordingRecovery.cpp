@@ -41,21 +41,33 @@ std::expected<RecordingRecord, PlatformError> readRecord(const fs::path &journal
     return std::move(*record);
 }
 
-// Whole or made whole, with something in it.
-std::optional<double> durationOfMovie(const fs::path &movie) {
+// What the system refuses now it may allow later; a damaged file stays damaged.
+bool mayPass(const PlatformError &error) {
+    return error.domain == "posix";
+}
+
+PlatformError stillInUse() {
+    return {"posix", EWOULDBLOCK, "The recording is still being saved"};
+}
+
+/// Whole or made whole; 0 when there is nothing in it. The error is worth another try.
+std::expected<double, PlatformError> durationOfMovie(const fs::path &movie) {
     if (fs::exists(MovieJournal::pathFor(movie)))
         if (const auto recovered = recoverMovie(movie); !recovered) {
             qCCritical(logCapture, "segment not recovered: %s", recovered.error().message.c_str());
-            return std::nullopt;
+            if (recovered.error().code == EWOULDBLOCK && mayPass(recovered.error()))
+                return std::unexpected(stillInUse());
+            if (mayPass(recovered.error()))
+                return std::unexpected(recovered.error());
+            return 0;
         }
     if (!fs::exists(movie))
-        return std::nullopt;
+        return 0;
     const auto facts = readMovieFacts(movie);
-    if (!facts) {
-        qCCritical(logCapture, "segment not readable: %s", facts.error().message.c_str());
-        return std::nullopt;
-    }
-    return facts->durationMs > 0 ? std::optional(facts->durationMs) : std::nullopt;
+    if (facts)
+        return facts->durationMs;
+    qCCritical(logCapture, "segment not readable: %s", facts.error().message.c_str());
+    return 0;
 }
 
 // The whole recording, joined before it was cut off, in the newest place where it is.
@@ -66,14 +78,17 @@ std::optional<fs::path> finishedMovie(const RecordingRecord &record, const fs::p
     return std::nullopt;
 }
 
-std::vector<RecordedSegment> usableSegments(const RecordingRecord &record, const fs::path &folder,
-                                            const std::optional<fs::path> &whole) {
+std::expected<std::vector<RecordedSegment>, Failure>
+usableSegments(const RecordingRecord &record, const fs::path &folder, const std::optional<fs::path> &whole) {
     std::vector<RecordedSegment> usable;
     for (const RecordingRecord::Segment &segment : record.segments) {
         // A recording of one segment is that segment, wherever it was moved.
         const bool isWhole = whole && record.movies.front() == segment.file;
         const fs::path movie = isWhole ? *whole : folder / segment.file;
-        if (const auto durationMs = durationOfMovie(movie))
+        const auto durationMs = durationOfMovie(movie);
+        if (!durationMs)
+            return std::unexpected(Failure(durationMs.error()));
+        if (*durationMs > 0)
             usable.push_back({movie, segment.anchorHostTime.value_or(0), *durationMs});
     }
     return usable;
@@ -121,9 +136,12 @@ std::expected<std::optional<CaptureResult>, Failure>
 recoverRecord(RecordingRecord record, const fs::path &folder, Clock::WallTime now) {
     FinishedRecording recording;
     const auto whole = finishedMovie(record, folder);
-    recording.segments = usableSegments(record, folder, whole);
-    if (recording.segments.empty())
+    auto segments = usableSegments(record, folder, whole);
+    if (!segments)
+        return std::unexpected(segments.error());
+    if (segments->empty())
         return std::nullopt;
+    recording.segments = std::move(*segments);
     const auto movie = whole ? *whole : wholeMovie(recording.segments);
     if (!movie)
         return std::unexpected(movie.error());
@@ -136,6 +154,9 @@ recoverRecord(RecordingRecord record, const fs::path &folder, Clock::WallTime no
     auto capture = describeRecording(recording);
     if (!capture)
         return std::unexpected(Failure(capture.error()));
+    // However long it lay there, to its user it is new.
+    std::error_code ignored;
+    fs::last_write_time(recording.movie, fs::file_time_type::clock::now(), ignored);
     qCInfo(logCapture, "recording recovered");
     return std::optional(std::move(*capture));
 }
@@ -166,19 +187,45 @@ std::vector<fs::path> RecordingRecovery::abandoned(const fs::path &folder) {
     return found;
 }
 
+std::vector<fs::path> RecordingRecovery::needed(const fs::path &folder) {
+    std::vector<fs::path> files;
+    std::error_code failure;
+    for (fs::directory_iterator entry(folder, failure), end; entry != end && !failure;
+         entry.increment(failure)) {
+        const fs::path &file = entry->path();
+        if (const auto movie = MovieJournal::movieFor(file)) {
+            files.insert(files.end(), {file, *movie});
+        } else if (isRecordingJournal(file)) {
+            files.push_back(file);
+            const auto record = readRecord(file);
+            if (!record)
+                continue;
+            for (const RecordingRecord::Segment &segment : record->segments)
+                files.push_back(folder / segment.file);
+            for (const fs::path &movie : record->movies)
+                files.push_back(folder / movie);
+        }
+    }
+    return files;
+}
+
 std::expected<std::optional<CaptureResult>, Failure> RecordingRecovery::recover(const fs::path &what,
                                                                                 Clock::WallTime now) {
     const fs::path folder = what.parent_path();
     if (!isRecordingJournal(what)) {
-        if (!durationOfMovie(what))
+        // Made whole first: what is known of it is in it.
+        const auto durationMs = durationOfMovie(what);
+        if (!durationMs)
+            return std::unexpected(Failure(durationMs.error()));
+        if (*durationMs <= 0)
             return std::nullopt;
         return recoverRecord(recordOfOrphan(what), folder, now);
     }
     const auto journal = DiskFile::openForWriting(what);
     if (!journal)
         return std::unexpected(Failure(journal.error()));
-    if (const auto locked = journal->lock(); !locked)
-        return std::unexpected(Failure(locked.error()));
+    if (!journal->lock())
+        return std::unexpected(Failure(stillInUse()));
     auto record = readRecord(what);
     if (!record) {
         // Its movies, if there are any, are found as movies without a recording.
@@ -209,7 +256,7 @@ void RecordingRecovery::noteMove(const fs::path &what, const fs::path &newPlace)
         return journal->syncData();
     }();
     if (!noted)
-        qCWarning(logCapture, "recording's journal not written: %s", noted.error().message.c_str());
+        qCCritical(logCapture, "recording's journal not written: %s", noted.error().message.c_str());
 }
 
 void RecordingRecovery::forget(const fs::path &what) {

@@ -24,9 +24,13 @@ public:
     /// Removes what killed joins left.
     static std::vector<std::filesystem::path> abandoned(const std::filesystem::path &folder);
 
+    /// Files in `folder` without which something could not be recovered, or that a recording is still using.
+    static std::vector<std::filesystem::path> needed(const std::filesystem::path &folder);
+
     /// Finishes the movies of one of them, joins them and packages the result as usual, named with
-    /// " (recovered)". None when nothing was recorded: it is then forgotten. After a failure, or a kill, it
-    /// can be tried again; segments that cannot be read are left where they are, and the rest is recovered.
+    /// " (recovered)". None when nothing was recorded: it is then forgotten. After a failure (a full disk, a
+    /// movie that some process is still writing: EWOULDBLOCK), or a kill, it
+    /// can be tried again; segments that are damaged are left where they are, and the rest is recovered.
     static std::expected<std::optional<CaptureResult>, Failure> recover(const std::filesystem::path &what,
                                                                         Clock::WallTime now);
 

@@ -21,6 +21,9 @@ struct RecordingStopOutcome {
     std::int64_t droppedFrames = 0;
     /// Why the sound that was wanted is missing, from some segment on or altogether.
     std::optional<PlatformError> soundProblem;
+    /// The lost segment's movie is there, or a slow disk is still writing it: it has a journal of its own
+    /// now, and RecordingRecovery makes a capture of it.
+    bool isRestRecoverable = false;
     /// What would recover the recording; whoever has taken the capture over removes it
     /// (RecordingJournal::remove).
     std::filesystem::path journal;

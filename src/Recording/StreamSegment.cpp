@@ -7,6 +7,7 @@
 #include "Support/EventLoop.h"
 #include "Support/Log.h"
 
+#include <mutex>
 #include <utility>
 
 namespace vantrell {
@@ -17,39 +18,80 @@ constexpr std::chrono::seconds finishLimit(15);
 
 } // namespace
 
+/// What the stream's own threads reach. They may outlive the segment: then nothing more is passed on.
+class StreamSegment::Tap {
+public:
+    void open(std::function<void(std::span<const float>)> onMicSample) {
+        std::scoped_lock lock(m_mutex);
+        m_onMicSample = std::move(onMicSample);
+    }
+
+    /// False for any but the first.
+    bool takeFirstFrame(double hostTime) {
+        std::scoped_lock lock(m_mutex);
+        if (m_firstFrame)
+            return false;
+        m_firstFrame = hostTime;
+        return true;
+    }
+
+    std::optional<double> firstFrame() const {
+        std::scoped_lock lock(m_mutex);
+        return m_firstFrame;
+    }
+
+    void takeSamples(std::span<const float> samples) const {
+        std::scoped_lock lock(m_mutex);
+        if (m_onMicSample)
+            m_onMicSample(samples);
+    }
+
+    /// Waits for samples that are being passed on.
+    void close() {
+        std::scoped_lock lock(m_mutex);
+        m_onMicSample = nullptr;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::optional<double> m_firstFrame;
+    std::function<void(std::span<const float>)> m_onMicSample;
+};
+
 StreamSegment::StreamSegment(std::filesystem::path fileURL, Clock &clock)
-    : m_fileURL(std::move(fileURL)), m_clock(clock), m_self(std::make_shared<StreamSegment *>(this)) {}
+    : m_fileURL(std::move(fileURL)), m_clock(clock), m_tap(std::make_shared<Tap>()),
+      m_self(std::make_shared<StreamSegment *>(this)) {}
 
 StreamSegment::~StreamSegment() {
     *m_self = nullptr;
-    // A stream whose file hangs must not hang the interface too: its threads are joined elsewhere.
-    if (m_timedOut)
+    m_tap->close();
+    // A stream whose threads are busy must not hang the interface too: they are joined elsewhere.
+    if (m_isStreamLeftBehind)
         postToWorker(
             [stream = std::shared_ptr<CaptureStream>(std::move(m_stream))]() mutable { stream.reset(); });
 }
 
-Task<std::expected<void, PlatformError>> StreamSegment::start(CaptureStreamFactory *streams,
-                                                              CaptureSource *source,
-                                                              CaptureStreamConfiguration configuration,
-                                                              std::stop_token stop) {
+Task<std::expected<void, Failure>> StreamSegment::start(CaptureStreamFactory *streams, CaptureSource *source,
+                                                        CaptureStreamConfiguration configuration,
+                                                        std::stop_token stop) {
     configuration.outputFile = m_fileURL;
     CaptureStreamEvents events;
-    events.firstFrame = [this, self = m_self, loop = EventLoop::current()](double hostTime) {
-        {
-            std::scoped_lock lock(m_anchorMutex);
-            if (m_firstFrameHostTime)
-                return;
-            m_firstFrameHostTime = hostTime;
-        }
+    events.firstFrame = [tap = m_tap, self = m_self, loop = EventLoop::current()](double hostTime) {
+        if (!tap->takeFirstFrame(hostTime))
+            return;
         loop.post([self, hostTime] {
             if (*self && (*self)->onFirstFrame)
                 (*self)->onFirstFrame(hostTime);
         });
     };
-    if (onMicSample)
-        events.microphoneSamples = onMicSample;
+    if (onMicSample) {
+        m_tap->open(onMicSample);
+        events.microphoneSamples = [tap = m_tap](std::span<const float> samples) {
+            tap->takeSamples(samples);
+        };
+    }
     events.stoppedWithError = [self = m_self, loop = EventLoop::current()](PlatformError error) {
-        qCWarning(logCapture, "stream stopped externally: %s", error.message.c_str());
+        qCCritical(logCapture, "stream stopped externally: %s", error.message.c_str());
         loop.post([self, error = std::move(error)] {
             if (*self)
                 (*self)->ended(error);
@@ -61,11 +103,12 @@ Task<std::expected<void, PlatformError>> StreamSegment::start(CaptureStreamFacto
     };
     m_stream = streams->makeStream(*source, std::move(configuration), std::move(events));
     const auto started = co_await m_stream->start(stop);
-    if (!started)
-        co_return std::unexpected(started.error());
-    std::scoped_lock lock(m_anchorMutex);
+    if (!started) {
+        m_isStreamLeftBehind = std::holds_alternative<Cancelled>(started.error());
+        co_return std::unexpected(asFailure(started.error()));
+    }
     m_captureStartHostTime = m_clock.hostNow();
-    co_return std::expected<void, PlatformError>();
+    co_return std::expected<void, Failure>();
 }
 
 void StreamSegment::ended(std::optional<PlatformError> error) {
@@ -89,13 +132,16 @@ Task<> StreamSegment::watch(std::stop_token stop) {
         co_return;
     if (!m_result.resolve(std::unexpected(Failure(RecordingError::finalizeTimedOut))))
         co_return;
-    m_timedOut = true;
+    m_isStreamLeftBehind = true;
     qCCritical(logCapture, "segment finalize timed out");
 }
 
 double StreamSegment::anchorHostTime() const {
-    std::scoped_lock lock(m_anchorMutex);
-    return m_firstFrameHostTime.value_or(m_captureStartHostTime);
+    return m_tap->firstFrame().value_or(m_captureStartHostTime);
+}
+
+bool StreamSegment::hasFrames() const {
+    return m_tap->firstFrame().has_value();
 }
 
 } // namespace vantrell

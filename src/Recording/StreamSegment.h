@@ -13,7 +13,6 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <span>
 
@@ -42,13 +41,14 @@ public:
     /// Host time of the first frame. Main thread, once. Set before the start.
     std::function<void(double)> onFirstFrame;
 
-    /// Interleaved microphone samples, on the stream's thread. Set before the start.
+    /// Interleaved microphone samples, on the stream's thread; not called once the segment is gone. Set
+    /// before the start.
     std::function<void(std::span<const float>)> onMicSample;
 
-    /// Begins to capture into the segment's file. What is pointed to outlives the segment.
-    Task<std::expected<void, PlatformError>> start(CaptureStreamFactory *streams, CaptureSource *source,
-                                                   CaptureStreamConfiguration configuration,
-                                                   std::stop_token stop);
+    /// Begins to capture into the segment's file. Cancelled or failed, it leaves no file. What is pointed to
+    /// outlives the segment.
+    Task<std::expected<void, Failure>> start(CaptureStreamFactory *streams, CaptureSource *source,
+                                             CaptureStreamConfiguration configuration, std::stop_token stop);
 
     /// The picture's size. After the start.
     PixelSize pictureSize() const { return m_stream->pictureSize(); }
@@ -59,19 +59,23 @@ public:
     /// Host time of the first frame or, when none came, of the capture's start.
     double anchorHostTime() const;
 
+    /// A picture came: there is something to keep.
+    bool hasFrames() const;
+
 private:
     using Result = std::expected<RecordingSummary, Failure>;
+    class Tap;
 
     Task<> watch(std::stop_token stop);
     void ended(std::optional<PlatformError> error);
 
     const std::filesystem::path m_fileURL;
     Clock &m_clock;
-    mutable std::mutex m_anchorMutex;
-    std::optional<double> m_firstFrameHostTime;
+    const std::shared_ptr<Tap> m_tap;
     double m_captureStartHostTime = 0;
     OneShot<Result> m_result;
-    bool m_timedOut = false;
+    /// The stream's threads may be busy for long, with a file that hangs or a start that nobody waits for.
+    bool m_isStreamLeftBehind = false;
     bool m_spontaneousEndNotified = false;
     std::shared_ptr<StreamSegment *> m_self;
     std::unique_ptr<CaptureStream> m_stream;

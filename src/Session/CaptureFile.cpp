@@ -3,6 +3,7 @@
 
 #include "Session/CaptureFile.h"
 
+#include "Capture/CaptureStorage.h"
 #include "Media/Movie/MovieReader.h"
 #include "Support/AtomicFile.h"
 #include "Support/FilePath.h"
@@ -24,15 +25,13 @@ bool isFile(const std::filesystem::path &path) {
 }
 
 /// What merely has the same name may be anything of any size: a side file is small.
-std::optional<std::string> readBeside(std::filesystem::path file, const char *extension,
-                                      std::uintmax_t largest) {
-    file.replace_extension(extension);
+std::optional<std::string> readSideFile(const std::filesystem::path &file, std::uintmax_t largest) {
     std::error_code failed;
     if (!isFile(file))
         return std::nullopt;
     const std::uintmax_t size = std::filesystem::file_size(file, failed);
     if (failed || size == 0 || size > largest) {
-        qCWarning(logUpload, "%s beside the capture is left out: %ju bytes", extension, size);
+        qCWarning(logUpload, "%s beside the capture is left out: %ju bytes", file.extension().c_str(), size);
         return std::nullopt;
     }
     auto bytes = readFile(file);
@@ -61,8 +60,8 @@ std::expected<CaptureResult, std::string> readCaptureFile(const std::filesystem:
     } else {
         return std::unexpected(file.string() + " is neither a .mov recording nor a .png screenshot");
     }
-    capture.thumbnailJPEG = readBeside(file, ".jpg", largestThumbnail);
-    if (const auto text = readBeside(file, ".json", largestSidecar)) {
+    capture.thumbnailJPEG = readSideFile(CaptureStorage::thumbnailBeside(file), largestThumbnail);
+    if (const auto text = readSideFile(CaptureStorage::sidecarBeside(file), largestSidecar)) {
         if (auto metadata = CaptureMetadata::fromJson(*text))
             capture.metadata = std::move(*metadata);
     }

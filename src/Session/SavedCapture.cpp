@@ -3,6 +3,7 @@
 
 #include "Session/SavedCapture.h"
 
+#include "Capture/CaptureStorage.h"
 #include "Media/Movie/FileCopy.h"
 #include "Support/AtomicFile.h"
 #include "Support/DiskFile.h"
@@ -74,12 +75,9 @@ std::expected<void, PlatformError> moveFile(const std::filesystem::path &from,
 }
 
 /// A side file that cannot be written is missing, no more: the capture itself is safe.
-std::optional<std::filesystem::path> writeBeside(const std::filesystem::path &file, const char *extension,
-                                                 const std::string &bytes) {
-    std::filesystem::path path = file;
-    path.replace_extension(extension);
+std::optional<std::filesystem::path> writeSideFile(std::filesystem::path path, const std::string &bytes) {
     if (const auto written = writeFileAtomically(path, bytes); !written) {
-        qCWarning(logCapture, "side file not written: %s", written.error().message.c_str());
+        qCCritical(logCapture, "side file not written: %s", written.error().message.c_str());
         return std::nullopt;
     }
     return path;
@@ -114,9 +112,9 @@ saveCapture(const CaptureResult &capture, const std::optional<std::filesystem::p
                                                      moved.error().message + ". The capture is kept as " +
                                                      capture.fileURL.string()});
     }
-    saved.sidecar = writeBeside(saved.file, ".json", capture.metadata.jsonData());
+    saved.sidecar = writeSideFile(CaptureStorage::sidecarBeside(saved.file), capture.metadata.jsonData());
     if (capture.thumbnailJPEG)
-        saved.thumbnail = writeBeside(saved.file, ".jpg", *capture.thumbnailJPEG);
+        saved.thumbnail = writeSideFile(CaptureStorage::thumbnailBeside(saved.file), *capture.thumbnailJPEG);
     return saved;
 }
 

@@ -9,7 +9,10 @@
 namespace vantrell {
 
 PlatformError PlatformError::fromErrno(const std::string &what, int errorNumber) {
-    return PlatformError{"posix", errorNumber, what + ": " + std::generic_category().message(errorNumber)};
+    PlatformError error{"posix", errorNumber, what + ": " + std::generic_category().message(errorNumber)};
+    if (isDiskFull(error))
+        error.message = errorNumber == EDQUOT ? "Your share of the disk is full" : "The disk is full";
+    return error;
 }
 
 bool isDiskFull(const PlatformError &error) {

@@ -18,7 +18,8 @@ struct PlatformError {
     /// The sentence for the user.
     const std::string &description() const { return message; }
 
-    /// From errno; `what` says what was tried, for example "open".
+    /// From errno; `what` says what was tried, for example "open". A full disk is told in a sentence of its
+    /// own, whatever was tried.
     static PlatformError fromErrno(const std::string &what, int errorNumber);
 
     bool operator==(const PlatformError &) const = default;

@@ -8,19 +8,17 @@ namespace vantrell {
 SerialWorker::~SerialWorker() {
     {
         std::scoped_lock lock(m_mutex);
-        m_closing = true;
+        m_isStopping = true;
     }
     m_changed.notify_all();
-    if (m_thread.joinable())
-        m_thread.join();
 }
 
 void SerialWorker::post(std::function<void()> work) {
     {
         std::scoped_lock lock(m_mutex);
         m_waiting.push_back(std::move(work));
-        if (!m_thread.joinable())
-            m_thread = std::thread([this] { run(); });
+        if (!m_thread.isRunning())
+            m_thread = WorkerThread("serial worker", [this] { run(); });
     }
     m_changed.notify_one();
 }
@@ -28,7 +26,7 @@ void SerialWorker::post(std::function<void()> work) {
 void SerialWorker::run() {
     for (;;) {
         std::unique_lock lock(m_mutex);
-        m_changed.wait(lock, [this] { return m_closing || !m_waiting.empty(); });
+        m_changed.wait(lock, [this] { return m_isStopping || !m_waiting.empty(); });
         if (m_waiting.empty())
             return;
         const std::function<void()> work = std::move(m_waiting.front());

@@ -3,11 +3,12 @@
 
 #pragma once
 
+#include "Support/WorkerThread.h"
+
 #include <condition_variable>
 #include <deque>
 #include <functional>
 #include <mutex>
-#include <thread>
 
 namespace vantrell {
 
@@ -28,8 +29,8 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_changed;
     std::deque<std::function<void()>> m_waiting;
-    bool m_closing = false;
-    std::thread m_thread;
+    bool m_isStopping = false;
+    WorkerThread m_thread;
 };
 
 } // namespace vantrell

@@ -38,15 +38,15 @@ std::expected<void, PlatformError> keepBeside(const std::filesystem::path &file)
 } // namespace
 
 JournalWriter::JournalWriter(std::filesystem::path file, bool keepUnreadable)
-    : m_file(std::move(file)), m_keepUnreadable(keepUnreadable), m_thread([this] { run(); }) {}
+    : m_file(std::move(file)), m_keepUnreadable(keepUnreadable),
+      m_thread("upload journal", [this] { run(); }) {}
 
 JournalWriter::~JournalWriter() {
     {
         std::scoped_lock lock(m_mutex);
-        m_ending = true;
+        m_isStopping = true;
     }
     m_changed.notify_all();
-    m_thread.join();
 }
 
 void JournalWriter::submit(std::vector<UploadJournalEntry> entries) {
@@ -76,7 +76,7 @@ void JournalWriter::flush() {
 void JournalWriter::run() {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_changed.wait(lock, [this] { return m_pending || m_ending; });
+        m_changed.wait(lock, [this] { return m_pending || m_isStopping; });
         if (!m_pending)
             return;
         const std::vector<UploadJournalEntry> entries = *std::exchange(m_pending, std::nullopt);

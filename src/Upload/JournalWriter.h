@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Support/OneShot.h"
+#include "Support/WorkerThread.h"
 #include "Upload/UploadJournalEntry.h"
 
 #include <condition_variable>
@@ -11,7 +12,6 @@
 #include <filesystem>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -52,9 +52,9 @@ private:
     std::uint64_t m_submitted = 0;
     std::uint64_t m_done = 0;
     std::vector<std::pair<std::uint64_t, OneShot<bool>>> m_waiting;
-    bool m_ending = false;
+    bool m_isStopping = false;
 
-    std::thread m_thread;
+    WorkerThread m_thread;
 };
 
 } // namespace vantrell

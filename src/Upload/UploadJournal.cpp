@@ -97,9 +97,9 @@ Task<std::expected<void, Cancelled>> UploadJournal::written(std::stop_token stop
     co_return std::expected<void, Cancelled>();
 }
 
-std::set<std::string> UploadJournal::livePaths() const {
+std::set<std::string> UploadJournal::livePaths(const std::vector<UploadJournalEntry> &entries) {
     std::set<std::string> paths;
-    for (const UploadJournalEntry &entry : m_entries) {
+    for (const UploadJournalEntry &entry : entries) {
         paths.insert(entry.masterPath);
         for (const auto *side : {&entry.thumbPath, &entry.metaPath}) {
             if (*side)

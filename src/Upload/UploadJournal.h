@@ -71,7 +71,8 @@ public:
     void flush() { m_writer->flush(); }
 
     /// Every path that a pending upload still needs.
-    std::set<std::string> livePaths() const;
+    std::set<std::string> livePaths() const { return livePaths(m_entries); }
+    static std::set<std::string> livePaths(const std::vector<UploadJournalEntry> &entries);
 
     /// When the file was last written before it was opened; none when there was none.
     std::optional<std::filesystem::file_time_type> previousWrite() const { return m_previousWrite; }

@@ -78,9 +78,9 @@ QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture,
         .createdAt = std::chrono::floor<Seconds>(m_services.clock.wallNow()),
     };
     if (capture->thumbnailJPEG)
-        entry.thumbPath = CaptureStorage::sidecarURL(id, "thumb.jpg").string();
+        entry.thumbPath = CaptureStorage::thumbnailOf(id).string();
     if (!capture->metadata.type.empty())
-        entry.metaPath = CaptureStorage::sidecarURL(id, "sidecar.json").string();
+        entry.metaPath = CaptureStorage::sidecarOf(id).string();
     if (!projectId) {
         entry.phase = Phase::failed;
         entry.projectGone = true;

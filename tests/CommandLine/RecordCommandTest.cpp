@@ -16,6 +16,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 
 using ::testing::HasSubstr;
 
@@ -69,27 +70,6 @@ TEST(RecordCommand, recordsAScreenThatNeverChangesAndItArrivesAtTheService) {
     EXPECT_EQ(captures[0]["mime"], "video/quicktime");
 }
 
-TEST(RecordCommand, savesOnASignalAndJoinsWhatAPauseSplit) {
-    const X11Session session;
-    CaptureProgram program;
-    program.start({"record", "--json"});
-    program.waitForLog("recording started");
-    program.signal(SIGUSR1);
-    program.waitForLog("recording paused");
-    program.signal(SIGUSR1);
-    program.waitForLog("recording resumed");
-    program.signal(SIGINT);
-    const auto ended = program.finish();
-    ASSERT_EQ(ended.exitCode, 0) << ended.errors;
-    const nlohmann::json json = ended.json();
-    const auto facts = readMovieFacts(json["file"].get<std::string>());
-    ASSERT_TRUE(facts) << facts.error().message;
-    EXPECT_NEAR(facts->durationMs, json["durationMs"].get<double>(), 1);
-    const auto sidecar = CaptureMetadata::fromJson(readFile(json["sidecar"].get<std::string>()).value_or(""));
-    ASSERT_TRUE(sidecar);
-    EXPECT_NEAR(sidecar->recording->durationMs, facts->durationMs, 1);
-}
-
 // VANTRELL_PAUSES sets how often; what leaks shows in the sanitizer's exit code.
 TEST(RecordCommand, canBePausedAgainAndAgain) {
     const X11Session session({.width = 320, .height = 240});
@@ -113,6 +93,9 @@ TEST(RecordCommand, canBePausedAgainAndAgain) {
     ASSERT_TRUE(facts) << facts.error().message;
     EXPECT_NEAR(facts->durationMs, json["durationMs"].get<double>(), 1);
     EXPECT_EQ(facts->tracks.size(), 3u);
+    const auto sidecar = CaptureMetadata::fromJson(readFile(json["sidecar"].get<std::string>()).value_or(""));
+    ASSERT_TRUE(sidecar);
+    EXPECT_NEAR(sidecar->recording->durationMs, facts->durationMs, 1);
 }
 
 TEST(RecordCommand, countsItsSecondsFromTheFirstPicture) {
@@ -179,49 +162,107 @@ TEST(RecordCommand, keepsTheRecordingWhenTheServiceIsDown) {
     EXPECT_EQ(resumed.json()["file"], json["file"]);
 }
 
+/// A recorder that sees a disk of its own, which fills to the brim when the test says so.
+class FullDisk {
+public:
+    /// `afterwards` is a shell command that runs when the recorder has ended and there is room again.
+    explicit FullDisk(const std::string &afterwards) {
+        const std::filesystem::path disk = program.folder() / "data";
+        std::filesystem::create_directories(disk);
+        std::filesystem::create_directories(rescued);
+        // What was saved is copied out before the disk goes away with the namespace.
+        const std::string script = "disk=$1 rescued=$2; shift 2\n"
+                                   "mount -t tmpfs -o size=2200m none \"$disk\" || exit 90\n"
+                                   "\"$@\" & recorder=$!\n"
+                                   "echo $recorder\n"
+                                   "until [ -e \"$rescued/fill\" ]; do\n"
+                                   "  kill -0 $recorder || exit 91; sleep 0.05\n"
+                                   "done\n"
+                                   "fallocate -l 2100m \"$disk/filler\"\n"
+                                   "dd if=/dev/zero of=\"$disk/rest\" bs=4096 2>/dev/null\n"
+                                   "wait $recorder; code=$?\n"
+                                   "rm \"$disk/filler\" \"$disk/rest\"\n" +
+                                   afterwards +
+                                   "\ncp \"$disk\"/VantrellCapture/Captures/* \"$rescued\" || exit 92\n"
+                                   "exit $code\n";
+        program.start({"record", "--seconds", "60", "--json"},
+                      {"unshare", "-rm", "sh", "-c", script, "sh", disk, rescued});
+        recorder = std::stoi(program.nextLine());
+        program.waitForLog("recording started");
+    }
+
+    static bool isPossible() {
+        return QProcess::execute("unshare", {"-rm", "mount", "-t", "tmpfs", "none", "/mnt"}) == 0;
+    }
+
+    /// Shows so many pictures of noise, which compresses badly.
+    void show(int pictures) {
+        for (; pictures > 0 && program.isRunning(); --pictures) {
+            for (int tile = 0; tile < 400; ++tile) {
+                m_noise = m_noise * 1664525 + 1013904223;
+                m_painter.fill({int(m_noise >> 8) % 1280, int(m_noise >> 20) % 720, 40, 40},
+                               m_noise & 0xffffff);
+            }
+            m_painter.sync();
+            program.poll(std::chrono::milliseconds(20));
+        }
+    }
+    void pauseAndResume() const {
+        ::kill(recorder, SIGUSR1);
+        program.waitForLog("recording paused");
+        ::kill(recorder, SIGUSR1);
+        program.waitForLog("recording resumed");
+    }
+    void fill() const { std::ofstream(rescued / "fill").put('x'); }
+    /// The saved file of that name, as it was copied.
+    MovieFacts facts(const std::string &file) const {
+        const auto read = readMovieFacts(rescued / std::filesystem::path(file).filename());
+        EXPECT_TRUE(read) << read.error().message;
+        return read.value_or(MovieFacts());
+    }
+
+    mutable CaptureProgram program;
+    std::filesystem::path rescued = program.folder() / "rescued";
+    pid_t recorder = 0;
+
+private:
+    X11Painter m_painter;
+    std::uint32_t m_noise = 1;
+};
+
 TEST(RecordCommand, keepsWhatWasRecordedWhenTheDiskIsFull) {
-    if (QProcess::execute("unshare", {"-rm", "mount", "-t", "tmpfs", "none", "/mnt"}) != 0)
+    if (!FullDisk::isPossible())
         GTEST_SKIP() << "no mount namespaces here";
     const X11Session session({.width = 1280, .height = 720});
-    CaptureProgram program;
-    const std::filesystem::path disk = program.folder() / "data";
-    const std::filesystem::path rescued = program.folder() / "rescued";
-    std::filesystem::create_directories(disk);
-    std::filesystem::create_directories(rescued);
-    // The recorder sees a disk of its own, which is filled to the brim once it records. What it saved is
-    // copied out before the disk goes away with the namespace.
-    const std::string script = "disk=$1 rescued=$2; shift 2\n"
-                               "mount -t tmpfs -o size=2200m none \"$disk\" || exit 90\n"
-                               "\"$@\" & recorder=$!\n"
-                               "until ls \"$disk\"/VantrellCapture/Captures/*.mov >/dev/null 2>&1; do\n"
-                               "  kill -0 $recorder || exit 91; sleep 0.05\n"
-                               "done\n"
-                               "sleep 1; fallocate -l 2100m \"$disk/filler\"\n"
-                               "dd if=/dev/zero of=\"$disk/rest\" bs=4096 2>/dev/null\n"
-                               "wait $recorder; code=$?\n"
-                               "cp \"$disk\"/VantrellCapture/Captures/*.mov \"$rescued\" || exit 92\n"
-                               "exit $code\n";
-    program.start({"record", "--seconds", "30", "--json"},
-                  {"unshare", "-rm", "sh", "-c", script, "sh", disk, rescued});
-    X11Painter painter;
-    std::uint32_t noise = 1;
-    while (program.isRunning()) {
-        // Noise compresses badly: the disk fills quickly.
-        for (int tile = 0; tile < 400; ++tile) {
-            noise = noise * 1664525 + 1013904223;
-            painter.fill({int(noise >> 8) % 1280, int(noise >> 20) % 720, 40, 40}, noise & 0xffffff);
-        }
-        painter.sync();
-        program.poll(std::chrono::milliseconds(20));
-    }
-    const auto ended = program.finish();
+    FullDisk disk(":");
+    disk.show(40);
+    disk.fill();
+    disk.show(3000);
+    const auto ended = disk.program.finish();
     EXPECT_EQ(ended.exitCode, 0) << ended.errors;
     const nlohmann::json json = ended.json();
-    EXPECT_LT(json["durationMs"].get<double>(), 29000) << ended.errors;
-    const auto facts =
-        readMovieFacts(rescued / std::filesystem::path(json["file"].get<std::string>()).filename());
-    ASSERT_TRUE(facts) << facts.error().message;
-    EXPECT_GT(facts->durationMs, 500);
+    EXPECT_EQ(json["endedBecause"], "The disk is full");
+    EXPECT_LT(json["durationMs"].get<double>(), 59000) << ended.errors;
+    EXPECT_GT(disk.facts(json["file"]).durationMs, 500);
+}
+
+TEST(RecordCommand, saysHowToRecoverWhenThereIsNoRoomToJoinTheParts) {
+    if (!FullDisk::isPossible())
+        GTEST_SKIP() << "no mount namespaces here";
+    const X11Session session({.width = 1280, .height = 720});
+    FullDisk disk("\"$1\" recover --json");
+    disk.show(40);
+    disk.pauseAndResume();
+    disk.show(40);
+    disk.fill();
+    disk.show(3000);
+    const std::string said = disk.program.nextLine();
+    const auto ended = disk.program.finish();
+    EXPECT_EQ(ended.exitCode, 1) << ended.errors;
+    EXPECT_THAT(said, HasSubstr("The disk is full. What was recorded is kept: vantrell-capture recover"));
+    const nlohmann::json recovered = ended.json();
+    EXPECT_EQ(recovered["recovered"], true) << ended.errors;
+    EXPECT_GT(disk.facts(recovered["file"]).durationMs, 1000);
 }
 
 } // namespace

@@ -13,10 +13,10 @@ public:
         : m_script(std::move(script)), m_stream(std::move(stream)) {}
     ~ScriptedStream() override { m_stream->destroyed = true; }
 
-    Task<std::expected<void, PlatformError>> start(std::stop_token) override {
+    Task<std::expected<void, StreamStartFailure>> start(std::stop_token) override {
         if (m_script.startError)
             co_return std::unexpected(*m_script.startError);
-        co_return std::expected<void, PlatformError>();
+        co_return std::expected<void, StreamStartFailure>();
     }
 
     PixelSize pictureSize() const override { return {640, 480}; }
@@ -40,7 +40,10 @@ private:
 std::unique_ptr<CaptureStream> ScriptedStreams::makeStream(CaptureSource &,
                                                            CaptureStreamConfiguration configuration,
                                                            CaptureStreamEvents events) {
-    streams.push_back(std::make_shared<Stream>(Stream{std::move(configuration), std::move(events)}));
+    auto stream = std::make_shared<Stream>();
+    stream->configuration = std::move(configuration);
+    stream->events = std::move(events);
+    streams.push_back(std::move(stream));
     return std::make_unique<ScriptedStream>(script, streams.back());
 }
 

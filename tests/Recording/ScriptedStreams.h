@@ -5,6 +5,7 @@
 
 #include "Platform/CaptureStreamFactory.h"
 
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -14,7 +15,7 @@ namespace vantrell::testing {
 class ScriptedStreams final : public CaptureStreamFactory {
 public:
     struct Script {
-        std::optional<PlatformError> startError;
+        std::optional<StreamStartFailure> startError;
         /// Answer to `stop`: nothing keeps the stream silent for ever.
         std::optional<RecordingSummary> finishes = RecordingSummary{1, 60, 0};
         std::optional<PlatformError> fails;
@@ -25,7 +26,7 @@ public:
         CaptureStreamConfiguration configuration;
         CaptureStreamEvents events;
         bool stopped = false;
-        bool destroyed = false;
+        std::atomic<bool> destroyed = false;
     };
 
     std::unique_ptr<CaptureStream> makeStream(CaptureSource &source, CaptureStreamConfiguration configuration,

@@ -58,11 +58,17 @@ TEST_F(StreamSegmentTest, passesTheStreamsFailureOn) {
     EXPECT_EQ(clock.sleeperCount(), 0);
 }
 
-TEST_F(StreamSegmentTest, givesUpOnAFileThatIsNotFinishedInFifteenSeconds) {
+TEST_F(StreamSegmentTest, aStreamThatOutlivesItsTimeOutReachesNothingOfTheSegment) {
     LogCapture log;
     streams.script.finishes.reset();
-    start();
-    auto finishing = segment.finish({});
+    int metered = 0;
+    auto slow = std::make_unique<StreamSegment>("slow.mov", clock);
+    slow->onMicSample = [&metered](auto) { ++metered; };
+    slow->onFirstFrame = [](double) { ADD_FAILURE() << "told after the end"; };
+    slow->onSpontaneousEnd = [](auto) { ADD_FAILURE() << "told after the end"; };
+    ASSERT_TRUE(runTask(slow->start(&streams, &source, {}, {})));
+    const auto left = streams.streams.back();
+    auto finishing = slow->finish({});
     clock.advance(14900ms);
     EXPECT_FALSE(finishing.isReady());
     clock.advance(200ms);
@@ -70,7 +76,17 @@ TEST_F(StreamSegmentTest, givesUpOnAFileThatIsNotFinishedInFifteenSeconds) {
     ASSERT_FALSE(result);
     EXPECT_EQ(description(result.error()), "Saving the recording timed out");
     EXPECT_EQ(log.count("segment finalize timed out"), 1);
-    stream().events.recordingFinished({}); // too late, ignored
+
+    const std::vector<float> samples{1.0F};
+    left->events.microphoneSamples(samples);
+    slow.reset();
+    left->events.microphoneSamples(samples);
+    left->events.firstFrame(1000);
+    left->events.stoppedWithError({"screen", 7, "late"});
+    left->events.recordingFinished({});
+    settle();
+    EXPECT_EQ(metered, 1);
+    EXPECT_TRUE(eventually([&] { return left->destroyed.load(); }));
 }
 
 TEST_F(StreamSegmentTest, tellsOnceOnTheMainThreadThatTheStreamEnded) {
@@ -90,20 +106,6 @@ TEST_F(StreamSegmentTest, tellsOnceOnTheMainThreadThatTheStreamEnded) {
     ASSERT_EQ(ends.size(), 1u);
     EXPECT_EQ(ends.front()->message, "The window was closed");
     EXPECT_TRUE(log.contains("stream stopped externally: The window was closed"));
-}
-
-TEST(StreamSegment, dropsWhatIsOnItsWayWhenItIsDestroyed) {
-    ScriptedStreams streams;
-    ScriptedSource source;
-    ManualClock clock;
-    auto segment = std::make_unique<StreamSegment>("segment.mov", clock);
-    segment->onSpontaneousEnd = [](auto) { ADD_FAILURE() << "told after the end"; };
-    ASSERT_TRUE(runTask(segment->start(&streams, &source, {}, {})));
-    LogCapture log;
-    streams.streams.back()->events.stoppedWithError({"screen", 7, "late"});
-    segment.reset();
-    settle();
-    EXPECT_TRUE(streams.streams.back()->destroyed);
 }
 
 } // namespace

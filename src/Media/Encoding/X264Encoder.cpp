@@ -3,13 +3,18 @@
 
 #include "Media/Encoding/X264Encoder.h"
 
+#include "Media/Encoding/EncoderLoad.h"
 #include "Media/Encoding/H264Units.h"
 #include "Platform/ScreenError.h"
+#include "Support/HostTime.h"
 #include "Support/Log.h"
+#include "Support/WorkerThread.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
+#include <optional>
 #include <thread>
 #include <utility>
 
@@ -34,11 +39,17 @@ void logFromX264(void *, int level, const char *format, va_list arguments) {
 
 constexpr std::uint8_t h273Bt709 = 1;
 
-/// Large pictures are cut into slices that are encoded at the same time, which costs 3 % more in all, and
-/// with a little less care.
 constexpr int mostSlices = 4;
 
-x264_param_t parametersFor(PixelSize encoded) {
+/// A picture may be cut into slices that are encoded at the same time, which costs 3 % more in all and up to
+/// a tenth more bytes.
+int slicesHere() {
+    return std::clamp(int(std::thread::hardware_concurrency()), 1, mostSlices);
+}
+
+/// Whatever the number of slices, the movie's sample description is the same. Large pictures are encoded with
+/// a little less care.
+x264_param_t parametersFor(PixelSize encoded, int slices) {
     x264_param_t p;
     x264_param_default_preset(&p, "superfast", nullptr);
     p.i_width = encoded.width;
@@ -54,8 +65,8 @@ x264_param_t parametersFor(PixelSize encoded) {
     p.i_sync_lookahead = 0;
     p.rc.b_mb_tree = 0;
     const bool isLarge = X264Encoder::isLarge(encoded);
-    p.i_threads = isLarge ? std::clamp(int(std::thread::hardware_concurrency()), 1, mostSlices) : 1;
-    p.b_sliced_threads = p.i_threads > 1;
+    p.i_threads = slices;
+    p.b_sliced_threads = slices > 1;
     p.i_timebase_num = 1;
     p.i_timebase_den = X264Encoder::timeScale;
     p.i_fps_num = 60;
@@ -99,16 +110,111 @@ x264_param_t parametersFor(PixelSize encoded) {
     return p;
 }
 
+using EncoderPointer = std::unique_ptr<x264_t, CloseEncoder>;
+
+EncoderPointer openEncoder(PixelSize encoded, int slices) {
+    x264_param_t parameters = parametersFor(encoded, slices);
+    return EncoderPointer(x264_encoder_open(&parameters));
+}
+
+x264_picture_t pictureOf(const Nv12Frame &frame, std::int64_t presentationTime) {
+    x264_picture_t picture;
+    x264_picture_init(&picture);
+    picture.i_pts = presentationTime;
+    picture.img.i_csp = X264_CSP_NV12;
+    picture.img.i_plane = 2;
+    // The encoder only reads the planes.
+    picture.img.plane[0] = const_cast<std::uint8_t *>(frame.luma());
+    picture.img.plane[1] = const_cast<std::uint8_t *>(frame.chroma());
+    picture.img.i_stride[0] = int(frame.stride());
+    picture.img.i_stride[1] = int(frame.stride());
+    return picture;
+}
+
+/// Encodes two grey pictures: the memory of a fresh encoder comes with the first ones, which then take
+/// several times as long as others.
+void warmUp(x264_t &encoder, PixelSize encoded) {
+    const Nv12Frame grey(encoded);
+    for (int i = 0; i < 2; ++i) {
+        x264_picture_t picture = pictureOf(grey, i);
+        picture.i_type = i == 0 ? X264_TYPE_IDR : X264_TYPE_P;
+        x264_nal_t *units = nullptr;
+        int count = 0;
+        x264_picture_t out;
+        x264_encoder_encode(&encoder, &units, &count, &picture, &out);
+    }
+}
+
+/// An encoder that is made ready on a thread of its own, while another one is busy.
+class PreparedEncoder {
+public:
+    PreparedEncoder(PixelSize encoded, int slices)
+        : m_thread("encoder warm-up", [this, encoded, slices] {
+              m_encoder = openEncoder(encoded, slices);
+              if (m_encoder)
+                  warmUp(*m_encoder, encoded);
+              m_isReady = true;
+          }) {}
+
+    bool isReady() const { return m_isReady; }
+    /// Null when it could not be opened.
+    EncoderPointer take() {
+        m_thread.join();
+        return std::move(m_encoder);
+    }
+
+private:
+    std::atomic<bool> m_isReady = false;
+    EncoderPointer m_encoder;
+    WorkerThread m_thread;
+};
+
 } // namespace
 
 struct X264Encoder::State {
-    std::unique_ptr<x264_t, CloseEncoder> encoder;
+    /// True when the next picture has to be a key frame, because another encoder begins.
+    bool chooseSlices(bool keyFrame);
+    bool goOver(EncoderPointer next, int nextSlices);
+
+    EncoderPointer encoder;
+    int slices = 1;
+    /// The one with slices, while it may soon be needed.
+    std::unique_ptr<PreparedEncoder> prepared;
+    /// Present while there is a choice.
+    std::optional<EncoderLoad> load;
     PixelSize encoded;
     std::vector<std::uint8_t> configuration;
     /// Must stay until the frame is really encoded, which is before `encode` returns.
     std::vector<std::uint8_t> hints;
     QuantizerControl quantizer;
 };
+
+bool X264Encoder::State::chooseSlices(bool keyFrame) {
+    if (!load)
+        return false;
+    if (slices > 1)
+        return keyFrame && load->canDoWithoutSlices() && goOver(openEncoder(encoded, 1), 1);
+    if (load->canDoWithoutSlices())
+        prepared.reset();
+    else if (load->mayNeedSlices() && !prepared)
+        prepared = std::make_unique<PreparedEncoder>(encoded, slicesHere());
+    if (!load->needsSlices() || !prepared || !prepared->isReady())
+        return false;
+    EncoderPointer next = prepared->take();
+    prepared.reset();
+    return goOver(std::move(next), slicesHere());
+}
+
+bool X264Encoder::State::goOver(EncoderPointer next, int nextSlices) {
+    if (!next) {
+        load.reset();
+        return false;
+    }
+    qCInfo(logCapture, "encoding in slices: %d", nextSlices);
+    encoder = std::move(next);
+    slices = nextSlices;
+    return true;
+}
 
 X264Encoder::X264Encoder(std::unique_ptr<State> state) : m_state(std::move(state)) {}
 X264Encoder::~X264Encoder() = default;
@@ -125,8 +231,11 @@ std::expected<std::unique_ptr<X264Encoder>, PlatformError> X264Encoder::create(P
     auto state =
         std::make_unique<State>(State{.quantizer = QuantizerControl(blocks.columns() * blocks.rows())});
     state->encoded = {(picture.width + 1) / 2 * 2, (picture.height + 1) / 2 * 2};
-    x264_param_t parameters = parametersFor(state->encoded);
-    state->encoder.reset(x264_encoder_open(&parameters));
+    if (isLarge(state->encoded))
+        state->slices = slicesHere();
+    else if (slicesHere() > 1)
+        state->load.emplace(slicesHere());
+    state->encoder = openEncoder(state->encoded, state->slices);
     if (!state->encoder)
         return std::unexpected(
             screenError(ScreenErrorCode::encoderFailed, "The video encoder could not be started"));
@@ -153,23 +262,16 @@ std::expected<std::unique_ptr<X264Encoder>, PlatformError> X264Encoder::create(P
 std::expected<EncodedFrame, PlatformError> X264Encoder::encode(const Nv12Frame &frame,
                                                                const BlockMap &changed,
                                                                std::int64_t presentationTime, bool keyFrame) {
+    const double begin = hostNow();
+    keyFrame = m_state->chooseSlices(keyFrame) || keyFrame;
     auto &hints = m_state->hints;
     hints.resize(changed.marks().size());
     std::ranges::transform(changed.marks(), hints.begin(),
                            [](std::uint8_t mark) { return std::uint8_t(mark ? 0 : X264_MBINFO_CONSTANT); });
 
-    x264_picture_t picture;
-    x264_picture_init(&picture);
+    x264_picture_t picture = pictureOf(frame, presentationTime);
     picture.i_qpplus1 = m_state->quantizer.quantizer(keyFrame) + 1;
     picture.i_type = keyFrame ? X264_TYPE_IDR : X264_TYPE_P;
-    picture.i_pts = presentationTime;
-    picture.img.i_csp = X264_CSP_NV12;
-    picture.img.i_plane = 2;
-    // The encoder only reads the planes.
-    picture.img.plane[0] = const_cast<std::uint8_t *>(frame.luma());
-    picture.img.plane[1] = const_cast<std::uint8_t *>(frame.chroma());
-    picture.img.i_stride[0] = int(frame.stride());
-    picture.img.i_stride[1] = int(frame.stride());
     picture.prop.mb_info = hints.data();
 
     x264_nal_t *units = nullptr;
@@ -180,6 +282,8 @@ std::expected<EncodedFrame, PlatformError> X264Encoder::encode(const Nv12Frame &
         return std::unexpected(screenError(ScreenErrorCode::encoderFailed, "The video encoder failed"));
     m_state->quantizer.frameEncoded(double(presentationTime) / timeScale, changed.count(), std::size_t(size),
                                     encoded.b_keyframe != 0);
+    if (m_state->load)
+        m_state->load->frameEncoded(begin, hostNow());
     return EncodedFrame{std::span(units[0].p_payload, std::size_t(size)), encoded.i_pts,
                         encoded.b_keyframe != 0};
 }

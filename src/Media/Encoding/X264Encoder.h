@@ -10,10 +10,12 @@
 
 namespace vantrell {
 
-/// H.264 through libx264, set up for screens: macroblocks that did not change are passed over.
+/// H.264 through libx264, set up for screens: macroblocks that did not change are passed over. Encodes in
+/// slices on several threads where one does not keep up, for as long as it would not.
 class X264Encoder final : public VideoEncoder {
 public:
-    /// One thread encodes 1080p at 60 frames a second with ease; larger pictures take several.
+    /// One thread of an ordinary machine encodes 1080p at 60 frames a second with ease; larger pictures take
+    /// several from the start.
     static bool isLarge(PixelSize picture) { return picture.width * picture.height > 2'500'000; }
 
     static std::expected<std::unique_ptr<X264Encoder>, PlatformError> create(PixelSize picture);

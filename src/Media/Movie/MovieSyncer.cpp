@@ -9,7 +9,7 @@ MovieSyncer::MovieSyncer(const DiskFile &movie, MovieJournal &journal, std::file
                          std::chrono::milliseconds interval,
                          std::function<void(const PlatformError &)> failed)
     : m_movie(movie), m_journal(journal), m_folder(std::move(folder)), m_interval(interval),
-      m_failed(std::move(failed)), m_thread([this] { run(); }) {}
+      m_failed(std::move(failed)), m_thread("movie syncer", [this] { run(); }) {}
 
 void MovieSyncer::written(std::uint64_t end) {
     {
@@ -23,18 +23,17 @@ void MovieSyncer::written(std::uint64_t end) {
 void MovieSyncer::stop() {
     {
         std::scoped_lock lock(m_mutex);
-        m_stopping = true;
+        m_isStopping = true;
     }
     m_wake.notify_one();
-    if (m_thread.joinable())
-        m_thread.join();
+    m_thread.join();
 }
 
 void MovieSyncer::run() {
     std::unique_lock lock(m_mutex);
     for (;;) {
-        m_wake.wait(lock, [this] { return m_dirty || m_stopping; });
-        if (m_stopping)
+        m_wake.wait(lock, [this] { return m_dirty || m_isStopping; });
+        if (m_isStopping)
             return;
         m_dirty = false;
         const std::uint64_t end = m_end;
@@ -42,7 +41,7 @@ void MovieSyncer::run() {
         if (const auto done = synchronise(end); !done)
             m_failed(done.error());
         lock.lock();
-        m_wake.wait_for(lock, m_interval, [this] { return m_stopping; });
+        m_wake.wait_for(lock, m_interval, [this] { return m_isStopping; });
     }
 }
 

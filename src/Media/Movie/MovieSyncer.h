@@ -5,6 +5,7 @@
 
 #include "Media/Movie/MovieJournal.h"
 #include "Support/PlatformError.h"
+#include "Support/WorkerThread.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -12,7 +13,6 @@
 #include <filesystem>
 #include <functional>
 #include <mutex>
-#include <thread>
 
 namespace vantrell {
 
@@ -49,8 +49,8 @@ private:
     std::condition_variable m_wake;
     std::uint64_t m_end = 0;
     bool m_dirty = false;
-    bool m_stopping = false;
-    std::thread m_thread;
+    bool m_isStopping = false;
+    WorkerThread m_thread;
 };
 
 } // namespace vantrell

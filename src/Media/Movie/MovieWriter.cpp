@@ -9,13 +9,13 @@
 #include "Media/Movie/MovieSyncer.h"
 #include "Support/DiskReserve.h"
 #include "Support/Log.h"
+#include "Support/WorkerThread.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
-#include <thread>
 #include <utility>
 
 #include <unistd.h>
@@ -51,7 +51,7 @@ struct MovieWriter::Implementation {
           journal(std::move(log)), reserve(moviePath.parent_path().empty() ? "." : moviePath.parent_path()),
           syncer(assembler.file(), journal, moviePath.parent_path(), options.syncInterval,
                  [this](const PlatformError &failure) { fail(failure); }),
-          thread([this] { run(); }) {}
+          thread("movie writer", [this] { run(); }) {}
 
     void run();
     void waitForWork(std::unique_lock<std::mutex> &lock);
@@ -83,10 +83,10 @@ struct MovieWriter::Implementation {
     std::uint64_t writtenBytes = MovieAssembler::headBytes;
     std::uint64_t headerBytes = 0;
     std::optional<PlatformError> error;
-    bool stopping = false;
+    bool isStopping = false;
 
     MovieSyncer syncer;
-    std::thread thread;
+    WorkerThread thread;
 };
 
 void MovieWriter::Implementation::run() {
@@ -94,11 +94,11 @@ void MovieWriter::Implementation::run() {
     for (;;) {
         waitForWork(lock);
         // Samples may come while the disk is written to; only a flush that begins after the stop is the last.
-        const bool isLast = stopping;
+        const bool isLast = isStopping;
         flush(lock);
         if (error) {
             // What the movie holds stays as long as it was when it stopped growing.
-            wake.wait(lock, [this] { return stopping; });
+            wake.wait(lock, [this] { return isStopping; });
             return;
         }
         lock.unlock();
@@ -112,7 +112,7 @@ void MovieWriter::Implementation::run() {
 }
 
 void MovieWriter::Implementation::waitForWork(std::unique_lock<std::mutex> &lock) {
-    const auto hasWork = [this] { return stopping || pendingBytes > 0; };
+    const auto hasWork = [this] { return isStopping || pendingBytes > 0; };
     if (options.elapsed)
         wake.wait_until(lock, nextElapsedNote, hasWork);
     else
@@ -120,7 +120,7 @@ void MovieWriter::Implementation::waitForWork(std::unique_lock<std::mutex> &lock
     // Let a chunk grow: few large writes instead of one for each sample, and small tables.
     if (pendingBytes > 0)
         wake.wait_for(lock, options.flushInterval,
-                      [this] { return stopping || pendingBytes > options.bufferLimit / 4; });
+                      [this] { return isStopping || pendingBytes > options.bufferLimit / 4; });
 }
 
 void MovieWriter::Implementation::flush(std::unique_lock<std::mutex> &lock) {
@@ -214,12 +214,11 @@ void MovieWriter::Implementation::fail(const PlatformError &failure) {
 void MovieWriter::Implementation::stopThreads() {
     {
         std::scoped_lock lock(mutex);
-        stopping = true;
+        isStopping = true;
     }
     wake.notify_all();
     room.notify_all();
-    if (thread.joinable())
-        thread.join();
+    thread.join();
     syncer.stop();
 }
 
@@ -267,11 +266,11 @@ std::expected<void, PlatformError> MovieWriter::append(TrackId track, const Enco
     Implementation &self = *m_implementation;
     std::unique_lock lock(self.mutex);
     self.room.wait(lock, [&self] {
-        return self.pendingBytes < self.options.bufferLimit || self.error || self.stopping;
+        return self.pendingBytes < self.options.bufferLimit || self.error || self.isStopping;
     });
     if (self.error)
         return std::unexpected(*self.error);
-    if (self.stopping)
+    if (self.isStopping)
         return std::unexpected(movieError(MovieFault::finished, "the movie is finished"));
     auto &[data, samples] = self.pending[std::size_t(track.index)];
     data.insert(data.end(), sample.data.begin(), sample.data.end());
@@ -305,6 +304,13 @@ std::expected<MovieSummary, PlatformError> MovieWriter::finish(std::span<const T
     if (::unlink(MovieJournal::pathFor(self.path).c_str()) != 0)
         qCWarning(logCapture, "movie's journal not removed: errno %d", errno);
     return summary;
+}
+
+void MovieWriter::discard() {
+    m_implementation->stopThreads();
+    // The journal goes last: a movie that is left alone would never be looked at again.
+    ::unlink(m_implementation->path.c_str());
+    ::unlink(MovieJournal::pathFor(m_implementation->path).c_str());
 }
 
 std::uint64_t MovieWriter::finalisationBytes() const {

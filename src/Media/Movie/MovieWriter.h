@@ -68,6 +68,9 @@ public:
     /// once.
     std::expected<MovieSummary, PlatformError> finish(std::span<const TrackEnd> ends);
 
+    /// Nothing of it is wanted: ends, and leaves neither movie nor journal. Instead of `finish`.
+    void discard();
+
     /// Room on the disk that finishing takes. The writer holds it in reserve where the file system can, and
     /// reports a full disk while the reserve still suffices.
     std::uint64_t finalisationBytes() const;

@@ -9,8 +9,6 @@
 #include <chrono>
 #include <utility>
 
-#include <pthread.h>
-
 namespace vantrell {
 
 namespace {
@@ -77,7 +75,7 @@ void AudioTrackRecorder::begin(double epoch) {
     if (!m_synchronizer)
         return;
     m_synchronizer->setEpoch(epoch);
-    m_thread = std::thread([this] { run(); });
+    m_thread = WorkerThread("sound track", [this] { run(); });
 }
 
 void AudioTrackRecorder::requestStop(double hostTime) {
@@ -89,7 +87,7 @@ void AudioTrackRecorder::requestStop(double hostTime) {
 }
 
 std::optional<TrackEnd> AudioTrackRecorder::finish() {
-    if (!m_thread.joinable())
+    if (!m_thread.isRunning())
         return std::nullopt;
     m_thread.join();
     m_source.reset();
@@ -99,11 +97,10 @@ std::optional<TrackEnd> AudioTrackRecorder::finish() {
 void AudioTrackRecorder::endThread() {
     {
         std::scoped_lock lock(m_mutex);
-        m_isAbandoned = true;
+        m_isStopping = true;
     }
     m_wake.notify_all();
-    if (m_thread.joinable())
-        m_thread.join();
+    m_thread.join();
 }
 
 void AudioTrackRecorder::takeBlock(const AudioBlock &block) {
@@ -140,12 +137,11 @@ void AudioTrackRecorder::noteState(AudioSourceState state) {
 }
 
 void AudioTrackRecorder::run() {
-    ::pthread_setname_np(::pthread_self(), "sound track");
     std::unique_lock lock(m_mutex);
     std::expected<void, PlatformError> recorded;
     while (recorded && waitForWork(lock))
         recorded = recordQueued(lock);
-    if (m_isAbandoned)
+    if (m_isStopping)
         return;
     const double stopTime = m_stopTime.value_or(m_synchronizer->coveredUntil());
     const auto lost = static_cast<long long>(m_queue.lostFrames());
@@ -166,17 +162,16 @@ void AudioTrackRecorder::run() {
 bool AudioTrackRecorder::waitForWork(std::unique_lock<std::mutex> &lock) {
     if (!m_stopTime)
         m_wake.wait_for(lock, asDuration(quietSeconds / 2),
-                        [this] { return m_isAbandoned || m_stopTime || m_queue.seconds() >= batchSeconds; });
-    if (m_isAbandoned || hasReachedStop())
+                        [this] { return m_isStopping || m_stopTime || m_queue.seconds() >= batchSeconds; });
+    if (m_isStopping || hasReachedStop())
         return false;
     if (!m_stopTime)
         return true;
     // The last sound before the stop is still on its way, if there is a device.
     const double patience = *m_stopTime + stopPatience - hostNow();
     if (m_state == AudioSourceState::running && patience > 0)
-        m_wake.wait_for(lock, asDuration(patience),
-                        [this] { return m_isAbandoned || m_queue.seconds() > 0; });
-    return !m_isAbandoned && m_queue.seconds() > 0;
+        m_wake.wait_for(lock, asDuration(patience), [this] { return m_isStopping || m_queue.seconds() > 0; });
+    return !m_isStopping && m_queue.seconds() > 0;
 }
 
 // What comes behind the stop is left in the queue: it may come faster than it can be encoded.
@@ -185,7 +180,7 @@ bool AudioTrackRecorder::hasReachedStop() const {
 }
 
 std::expected<void, PlatformError> AudioTrackRecorder::recordQueued(std::unique_lock<std::mutex> &lock) {
-    while (!m_isAbandoned && !hasReachedStop()) {
+    while (!m_isStopping && !hasReachedStop()) {
         auto block = m_queue.pop();
         if (!block)
             break;

@@ -8,6 +8,7 @@
 #include "Media/Sound/AudioBlockQueue.h"
 #include "Media/Sound/AudioSynchronizer.h"
 #include "Platform/AudioSource.h"
+#include "Support/WorkerThread.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -16,7 +17,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <thread>
 
 namespace vantrell {
 
@@ -79,9 +79,10 @@ private:
     AudioBlockQueue m_queue;
     std::optional<AudioSourceState> m_state;
     std::optional<double> m_stopTime;
-    bool m_isAbandoned = false;
+    /// At once, unlike at the stop time.
+    bool m_isStopping = false;
 
-    std::thread m_thread;
+    WorkerThread m_thread;
     /// Last: it ends first, and with it the calls into the members above.
     std::unique_ptr<AudioSource> m_source;
 };

@@ -15,7 +15,8 @@
 namespace vantrell {
 
 /// Port: the sound of one recording stretch, written into the movie beside the picture. The capture stream
-/// makes the calls in this order, all on one thread; what comes between runs on threads of its own.
+/// makes the calls in this order, all on one thread but perhaps the construction; what comes between runs on
+/// threads of its own.
 class SoundStage {
 public:
     /// Ends the listening when `end` did not.

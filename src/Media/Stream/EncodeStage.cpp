@@ -9,8 +9,6 @@
 #include <cmath>
 #include <utility>
 
-#include <pthread.h>
-
 namespace vantrell {
 namespace {
 
@@ -22,12 +20,10 @@ constexpr std::int64_t heldFrameTicks = VideoEncoder::timeScale / 60;
 EncodeStage::EncodeStage(FrameExchange &exchange, std::unique_ptr<VideoEncoder> encoder, MovieSink &movie,
                          TrackId track, std::function<void()> failed)
     : m_exchange(exchange), m_encoder(std::move(encoder)), m_movie(movie), m_track(track),
-      m_failed(std::move(failed)), m_thread([this] { run(); }) {}
+      m_failed(std::move(failed)), m_thread("encode", [this] { run(); }) {}
 
 EncodeStage::~EncodeStage() {
     m_exchange.close();
-    if (m_thread.joinable())
-        m_thread.join();
 }
 
 std::int64_t EncodeStage::ticks(double hostTime) const {
@@ -35,7 +31,6 @@ std::int64_t EncodeStage::ticks(double hostTime) const {
 }
 
 void EncodeStage::run() {
-    ::pthread_setname_np(::pthread_self(), "encode");
     while (auto job = m_exchange.next()) {
         std::int64_t time = ticks(job->hostTime);
         if (m_last)
@@ -94,8 +89,8 @@ void EncodeStage::hold(std::int64_t endTime) {
     const auto frame = m_encoder->encode(m_last->slot->frame, nothing, time, false);
     if (!frame)
         return;
-    const auto written =
-        m_movie.append(m_track, EncodedSample{.data = frame->data, .pts = time, .dts = time, .isKey = false});
+    const auto written = m_movie.append(
+        m_track, EncodedSample{.data = frame->data, .pts = time, .dts = time, .isKey = frame->isKeyFrame});
     if (written) {
         ++m_result.frames;
         m_result.lastPresentationTime = time;

@@ -8,12 +8,12 @@
 #include "Media/Movie/MovieSink.h"
 #include "Media/Stream/FrameExchange.h"
 #include "Support/PlatformError.h"
+#include "Support/WorkerThread.h"
 
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <thread>
 
 namespace vantrell {
 
@@ -62,7 +62,7 @@ private:
     KeyFrameSchedule m_keyFrames;
     std::optional<FrameExchange::Job> m_last;
     Result m_result;
-    std::thread m_thread;
+    WorkerThread m_thread;
 };
 
 } // namespace vantrell

@@ -8,11 +8,16 @@
 
 namespace vantrell {
 
-FrameExchange::FrameExchange(PixelSize picture, int pictures) {
-    for (int i = 0; i < pictures; ++i) {
-        m_slots.push_back(std::make_unique<Slot>(picture));
-        m_slots.back()->stale.markAll();
-    }
+FrameExchange::Slot *FrameExchange::freeSlot() {
+    // The latest picture needs nothing brought up to date.
+    if (m_latest && !m_latest->isBusy)
+        return m_latest;
+    const auto free = std::ranges::find_if(m_slots, [](const auto &slot) { return !slot->isBusy; });
+    if (free != m_slots.end())
+        return free->get();
+    if (int(m_slots.size()) == m_mostPictures)
+        return nullptr;
+    return m_slots.emplace_back(std::make_unique<Slot>(m_picture)).get();
 }
 
 FrameExchange::Slot *FrameExchange::acquire() {
@@ -21,13 +26,7 @@ FrameExchange::Slot *FrameExchange::acquire() {
     m_changed.wait(lock, [&] {
         if (m_abandoned)
             return true;
-        // The latest picture needs nothing brought up to date.
-        if (m_latest && !m_latest->isBusy) {
-            found = m_latest;
-        } else {
-            const auto free = std::ranges::find_if(m_slots, [](const auto &slot) { return !slot->isBusy; });
-            found = free == m_slots.end() ? nullptr : free->get();
-        }
+        found = freeSlot();
         return found != nullptr;
     });
     if (m_abandoned)

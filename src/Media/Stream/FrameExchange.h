@@ -19,13 +19,14 @@ namespace vantrell {
 /// copying: while the encoder keeps up, one and the same picture is updated in place; when it lags, the
 /// capture goes on in another one, which first takes over what changed since it was the latest.
 ///
-/// Bounded: when all pictures wait for the encoder, the capture thread waits, and what changes meanwhile is
-/// one change. Each method says whose thread calls it.
+/// Pictures are made as they are needed: an encoder that keeps up needs one. Bounded: when all pictures wait
+/// for the encoder, the capture thread waits, and what changes meanwhile is one change. Each method says
+/// whose thread calls it.
 class FrameExchange {
 public:
     /// A picture and what it misses.
     struct Slot {
-        explicit Slot(PixelSize picture) : frame(picture), stale(picture) {}
+        explicit Slot(PixelSize picture) : frame(picture), stale(picture) { stale.markAll(); }
         Nv12Frame frame;
         /// Blocks that differ from the latest picture. Capture thread.
         BlockMap stale;
@@ -40,7 +41,7 @@ public:
         double hostTime = 0;
     };
 
-    FrameExchange(PixelSize picture, int pictures);
+    FrameExchange(PixelSize picture, int mostPictures) : m_picture(picture), m_mostPictures(mostPictures) {}
 
     /// Capture thread: a picture that may be written; blocks until there is one. None after `abandon`.
     Slot *acquire();
@@ -61,6 +62,11 @@ public:
     void abandon();
 
 private:
+    Slot *freeSlot();
+
+    const PixelSize m_picture;
+    const int m_mostPictures;
+    // The capture thread's, but for what is in a job.
     std::vector<std::unique_ptr<Slot>> m_slots;
     Slot *m_latest = nullptr;
 

@@ -9,16 +9,13 @@
 #include "Support/Log.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <utility>
-
-#include <pthread.h>
 
 namespace vantrell {
 namespace {
 
-/// Enough for the encoder to be two frames late without a loss.
-constexpr int pictures = 4;
+/// Enough for the encoder to be four frames late without a loss.
+constexpr int pictures = 6;
 /// How soon a change is looked at again after one that did not show in the picture.
 constexpr double quietInterval = 0.004;
 
@@ -33,44 +30,44 @@ StagedCaptureStream::StagedCaptureStream(CaptureStreamConfiguration configuratio
 
 StagedCaptureStream::~StagedCaptureStream() {
     stop();
-    if (m_thread.joinable())
-        m_thread.join();
 }
 
-Task<std::expected<void, PlatformError>> StagedCaptureStream::start(std::stop_token stop) {
+Task<std::expected<void, StreamStartFailure>> StagedCaptureStream::start(std::stop_token stop) {
     const Started started;
-    m_thread = std::thread([this, started] { run(started); });
+    // Here and not on the capture thread, which may outlive the sound's backend when nobody waits for it.
+    if (m_makeSound)
+        m_sound = m_makeSound(m_configuration, m_events.microphoneSamples);
+    m_thread = WorkerThread("capture", [this, started] { run(started); });
     auto result = co_await started.wait(stop);
     if (!result) {
+        m_isCancelled = true;
         this->stop();
-        co_return std::unexpected(PlatformError{"posix", ECANCELED, "The recording was cancelled"});
+        co_return std::unexpected(StreamStartFailure(Cancelled{}));
     }
-    co_return std::move(*result);
+    if (!*result)
+        co_return std::unexpected(StreamStartFailure(std::move(result->error())));
+    co_return std::expected<void, StreamStartFailure>();
 }
 
 void StagedCaptureStream::stop() {
     double never = 0;
     if (!m_stopTime.compare_exchange_strong(never, hostNow()))
         return;
-    m_stopping = true;
+    m_isStopping = true;
     m_source->interrupt();
 }
 
 void StagedCaptureStream::run(const Started &started) {
-    ::pthread_setname_np(::pthread_self(), "capture");
     if (auto opened = open(); !opened) {
-        m_sound.reset();
-        m_encode.reset();
-        if (m_writer) {
-            m_writer.reset();
-            std::error_code ignored;
-            std::filesystem::remove(m_configuration.outputFile, ignored);
-        }
+        discard();
         started.resolve(std::unexpected(opened.error()));
         return;
     }
     started.resolve({});
-    if (auto captured = captureUntilStop(); !captured) {
+    auto captured = captureUntilStop();
+    if (m_isCancelled)
+        return discard();
+    if (!captured) {
         double never = 0;
         m_stopTime.compare_exchange_strong(never, hostNow());
         if (m_events.stoppedWithError)
@@ -108,8 +105,6 @@ std::expected<void, PlatformError> StagedCaptureStream::open() {
             m_encoderFailed = true;
             m_source->interrupt();
         });
-    if (m_makeSound)
-        m_sound = m_makeSound(m_configuration, m_events.microphoneSamples);
     if (m_sound)
         m_sound->begin(*m_writer);
     return {};
@@ -124,7 +119,7 @@ std::expected<void, PlatformError> StagedCaptureStream::captureUntilStop() {
             if (auto captured = captureFrame(); !captured)
                 return captured;
         }
-        if (m_stopping) {
+        if (m_isStopping) {
             // What changed right before the stop still belongs to the recording.
             const auto last = m_source->wait(0, hostNow());
             return last && *last == FrameWait::changed ? captureFrame()
@@ -203,6 +198,14 @@ void StagedCaptureStream::begin(double hostTime) {
         m_sound->setEpoch(hostTime);
     if (m_events.firstFrame)
         m_events.firstFrame(hostTime);
+}
+
+void StagedCaptureStream::discard() {
+    m_sound.reset();
+    m_encode.reset();
+    if (m_writer)
+        m_writer->discard();
+    m_writer.reset();
 }
 
 void StagedCaptureStream::finish() {

@@ -14,12 +14,12 @@
 #include "Platform/CaptureStreamConfiguration.h"
 #include "Platform/FrameSource.h"
 #include "Support/OneShot.h"
+#include "Support/WorkerThread.h"
 
 #include <atomic>
 #include <memory>
 #include <optional>
 #include <span>
-#include <thread>
 
 namespace vantrell {
 
@@ -42,7 +42,7 @@ public:
                         SoundStageFactory makeSound);
     ~StagedCaptureStream() override;
 
-    Task<std::expected<void, PlatformError>> start(std::stop_token stop) override;
+    Task<std::expected<void, StreamStartFailure>> start(std::stop_token stop) override;
     void stop() override;
     PixelSize pictureSize() const override { return m_picture; }
 
@@ -57,13 +57,17 @@ private:
     void takeOver(std::span<const FramePatch> patches, FrameExchange::Slot &slot, BlockMap &changed) const;
     void begin(double hostTime);
     void finish();
+    /// Nothing of the stretch is wanted: ends the stages and leaves no file.
+    void discard();
 
     const CaptureStreamConfiguration m_configuration;
     const CaptureStreamEvents m_events;
     const std::unique_ptr<FrameSource> m_source;
     const std::shared_ptr<EncoderChoice> m_encoders;
     const SoundStageFactory m_makeSound;
-    std::atomic<bool> m_stopping = false;
+    std::atomic<bool> m_isStopping = false;
+    /// Nobody waited for the start until its end: set before the stop.
+    std::atomic<bool> m_isCancelled = false;
     /// Host time of the stop; 0 before.
     std::atomic<double> m_stopTime = 0;
     std::atomic<bool> m_encoderFailed = false;
@@ -86,7 +90,7 @@ private:
     double m_notBefore = 0;
     std::int64_t m_droppedFrames = 0;
 
-    std::thread m_thread;
+    WorkerThread m_thread;
 };
 
 } // namespace vantrell

@@ -15,8 +15,11 @@ namespace vantrell {
 Task<std::expected<std::vector<Microphone>, PlatformError>>
 PulseAudioBackend::microphones(std::stop_token stop) {
     auto listed = co_await runBlocking([] { return listPulseMicrophones(); }, stop);
-    if (!listed)
-        co_return std::unexpected(audioError(AudioErrorCode::serverFailed)); // cancelled: nobody reads it
+    if (!listed) {
+        const auto *const error = std::get_if<PlatformError>(&listed.error());
+        // Cancelled: nobody reads it.
+        co_return std::unexpected(error ? *error : audioError(AudioErrorCode::serverFailed));
+    }
     co_return std::move(*listed);
 }
 

@@ -47,19 +47,14 @@ Picture captureX11Area(const X11Connection &connection, const PixelRect &wanted)
 
 Task<StillCapture::Result> onWorker(std::function<Picture(const X11Connection &)> capture,
                                     std::stop_token stop) {
-    const auto done = co_await runBlocking(
+    return runBlocking(
         [capture = std::move(capture)]() -> Picture {
             const auto connection = X11Connection::open();
             if (!connection)
                 return std::unexpected(connection.error());
             return capture(**connection);
         },
-        stop);
-    if (!done)
-        co_return std::unexpected(StillCapture::Error(Cancelled{}));
-    if (!*done)
-        co_return std::unexpected(StillCapture::Error(done->error()));
-    co_return **done;
+        std::move(stop));
 }
 
 } // namespace

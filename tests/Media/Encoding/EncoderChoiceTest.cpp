@@ -8,12 +8,15 @@
 #include "Media/Encoding/H264Units.h"
 #include "Media/Encoding/X264Encoder.h"
 #include "Media/Movie/MovieWriter.h"
+#include "Support/HostTime.h"
+#include "TestSupport/RunTask.h"
 #include "TestSupport/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <thread>
 
 namespace vantrell {
 namespace {
@@ -110,6 +113,52 @@ TEST(EncoderTrial, passesTheSoftwareEncoder) {
         const auto tried = tryEncoder(**encoder, picture);
         EXPECT_TRUE(tried) << tried.error().message;
     }
+}
+
+TEST(X264Encoder, goesOverToSlicesAndBackWithinOneMovie) {
+    if (std::thread::hardware_concurrency() < 2)
+        GTEST_SKIP() << "one core";
+    const PixelSize picture{640, 360};
+    const auto encoder = *X264Encoder::create(picture);
+    const TemporaryFolder folder;
+    auto writer = *MovieWriter::create(folder / "film.mov", {});
+    const TrackId track = writer->addVideoTrack({.size = picture,
+                                                 .timeScale = VideoEncoder::timeScale,
+                                                 .decoderConfiguration = encoder->codecConfiguration()});
+    BlockMap changed(picture);
+    changed.markAll();
+    std::vector<int> lumas;
+    std::vector<bool> keys;
+    const auto encode = [&](bool keyFrame) {
+        lumas.push_back(40 + int(lumas.size()) * 7 % 160);
+        const auto time = std::int64_t(lumas.size()) * 900;
+        const auto frame = encoder->encode(greyFrame(picture, lumas.back()), changed, time, keyFrame);
+        ASSERT_TRUE(frame) << frame.error().message;
+        keys.push_back(frame->isKeyFrame);
+        ASSERT_TRUE(writer->append(
+            track, {.data = frame->data, .pts = time, .dts = time, .isKey = frame->isKeyFrame}));
+    };
+    encode(true);
+    // Without a rest between them: one thread is not enough. The other encoder begins with a key frame.
+    const double limit = hostNow() + 20;
+    do
+        encode(false);
+    while (!keys.back() && hostNow() < limit);
+    EXPECT_TRUE(keys.back());
+    for (int i = 0; i < 5; ++i)
+        encode(false);
+    EXPECT_FALSE(keys.back());
+    const double rested = hostNow() + 0.5;
+    ASSERT_TRUE(testing::eventually([rested] { return hostNow() >= rested; }));
+    encode(true);
+    encode(false);
+    ASSERT_TRUE(writer->finish(std::vector<TrackEnd>{{track, std::int64_t(lumas.size() + 1) * 900}}));
+
+    const auto movie = decodeMovie(folder / "film.mov");
+    EXPECT_EQ(movie.error, "");
+    ASSERT_EQ(movie.streams.at(0).pictures.size(), lumas.size());
+    for (std::size_t i = 0; i < lumas.size(); ++i)
+        ASSERT_NEAR(movie.streams[0].pictures[i].luma, lumas[i], 2) << i;
 }
 
 bool isSoftware(const std::unique_ptr<VideoEncoder> &encoder) {

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
+#include "Media/Encoding/EncoderLoad.h"
 #include "Media/Encoding/KeyFrameSchedule.h"
 #include "Media/Encoding/QuantizerControl.h"
 
 #include <gtest/gtest.h>
+
+#include <algorithm>
 
 namespace vantrell::testing {
 namespace {
@@ -29,6 +32,38 @@ TEST(KeyFrameSchedule, comesOftenWhenMuchMovesAndSeldomWhenLittleDoes) {
     EXPECT_EQ(busyKeys, 15);
     EXPECT_EQ(calmKeys, 1);
     EXPECT_TRUE(calm.isDue(60));
+}
+
+TEST(EncoderLoad, asksForSlicesBeforePicturesAreLostAndNotForAHiccup) {
+    constexpr double interval = 1.0 / 60;
+    EncoderLoad load(2);
+    double now = 100;
+    double free = now;
+    // Pictures come at 60 Hz and are encoded one after the other; how late the last one was.
+    const auto encode = [&](int pictures, double each) {
+        for (int i = 0; i < pictures && !load.needsSlices(); ++i, now += interval) {
+            const double begin = std::max(now, free);
+            free = begin + each;
+            load.frameEncoded(begin, free);
+        }
+        return free - now;
+    };
+    encode(600, 0.014);
+    EXPECT_FALSE(load.needsSlices());
+    encode(60, 0.008);
+    encode(1, 0.09);
+    encode(600, 0.008);
+    EXPECT_FALSE(load.needsSlices());
+    const double late = encode(600, 0.018);
+    EXPECT_TRUE(load.needsSlices());
+    EXPECT_LT(late, 2 * interval);
+    EXPECT_FALSE(load.canDoWithoutSlices());
+
+    load = EncoderLoad(2);
+    encode(60, 0.0095);
+    EXPECT_FALSE(load.canDoWithoutSlices());
+    encode(60, 0.004);
+    EXPECT_TRUE(load.canDoWithoutSlices());
 }
 
 TEST(QuantizerControl, staysFineOnTextGrowsCoarseOnDetailedFilmAndComesBackWhenItIsCalm) {

@@ -41,7 +41,9 @@ StreamRun::~StreamRun() = default;
 std::expected<void, PlatformError> StreamRun::start() {
     auto started = runTask(m_stream->start({}));
     m_startedAt = hostNow();
-    return started;
+    if (!started)
+        return std::unexpected(std::get<PlatformError>(started.error()));
+    return {};
 }
 
 std::expected<RecordingSummary, PlatformError> StreamRun::stop() {
