@@ -4,7 +4,7 @@
 #include "CommandLine/RecordCommand.h"
 
 #include "Capture/CaptureStorage.h"
-#include "CommandLine/CaptureDelivery.h"
+#include "CommandLine/ReportedDelivery.h"
 #include "CommandLine/UnixSignals.h"
 #include "Recording/DiskSpace.h"
 #include "Recording/RecordingEngine.h"
@@ -46,7 +46,7 @@ private:
     const CommandContext m_context;
     UnixSignals m_signals;
     Platform m_platform = m_context.loadPlatform(m_context.clock);
-    CaptureDelivery m_delivery;
+    ReportedDelivery m_delivery;
     std::unique_ptr<RecordingEngine> m_engine;
     OneShot<std::expected<void, Failure>> m_started;
     /// Resolved with the failure that ended the recording, or with nothing when it was asked to end.

@@ -4,7 +4,7 @@
 #include "CommandLine/RecoverCommand.h"
 
 #include "Capture/CaptureStorage.h"
-#include "CommandLine/CaptureDelivery.h"
+#include "CommandLine/ReportedDelivery.h"
 #include "Recording/RecordingRecovery.h"
 #include "Support/BlockingWork.h"
 
@@ -13,7 +13,7 @@
 namespace vantrell {
 
 Task<ExitCode> runRecover(RecoverArguments, CommandContext context, std::stop_token stop) {
-    CaptureDelivery delivery({}, context);
+    ReportedDelivery delivery({}, context);
     if (const auto prepared = co_await delivery.prepare(stop); !prepared)
         co_return prepared.error();
     const auto found =

@@ -4,7 +4,7 @@
 #include "CommandLine/ScreenshotCommand.h"
 
 #include "Capture/ScreenshotEngine.h"
-#include "CommandLine/CaptureDelivery.h"
+#include "CommandLine/ReportedDelivery.h"
 
 #include <utility>
 
@@ -28,7 +28,7 @@ Task<ExitCode> runScreenshot(ScreenshotArguments arguments, CommandContext conte
         context.reporter.failure(std::visit(Sentence{}, chosen.error()));
         co_return ExitCode::failed;
     }
-    CaptureDelivery delivery({arguments.outputFolder, arguments.upload, arguments.projectId}, context);
+    ReportedDelivery delivery({arguments.outputFolder, arguments.upload, arguments.projectId}, context);
     if (const auto prepared = co_await delivery.prepare(stop); !prepared)
         co_return prepared.error();
     auto taken =

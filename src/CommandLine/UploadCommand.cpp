@@ -3,9 +3,10 @@
 
 #include "CommandLine/UploadCommand.h"
 
+#include "CommandLine/Interrupted.h"
 #include "CommandLine/OpenSession.h"
 #include "CommandLine/UnixSignals.h"
-#include "CommandLine/UploadRun.h"
+#include "CommandLine/UploadProgress.h"
 #include "Session/CaptureFile.h"
 #include "Session/CapturePruning.h"
 #include "Support/BlockingWork.h"
@@ -56,6 +57,7 @@ private:
     std::set<QUuid> m_asked;
     std::unique_ptr<ServiceSession> m_session;
     std::unique_ptr<UploadRun> m_run;
+    std::optional<UploadProgress> m_progress;
 };
 
 Task<std::expected<void, ExitCode>> UploadCommand::begin() {
@@ -63,10 +65,11 @@ Task<std::expected<void, ExitCode>> UploadCommand::begin() {
     if (!session)
         co_return std::unexpected(fail(session.error()));
     m_session = std::move(*session);
-    auto run = UploadRun::create(*m_session, m_context);
+    auto run = UploadRun::create(*m_session, m_context.clock);
     if (!run)
         co_return std::unexpected(fail(run.error()));
     m_run = std::move(*run);
+    m_progress.emplace(*m_run);
     if (!co_await m_session->connect(m_starting.get_token()) && !m_starting.stop_requested())
         co_return std::unexpected(
             fail(APIError(APIError::NotPaired{}).description(), ExitCode::notConnected));
@@ -133,12 +136,15 @@ Task<ExitCode> UploadCommand::resume(std::stop_token stop) {
 }
 
 Task<ExitCode> UploadCommand::finish(std::set<QUuid> entries, std::stop_token stop) {
-    if (!co_await m_run->finish(std::move(entries), stop))
+    const bool haveEnded = co_await m_run->finish(std::move(entries), stop);
+    m_progress->clear();
+    if (!haveEnded)
         co_return fail(uploadInterrupted);
     co_return m_worst;
 }
 
 void UploadCommand::report(const UploadEnd &end) {
+    m_progress->clear();
     const std::string path = end.file.string();
     if (end.assetId) {
         m_context.reporter.result(

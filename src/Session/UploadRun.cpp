@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "CommandLine/UploadRun.h"
+#include "Session/UploadRun.h"
 
 #include "Analytics/Analytics.h"
 #include "Capture/CaptureStorage.h"
@@ -12,21 +12,19 @@
 namespace vantrell {
 
 std::expected<std::unique_ptr<UploadRun>, std::string> UploadRun::create(ServiceSession &session,
-                                                                         const CommandContext &context) {
+                                                                         Clock &clock) {
     auto journal = UploadJournal::open(CaptureStorage::journalURL());
     if (!journal)
         return std::unexpected(journal.error().description());
-    return std::unique_ptr<UploadRun>(new UploadRun(session, context, std::move(*journal)));
+    return std::unique_ptr<UploadRun>(new UploadRun(session, clock, std::move(*journal)));
 }
 
-UploadRun::UploadRun(ServiceSession &session, const CommandContext &context,
-                     std::unique_ptr<UploadJournal> journal)
-    : m_session(session), m_shelf(context.clock), m_journal(std::move(journal)),
-      m_manager({session.api(), session.http(), *m_journal, m_shelf, Analytics::shared(), context.clock},
+UploadRun::UploadRun(ServiceSession &session, Clock &clock, std::unique_ptr<UploadJournal> journal)
+    : m_session(session), m_shelf(clock), m_journal(std::move(journal)),
+      m_manager({session.api(), session.http(), *m_journal, m_shelf, Analytics::shared(), clock},
                 [this] { return m_videoByteCap; }) {
     m_manager.onEnd = [this](const UploadEnd &end) { noteEnd(end); };
     m_manager.onIdle = [this] { m_changed.resolve(true); };
-    m_observation = m_shelf.observe([this] { showProgress(); });
 }
 
 Task<> UploadRun::fetchLimits(std::stop_token stop) {
@@ -86,7 +84,6 @@ Task<bool> UploadRun::finish(std::set<QUuid> entries, std::stop_token stop) {
         if (!co_await changed.wait(stop))
             break;
     }
-    m_lines.clear();
     // What the manager decided last is on disk before anybody is told.
     co_await m_journal->written(stop);
     co_return haveEnded();
@@ -98,28 +95,10 @@ const UploadEnd *UploadRun::endOf(const QUuid &entryId) const {
 }
 
 void UploadRun::noteEnd(const UploadEnd &end) {
-    m_lines.clear();
     m_ends.insert_or_assign(end.entryId, end);
     if (onEnd)
         onEnd(end);
-    showProgress();
     m_changed.resolve(true);
-}
-
-void UploadRun::showProgress() {
-    std::vector<std::string> lines;
-    int waiting = 0;
-    for (const ShelfItem &item : m_shelf.items()) {
-        if (!item.entryId || !std::holds_alternative<ShelfItem::Uploading>(item.status))
-            continue;
-        if (m_manager.isRunning(*item.entryId))
-            lines.push_back(item.fileURL().value_or("").filename().string() + "  " + item.statusText());
-        else
-            ++waiting;
-    }
-    if (waiting > 0)
-        lines.push_back(std::to_string(waiting) + " more waiting");
-    m_lines.show(lines);
 }
 
 } // namespace vantrell

@@ -4,10 +4,9 @@
 #pragma once
 
 #include "Capture/CaptureResult.h"
-#include "CommandLine/CommandContext.h"
-#include "CommandLine/ProgressLines.h"
 #include "Session/ServiceSession.h"
 #include "Shelf/ShelfStore.h"
+#include "Support/Clock.h"
 #include "Support/OneShot.h"
 #include "Support/Task.h"
 #include "Upload/UploadJournal.h"
@@ -25,13 +24,18 @@
 
 namespace vantrell {
 
-/// The upload pipeline as a command uses it: journal, manager, and in place of a panel one progress line for
-/// each file on a terminal. Destroying it in the middle leaves everything to be resumed. Main thread.
+/// The upload pipeline as one run of the program has it: journal, manager and the shelf that shows them.
+/// Destroying it in the middle leaves everything to be resumed. Main thread.
 class UploadRun {
 public:
-    /// Fails with a sentence when another process has the journal. `session` outlives the run.
+    /// Fails with a sentence when another process has the journal. Session and clock outlive the run.
     static std::expected<std::unique_ptr<UploadRun>, std::string> create(ServiceSession &session,
-                                                                         const CommandContext &context);
+                                                                         Clock &clock);
+
+    /// What is on its way.
+    ShelfStore &shelf() { return m_shelf; }
+    /// One of those that have a slot; the others wait for one.
+    bool isRunning(const QUuid &entryId) const { return m_manager.isRunning(entryId); }
 
     /// Asks for the plan's limits. Without an answer the service itself will say what is too large.
     Task<> fetchLimits(std::stop_token stop);
@@ -55,17 +59,15 @@ public:
     /// How an upload ended, null while it has not.
     const UploadEnd *endOf(const QUuid &entryId) const;
 
-    /// Each upload's end, as it comes; the progress lines are cleared then.
+    /// Each upload's end, as it comes.
     std::function<void(const UploadEnd &)> onEnd;
 
 private:
-    UploadRun(ServiceSession &session, const CommandContext &context, std::unique_ptr<UploadJournal> journal);
+    UploadRun(ServiceSession &session, Clock &clock, std::unique_ptr<UploadJournal> journal);
 
     void noteEnd(const UploadEnd &end);
-    void showProgress();
 
     ServiceSession &m_session;
-    ProgressLines m_lines;
     ShelfStore m_shelf;
     std::optional<std::int64_t> m_videoByteCap;
     std::map<QUuid, UploadEnd> m_ends;
@@ -74,13 +76,6 @@ private:
     bool m_isInterrupted = false;
     std::unique_ptr<UploadJournal> m_journal;
     UploadManager m_manager;
-    ShelfStore::Observation m_observation;
 };
-
-/// What an interrupted command says.
-inline constexpr char uploadInterrupted[] = "Interrupted: \"vantrell-capture resume\" finishes the upload";
-/// The same before there is anything to resume.
-inline constexpr char uploadNotBegun[] =
-    "Interrupted before the upload began: \"vantrell-capture upload\" sends the file";
 
 } // namespace vantrell

@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "CommandLine/UploadRun.h"
+#include "Session/UploadRun.h"
 
-#include "CommandLine/Reporter.h"
 #include "Support/SystemClock.h"
 #include "TestSupport/Network/LocalService.h"
 #include "TestSupport/RunTask.h"
@@ -26,7 +25,7 @@ protected:
         writeTestFile(capture.fileURL, 1000, std::hash<std::string>()(name));
         return capture;
     }
-    std::unique_ptr<UploadRun> newRun() { return std::move(*UploadRun::create(*session, context)); }
+    std::unique_ptr<UploadRun> newRun() { return std::move(*UploadRun::create(*session, clock)); }
     std::string uploadedAs(const UploadRun &run, const QUuid &id) {
         const UploadEnd *const end = run.endOf(id);
         return end ? end->assetId.value_or("failed: " + end->assetId.error()) : "not ended";
@@ -37,9 +36,7 @@ protected:
     ScopedEnvironment data{"XDG_DATA_HOME", folder.path().string()};
     ScopedEnvironment url{"VANTRELL_API_URL", service.url()};
     const std::string project = service.createProject("Tests");
-    Reporter reporter{true};
     SystemClock clock;
-    const CommandContext context{reporter, clock, {}, {}};
     std::unique_ptr<ServiceSession> session;
 };
 

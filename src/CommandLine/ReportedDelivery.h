@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "CommandLine/CommandContext.h"
+#include "CommandLine/ExitCode.h"
+#include "CommandLine/UploadProgress.h"
+#include "Session/CaptureDelivery.h"
+
+#include <nlohmann/json.hpp>
+
+#include <expected>
+#include <filesystem>
+#include <optional>
+#include <stop_token>
+
+namespace vantrell {
+
+/// Delivers a command's captures and tells its user what became of them. Main thread. Failures are reported
+/// here; the exit code says which.
+class ReportedDelivery {
+public:
+    ReportedDelivery(CaptureDelivery::Options options, CommandContext context);
+
+    Task<std::expected<void, ExitCode>> prepare(std::stop_token stop);
+
+    /// `more` is added to the capture's JSON; `recoverable` as CaptureDelivery has it.
+    Task<ExitCode> deliver(CaptureResult capture, bool isPartial, nlohmann::json more,
+                           std::filesystem::path recoverable, std::stop_token stop);
+
+    /// Ends waiting for the upload, which can be resumed later.
+    void interrupt() { m_delivery.interrupt(); }
+
+private:
+    const CommandContext m_context;
+    CaptureDelivery m_delivery;
+    std::optional<UploadProgress> m_progress;
+};
+
+} // namespace vantrell

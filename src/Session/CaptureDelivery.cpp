@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Session/CaptureDelivery.h"
+
+#include "Capture/CaptureStorage.h"
+#include "Recording/RecordingRecovery.h"
+#include "Session/CapturePruning.h"
+#include "Support/BlockingWork.h"
+#include "Support/EventLoop.h"
+
+#include <set>
+#include <utility>
+#include <vector>
+
+namespace vantrell {
+
+CaptureDelivery::CaptureDelivery(Options options, SessionOpener openSession, Clock &clock)
+    : m_options(std::move(options)), m_openSession(std::move(openSession)), m_clock(clock) {}
+
+Task<std::expected<void, CaptureDelivery::Refusal>> CaptureDelivery::prepare(std::stop_token stop) {
+    std::vector<std::filesystem::path> folders{CaptureStorage::directory()};
+    if (m_options.folder)
+        folders.push_back(*m_options.folder);
+    for (const std::filesystem::path &folder : folders) {
+        if (const auto writable = prepareFolder(folder); !writable)
+            co_return std::unexpected(Refusal{writable.error().description()});
+    }
+    co_await runBlocking([] { pruneCaptures({}); }, stop);
+    if (m_options.upload) {
+        auto session = m_openSession();
+        if (!session)
+            co_return std::unexpected(Refusal{session.error()});
+        m_session = std::move(*session);
+        auto uploads = UploadRun::create(*m_session, m_clock);
+        if (!uploads)
+            co_return std::unexpected(Refusal{uploads.error()});
+        m_uploads = std::move(*uploads);
+        if (!co_await m_session->connect(stop)) {
+            const APIError notPaired(APIError::NotPaired{});
+            co_return std::unexpected(Refusal{notPaired.description(), true});
+        }
+        // There is time until there is a capture, which then goes into the journal without waiting for them.
+        m_scope.start(this, &CaptureDelivery::fetchLimits);
+    }
+    co_return std::expected<void, Refusal>();
+}
+
+Task<std::expected<CaptureDelivery::Delivered, std::variant<PlatformError, Cancelled>>>
+CaptureDelivery::deliver(CaptureResult capture, std::filesystem::path recoverable, std::stop_token stop) {
+    auto saved = co_await runBlocking(
+        [capture, recoverable, folder = m_options.folder] {
+            auto done = saveCapture(capture, folder, [&recoverable](const std::filesystem::path &place) {
+                RecordingRecovery::noteMove(recoverable, place);
+            });
+            if (done)
+                RecordingRecovery::forget(recoverable);
+            return done;
+        },
+        stop);
+    if (!saved)
+        co_return std::unexpected(saved.error());
+    Delivered delivered{std::move(*saved), std::nullopt};
+    if (m_session) {
+        const std::filesystem::path file = delivered.saved.file;
+        delivered.asset = co_await upload(std::move(capture), file, stop);
+    }
+    co_return delivered;
+}
+
+void CaptureDelivery::interrupt() {
+    if (m_uploads)
+        m_uploads->interrupt();
+    // Not in here: the wait resumes inside the request, and the caller may end with it.
+    EventLoop::current().post([choosing = m_choosing]() mutable { choosing.request_stop(); });
+}
+
+Task<> CaptureDelivery::fetchLimits(std::stop_token stop) {
+    co_await m_uploads->fetchLimits(stop);
+}
+
+Task<CaptureDelivery::Asset> CaptureDelivery::upload(CaptureResult capture, std::filesystem::path file,
+                                                     std::stop_token stop) {
+    capture.fileURL = file;
+    // Into the journal before anything is waited for: a project that is not known yet follows.
+    const auto project = ServiceSession::knownProject(m_options.projectId);
+    const QUuid id = m_uploads->add(capture, project);
+    std::optional<std::variant<std::string, Cancelled>> problem;
+    if (!project) {
+        const auto found = co_await m_session->projectForUpload(std::nullopt, m_choosing.get_token());
+        if (found)
+            m_uploads->add(std::move(capture), *found);
+        else if (m_choosing.stop_requested())
+            problem = Cancelled();
+        else
+            problem = found.error().description();
+    }
+    // Without a project there is nothing to wait for but the journal.
+    const bool hasEnded = co_await m_uploads->finish(problem ? std::set<QUuid>() : std::set{id}, stop);
+    if (problem)
+        co_return std::unexpected(*problem);
+    if (!hasEnded)
+        co_return std::unexpected(Cancelled());
+    const auto &asset = m_uploads->endOf(id)->assetId;
+    if (!asset)
+        co_return std::unexpected(asset.error());
+    co_return *asset;
+}
+
+} // namespace vantrell

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Capture/CaptureResult.h"
+#include "Session/SavedCapture.h"
+#include "Session/ServiceSession.h"
+#include "Session/UploadRun.h"
+#include "Support/Cancelled.h"
+#include "Support/Clock.h"
+#include "Support/Task.h"
+#include "Support/TaskScope.h"
+
+#include <expected>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <variant>
+
+namespace vantrell {
+
+/// Where a finished capture goes: into a folder, and to the service when asked for. Main thread.
+class CaptureDelivery {
+public:
+    struct Options {
+        /// Absent: captures stay in the captures folder.
+        std::optional<std::filesystem::path> folder;
+        bool upload = false;
+        std::optional<std::string> projectId;
+    };
+    /// Why nothing can be delivered.
+    struct Refusal {
+        std::string sentence;
+        bool isNotConnected = false;
+    };
+    /// The asset's id; else why there is none yet: a sentence, or nobody waited for it to the end.
+    using Asset = std::expected<std::string, std::variant<std::string, Cancelled>>;
+    struct Delivered {
+        SavedCapture saved;
+        /// Absent when it was not to be uploaded.
+        std::optional<Asset> asset;
+    };
+    using SessionOpener = std::function<std::expected<std::unique_ptr<ServiceSession>, std::string>()>;
+
+    /// `openSession` is called when captures are uploaded. The clock outlives the delivery.
+    CaptureDelivery(Options options, SessionOpener openSession, Clock &clock);
+
+    /// Looks before anything is captured, so that an unwritable folder, a wrong address or a missing
+    /// connection costs no work.
+    Task<std::expected<void, Refusal>> prepare(std::stop_token stop);
+
+    /// The uploads of this run; null unless prepared to upload.
+    UploadRun *uploads() { return m_uploads.get(); }
+
+    /// `recoverable` is what would recover the capture after a crash: it is forgotten once the capture has
+    /// its place and its side files. Then the capture is safe whatever becomes of its upload.
+    Task<std::expected<Delivered, std::variant<PlatformError, Cancelled>>>
+    deliver(CaptureResult capture, std::filesystem::path recoverable, std::stop_token stop);
+
+    /// Ends waiting for the upload, which can be resumed later.
+    void interrupt();
+
+private:
+    Task<> fetchLimits(std::stop_token stop);
+    Task<Asset> upload(CaptureResult capture, std::filesystem::path file, std::stop_token stop);
+
+    const Options m_options;
+    const SessionOpener m_openSession;
+    Clock &m_clock;
+    /// Present when captures are uploaded.
+    std::unique_ptr<ServiceSession> m_session;
+    std::unique_ptr<UploadRun> m_uploads;
+    /// Ends what is waited for before the upload.
+    std::stop_source m_choosing;
+    TaskScope m_scope;
+};
+
+} // namespace vantrell
