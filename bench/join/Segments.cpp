@@ -42,7 +42,7 @@ TrackId addTrack(MovieWriter &writer, const AVStream &stream) {
                                  .decoderConfiguration = configuration});
 }
 
-// The same samples as our recorder writes them.
+/// The same samples as our recorder writes them.
 void rewrite(const std::filesystem::path &from, const std::filesystem::path &to) {
     AVFormatContext *opened = nullptr;
     AVDictionary *options = nullptr;

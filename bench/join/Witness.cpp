@@ -12,7 +12,7 @@ namespace vantrell::bench {
 
 namespace {
 
-// Follows one sound track and notes the first loud sample after a moment.
+/// Follows one sound track and notes the first loud sample after a moment.
 class BeepFinder {
 public:
     BeepFinder(const AVStream &stream, double after) : m_stream(stream), m_after(after) {

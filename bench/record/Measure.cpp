@@ -14,6 +14,7 @@
 #include <vector>
 
 namespace vantrell::bench {
+
 namespace {
 
 using testing::MoviePicture;

@@ -11,6 +11,7 @@
 #include <vector>
 
 namespace vantrell::bench {
+
 namespace {
 
 pid_t parentOf(pid_t pid) {

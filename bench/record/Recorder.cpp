@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 namespace vantrell::bench {
+
 namespace {
 
 using namespace std::chrono_literals;

@@ -10,6 +10,7 @@
 #include <cstring>
 
 namespace vantrell::bench {
+
 namespace {
 
 namespace framecode = testing::framecode;

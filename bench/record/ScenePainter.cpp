@@ -20,6 +20,7 @@
 #include <xcb/xtest.h>
 
 namespace vantrell::bench {
+
 namespace {
 
 /// A full-screen window that a picture in shared memory is put on.

@@ -31,6 +31,7 @@
 
 using namespace std::chrono_literals;
 namespace vantrell::bench {
+
 namespace {
 
 struct Options {

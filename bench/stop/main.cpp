@@ -29,7 +29,7 @@ double milliseconds(SteadyClock::duration duration) {
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
-// Resident memory that is the process's own: without the pages of libraries.
+/// Resident memory that is the process's own: without the pages of libraries.
 double privateMiB() {
     std::ifstream rollup("/proc/self/smaps_rollup");
     std::string word;

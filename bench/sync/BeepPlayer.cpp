@@ -17,7 +17,7 @@ constexpr std::int64_t rate = 48000;
 constexpr std::int64_t beepFrames = rate / 20;
 constexpr double pitch = 1000;
 constexpr double loudness = 0.8;
-// The player judges by what it sees this long before and after.
+/// The player judges by what it sees this long before and after.
 constexpr double judged = 0.75;
 
 } // namespace

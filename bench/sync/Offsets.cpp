@@ -12,7 +12,7 @@ namespace vantrell::bench {
 
 namespace {
 
-// Two beeps are never this near to each other.
+/// Two beeps are never this near to each other.
 constexpr double reach = 0.4;
 constexpr double promised = 0.020;
 constexpr double minute = 60;

@@ -27,6 +27,7 @@
 #include <string>
 
 namespace vantrell::bench {
+
 namespace {
 
 constexpr int screenWidth = 1280;

@@ -14,6 +14,7 @@
 #include <iostream>
 
 namespace vantrell::bench {
+
 namespace {
 
 struct Arguments {

@@ -12,6 +12,7 @@
 #include <fstream>
 
 namespace vantrell {
+
 namespace {
 
 struct DesktopEntry {

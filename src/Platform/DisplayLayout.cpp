@@ -9,6 +9,7 @@
 #include <cstdint>
 
 namespace vantrell {
+
 namespace {
 
 std::int64_t sharedPixels(const Display &display, const PixelRect &rect) {

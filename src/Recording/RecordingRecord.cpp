@@ -122,7 +122,7 @@ RawEvent toEvent(JsonReader &in) {
     return event;
 }
 
-// False when the line is none of ours.
+/// False when the line is none of ours.
 bool readLine(const json &object, RecordingRecord &record) {
     JsonReader in(object);
     if (object.contains("segment"))

@@ -41,7 +41,7 @@ std::expected<RecordingRecord, PlatformError> readRecord(const fs::path &journal
     return std::move(*record);
 }
 
-// What the system refuses now it may allow later; a damaged file stays damaged.
+/// What the system refuses now it may allow later; a damaged file stays damaged.
 bool mayPass(const PlatformError &error) {
     return error.domain == "posix";
 }
@@ -70,7 +70,7 @@ std::expected<double, PlatformError> durationOfMovie(const fs::path &movie) {
     return 0;
 }
 
-// The whole recording, joined before it was cut off, in the newest place where it is.
+/// The whole recording, joined before it was cut off, in the newest place where it is.
 std::optional<fs::path> finishedMovie(const RecordingRecord &record, const fs::path &folder) {
     for (auto place = record.movies.rbegin(); place != record.movies.rend(); ++place)
         if (readMovieFacts(folder / *place))
@@ -109,7 +109,7 @@ std::expected<fs::path, Failure> wholeMovie(const std::vector<RecordedSegment> &
     return std::unexpected(Failure(CaptureError::encodeFailed));
 }
 
-// All that is known of a movie whose recording's journal is lost: what it shows of itself.
+/// All that is known of a movie whose recording's journal is lost: what it shows of itself.
 RecordingRecord recordOfOrphan(const fs::path &movie) {
     RecordingRecord record;
     record.segments.push_back({movie.filename(), {}});

@@ -7,6 +7,7 @@
 #include <numeric>
 
 namespace vantrell {
+
 namespace {
 
 /// A run of marked blocks, some rows high.

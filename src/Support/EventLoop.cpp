@@ -13,8 +13,8 @@
 
 namespace vantrell {
 
-// The work travels through a queue with a mutex of its own, and only a bare event through Qt: the hand-over
-// is then one that the thread sanitizer sees, though Qt itself is not built with it.
+/// The work travels through a queue with a mutex of its own, and only a bare event through Qt: the hand-over
+/// is then one that the thread sanitizer sees, though Qt itself is not built with it.
 class EventLoop::Inbox {
 public:
     Inbox() : m_receiver(std::make_unique<Receiver>(*this)) {}

@@ -7,8 +7,8 @@
 
 namespace vantrell {
 
-// The five categories, "app.vantrell.capture.<name>". Messages are short and lower case. Secrets, keys,
-// signed addresses and window titles are never logged.
+/// The five categories, "app.vantrell.capture.<name>". Messages are short and lower case. Secrets, keys,
+/// signed addresses and window titles are never logged.
 Q_DECLARE_LOGGING_CATEGORY(logApp)
 Q_DECLARE_LOGGING_CATEGORY(logAuth)
 Q_DECLARE_LOGGING_CATEGORY(logCapture)

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 using nlohmann::json;

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 class StoragePutTest : public ::testing::Test {

@@ -20,6 +20,7 @@
 #include <random>
 
 namespace vantrell::testing {
+
 namespace {
 
 constexpr std::int64_t enduranceChunk = 1 << 20;

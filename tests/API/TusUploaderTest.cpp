@@ -18,6 +18,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 /// The uploader against the service's own tus server, with chunks of 100,000 bytes.

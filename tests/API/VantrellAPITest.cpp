@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 /// The client against a server whose next answer the test sets.

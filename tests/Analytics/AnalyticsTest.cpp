@@ -23,6 +23,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 using ::testing::ElementsAre;

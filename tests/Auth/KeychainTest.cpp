@@ -18,6 +18,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 using Kind = KeychainError::Kind;

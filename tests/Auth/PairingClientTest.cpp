@@ -21,6 +21,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 using ::testing::Each;

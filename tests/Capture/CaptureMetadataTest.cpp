@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 CaptureMetadata minimal() {

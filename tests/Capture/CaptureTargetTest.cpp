@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 const Display right{"DP-2", "DP-2", {1536, -100, 1280, 800}, {1920, -125, 1600, 1000}, 1.25, false};

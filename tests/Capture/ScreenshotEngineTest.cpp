@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 QSize thumbnailSize(int width, int height) {

@@ -23,6 +23,7 @@ using ::testing::HasSubstr;
 using ::testing::Not;
 
 namespace vantrell::testing {
+
 namespace {
 
 constexpr char keyService[] = "app.vantrell.capture.apikey";

@@ -8,6 +8,7 @@
 #include <sstream>
 
 namespace vantrell::testing {
+
 namespace {
 
 std::expected<Arguments, UsageError> parse(const std::string &line) {

@@ -21,6 +21,7 @@
 #include <set>
 
 namespace vantrell::testing {
+
 namespace {
 
 constexpr int codeX = 16;

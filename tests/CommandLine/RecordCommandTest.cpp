@@ -21,6 +21,7 @@
 using ::testing::HasSubstr;
 
 namespace vantrell::testing {
+
 namespace {
 
 std::string sha256(const std::filesystem::path &file) {
@@ -70,7 +71,7 @@ TEST(RecordCommand, recordsAScreenThatNeverChangesAndItArrivesAtTheService) {
     EXPECT_EQ(captures[0]["mime"], "video/quicktime");
 }
 
-// VANTRELL_PAUSES sets how often; what leaks shows in the sanitizer's exit code.
+/// VANTRELL_PAUSES sets how often; what leaks shows in the sanitizer's exit code.
 TEST(RecordCommand, canBePausedAgainAndAgain) {
     const X11Session session({.width = 320, .height = 240});
     const SoundSession sound;

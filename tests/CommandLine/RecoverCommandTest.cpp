@@ -21,6 +21,7 @@
 #include <set>
 
 namespace vantrell::testing {
+
 namespace {
 
 /// A screen on which numbers change 30 times a second and somebody clicks, and when each of it happened.
@@ -113,7 +114,7 @@ private:
     std::mt19937 &m_random;
 };
 
-// What has to be there: everything up to 2 s before the kill.
+/// What has to be there: everything up to 2 s before the kill.
 template <typename Times, typename Time>
 int dueCount(const Times &happenings, const KilledRecording &recording, Time time) {
     return int(std::ranges::count_if(happenings, [&](const auto &happening) {
@@ -136,7 +137,7 @@ std::set<std::uint32_t> numbersIn(const std::filesystem::path &movie) {
     return seen;
 }
 
-// The movie that has a sidecar beside it.
+/// The movie that has a sidecar beside it.
 std::optional<std::filesystem::path> deliveredCapture(const CaptureProgram &program) {
     for (const std::string &name : program.captureFiles()) {
         const std::filesystem::path file = program.captures() / name;
@@ -191,7 +192,7 @@ TEST(RecoverCommand, findsNothingWhereNothingWasCutOff) {
     EXPECT_NE(ended.errors.find("Nothing to recover"), std::string::npos) << ended.errors;
 }
 
-// VANTRELL_KILLS sets the number; the seed is said so that a failure can be had again.
+/// VANTRELL_KILLS sets the number; the seed is said so that a failure can be had again.
 TEST(RecoverCommand, losesAtMostTwoSecondsWhenKilledAtAnyMoment) {
     const char *kills = std::getenv("VANTRELL_KILLS");
     const unsigned seed = std::random_device{}();

@@ -15,6 +15,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
 namespace vantrell::testing {
+
 namespace {
 
 /// What a successful run has left behind.

@@ -14,6 +14,7 @@
 #include <sstream>
 
 namespace vantrell::testing {
+
 namespace {
 
 using ::testing::HasSubstr;

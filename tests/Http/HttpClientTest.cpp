@@ -19,6 +19,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 class HttpClientTest : public ::testing::Test {

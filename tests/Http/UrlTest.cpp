@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 TEST(ServiceURL, takesHttpsAnywhereAndHttpOnThisComputerOnly) {

@@ -19,6 +19,7 @@
 #include <cmath>
 
 namespace vantrell::testing {
+
 namespace {
 
 using Kind = InputEvent::Kind;

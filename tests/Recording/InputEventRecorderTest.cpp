@@ -13,6 +13,7 @@ using ::testing::ElementsAre;
 using ::testing::Field;
 
 namespace vantrell::testing {
+
 namespace {
 
 /// The desktop's pointer, moved by the test.

@@ -12,6 +12,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 TEST(MicrophoneMeter, reportsThePeakAtMostTenTimesASecondUntilItsEnd) {

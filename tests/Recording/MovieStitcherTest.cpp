@@ -13,6 +13,7 @@
 #include <cerrno>
 
 namespace vantrell::testing {
+
 namespace {
 
 TEST(MovieStitcher, failsWithWhatWentWrong) {

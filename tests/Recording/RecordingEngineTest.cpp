@@ -20,6 +20,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 RecordingOptions displayOptions() {

@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 using std::filesystem::exists;
@@ -42,7 +43,7 @@ RecordingOptions displayOptions() {
     return options;
 }
 
-// A movie of that many seconds; unfinished, it stands still after its only picture.
+/// A movie of that many seconds; unfinished, it stands still after its only picture.
 void writeSegment(const path &file, double seconds, bool isFinished) {
     auto writer = *MovieWriter::create(file, {.elapsed = [seconds] { return seconds; }});
     const TrackId track = writer->addVideoTrack({.size = {640, 480}, .decoderConfiguration = {1, 2, 3}});

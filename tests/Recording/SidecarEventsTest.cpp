@@ -14,6 +14,7 @@ void PrintTo(const InputEvent &event, std::ostream *out) {
 }
 
 namespace testing {
+
 namespace {
 
 using Kind = InputEvent::Kind;

@@ -14,6 +14,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 class StreamSegmentTest : public ::testing::Test {

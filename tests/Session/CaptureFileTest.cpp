@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 TEST(CaptureFile, leavesOutWhatBesideItIsNoSidecar) {

@@ -17,6 +17,7 @@ using namespace std::chrono_literals;
 using ::testing::UnorderedElementsAre;
 
 namespace vantrell::testing {
+
 namespace {
 
 TEST(CapturePruning, deletesOldCapturesAndKeepsWhatIsUploadedRecordedOrToBeRecovered) {

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 TEST(SavedCapture, isWholeOnOneOfTwoFileSystemsWhicheverCallOfTheDiskFails) {

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 class UploadRunTest : public ::testing::Test {

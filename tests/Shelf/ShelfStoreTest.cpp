@@ -10,6 +10,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 using ::testing::ElementsAre;

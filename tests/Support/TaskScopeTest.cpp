@@ -16,6 +16,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 /// What a task saw, outliving the owner that the task belonged to.

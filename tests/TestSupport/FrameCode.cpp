@@ -6,6 +6,7 @@
 #include <cstring>
 
 namespace vantrell::testing::framecode {
+
 namespace {
 
 constexpr int numberBits = 20;

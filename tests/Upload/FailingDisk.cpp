@@ -32,7 +32,7 @@ bool mustFail() {
 
 } // namespace
 
-// The linker sends the calls of the code under test here (--wrap), and "real" to the system.
+/// The linker sends the calls of the code under test here (--wrap), and "real" to the system.
 extern "C" {
 int __real_mkostemp(char *name, int flags);
 int __real_mkostemp64(char *name, int flags);

@@ -10,6 +10,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 // A picture at 60 Hz lasts 16 ms. Sanitizers make everything several times slower.

@@ -17,6 +17,7 @@
 #include <fstream>
 
 namespace vantrell::testing {
+
 namespace {
 
 using ::testing::ElementsAre;

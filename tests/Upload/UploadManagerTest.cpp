@@ -8,6 +8,7 @@
 #include "TestSupport/TestFile.h"
 
 namespace vantrell::testing {
+
 namespace {
 
 using ::testing::ElementsAre;

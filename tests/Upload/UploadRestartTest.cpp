@@ -11,6 +11,7 @@
 #include <QImage>
 
 namespace vantrell::testing {
+
 namespace {
 
 using ::testing::ElementsAre;

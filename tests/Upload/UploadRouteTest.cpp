@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 using Phase = UploadJournalEntry::Phase;

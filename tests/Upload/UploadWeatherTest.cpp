@@ -6,6 +6,7 @@
 #include "TestSupport/RunTask.h"
 
 namespace vantrell::testing {
+
 namespace {
 
 using ::testing::ElementsAre;

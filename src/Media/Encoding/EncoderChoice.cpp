@@ -13,6 +13,7 @@
 #include <system_error>
 
 namespace vantrell {
+
 namespace {
 
 /// As fine as the software encoder's pictures at equal size.

@@ -6,6 +6,7 @@
 #include <cmath>
 
 namespace vantrell {
+
 namespace {
 
 /// Seconds over which the share is a mean: what waits for the encoder is lost after twice that.

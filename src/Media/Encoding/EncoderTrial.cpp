@@ -12,6 +12,7 @@
 #include <string>
 
 namespace vantrell {
+
 namespace {
 
 constexpr int trialFrames = 3;

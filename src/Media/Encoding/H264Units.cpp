@@ -7,6 +7,7 @@
 #include <array>
 
 namespace vantrell {
+
 namespace {
 
 constexpr std::array<std::uint8_t, 3> startCode{0, 0, 1};

@@ -4,6 +4,7 @@
 #include "Media/Encoding/KeyFrameSchedule.h"
 
 namespace vantrell {
+
 namespace {
 
 /// With as many bytes of changes behind it as this times its own size, a key frame adds little to the file.

@@ -15,6 +15,7 @@ extern "C" {
 }
 
 namespace vantrell {
+
 namespace {
 
 /// The encoder's own key frames, besides those that are asked for: once a minute of 60 frames a second.

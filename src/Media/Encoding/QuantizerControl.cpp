@@ -7,6 +7,7 @@
 #include <cmath>
 
 namespace vantrell {
+
 namespace {
 
 /// A frame moves when more than this share of it changed.

@@ -23,6 +23,7 @@ extern "C" {
 }
 
 namespace vantrell {
+
 namespace {
 
 struct CloseEncoder {

@@ -13,6 +13,7 @@ extern "C" {
 }
 
 namespace vantrell {
+
 namespace {
 
 void logFromFFmpeg(void *context, int level, const char *format, va_list arguments) {

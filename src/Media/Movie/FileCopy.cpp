@@ -19,7 +19,7 @@ namespace {
 constexpr std::uint64_t copyStep = std::uint64_t(8) << 20;
 constexpr std::size_t bufferBytes = std::size_t(1) << 20;
 
-// Bytes copied inside the kernel; 0 where it cannot copy between these files.
+/// Bytes copied inside the kernel; 0 where it cannot copy between these files.
 std::expected<std::uint64_t, PlatformError> copyInKernel(int from, std::uint64_t fromOffset, int to,
                                                          std::uint64_t toOffset, std::uint64_t size) {
     auto source = off_t(fromOffset);

@@ -13,7 +13,7 @@ std::int64_t presented(const MovieIndex::Sample &sample) {
     return sample.dts + sample.compositionOffset;
 }
 
-// The samples of [from, until) in media time, with what decoding them needs.
+/// The samples of [from, until) in media time, with what decoding them needs.
 std::pair<std::size_t, std::size_t> sampleRange(const MovieIndex::Track &track, std::int64_t from,
                                                 std::int64_t until) {
     const auto &samples = track.samples;

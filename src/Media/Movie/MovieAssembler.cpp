@@ -14,7 +14,7 @@ namespace {
 constexpr std::uint64_t dataHeaderOffset = 20;
 constexpr std::uint64_t dataHeaderBytes = 16;
 
-// The media data box in its 64-bit form, so that no size has to be guessed at the start.
+/// The media data box in its 64-bit form, so that no size has to be guessed at the start.
 std::vector<std::uint8_t> dataHeader(std::uint64_t payload) {
     ByteWriter out;
     out.u32(1);

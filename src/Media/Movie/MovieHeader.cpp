@@ -20,7 +20,7 @@ std::uint64_t secondsSince1904() {
     return std::uint64_t(std::time(nullptr)) + 2082844800U;
 }
 
-// Times and durations of a header: 32 bits in version 0, 64 in version 1.
+/// Times and durations of a header: 32 bits in version 0, 64 in version 1.
 struct Clockwork {
     std::uint64_t now = 0;
     std::uint64_t duration = 0;
@@ -40,7 +40,7 @@ void unitMatrix(ByteWriter &out) {
         out.u32(value);
 }
 
-// QuickTime's handler: a counted string for a name.
+/// QuickTime's handler: a counted string for a name.
 void handler(ByteWriter &out, std::string_view component, std::string_view type, std::string_view name) {
     name = name.substr(0, 255);
     out.fullBox("hdlr", 0, 0, [&] {

@@ -16,7 +16,7 @@ namespace vantrell {
 
 namespace {
 
-// The tables of a day's recording are some tens of megabytes.
+/// The tables of a day's recording are some tens of megabytes.
 constexpr std::uint64_t largestHeader = std::uint64_t(256) << 20;
 constexpr std::size_t mostTracks = 64;
 constexpr std::size_t mostEdits = 4096;
@@ -30,8 +30,8 @@ struct Box {
     std::span<const std::uint8_t> body;
 };
 
-// The next box of a container; nothing at its end or where the sizes stop making sense. QuickTime ends some
-// containers with a lone zero.
+/// The next box of a container; nothing at its end or where the sizes stop making sense. QuickTime ends some
+/// containers with a lone zero.
 std::optional<Box> nextBox(ByteReader &in) {
     if (in.remaining() < 8)
         return std::nullopt;
@@ -63,7 +63,7 @@ struct MediaTime {
     std::uint64_t duration = 0;
 };
 
-// The common beginning of mvhd and mdhd.
+/// The common beginning of mvhd and mdhd.
 MediaTime readTimes(std::span<const std::uint8_t> body) {
     ByteReader in(body);
     const std::uint8_t version = in.u8();
@@ -151,7 +151,7 @@ std::expected<std::optional<MovieIndex::Track>, PlatformError> readTrack(std::sp
     return track;
 }
 
-// The header box's contents, wherever in the file it lies.
+/// The header box's contents, wherever in the file it lies.
 std::expected<std::vector<std::uint8_t>, PlatformError> loadHeader(const DiskFile &file, std::uint64_t size) {
     std::uint64_t offset = 0;
     while (offset + 8 <= size) {

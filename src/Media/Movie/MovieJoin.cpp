@@ -31,7 +31,7 @@ struct ByteRange {
     std::uint64_t size() const { return end > begin ? end - begin : 0; }
 };
 
-// Everything from the first sample to the last. In a recorder's file nothing else lies between.
+/// Everything from the first sample to the last. In a recorder's file nothing else lies between.
 ByteRange dataRange(const MovieIndex &index) {
     ByteRange range;
     for (const MovieIndex::Track &track : index.tracks)

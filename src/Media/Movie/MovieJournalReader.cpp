@@ -15,7 +15,7 @@ using namespace journalLayout;
 
 namespace {
 
-// A journal of days is some tens of megabytes; anything beyond is not one of ours.
+/// A journal of days is some tens of megabytes; anything beyond is not one of ours.
 constexpr std::uint64_t largestJournal = std::uint64_t(1) << 30;
 
 std::uint64_t readNote(std::span<const std::uint8_t> bytes, std::uint64_t place) {
@@ -89,7 +89,7 @@ std::vector<std::optional<std::int64_t>> readEnds(ByteReader &in) {
     return ends;
 }
 
-// False when the record is not one that our writer makes: nothing after it is trusted either.
+/// False when the record is not one that our writer makes: nothing after it is trusted either.
 bool readRecord(std::span<const std::uint8_t> payload, MovieJournalContents &contents) {
     ByteReader in(payload);
     switch (in.u8()) {

@@ -22,8 +22,8 @@ namespace {
 
 using Chunk = MovieJournalContents::Chunk;
 
-// The journal is written behind the data and a power cut may keep the one and lose the other, so a chunk
-// that is not known to be durable is compared with its checksum.
+/// The journal is written behind the data and a power cut may keep the one and lose the other, so a chunk
+/// that is not known to be durable is compared with its checksum.
 bool isWhole(const DiskFile &movie, std::uint64_t movieSize, std::uint64_t synced, const Chunk &chunk) {
     if (chunk.offset < MovieAssembler::headBytes || chunk.size > movieSize ||
         chunk.offset > movieSize - chunk.size)
@@ -44,8 +44,8 @@ bool isWhole(const DiskFile &movie, std::uint64_t movieSize, std::uint64_t synce
     return checksum == chunk.checksum;
 }
 
-// Where the tracks end when nobody had decided it: the picture stands as long as time is known to have
-// passed.
+/// Where the tracks end when nobody had decided it: the picture stands as long as time is known to have
+/// passed.
 std::vector<std::optional<std::int64_t>> endsByElapsedTime(const MovieAssembler &movie, double elapsed) {
     std::vector<std::optional<std::int64_t>> ends(movie.trackCount());
     constexpr double century = 100 * 365.25 * 86400;
@@ -70,7 +70,7 @@ std::expected<MovieSummary, PlatformError> removeEmpty(const std::filesystem::pa
     return MovieSummary{};
 }
 
-// A journal whose first page was never written belongs to a movie that holds nothing but its head.
+/// A journal whose first page was never written belongs to a movie that holds nothing but its head.
 std::expected<MovieSummary, PlatformError> removeUnlessItHoldsData(const std::filesystem::path &movie,
                                                                    const PlatformError &journalError) {
     std::error_code failure;

@@ -12,7 +12,7 @@ namespace vantrell {
 
 namespace {
 
-// A week of pictures at 60 a second is 36 million.
+/// A week of pictures at 60 a second is 36 million.
 constexpr std::uint32_t mostSamples = 40'000'000;
 
 using Samples = std::vector<MovieIndex::Sample>;
@@ -22,8 +22,8 @@ std::unexpected<PlatformError> disagreement(const char *what) {
     return std::unexpected(movieError(MovieFault::damaged, std::string("damaged movie: ") + what));
 }
 
-// A table of `entryBytes` entries behind version, flags and count; empty when the count is not backed by
-// bytes.
+/// A table of `entryBytes` entries behind version, flags and count; empty when the count is not backed by
+/// bytes.
 ByteReader openTable(std::span<const std::uint8_t> box, std::size_t entryBytes, std::uint32_t &count) {
     ByteReader in(box);
     in.skip(4);
@@ -123,7 +123,7 @@ ChunkPlaces openChunks(const SampleBoxes &boxes) {
     return places;
 }
 
-// Samples of one chunk, one behind the other.
+/// Samples of one chunk, one behind the other.
 Result placeChunk(std::uint64_t offset, std::span<MovieIndex::Sample> chunk, std::uint32_t description,
                   std::uint64_t fileSize) {
     for (MovieIndex::Sample &sample : chunk) {

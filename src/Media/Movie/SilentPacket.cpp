@@ -12,7 +12,7 @@ namespace vantrell {
 
 namespace {
 
-// In every version of a sound description the channel count stands at the same place.
+/// In every version of a sound description the channel count stands at the same place.
 int channelCount(const std::vector<std::uint8_t> &description) {
     constexpr std::size_t place = 24;
     return description.size() < place + 2 ? 0 : description[place] << 8 | description[place + 1];
@@ -32,7 +32,7 @@ CodecContextPtr openEncoder(int sampleRate, int channels) {
     return encoder;
 }
 
-// The packet of pure silence, after that of the beginning.
+/// The packet of pure silence, after that of the beginning.
 std::vector<std::uint8_t> encodeSilence(AVCodecContext &encoder) {
     const FramePtr frame(av_frame_alloc());
     frame->nb_samples = encoder.frame_size;

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint16_t bt709 = 1;
 
-// A descriptor of MPEG-4 part 1: tag and length. The four-byte form of the length is what other writers use.
+/// A descriptor of MPEG-4 part 1: tag and length. The four-byte form of the length is what other writers use.
 template <typename Contents>
 void descriptor(ByteWriter &out, std::uint8_t tag, Contents contents) {
     ByteWriter inner;

@@ -12,11 +12,12 @@
 #endif
 
 namespace vantrell {
+
 namespace {
 
 constexpr int blockEdge = BlockMap::blockSize;
 
-// BT.709 in 1/256: white comes out as 235, black as 16, and every grey has chroma 128 exactly.
+/// BT.709 in 1/256: white comes out as 235, black as 16, and every grey has chroma 128 exactly.
 constexpr int lumaB = 16;
 constexpr int lumaG = 157;
 constexpr int lumaR = 47;
@@ -70,8 +71,9 @@ bool convertBlockPortably(const std::uint8_t *pixels, std::ptrdiff_t stride, con
 #if defined(__x86_64__)
 namespace {
 
-// The luma weights do not fit signed bytes, which the multiplication wants for one side: so the weights are
-// the unsigned side and the pixels, less 128, the signed one. The offset puts the 128 times all weights back.
+/// The luma weights do not fit signed bytes, which the multiplication wants for one side: so the weights are
+/// the unsigned side and the pixels, less 128, the signed one. The offset puts the 128 times all weights
+/// back.
 constexpr int signedLumaOffset = lumaOffset + 128 * (lumaB + lumaG + lumaR);
 
 [[gnu::target("avx2")]] __m256i lumaOfEight(__m256i bgrx) {

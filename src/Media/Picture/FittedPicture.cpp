@@ -4,6 +4,7 @@
 #include "Media/Picture/FittedPicture.h"
 
 namespace vantrell {
+
 namespace {
 
 constexpr int fittedBytesPerPixel = 4;

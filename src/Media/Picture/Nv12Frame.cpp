@@ -9,6 +9,7 @@
 #include <new>
 
 namespace vantrell {
+
 namespace {
 
 constexpr std::size_t alignment = 64;

@@ -8,6 +8,7 @@
 #include <cstring>
 
 namespace vantrell {
+
 namespace {
 
 constexpr int edge = BlockMap::blockSize;

@@ -9,7 +9,7 @@ namespace vantrell {
 
 namespace {
 
-// As many as lie in the queue when all is well.
+/// As many as lie in the queue when all is well.
 constexpr std::size_t spareBlocks = 8;
 
 } // namespace

@@ -13,12 +13,12 @@ namespace vantrell {
 
 namespace {
 
-// More than 20 ms against the picture is seen, so what comes near is not left to the stretching, which takes
-// a second for every 3 ms. But it must have lasted: a single late time stamp is no reason to cut into the
-// sound.
+/// More than 20 ms against the picture is seen, so what comes near is not left to the stretching, which takes
+/// a second for every 3 ms. But it must have lasted: a single late time stamp is no reason to cut into the
+/// sound.
 constexpr double noticeableSlip = 0.015;
 constexpr double slipPatience = 0.5;
-// No time stamp is wrong by this much: the device stopped for a while.
+/// No time stamp is wrong by this much: the device stopped for a while.
 constexpr double certainJump = 0.100;
 
 } // namespace

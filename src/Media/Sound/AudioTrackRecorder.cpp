@@ -13,17 +13,17 @@ namespace vantrell {
 
 namespace {
 
-// Enough for speech and good enough for music.
+/// Enough for speech and good enough for music.
 constexpr int soundBitRate = 128'000;
-// What the queue holds at most: an encoder that stands still for longer loses sound instead of memory.
+/// What the queue holds at most: an encoder that stands still for longer loses sound instead of memory.
 constexpr double queueSeconds = 5;
-// The encoder wakes for this much at a time. Less would wake the processor more often, more would make a
-// crash take more.
+/// The encoder wakes for this much at a time. Less would wake the processor more often, more would make a
+/// crash take more.
 constexpr double batchSeconds = 0.25;
-// A source that is quiet for this long has nothing to say: its silence is recorded, so that a crash finds a
-// track as long as the picture. Sound that arrives later than this is lost.
+/// A source that is quiet for this long has nothing to say: its silence is recorded, so that a crash finds a
+/// track as long as the picture. Sound that arrives later than this is lost.
 constexpr double quietSeconds = 1;
-// How long after the stop its last sound may still arrive: a fragment and a cycle of the server's.
+/// How long after the stop its last sound may still arrive: a fragment and a cycle of the server's.
 constexpr double stopPatience = 0.1;
 
 std::chrono::duration<double> asDuration(double seconds) {
@@ -158,7 +158,7 @@ void AudioTrackRecorder::run() {
                    (recorded ? end.error() : recorded.error()).message.c_str());
 }
 
-// False when there is nothing left to do. Owns the lock before and after.
+/// False when there is nothing left to do. Owns the lock before and after.
 bool AudioTrackRecorder::waitForWork(std::unique_lock<std::mutex> &lock) {
     if (!m_stopTime)
         m_wake.wait_for(lock, asDuration(quietSeconds / 2),
@@ -174,7 +174,7 @@ bool AudioTrackRecorder::waitForWork(std::unique_lock<std::mutex> &lock) {
     return !m_isStopping && m_queue.seconds() > 0;
 }
 
-// What comes behind the stop is left in the queue: it may come faster than it can be encoded.
+/// What comes behind the stop is left in the queue: it may come faster than it can be encoded.
 bool AudioTrackRecorder::hasReachedStop() const {
     return m_stopTime && m_synchronizer->coveredUntil() >= *m_stopTime;
 }

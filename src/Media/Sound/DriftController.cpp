@@ -9,18 +9,18 @@ namespace vantrell {
 
 namespace {
 
-// How much of the slip is made up for in a second. Time stamps jitter by a millisecond or two and the jitter
-// must not be heard: 0.2 turns 1 ms of it into 200 ppm, a third of a cent of pitch, while a slip still halves
-// in about five seconds. A clock that is off by 200 ppm from the start never slips by more than
-// 200 ppm / (slipGain / 2) / e, about 0.7 ms, before it is followed.
+/// How much of the slip is made up for in a second. Time stamps jitter by a millisecond or two and the jitter
+/// must not be heard: 0.2 turns 1 ms of it into 200 ppm, a third of a cent of pitch, while a slip still
+/// halves in about five seconds. A clock that is off by 200 ppm from the start never slips by more than 200
+/// ppm / (slipGain / 2) / e, about 0.7 ms, before it is followed.
 constexpr double slipGain = 0.2;
-// The accumulated slip is the clock's own error. This is the largest value for which the loop settles
-// without swinging past its goal (critical damping).
+/// The accumulated slip is the clock's own error. This is the largest value for which the loop settles
+/// without swinging past its goal (critical damping).
 constexpr double clockGain = slipGain * slipGain / 4;
-// Sound cards are off by less than 300 ppm; anything near this limit is no clock error but bad time stamps.
+/// Sound cards are off by less than 300 ppm; anything near this limit is no clock error but bad time stamps.
 constexpr double clockLimit = 0.001;
-// 0.3 % is five cents, below what is heard as a change of pitch. Larger slips than this can mend in good time
-// are mended by cutting, which is not this class's affair.
+/// 0.3 % is five cents, below what is heard as a change of pitch. Larger slips than this can mend in good
+/// time are mended by cutting, which is not this class's affair.
 constexpr double stretchLimit = 0.003;
 
 } // namespace

@@ -14,8 +14,8 @@ namespace vantrell {
 
 namespace {
 
-// A server that is there answers in a few hundredths of a second. One that takes longer may still come: its
-// tracks begin with silence.
+/// A server that is there answers in a few hundredths of a second. One that takes longer may still come: its
+/// tracks begin with silence.
 constexpr std::chrono::milliseconds serverPatience{500};
 
 } // namespace

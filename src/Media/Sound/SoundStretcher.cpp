@@ -16,8 +16,8 @@ namespace vantrell {
 
 namespace {
 
-// The stretch is asked for as so many frames over this many: the longer the distance, the finer the steps
-// (0.02 ppm). It never runs out, since every block asks anew.
+/// The stretch is asked for as so many frames over this many: the longer the distance, the finer the steps
+/// (0.02 ppm). It never runs out, since every block asks anew.
 constexpr int stretchDistance = 48'000'000;
 
 } // namespace

@@ -10,6 +10,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 /// A player that shows every frame for its own duration only must not lose the held picture's end.

@@ -10,6 +10,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 constexpr int sourceBytesPerPixel = 4;

@@ -12,6 +12,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 /// Enough for the encoder to be four frames late without a loss.

@@ -11,9 +11,9 @@ namespace vantrell {
 
 namespace {
 
-// A device that is going away ends its streams before it is off the list: asking at once finds it again.
+/// A device that is going away ends its streams before it is off the list: asking at once finds it again.
 constexpr std::chrono::milliseconds settleTime{250};
-// A server that accepts connections and says nothing counts as none; libpulse itself waits for 30 s.
+/// A server that accepts connections and says nothing counts as none; libpulse itself waits for 30 s.
 constexpr std::chrono::seconds answerTime{4};
 
 } // namespace

@@ -9,7 +9,7 @@ namespace vantrell {
 
 namespace {
 
-// Restarting a sound server takes about as long; asking a socket that is not there costs nothing.
+/// Restarting a sound server takes about as long; asking a socket that is not there costs nothing.
 constexpr std::chrono::seconds reconnectInterval{1};
 
 } // namespace

@@ -13,14 +13,14 @@ namespace vantrell {
 
 namespace {
 
-// Frames the server hands over at a time: 43 ms, the longest processing cycle that PipeWire takes. Smaller
-// ones wake both processes more often; larger ones come in uneven lots and keep a stop waiting.
+/// Frames the server hands over at a time: 43 ms, the longest processing cycle that PipeWire takes. Smaller
+/// ones wake both processes more often; larger ones come in uneven lots and keep a stop waiting.
 constexpr std::uint32_t fragmentFrames = 2048;
-// At first each read asks for the timing, so that the clock is right within half a second; then six a second
-// do.
+/// At first each read asks for the timing, so that the clock is right within half a second; then six a second
+/// do.
 constexpr int eagerReads = 8;
 constexpr int readsPerTiming = 4;
-// Longer than a server may take to answer a stream's first question.
+/// Longer than a server may take to answer a stream's first question.
 constexpr std::size_t heldFramesLimit = std::size_t(2) * audioSampleRate;
 
 } // namespace
@@ -116,9 +116,9 @@ void PulseRecordStream::deliverHeld() {
     m_held.clear();
 }
 
-// Asked for right after a read, that is right after one of the server's processing cycles: the answer then
-// is hardly ever late by a cycle. libpulse's own interpolation takes the lateness for a clock that runs
-// fast, and drifts away by 10 ms in a few seconds.
+/// Asked for right after a read, that is right after one of the server's processing cycles: the answer then
+/// is hardly ever late by a cycle. libpulse's own interpolation takes the lateness for a clock that runs
+/// fast, and drifts away by 10 ms in a few seconds.
 void PulseRecordStream::requestTiming() {
     if (m_timing && pa_operation_get_state(m_timing.get()) == PA_OPERATION_RUNNING)
         return;

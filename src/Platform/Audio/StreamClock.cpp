@@ -12,8 +12,8 @@ namespace vantrell {
 
 namespace {
 
-// Later than any cycle: either the machine was busy or the stream paused. The former does not happen this
-// many times in a row.
+/// Later than any cycle: either the machine was busy or the stream paused. The former does not happen this
+/// many times in a row.
 constexpr double suspiciousDelay = 0.060;
 constexpr int certainAfter = 3;
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 /// More patches than this cost more in requests than the pixels between them.

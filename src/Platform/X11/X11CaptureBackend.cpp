@@ -13,6 +13,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 std::unexpected<PlatformError> refusal(ScreenErrorCode code, std::string sentence) {

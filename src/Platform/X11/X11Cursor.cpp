@@ -8,6 +8,7 @@
 #include <algorithm>
 
 namespace vantrell {
+
 namespace {
 
 std::uint8_t blend(std::uint32_t over, unsigned shift, std::uint32_t cover, std::uint8_t under) {

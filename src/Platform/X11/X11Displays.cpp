@@ -12,6 +12,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 std::optional<double> number(std::string_view text) {

@@ -10,6 +10,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 /// A program that sets the pointer's place moves no device; looking four times a second finds that, and while

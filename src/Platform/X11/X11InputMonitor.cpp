@@ -16,6 +16,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 /// One frame at 60 a second.

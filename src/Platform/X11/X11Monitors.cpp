@@ -9,6 +9,7 @@
 #include <span>
 
 namespace vantrell {
+
 namespace {
 
 std::string atomName(const X11Connection &connection, xcb_atom_t atom) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 constexpr int bytesPerPixel = 4;

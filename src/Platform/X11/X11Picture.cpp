@@ -10,6 +10,7 @@
 #include <cstring>
 
 namespace vantrell {
+
 namespace {
 
 /// The picture format of a visual; Format_Invalid when there is none like it.

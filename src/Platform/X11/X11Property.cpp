@@ -9,6 +9,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 /// In units of four bytes: a title longer than this is cut off.

@@ -16,6 +16,7 @@
 #include <functional>
 
 namespace vantrell {
+
 namespace {
 
 using Picture = std::expected<QImage, PlatformError>;

@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 namespace vantrell {
+
 namespace {
 
 /// How far below a frame an old window manager hides the application's window.

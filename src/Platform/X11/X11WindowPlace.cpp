@@ -6,6 +6,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 /// The margins come as left, right, top, bottom; nonsense ones count as none.

@@ -12,6 +12,7 @@
 #include <utility>
 
 namespace vantrell {
+
 namespace {
 
 constexpr int mostWindowPatches = 12;

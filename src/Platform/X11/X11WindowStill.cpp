@@ -20,6 +20,7 @@
 #include <poll.h>
 
 namespace vantrell {
+
 namespace {
 
 /// An application that has not drawn for so long has repainted what was asked of it ...

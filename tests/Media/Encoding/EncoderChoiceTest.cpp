@@ -19,6 +19,7 @@
 #include <thread>
 
 namespace vantrell {
+
 namespace {
 
 using testing::decodeMovie;

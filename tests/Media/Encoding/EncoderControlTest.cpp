@@ -10,6 +10,7 @@
 #include <algorithm>
 
 namespace vantrell::testing {
+
 namespace {
 
 TEST(KeyFrameSchedule, comesOftenWhenMuchMovesAndSeldomWhenLittleDoes) {

@@ -14,9 +14,10 @@
 #include <random>
 
 namespace vantrell::testing {
+
 namespace {
 
-// A short movie with sound, as bytes.
+/// A short movie with sound, as bytes.
 std::string movieBytes(const std::filesystem::path &path) {
     const Pictures pictures = encodePictures({.count = 20, .bFrames = 2});
     const Sound sound = encodeTone(0.3);
@@ -35,7 +36,7 @@ std::expected<MovieIndex, PlatformError> indexOf(const std::filesystem::path &pa
     return readMovieIndex(*DiskFile::openForReading(path));
 }
 
-// What every reader of an index may rely on.
+/// What every reader of an index may rely on.
 void expectSane(const MovieIndex &index, std::size_t fileSize) {
     ASSERT_GT(index.timeScale, 0U);
     for (const MovieIndex::Track &track : index.tracks) {

@@ -17,6 +17,7 @@
 #include <numbers>
 
 namespace vantrell::testing {
+
 namespace {
 
 using Paths = std::vector<std::filesystem::path>;
@@ -24,7 +25,7 @@ using Paths = std::vector<std::filesystem::path>;
 constexpr double beepAt = 0.1;
 constexpr double beepLength = 0.05;
 
-// Silence but for a short loud beep.
+/// Silence but for a short loud beep.
 Sound encodeBeep(double seconds) {
     return encodeSound(seconds, [](double time) {
         const bool isOn = time >= beepAt && time < beepAt + beepLength;
@@ -32,7 +33,7 @@ Sound encodeBeep(double seconds) {
     });
 }
 
-// The first loud sample from `fromSeconds` on; the coder smears a little of it ahead.
+/// The first loud sample from `fromSeconds` on; the coder smears a little of it ahead.
 double beepOnset(const DecodedMovie::Stream &stream, double fromSeconds) {
     for (std::size_t i = 0; i < stream.samples.size(); ++i)
         if (stream.sampleTimes[i] >= fromSeconds && std::abs(stream.samples[i]) > 0.3F)
@@ -40,7 +41,7 @@ double beepOnset(const DecodedMovie::Stream &stream, double fromSeconds) {
     return -1;
 }
 
-// Where the sample shown at `seconds` stands when samples are counted from the start of the sound.
+/// Where the sample shown at `seconds` stands when samples are counted from the start of the sound.
 double countedTime(const DecodedMovie::Stream &stream, double seconds) {
     std::size_t index = 0;
     while (index < stream.sampleTimes.size() && stream.sampleTimes[index] < seconds - 1e-9)
@@ -52,7 +53,7 @@ int entryCountOf(const std::filesystem::path &folder) {
     return int(std::distance(std::filesystem::directory_iterator(folder), {}));
 }
 
-// A segment of pictures, 60 a second, from luma `base` on, with a beep on each of its sounds.
+/// A segment of pictures, 60 a second, from luma `base` on, with a beep on each of its sounds.
 void writeSegment(const std::filesystem::path &path, double seconds, int base, int sounds) {
     const int count = int(seconds * 60);
     const Pictures pictures =

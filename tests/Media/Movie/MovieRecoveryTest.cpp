@@ -20,18 +20,19 @@
 #include <thread>
 
 namespace vantrell::testing {
+
 namespace {
 
 const MovieWriter::Options eager{.flushInterval = std::chrono::milliseconds(2),
                                  .syncInterval = std::chrono::milliseconds(4)};
 
-// The exit code, or minus the signal that ended the process.
+/// The exit code, or minus the signal that ended the process.
 int runCrashingWriter(const std::string &mode, const std::filesystem::path &movie, int call) {
     ChildProcess process({CRASHING_WRITER, mode, movie.string(), std::to_string(call)});
     return process.waitForExit().value_or(-1000);
 }
 
-// An unfinished movie of real pictures, one chunk a flush.
+/// An unfinished movie of real pictures, one chunk a flush.
 void leaveUnfinished(const std::filesystem::path &path, int count, MovieWriter::Options options = eager) {
     const Pictures pictures = encodePictures({.count = count});
     auto writer = *MovieWriter::create(path, std::move(options));
@@ -98,7 +99,7 @@ TEST(MovieRecovery, keepsDataWhoseJournalIsUnreadable) {
     EXPECT_TRUE(std::filesystem::exists(folder / "movie.mov.journal"));
 }
 
-// A power cut keeps any prefix of either file, or leaves zeros where bytes were on their way to the disk.
+/// A power cut keeps any prefix of either file, or leaves zeros where bytes were on their way to the disk.
 TEST(MovieRecovery, takesWhatIsWholeOfTornFiles) {
     const TemporaryFolder folder;
     const auto path = folder / "movie.mov";

@@ -16,6 +16,7 @@
 #include <thread>
 
 namespace vantrell::testing {
+
 namespace {
 
 using Faults = SystemCallFaults;
@@ -28,7 +29,7 @@ struct Attempt {
     std::optional<PlatformError> error;
 };
 
-// Writes a short movie with many flushes.
+/// Writes a short movie with many flushes.
 Attempt attemptMovie(const std::filesystem::path &path, int pictures = 40) {
     Attempt attempt;
     auto writer = MovieWriter::create(
@@ -48,7 +49,7 @@ Attempt attemptMovie(const std::filesystem::path &path, int pictures = 40) {
     return attempt;
 }
 
-// After any failure there is a movie, or what a recovery needs, or nothing was begun.
+/// After any failure there is a movie, or what a recovery needs, or nothing was begun.
 void expectNothingLost(const std::filesystem::path &path, const Attempt &attempt, Faults::Kind kind,
                        int call) {
     if (!attempt.created) {

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 std::unique_ptr<MovieWriter> createWriter(const std::filesystem::path &path) {

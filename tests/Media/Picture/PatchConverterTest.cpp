@@ -10,6 +10,7 @@
 #include <vector>
 
 namespace vantrell::testing {
+
 namespace {
 
 /// A screen in BGRX.

@@ -12,6 +12,7 @@
 #include <vector>
 
 namespace vantrell::testing {
+
 namespace {
 
 constexpr double framesPerSecond = audioSampleRate;

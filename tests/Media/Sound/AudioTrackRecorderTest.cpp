@@ -17,6 +17,7 @@
 #include <vector>
 
 namespace vantrell::testing {
+
 namespace {
 
 constexpr int blockFrames = 2048;

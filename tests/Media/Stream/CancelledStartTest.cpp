@@ -11,6 +11,7 @@
 #include <semaphore>
 
 namespace vantrell::testing {
+
 namespace {
 
 /// A screen that takes its time to open.

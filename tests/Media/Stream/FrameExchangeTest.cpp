@@ -10,6 +10,7 @@
 #include <thread>
 
 namespace vantrell::testing {
+
 namespace {
 
 constexpr PixelSize exchangeSize{64, 64};

@@ -8,6 +8,7 @@
 #include <random>
 
 namespace vantrell::testing {
+
 namespace {
 
 TEST(FrameRateLimiter, losesNoFrameOfASourceThatRunsAtTheLimitAndJitters) {

@@ -20,11 +20,12 @@
 #include <vector>
 
 namespace vantrell::testing {
+
 namespace {
 
 using Configuration = CaptureStreamConfiguration;
 
-// What is seen as out of sync; the cycles of the server alone make a few milliseconds.
+/// What is seen as out of sync; the cycles of the server alone make a few milliseconds.
 constexpr double tolerance = 0.020;
 
 /// A recording of sound alone, as a capture stream makes it.

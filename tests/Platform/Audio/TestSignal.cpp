@@ -13,7 +13,7 @@ namespace {
 
 constexpr int signalRate = 48000;
 constexpr int signalSeconds = 10;
-// The noise has next to nothing above 2 kHz: every eighth sample is enough to compare.
+/// The noise has next to nothing above 2 kHz: every eighth sample is enough to compare.
 constexpr int step = 8;
 constexpr int window = signalRate * 2 / 5;
 constexpr int reach = signalRate * 3 / 20;

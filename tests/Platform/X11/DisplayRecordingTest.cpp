@@ -22,6 +22,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 StagedStreamFactory streams;

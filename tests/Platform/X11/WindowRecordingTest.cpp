@@ -17,6 +17,7 @@
 #include <vector>
 
 namespace vantrell::testing {
+
 namespace {
 
 constexpr std::uint32_t blue = 0x0000ff;

@@ -13,6 +13,7 @@
 #include <string_view>
 
 namespace vantrell::testing {
+
 namespace {
 
 TEST(X11Displays, haveTheNamesThatTheirMakersGaveThem) {

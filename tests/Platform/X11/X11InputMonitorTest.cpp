@@ -20,6 +20,7 @@ using namespace std::chrono_literals;
 using ::testing::ElementsAre;
 
 namespace vantrell::testing {
+
 namespace {
 
 using Kind = PointerEvent::Kind;

@@ -18,6 +18,7 @@
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
+
 namespace {
 
 class X11StillCaptureTest : public ::testing::Test {

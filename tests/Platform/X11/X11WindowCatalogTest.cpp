@@ -21,6 +21,7 @@
 using ::testing::ElementsAre;
 
 namespace vantrell::testing {
+
 namespace {
 
 class X11WindowCatalogTest : public ::testing::Test {

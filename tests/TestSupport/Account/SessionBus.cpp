@@ -18,7 +18,7 @@ namespace vantrell::testing {
 
 namespace {
 
-// No service directories.
+/// No service directories.
 constexpr char configurationHead[] =
     R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">

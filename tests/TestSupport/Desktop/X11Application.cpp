@@ -14,6 +14,7 @@
 #include <xcb/xfixes.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 constexpr std::uint8_t alphaDepth = 32;

@@ -16,6 +16,7 @@
 #include <xcb/xcb.h>
 
 namespace vantrell::testing {
+
 namespace {
 
 constexpr auto startPatience = std::chrono::seconds(30);

@@ -11,6 +11,7 @@ extern "C" {
 }
 
 namespace vantrell::testing {
+
 namespace {
 
 void show(const AVFrame &frame, const AVStream &stream,

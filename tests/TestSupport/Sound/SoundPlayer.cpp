@@ -14,9 +14,9 @@ namespace vantrell::testing {
 namespace {
 
 constexpr std::uint32_t playedRate = 48000;
-// Deep, so that a busy machine does not make it stutter.
+/// Deep, so that a busy machine does not make it stutter.
 constexpr std::uint32_t bufferedFrames = playedRate / 2;
-// Shorter than the server's cycles.
+/// Shorter than the server's cycles.
 constexpr pa_usec_t observationInterval = 5000;
 constexpr double observationWindow = 0.7;
 constexpr double steadiness = 0.004;
@@ -102,8 +102,8 @@ void SoundPlayer::write(std::size_t bytes) {
     pa_stream_write(m_stream, samples.data(), samples.size() * sizeof(float), nullptr, 0, PA_SEEK_RELATIVE);
 }
 
-// The server takes a cycle's worth of samples at a time; they are heard in the cycle after. Right after it
-// took some the answer is exact, otherwise it is late: the earliest of several counts.
+/// The server takes a cycle's worth of samples at a time; they are heard in the cycle after. Right after it
+/// took some the answer is exact, otherwise it is late: the earliest of several counts.
 void SoundPlayer::observe() {
     if (pa_stream_get_state(m_stream) != PA_STREAM_READY)
         return;

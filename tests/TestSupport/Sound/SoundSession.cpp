@@ -104,7 +104,7 @@ void SoundSession::unplugMicrophone(const std::string &name) {
     requireEventually([&] { return !tryControl("get-source-volume " + name); }, "the microphone stays");
 }
 
-// The defaults are set through the session manager, which takes a moment.
+/// The defaults are set through the session manager, which takes a moment.
 void SoundSession::setDefaultMicrophone(const std::string &name) {
     control("set-default-source " + name);
     requireEventually([&] { return tryControl("get-default-source") == name + "\n"; },
@@ -116,7 +116,7 @@ void SoundSession::setDefaultSpeaker(const std::string &name) {
     requireEventually([&] { return tryControl("get-default-sink") == name + "\n"; }, "no default speaker");
 }
 
-// "<number> <source's number> ..." a recording program, "<number> <name> ..." a source.
+/// "<number> <source's number> ..." a recording program, "<number> <name> ..." a source.
 void SoundSession::waitUntilRecorded(const std::string &source) {
     requireEventually(
         [&] {

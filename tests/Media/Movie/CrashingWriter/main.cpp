@@ -30,7 +30,7 @@ int finish(MovieWriter &writer, const std::vector<TrackId> &tracks, int pictures
     return writer.finish(ends) ? 0 : 1;
 }
 
-// write MOVIE CALL: a short movie with many flushes; killed at the CALL-th system call.
+/// write MOVIE CALL: a short movie with many flushes; killed at the CALL-th system call.
 int writeQuickly(const char *path, int call) {
     SystemCallFaults::arm(SystemCallFaults::Kind::kill, call);
     auto writer = MovieWriter::create(path, {.elapsed = [] { return 0.1; },
@@ -48,7 +48,7 @@ int writeQuickly(const char *path, int call) {
     return finish(**writer, tracks, 40);
 }
 
-// record MOVIE PROGRESS: pictures at 60 a second until killed; PROGRESS holds when each was handed over.
+/// record MOVIE PROGRESS: pictures at 60 a second until killed; PROGRESS holds when each was handed over.
 int recordInRealTime(const char *path, const char *progress) {
     const int fd = ::open(progress, O_RDWR);
     auto *handedOver = static_cast<volatile double *>(
