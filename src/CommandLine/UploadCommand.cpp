@@ -94,7 +94,7 @@ Task<ExitCode> UploadCommand::upload(UploadArguments arguments, std::stop_token 
     if (m_starting.stop_requested())
         co_return fail(uploadNotBegun);
     m_run->onEnd = [this](const UploadEnd &end) {
-        if (m_asked.contains(end.entryId))
+        if (m_asked.contains(end.ids.entryId))
             report(end);
     };
     m_run->resume(false, std::nullopt);

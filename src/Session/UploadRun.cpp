@@ -42,12 +42,15 @@ std::set<QUuid> UploadRun::resume(bool retryParked, const std::optional<std::str
             continue;
         resumed.insert(*item.entryId);
         if (item.canRetry())
-            m_manager.retry(*item.entryId, item.id, project);
+            m_manager.retry({*item.entryId, item.id}, project);
         // Still waiting for a project: nothing will happen by itself.
         const ShelfItem *const now = m_shelf.find(item.id);
         if (now && std::holds_alternative<ShelfItem::NeedsProject>(now->status))
-            noteEnd({*item.entryId, item.id, item.fileURL().value_or(""), "",
-                     std::unexpected(now->statusText()), true});
+            noteEnd({{*item.entryId, item.id},
+                     item.fileURL().value_or(""),
+                     "",
+                     std::unexpected(now->statusText()),
+                     true});
     }
     return resumed;
 }
@@ -59,7 +62,7 @@ QUuid UploadRun::add(CaptureResult capture, const std::optional<std::string> &pr
         const auto card = std::ranges::find(m_shelf.items(), std::optional(id), &ShelfItem::entryId);
         if (card != m_shelf.items().end() && card->canRetry()) {
             m_ends.erase(id);
-            m_manager.retry(id, QUuid(card->id), projectId);
+            m_manager.retry({id, card->id}, projectId);
         }
         return id;
     }
@@ -95,7 +98,7 @@ const UploadEnd *UploadRun::endOf(const QUuid &entryId) const {
 }
 
 void UploadRun::noteEnd(const UploadEnd &end) {
-    m_ends.insert_or_assign(end.entryId, end);
+    m_ends.insert_or_assign(end.ids.entryId, end);
     if (onEnd)
         onEnd(end);
     m_changed.resolve(true);

@@ -36,7 +36,7 @@ std::optional<std::int64_t> sizeOf(const std::string &path) {
 } // namespace
 
 UploadJournalEntry &UploadAttempt::entry() {
-    UploadJournalEntry *const found = m_services.journal.find(m_entryId);
+    UploadJournalEntry *const found = m_services.journal.find(m_ids.entryId);
     return found ? *found : m_none;
 }
 
@@ -46,7 +46,7 @@ Task<bool> UploadAttempt::journalWritten(std::stop_token stop) {
 }
 
 void UploadAttempt::showProgress(double progress) {
-    m_services.shelf.update(m_shelfId, ShelfItem::Uploading{progress});
+    m_services.shelf.update(m_ids.shelfId, ShelfItem::Uploading{progress});
 }
 
 Task<std::expected<void, UploadFailure>> UploadAttempt::run(std::stop_token stop) {

@@ -6,10 +6,9 @@
 #include "API/SignedCapture.h"
 #include "Support/Task.h"
 #include "Upload/UploadFailure.h"
+#include "Upload/UploadIds.h"
 #include "Upload/UploadJournalEntry.h"
 #include "Upload/UploadServices.h"
-
-#include <QUuid>
 
 #include <expected>
 #include <stop_token>
@@ -21,8 +20,7 @@ namespace vantrell {
 /// the coroutine that awaits it. Main thread.
 class UploadAttempt {
 public:
-    UploadAttempt(UploadServices services, const QUuid &entryId, const QUuid &shelfId)
-        : m_services(services), m_entryId(entryId), m_shelfId(shelfId) {}
+    UploadAttempt(UploadServices services, const UploadIds &ids) : m_services(services), m_ids(ids) {}
 
     Task<std::expected<void, UploadFailure>> run(std::stop_token stop);
 
@@ -51,8 +49,7 @@ private:
     void showProgress(double progress);
 
     const UploadServices m_services;
-    const QUuid m_entryId;
-    const QUuid m_shelfId;
+    const UploadIds m_ids;
     UploadJournalEntry m_none;
 };
 

@@ -4,8 +4,7 @@
 #pragma once
 
 #include "API/FileStamp.h"
-
-#include <QUuid>
+#include "Upload/UploadIds.h"
 
 #include <expected>
 #include <filesystem>
@@ -16,8 +15,7 @@ namespace vantrell {
 
 /// How one upload ended, for whoever waits for it.
 struct UploadEnd {
-    QUuid entryId;
-    QUuid shelfId;
+    UploadIds ids;
     std::filesystem::path file;
     std::string projectId;
     /// The service's id of the capture, or the sentence that its card shows. After a sentence the upload is

@@ -93,7 +93,7 @@ QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture,
     }
     m_services.shelf.setEntry(shelfId, id);
     if (projectId)
-        startOrQueue(id, shelfId);
+        startOrQueue({id, shelfId});
     else
         m_services.shelf.update(shelfId, ShelfItem::NeedsProject{});
     return id;
@@ -122,13 +122,13 @@ Task<> UploadManager::writeSideFiles(QUuid entryId, std::shared_ptr<const Captur
 
 bool UploadManager::isPending(const QUuid &entryId) const {
     return m_active.contains(entryId) ||
-           std::ranges::find(m_waiting, entryId, &Waiting::entryId) != m_waiting.end();
+           std::ranges::find(m_waiting, entryId, &UploadIds::entryId) != m_waiting.end();
 }
 
-void UploadManager::startOrQueue(const QUuid &entryId, const QUuid &shelfId) {
-    if (isPending(entryId))
+void UploadManager::startOrQueue(const UploadIds &ids) {
+    if (isPending(ids.entryId))
         return;
-    m_waiting.push_back({entryId, shelfId});
+    m_waiting.push_back(ids);
     fillSlots();
 }
 
@@ -137,26 +137,26 @@ void UploadManager::fillSlots() {
     if (std::exchange(m_fillingSlots, true))
         return;
     while (m_active.size() < slots && !m_waiting.empty()) {
-        const Waiting next = m_waiting.front();
+        const UploadIds next = m_waiting.front();
         m_waiting.pop_front();
         m_active.insert(next.entryId);
-        m_scope.start(this, &UploadManager::runInSlot, next.entryId, next.shelfId);
+        m_scope.start(this, &UploadManager::runInSlot, next);
     }
     m_fillingSlots = false;
 }
 
-Task<> UploadManager::runInSlot(QUuid entryId, QUuid shelfId, std::stop_token stop) {
-    co_await run(entryId, shelfId, stop);
+Task<> UploadManager::runInSlot(UploadIds ids, std::stop_token stop) {
+    co_await run(ids, stop);
     if (stop.stop_requested())
         co_return;
-    m_active.erase(entryId);
+    m_active.erase(ids.entryId);
     fillSlots();
     if (isIdle() && onIdle)
         onIdle();
 }
 
-Task<> UploadManager::run(QUuid entryId, QUuid shelfId, std::stop_token stop) {
-    if (const auto writing = m_sideFiles.find(entryId); writing != m_sideFiles.end()) {
+Task<> UploadManager::run(UploadIds ids, std::stop_token stop) {
+    if (const auto writing = m_sideFiles.find(ids.entryId); writing != m_sideFiles.end()) {
         const OneShot<bool> written = writing->second;
         if (!co_await written.wait(stop))
             co_return;
@@ -164,85 +164,85 @@ Task<> UploadManager::run(QUuid entryId, QUuid shelfId, std::stop_token stop) {
     // Whatever led here is in the journal before the first call.
     if (!co_await m_services.journal.written(stop))
         co_return;
-    if (admit(entryId, shelfId))
-        co_await attemptUntilEnd(entryId, shelfId, stop);
+    if (admit(ids))
+        co_await attemptUntilEnd(ids, stop);
 }
 
-bool UploadManager::admit(const QUuid &entryId, const QUuid &shelfId) {
-    const UploadJournalEntry *const entry = m_services.journal.find(entryId);
+bool UploadManager::admit(const UploadIds &ids) {
+    const UploadJournalEntry *const entry = m_services.journal.find(ids.entryId);
     if (!entry)
         return false;
     if (isMissing(entry->masterFile())) {
-        dropVanished(entryId, shelfId);
+        dropVanished(ids);
         return false;
     }
     if (entry->kind == "video") {
         const auto cap = m_videoByteCap ? m_videoByteCap() : std::nullopt;
         const auto stamp = FileStamp::of(entry->masterFile());
         if (cap && stamp && stamp->size > *cap) {
-            park(entryId, shelfId, uploadMessages::overSizeLimit, "size_cap");
+            park(ids, uploadMessages::overSizeLimit, "size_cap");
             return false;
         }
     }
     if (m_goneProjectIds.contains(entry->projectId)) {
-        parkProjectGone(entryId, shelfId);
+        parkProjectGone(ids);
         return false;
     }
     return true;
 }
 
-Task<> UploadManager::attemptUntilEnd(QUuid entryId, QUuid shelfId, std::stop_token stop) {
+Task<> UploadManager::attemptUntilEnd(UploadIds ids, std::stop_token stop) {
     for (int retries = 0;; ++retries) {
-        UploadJournalEntry *const entry = m_services.journal.find(entryId);
+        UploadJournalEntry *const entry = m_services.journal.find(ids.entryId);
         if (!entry)
             co_return;
         noticeChangedFile(*entry);
-        UploadAttempt attempt(m_services, entryId, shelfId);
+        UploadAttempt attempt(m_services, ids);
         const auto outcome = co_await attempt.run(stop);
         if (stop.stop_requested())
             co_return;
         if (outcome) {
-            const UploadJournalEntry *const uploaded = m_services.journal.find(entryId);
-            finish(entryId, shelfId, uploaded ? uploaded->assetId.value_or("") : "");
+            const UploadJournalEntry *const uploaded = m_services.journal.find(ids.entryId);
+            finish(ids, uploaded ? uploaded->assetId.value_or("") : "");
             co_return;
         }
-        const auto wait = afterFailure(entryId, shelfId, outcome.error(), retries);
+        const auto wait = afterFailure(ids, outcome.error(), retries);
         if (!wait || !co_await m_services.clock.sleep(*wait, stop))
             co_return;
     }
 }
 
-std::optional<Seconds> UploadManager::afterFailure(const QUuid &entryId, const QUuid &shelfId,
-                                                   const UploadFailure &failure, int retries) {
-    UploadJournalEntry *const entry = m_services.journal.find(entryId);
+std::optional<Seconds> UploadManager::afterFailure(const UploadIds &ids, const UploadFailure &failure,
+                                                   int retries) {
+    UploadJournalEntry *const entry = m_services.journal.find(ids.entryId);
     const Phase phase = entry ? entry->phase : Phase::queued;
     const UploadRoute route = routeFor(failure, phase);
     if (const auto *uploaded = std::get_if<route::AlreadyUploaded>(&route)) {
-        finish(entryId, shelfId, uploaded->assetId);
+        finish(ids, uploaded->assetId);
         return std::nullopt;
     }
     // A file that is gone will not come back by waiting.
     if (entry && isMissing(entry->masterFile())) {
-        dropVanished(entryId, shelfId);
+        dropVanished(ids);
         return std::nullopt;
     }
     if (std::holds_alternative<route::ProjectGone>(route)) {
-        parkProjectGone(entryId, shelfId);
+        parkProjectGone(ids);
         return std::nullopt;
     }
     if (const auto *parking = std::get_if<route::Park>(&route)) {
-        park(entryId, shelfId, parking->message, parkReason(phase));
+        park(ids, parking->message, parkReason(phase));
         return std::nullopt;
     }
     if (entry && std::holds_alternative<route::Restart>(route)) {
         entry->reset();
         m_services.journal.save();
     }
-    const std::string id = textOf(entryId);
+    const std::string id = textOf(ids.entryId);
     const std::string why = logText(failure);
     if (std::size_t(retries) >= backOff.size()) {
         qCCritical(logUpload, "upload %s exhausted retries: %s", id.c_str(), why.c_str());
-        park(entryId, shelfId, uploadMessages::checkConnection, "network");
+        park(ids, uploadMessages::checkConnection, "network");
         return std::nullopt;
     }
     const Seconds wait = backOff[std::size_t(retries)];
@@ -262,60 +262,59 @@ void UploadManager::noticeChangedFile(UploadJournalEntry &entry) {
     m_services.journal.save();
 }
 
-void UploadManager::finish(const QUuid &entryId, const QUuid &shelfId, const std::string &assetId) {
-    const UploadJournalEntry *const found = m_services.journal.find(entryId);
+void UploadManager::finish(const UploadIds &ids, const std::string &assetId) {
+    const UploadJournalEntry *const found = m_services.journal.find(ids.entryId);
     if (!found)
         return;
     const UploadJournalEntry entry = *found;
     m_services.analytics.track("cap.upload_completed",
                                {{"kind", entry.kind}, {"mb", roundedMegabytes(entry.masterFile())}});
-    m_services.journal.remove(entryId);
-    m_services.shelf.update(shelfId, ShelfItem::Done{entry.projectId});
-    qCInfo(logUpload, "capture uploaded: %s", textOf(entryId).c_str());
-    tellEnd(entry, shelfId, assetId, false);
+    m_services.journal.remove(ids.entryId);
+    m_services.shelf.update(ids.shelfId, ShelfItem::Done{entry.projectId});
+    qCInfo(logUpload, "capture uploaded: %s", textOf(ids.entryId).c_str());
+    tellEnd(entry, ids, assetId, false);
 }
 
-void UploadManager::dropVanished(const QUuid &entryId, const QUuid &shelfId) {
-    const UploadJournalEntry *const found = m_services.journal.find(entryId);
+void UploadManager::dropVanished(const UploadIds &ids) {
+    const UploadJournalEntry *const found = m_services.journal.find(ids.entryId);
     if (!found)
         return;
     const UploadJournalEntry entry = *found;
-    m_services.journal.remove(entryId);
-    m_services.shelf.update(shelfId, ShelfItem::Failed{uploadMessages::fileCleanedUp});
-    qCCritical(logUpload, "upload %s dropped: its file is gone", textOf(entryId).c_str());
-    tellEnd(entry, shelfId, std::unexpected(uploadMessages::fileCleanedUp), false);
+    m_services.journal.remove(ids.entryId);
+    m_services.shelf.update(ids.shelfId, ShelfItem::Failed{uploadMessages::fileCleanedUp});
+    qCCritical(logUpload, "upload %s dropped: its file is gone", textOf(ids.entryId).c_str());
+    tellEnd(entry, ids, std::unexpected(uploadMessages::fileCleanedUp), false);
 }
 
-void UploadManager::park(const QUuid &entryId, const QUuid &shelfId, const std::string &message,
-                         const char *reason) {
+void UploadManager::park(const UploadIds &ids, const std::string &message, const char *reason) {
     m_services.analytics.track("cap.upload_failed", {{"reason", reason}});
     // A copy: who watches the card may change the journal.
     std::optional<UploadJournalEntry> parked;
-    if (UploadJournalEntry *const entry = m_services.journal.find(entryId)) {
+    if (UploadJournalEntry *const entry = m_services.journal.find(ids.entryId)) {
         entry->phase = Phase::failed;
         entry->failureReason = message;
         parked = *entry;
         m_services.journal.save();
     }
-    m_services.shelf.update(shelfId, ShelfItem::Failed{message});
-    qCCritical(logUpload, "upload %s parked as failed: %s", textOf(entryId).c_str(), message.c_str());
+    m_services.shelf.update(ids.shelfId, ShelfItem::Failed{message});
+    qCCritical(logUpload, "upload %s parked as failed: %s", textOf(ids.entryId).c_str(), message.c_str());
     if (parked)
-        tellEnd(*parked, shelfId, std::unexpected(message), true);
+        tellEnd(*parked, ids, std::unexpected(message), true);
 }
 
-void UploadManager::parkProjectGone(const QUuid &entryId, const QUuid &shelfId) {
-    UploadJournalEntry *const entry = m_services.journal.find(entryId);
+void UploadManager::parkProjectGone(const UploadIds &ids) {
+    UploadJournalEntry *const entry = m_services.journal.find(ids.entryId);
     if (!entry)
         return;
     const std::string projectId = entry->projectId;
     const bool isNew = m_goneProjectIds.insert(projectId).second;
     entry->projectGone = true;
-    park(entryId, shelfId, uploadMessages::projectDeleted, "project_gone");
+    park(ids, uploadMessages::projectDeleted, "project_gone");
     if (isNew && onProjectGone)
         onProjectGone(projectId);
 }
 
-void UploadManager::tellEnd(const UploadJournalEntry &entry, const QUuid &shelfId,
+void UploadManager::tellEnd(const UploadJournalEntry &entry, const UploadIds &ids,
                             std::expected<std::string, std::string> assetId, bool isParked) {
     std::optional<FileStamp> stamp;
     if (const auto known = m_stamps.find(entry.captureId); known != m_stamps.end()) {
@@ -324,27 +323,25 @@ void UploadManager::tellEnd(const UploadJournalEntry &entry, const QUuid &shelfI
             m_stamps.erase(known);
     }
     if (onEnd)
-        onEnd({entry.captureId, shelfId, entry.masterFile(), entry.projectId, std::move(assetId), isParked,
-               stamp});
+        onEnd({ids, entry.masterFile(), entry.projectId, std::move(assetId), isParked, stamp});
 }
 
-void UploadManager::retry(const QUuid &entryId, const QUuid &shelfId,
-                          const std::optional<std::string> &currentProjectId) {
-    if (isPending(entryId))
+void UploadManager::retry(const UploadIds &ids, const std::optional<std::string> &currentProjectId) {
+    if (isPending(ids.entryId))
         return;
-    UploadJournalEntry *const entry = m_services.journal.find(entryId);
+    UploadJournalEntry *const entry = m_services.journal.find(ids.entryId);
     if (!entry) {
-        m_services.shelf.update(shelfId, ShelfItem::Failed{uploadMessages::captureGone});
+        m_services.shelf.update(ids.shelfId, ShelfItem::Failed{uploadMessages::captureGone});
         return;
     }
     if (isMissing(entry->masterFile())) {
-        dropVanished(entryId, shelfId);
+        dropVanished(ids);
         return;
     }
     if (entry->projectGone.value_or(false)) {
         if (!currentProjectId || *currentProjectId == entry->projectId ||
             m_goneProjectIds.contains(*currentProjectId)) {
-            m_services.shelf.update(shelfId, ShelfItem::NeedsProject{});
+            m_services.shelf.update(ids.shelfId, ShelfItem::NeedsProject{});
             return;
         }
         entry->projectId = *currentProjectId;
@@ -354,8 +351,8 @@ void UploadManager::retry(const QUuid &entryId, const QUuid &shelfId,
     entry->phase = Phase::queued;
     entry->failureReason.reset();
     m_services.journal.save();
-    m_services.shelf.update(shelfId, ShelfItem::Uploading{});
-    startOrQueue(entryId, shelfId);
+    m_services.shelf.update(ids.shelfId, ShelfItem::Uploading{});
+    startOrQueue(ids);
 }
 
 void UploadManager::restoreFromJournal() {
@@ -387,7 +384,7 @@ void UploadManager::restoreFromJournal() {
         if (entries[i].phase == Phase::failed)
             continue;
         qCInfo(logUpload, "resuming interrupted upload %s", textOf(entries[i].captureId).c_str());
-        startOrQueue(entries[i].captureId, shelfIds[i]);
+        startOrQueue({entries[i].captureId, shelfIds[i]});
     }
 }
 

@@ -9,6 +9,7 @@
 #include "Support/TaskScope.h"
 #include "Upload/UploadEnd.h"
 #include "Upload/UploadFailure.h"
+#include "Upload/UploadIds.h"
 #include "Upload/UploadJournalEntry.h"
 #include "Upload/UploadServices.h"
 
@@ -64,8 +65,7 @@ public:
                   const QUuid &shelfId);
 
     /// The user retries a failed card. `currentProjectId` is the project selected now.
-    void retry(const QUuid &entryId, const QUuid &shelfId,
-               const std::optional<std::string> &currentProjectId);
+    void retry(const UploadIds &ids, const std::optional<std::string> &currentProjectId);
 
     /// Once at launch, after the journal was reconciled with the disk: a card for every upload of earlier
     /// runs, and on with those that are not parked.
@@ -83,23 +83,18 @@ public:
     std::function<void()> onIdle;
 
 private:
-    struct Waiting {
-        QUuid entryId;
-        QUuid shelfId;
-    };
-
     /// It runs or waits for a slot.
     bool isPending(const QUuid &entryId) const;
-    void startOrQueue(const QUuid &entryId, const QUuid &shelfId);
+    void startOrQueue(const UploadIds &ids);
     void fillSlots();
-    Task<> runInSlot(QUuid entryId, QUuid shelfId, std::stop_token stop);
-    Task<> run(QUuid entryId, QUuid shelfId, std::stop_token stop);
+    Task<> runInSlot(UploadIds ids, std::stop_token stop);
+    Task<> run(UploadIds ids, std::stop_token stop);
     /// False when there is nothing to attempt; the upload has then ended.
-    bool admit(const QUuid &entryId, const QUuid &shelfId);
-    Task<> attemptUntilEnd(QUuid entryId, QUuid shelfId, std::stop_token stop);
+    bool admit(const UploadIds &ids);
+    Task<> attemptUntilEnd(UploadIds ids, std::stop_token stop);
     /// How long to wait before the next attempt; none when the upload has ended.
-    std::optional<std::chrono::seconds> afterFailure(const QUuid &entryId, const QUuid &shelfId,
-                                                     const UploadFailure &failure, int retries);
+    std::optional<std::chrono::seconds> afterFailure(const UploadIds &ids, const UploadFailure &failure,
+                                                     int retries);
 
     Task<> writeSideFiles(QUuid entryId, std::shared_ptr<const CaptureResult> capture, std::stop_token stop);
     /// Forgets what was sent of a file that has changed since.
@@ -107,17 +102,17 @@ private:
     Task<> loadPreviews(std::vector<UploadJournalEntry> entries, std::vector<QUuid> shelfIds,
                         std::stop_token stop);
 
-    void finish(const QUuid &entryId, const QUuid &shelfId, const std::string &assetId);
-    void dropVanished(const QUuid &entryId, const QUuid &shelfId);
-    void park(const QUuid &entryId, const QUuid &shelfId, const std::string &message, const char *reason);
-    void parkProjectGone(const QUuid &entryId, const QUuid &shelfId);
-    void tellEnd(const UploadJournalEntry &entry, const QUuid &shelfId,
+    void finish(const UploadIds &ids, const std::string &assetId);
+    void dropVanished(const UploadIds &ids);
+    void park(const UploadIds &ids, const std::string &message, const char *reason);
+    void parkProjectGone(const UploadIds &ids);
+    void tellEnd(const UploadJournalEntry &entry, const UploadIds &ids,
                  std::expected<std::string, std::string> assetId, bool isParked);
 
     const UploadServices m_services;
     const std::function<std::optional<std::int64_t>()> m_videoByteCap;
     std::set<QUuid> m_active;
-    std::deque<Waiting> m_waiting;
+    std::deque<UploadIds> m_waiting;
     bool m_fillingSlots = false;
     /// Found deleted in this run of the program.
     std::set<std::string> m_goneProjectIds;

@@ -102,7 +102,7 @@ TEST_F(UploadManagerTest, parksAfterNineAttemptsWithTheirWaits) {
 
     // The user retries: the attempts start anew.
     service->clearFaults();
-    manager->retry(onlyEntry().captureId, id, project);
+    manager->retry({onlyEntry().captureId, id}, project);
     EXPECT_EQ(statusText(id), "Uploading…");
     EXPECT_THAT(runUploads(), IsEmpty());
     EXPECT_EQ(statusText(id), "In your library");
@@ -140,11 +140,11 @@ TEST_F(UploadManagerTest, asksForAnotherProjectWhenItsProjectIsGone) {
 
     const QUuid entryId = onlyEntry().captureId;
     for (const std::optional<std::string> &choice : {std::optional<std::string>(), std::optional(doomed)}) {
-        manager->retry(entryId, id, choice);
+        manager->retry({entryId, id}, choice);
         EXPECT_EQ(statusText(id), "Pick a project in the menu bar first");
         EXPECT_TRUE(manager->isIdle());
     }
-    manager->retry(entryId, id, project);
+    manager->retry({entryId, id}, project);
     runUploads();
     EXPECT_EQ(statusText(id), "In your library");
     expectInLibrary(*capture);
@@ -211,7 +211,7 @@ TEST_F(UploadManagerTest, tellsTheRightEndWhenACardsObserverChangesTheJournal) {
     });
     runUploads();
     ASSERT_EQ(ends.size(), 2u);
-    EXPECT_EQ(ends[1].entryId, secondId);
+    EXPECT_EQ(ends[1].ids.entryId, secondId);
     EXPECT_EQ(ends[1].file, second->fileURL);
 }
 

@@ -106,7 +106,7 @@ TEST_F(UploadRestartTest, showsParkedUploadsWithoutTouchingThem) {
     EXPECT_EQ(shelf.items()[1].restoredPreview->size(), QSize(640, 360));
     EXPECT_THAT(service->requests("/v1/"), IsEmpty());
 
-    manager->retry(parked.captureId, shelf.items()[1].id, std::nullopt);
+    manager->retry({parked.captureId, shelf.items()[1].id}, std::nullopt);
     runUploads();
     EXPECT_EQ(shelf.items()[1].statusText(), "In your library");
 }
@@ -118,7 +118,7 @@ TEST_F(UploadRestartTest, endsWhenTheFileIsGone) {
     runUploads();
     EXPECT_EQ(statusText(earlyId), "The recording file was cleaned up and can't be re-uploaded");
     EXPECT_EQ(journalText(), "[]");
-    manager->retry(QUuid::createUuid(), earlyId, project);
+    manager->retry({QUuid::createUuid(), earlyId}, project);
     EXPECT_EQ(statusText(earlyId), "This capture's file is gone");
 
     const auto late = makeCapture("gone in the middle", 500'000);
@@ -137,7 +137,7 @@ TEST_F(UploadRestartTest, endsWhenTheFileIsGone) {
     runUploads();
     EXPECT_EQ(statusText(parkedId), "Upload failed");
     std::filesystem::remove(parked->fileURL);
-    manager->retry(onlyEntry().captureId, parkedId, project);
+    manager->retry({onlyEntry().captureId, parkedId}, project);
     EXPECT_EQ(statusText(parkedId), "The recording file was cleaned up and can't be re-uploaded");
     EXPECT_EQ(journalText(), "[]");
 }

@@ -41,7 +41,7 @@ public:
 
     /// Starts to listen.
     void open();
-    /// The source's last word; waits for its first one until the deadline at most.
+    /// The source's present state; waits until the deadline at most for it to have one.
     std::optional<AudioSourceState> waitForState(std::chrono::steady_clock::time_point deadline);
 
     /// Adds the track to the movie. `movie` outlives `finish`.
