@@ -202,8 +202,8 @@ std::vector<fs::path> RecordingRecovery::needed(const fs::path &folder) {
                 continue;
             for (const RecordingRecord::Segment &segment : record->segments)
                 files.push_back(folder / segment.file);
-            for (const fs::path &movie : record->movies)
-                files.push_back(folder / movie);
+            for (const fs::path &place : record->movies)
+                files.push_back(folder / place);
         }
     }
     return files;

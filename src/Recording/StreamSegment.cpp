@@ -21,9 +21,9 @@ constexpr std::chrono::seconds finishLimit(15);
 /// What the stream's own threads reach. They may outlive the segment: then nothing more is passed on.
 class StreamSegment::Tap {
 public:
-    void open(std::function<void(std::span<const float>)> onMicSample) {
+    void open(std::function<void(std::span<const float>)> samples) {
         std::scoped_lock lock(m_mutex);
-        m_onMicSample = std::move(onMicSample);
+        m_onMicSample = std::move(samples);
     }
 
     /// False for any but the first.
