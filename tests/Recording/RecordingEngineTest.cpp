@@ -23,7 +23,7 @@ namespace vantrell::testing {
 
 namespace {
 
-RecordingOptions displayOptions() {
+RecordingOptions smallDisplay() {
     RecordingOptions options;
     options.target =
         CaptureTarget::wholeDisplay({"DP-1", "A Monitor", {0, 0, 64, 64}, {0, 0, 64, 64}, 1, true});
@@ -39,11 +39,11 @@ protected:
 
     /// The newest stream has written its first picture; more may come as long as the writer lives.
     void capture() {
-        const auto &file = stream().configuration.outputFile;
-        writers[file] = *MovieWriter::create(file);
-        writers[file]->addVideoTrack({.size = {64, 64}, .decoderConfiguration = {1, 2, 3}});
-        const std::vector<std::uint8_t> data(100, 7);
-        ASSERT_TRUE(writers[file]->append({0}, {.data = data, .isKey = true}));
+        const auto &movie = stream().configuration.outputFile;
+        writers[movie] = *MovieWriter::create(movie);
+        writers[movie]->addVideoTrack({.size = {64, 64}, .decoderConfiguration = {1, 2, 3}});
+        const std::vector<std::uint8_t> picture(100, 7);
+        ASSERT_TRUE(writers[movie]->append({0}, {.data = picture, .isKey = true}));
         stream().events.firstFrame(clock.hostNow());
         settle();
     }
@@ -56,7 +56,7 @@ protected:
 
     std::unique_ptr<RecordingEngine> newEngine() {
         const RecordingPorts ports{streams, std::make_shared<ScriptedSource>(), input, clock};
-        return std::make_unique<RecordingEngine>(ports, displayOptions());
+        return std::make_unique<RecordingEngine>(ports, smallDisplay());
     }
 
     Stopped stopThatTimesOut() {
@@ -137,7 +137,7 @@ TEST_F(RecordingEngineTest, leavesNothingWhenNoPictureCameOrTheStartWasCancelled
     ASSERT_FALSE(stopped);
     EXPECT_FALSE(stopped.error().isRecoverable);
     EXPECT_EQ(description(stopped.error()), "The window was closed");
-    EXPECT_TRUE(eventually([this] { return abandoned().empty(); }));
+    EXPECT_TRUE(eventually([] { return abandoned().empty(); }));
 
     streams.script.startError = Cancelled{};
     engine = newEngine();

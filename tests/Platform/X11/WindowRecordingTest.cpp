@@ -25,7 +25,7 @@ constexpr int blueLuma = 32;
 constexpr int whiteLuma = 235;
 constexpr int blackLuma = 16;
 
-StagedStreamFactory streams;
+StagedStreamFactory windowStreams;
 
 class WindowRecording : public ::testing::Test {
 protected:
@@ -71,7 +71,7 @@ protected:
 TEST_F(WindowRecording, showsItsOwnContentWhileItIsCoveredAndMoved) {
     painter.fill({0, 0, 200, 120}, 0xffffff);
     painter.sync();
-    StreamRun run(streams, source());
+    StreamRun run(windowStreams, source());
     ASSERT_TRUE(run.start());
     other.openWindow({0, 0, 640, 480}, "cover");
     other.fill({0, 0, 640, 480}, 0xff0000);
@@ -93,7 +93,7 @@ TEST_F(WindowRecording, showsItsOwnContentWhileItIsCoveredAndMoved) {
 TEST_F(WindowRecording, keepsTheMoviesSizeAndFitsTheWindowIntoItWhenItIsResized) {
     painter.fill({0, 0, 200, 120}, 0xffffff);
     painter.sync();
-    StreamRun run(streams, source());
+    StreamRun run(windowStreams, source());
     ASSERT_TRUE(run.start());
     painter.moveResize({20, 20, 400, 400});
     painter.fill({0, 0, 400, 400}, 0xffffff);
@@ -112,7 +112,7 @@ TEST_F(WindowRecording, keepsTheMoviesSizeAndFitsTheWindowIntoItWhenItIsResized)
 }
 
 TEST_F(WindowRecording, doesNotFreezeWhenTheWindowGetsNarrowerAndTallerAndThenIsAsBefore) {
-    StreamRun run(streams, source());
+    StreamRun run(windowStreams, source());
     ASSERT_TRUE(run.start());
     pause();
     for (const PixelRect &place : {PixelRect{100, 80, 60, 200}, PixelRect{100, 80, 200, 120}}) {
@@ -132,7 +132,7 @@ TEST_F(WindowRecording, doesNotFreezeWhenTheWindowGetsNarrowerAndTallerAndThenIs
 TEST_F(WindowRecording, keepsTheLastPictureWhileItIsNotShownAndGoesOnAfterwards) {
     painter.fill({0, 0, 200, 120}, 0xffffff);
     painter.sync();
-    StreamRun run(streams, source());
+    StreamRun run(windowStreams, source());
     ASSERT_TRUE(run.start());
     pause();
     xcb_unmap_window(painter.xcb(), window);
@@ -155,7 +155,7 @@ TEST_F(WindowRecording, keepsTheLastPictureWhileItIsNotShownAndGoesOnAfterwards)
 TEST_F(WindowRecording, endsAndKeepsWhatWasRecordedWhenTheWindowCloses) {
     painter.fill({0, 0, 200, 120}, 0xffffff);
     painter.sync();
-    StreamRun run(streams, source());
+    StreamRun run(windowStreams, source());
     ASSERT_TRUE(run.start());
     pause();
     painter.closeWindow();
@@ -170,7 +170,7 @@ TEST_F(WindowRecording, drawsThePointerWhereItIsOnTheWindow) {
     painter.fill({0, 0, 200, 120}, 0xffffff);
     painter.movePointer(100 + 50, 80 + 60);
     painter.sync();
-    StreamRun run(streams, source(), CursorMode::inPicture);
+    StreamRun run(windowStreams, source(), CursorMode::inPicture);
     ASSERT_TRUE(run.start());
     ASSERT_TRUE(run.stop());
     const auto last = lastPicture(run);
@@ -185,7 +185,7 @@ TEST_F(WindowRecording, drawsThePointerWhereItIsOnTheWindow) {
 TEST_F(WindowRecording, refusesAWindowThatIsGone) {
     const auto gone = source();
     painter.closeWindow();
-    StreamRun run(streams, gone);
+    StreamRun run(windowStreams, gone);
     const auto started = run.start();
     ASSERT_FALSE(started);
     EXPECT_TRUE(isScreenError(started.error(), ScreenErrorCode::noSuchWindow));
@@ -201,7 +201,7 @@ TEST(WindowRecordingWithoutComposite, saysWhichExtensionIsMissing) {
     const auto backend = X11CaptureBackend::create();
     ASSERT_TRUE(backend);
     const auto window = painter.openWindow({0, 0, 100, 100}, "subject", false);
-    StreamRun run(streams, chosen(**backend, {CaptureRequest::Window{window}}));
+    StreamRun run(windowStreams, chosen(**backend, {CaptureRequest::Window{window}}));
     const auto started = run.start();
     ASSERT_FALSE(started);
     EXPECT_EQ(started.error().message, "The display server lacks the extension Composite");
