@@ -119,8 +119,12 @@ TEST(EncoderTrial, passesTheSoftwareEncoder) {
 TEST(X264Encoder, goesOverToSlicesAndBackWithinOneMovie) {
     if (std::thread::hardware_concurrency() < 2)
         GTEST_SKIP() << "one core";
-    const PixelSize picture{640, 360};
+    const PixelSize picture{1280, 720};
     const auto encoder = *X264Encoder::create(picture);
+    // Made before, so that there is no rest between two pictures.
+    std::vector<Nv12Frame> frames;
+    for (int luma = 40; luma < 200; luma += 20)
+        frames.push_back(greyFrame(picture, luma));
     const TemporaryFolder folder;
     auto writer = *MovieWriter::create(folder / "film.mov", {});
     const TrackId track = writer->addVideoTrack({.size = picture,
@@ -131,16 +135,17 @@ TEST(X264Encoder, goesOverToSlicesAndBackWithinOneMovie) {
     std::vector<int> lumas;
     std::vector<bool> keys;
     const auto encode = [&](bool keyFrame) {
-        lumas.push_back(40 + int(lumas.size()) * 7 % 160);
+        const std::size_t which = lumas.size() % frames.size();
+        lumas.push_back(40 + int(which) * 20);
         const auto time = std::int64_t(lumas.size()) * 900;
-        const auto frame = encoder->encode(greyFrame(picture, lumas.back()), changed, time, keyFrame);
+        const auto frame = encoder->encode(frames[which], changed, time, keyFrame);
         ASSERT_TRUE(frame) << frame.error().message;
         keys.push_back(frame->isKeyFrame);
         ASSERT_TRUE(writer->append(
             track, {.data = frame->data, .pts = time, .dts = time, .isKey = frame->isKeyFrame}));
     };
     encode(true);
-    // Without a rest between them: one thread is not enough. The other encoder begins with a key frame.
+    // Without a rest: one thread is not enough. The other encoder begins with a key frame.
     const double limit = hostNow() + 20;
     do
         encode(false);
