@@ -3,7 +3,7 @@
 
 #include "Session/SavedCapture.h"
 
-#include "../Upload/FailingDisk.h"
+#include "TestSupport/Disk/FailingDisk.h"
 #include "TestSupport/TemporaryFolder.h"
 #include "TestSupport/TestFile.h"
 

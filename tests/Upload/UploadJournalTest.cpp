@@ -3,9 +3,9 @@
 
 #include "Upload/UploadJournal.h"
 
-#include "FailingDisk.h"
 #include "Support/AtomicFile.h"
 #include "TestSupport/ChildProcess.h"
+#include "TestSupport/Disk/FailingDisk.h"
 #include "TestSupport/LogCapture.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/TemporaryFolder.h"
