@@ -132,7 +132,7 @@ struct QueueFile::State {
         const Changes doing = changes;
         const Events known = onDisk;
         lock.unlock();
-        const auto written = write(doing, known);
+        auto written = write(doing, known);
         lock.lock();
         if (!written) {
             qCCritical(logAnalytics, "analytics queue write failed: %s", written.error().message.c_str());

@@ -120,7 +120,7 @@ void InputEventRecorder::append(double hostTime, InputEvent::Kind kind, const Po
         event.captureRect = liveCaptureRect();
     if (onEvent)
         onEvent(event);
-    m_events.push_back(std::move(event));
+    m_events.push_back(event);
 }
 
 std::optional<Point> InputEventRecorder::bottomLeftPointer() {

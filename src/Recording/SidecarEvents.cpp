@@ -78,7 +78,7 @@ std::vector<InputEvent> sidecarEvents(const std::vector<RawEvent> &raw, const Re
                 continue;
             if (auto mapped = mapping.map(event, segment.anchorHostTime)) {
                 mapped->t = oneDecimal(mapped->t + offsetMs);
-                events.push_back(std::move(*mapped));
+                events.push_back(*mapped);
             }
         }
         offsetMs += segment.durationMs;
