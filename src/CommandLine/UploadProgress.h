@@ -23,7 +23,7 @@ private:
 
     UploadRun &m_run;
     ProgressLines m_lines;
-    ShelfStore::Observation m_observation;
+    Observation m_observation;
 };
 
 } // namespace vantrell

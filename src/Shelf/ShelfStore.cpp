@@ -24,25 +24,10 @@ ShelfItem *ShelfStore::findItem(const QUuid &id) {
     return const_cast<ShelfItem *>(std::as_const(*this).find(id));
 }
 
-ShelfStore::Observation ShelfStore::observe(std::function<void()> changed) {
-    const auto observer = std::make_shared<const std::function<void()>>(std::move(changed));
-    m_observers.emplace_back(observer);
-    return std::const_pointer_cast<std::function<void()>>(observer);
-}
-
-void ShelfStore::notify() {
-    std::erase_if(m_observers, [](const auto &observer) { return observer.expired(); });
-    // A copy: an observer may end its observation or start another one.
-    for (const auto &weak : std::vector(m_observers)) {
-        if (const auto observer = weak.lock())
-            (*observer)();
-    }
-}
-
 QUuid ShelfStore::append(ShelfItem item) {
     const QUuid id = item.id = QUuid::createUuid();
     m_items.push_back(std::move(item));
-    notify();
+    m_observers.notify();
     if (onVisibilityChange)
         onVisibilityChange(true);
     return id;
@@ -75,14 +60,14 @@ void ShelfStore::attach(std::shared_ptr<const CaptureResult> capture, const QUui
 void ShelfStore::setEntry(const QUuid &id, const QUuid &entryId) {
     if (ShelfItem *const item = findItem(id)) {
         item->entryId = entryId;
-        notify();
+        m_observers.notify();
     }
 }
 
 void ShelfStore::setRestoredPreview(const QUuid &id, const QImage &preview) {
     if (ShelfItem *const item = findItem(id)) {
         item->restoredPreview = preview;
-        notify();
+        m_observers.notify();
     }
 }
 
@@ -92,7 +77,7 @@ void ShelfStore::update(const QUuid &id, ShelfItem::Status status) {
         return;
     item->status = std::move(status);
     const ShelfItem updated = *item;
-    notify();
+    m_observers.notify();
     if (!updated.isDone()) {
         m_dismissTasks.erase(id);
         m_pausedDismissIds.erase(id);
@@ -109,7 +94,7 @@ void ShelfStore::remove(const QUuid &id) {
     m_pausedDismissIds.erase(id);
     if (std::erase_if(m_items, [&id](const ShelfItem &item) { return item.id == id; }) == 0)
         return;
-    notify();
+    m_observers.notify();
     if (m_items.empty() && onVisibilityChange)
         onVisibilityChange(false);
 }

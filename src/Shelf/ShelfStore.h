@@ -5,6 +5,7 @@
 
 #include "Shelf/ShelfItem.h"
 #include "Support/Clock.h"
+#include "Support/Observers.h"
 #include "Support/TaskScope.h"
 
 #include <chrono>
@@ -26,9 +27,6 @@ namespace vantrell {
 /// Callbacks and observers may call back into the store, but not destroy it.
 class ShelfStore {
 public:
-    /// Ends the observation when it is dropped.
-    using Observation = std::shared_ptr<void>;
-
     explicit ShelfStore(Clock &clock) : m_clock(clock) {}
     ShelfStore(const ShelfStore &) = delete;
     ShelfStore &operator=(const ShelfStore &) = delete;
@@ -38,7 +36,9 @@ public:
     const ShelfItem *find(const QUuid &id) const;
 
     /// Calls `changed` after every change of `items`.
-    [[nodiscard]] Observation observe(std::function<void()> changed);
+    [[nodiscard]] Observation observe(std::function<void()> changed) {
+        return m_observers.observe(std::move(changed));
+    }
 
     /// A card for a capture that is still being finished.
     QUuid addProcessing(const std::string &name);
@@ -76,13 +76,12 @@ public:
 private:
     ShelfItem *findItem(const QUuid &id);
     QUuid append(ShelfItem item);
-    void notify();
     void scheduleDismissal(const QUuid &id, std::chrono::seconds after);
     Task<> dismissLater(QUuid id, std::chrono::seconds after, std::stop_token stop);
 
     Clock &m_clock;
     std::vector<ShelfItem> m_items;
-    std::vector<std::weak_ptr<const std::function<void()>>> m_observers;
+    Observers m_observers;
     std::set<QUuid> m_pausedDismissIds;
     bool m_hovering = false;
     /// One scope per timer, so that each can be cancelled alone.
