@@ -39,6 +39,13 @@ Rect inPointsOf(const Display &display, const Rect &desktopPixels) {
     return {corner.x, corner.y, desktopPixels.width / display.scale, desktopPixels.height / display.scale};
 }
 
+PixelRect desktopPixels(const Display &display, const Rect &onDisplay) {
+    PixelRect pixels = toPixels(onDisplay, display.scale);
+    pixels.x += display.pixels.x;
+    pixels.y += display.pixels.y;
+    return pixels;
+}
+
 const Display &displayHolding(const std::vector<Display> &displays, const PixelRect &desktopPixels) {
     return *std::ranges::max_element(displays, {}, [&](const Display &display) {
         return std::pair(sharedPixels(display, desktopPixels), -squaredDistance(display, desktopPixels));

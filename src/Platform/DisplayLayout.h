@@ -21,6 +21,9 @@ Point inPointsOf(const Display &display, const Point &desktopPixel);
 Rect inPointsOf(const Display &display, const PixelRect &desktopPixels);
 Rect inPointsOf(const Display &display, const Rect &desktopPixels);
 
+/// The desktop's pixels of a rectangle in points from the display's top-left corner.
+PixelRect desktopPixels(const Display &display, const Rect &onDisplay);
+
 /// The display that holds the most of the rectangle; the nearest one when none touches it. `displays` is not
 /// empty.
 const Display &displayHolding(const std::vector<Display> &displays, const PixelRect &desktopPixels);
