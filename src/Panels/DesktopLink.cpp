@@ -1,0 +1,257 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Panels/DesktopLink.h"
+
+#include <QGuiApplication>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdlib>
+#include <string_view>
+#include <utility>
+
+#include <xcb/xcb.h>
+#include <xcb/xfixes.h>
+
+namespace vantrell {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Windows are restacked several at a time.
+constexpr auto lookDelay = 60ms;
+
+template <typename T>
+struct Freed {
+    void operator()(T *memory) const { std::free(memory); }
+};
+
+template <typename Cookie, typename Reply>
+std::unique_ptr<Reply, Freed<Reply>> answer(xcb_connection_t *connection, Cookie cookie,
+                                            Reply *(*take)(xcb_connection_t *, Cookie,
+                                                           xcb_generic_error_t **)) {
+    xcb_generic_error_t *error = nullptr;
+    std::unique_ptr<Reply, Freed<Reply>> reply(take(connection, cookie, &error));
+    std::free(error);
+    return reply;
+}
+
+xcb_atom_t atomNamed(xcb_connection_t *connection, std::string_view name) {
+    const auto reply =
+        answer(connection, xcb_intern_atom(connection, 0, std::uint16_t(name.size()), name.data()),
+               xcb_intern_atom_reply);
+    return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
+}
+
+/// Qt's own connection: what is asked for there comes after the making of the window. Null without X.
+xcb_connection_t *qtConnection() {
+    const auto *x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
+    return x11 ? x11->connection() : nullptr;
+}
+
+xcb_xfixes_region_t makeRegion(xcb_connection_t *connection, const QRegion &region) {
+    std::vector<xcb_rectangle_t> rectangles;
+    for (const QRect &rect : region) {
+        rectangles.push_back({std::int16_t(rect.x()), std::int16_t(rect.y()), std::uint16_t(rect.width()),
+                              std::uint16_t(rect.height())});
+    }
+    const xcb_xfixes_region_t made = xcb_generate_id(connection);
+    xcb_xfixes_create_region(connection, made, std::uint32_t(rectangles.size()), rectangles.data());
+    return made;
+}
+
+QRect geometryOf(xcb_connection_t *connection, xcb_window_t window) {
+    const auto reply = answer(connection, xcb_get_geometry(connection, window), xcb_get_geometry_reply);
+    return reply ? QRect(reply->x, reply->y, reply->width, reply->height) : QRect();
+}
+
+} // namespace
+
+struct DesktopLink::Watch {
+    WindowId window;
+    std::function<void()> covered;
+    ~Watch() {
+        DesktopLink &link = instance();
+        std::erase_if(link.m_watches, [](const auto &watch) { return watch.expired(); });
+        link.selectStackingEvents();
+    }
+};
+
+DesktopLink &DesktopLink::instance() {
+    // Never taken down: panels that live as long as the process may still end their watches.
+    static DesktopLink *const link = new DesktopLink;
+    return *link;
+}
+
+DesktopLink::DesktopLink() {
+    if (!qtConnection())
+        return;
+    // A connection of its own: Qt keeps a mask of the root's events that must not be replaced.
+    m_connection = xcb_connect(nullptr, nullptr);
+    if (xcb_connection_has_error(m_connection)) {
+        xcb_disconnect(std::exchange(m_connection, nullptr));
+        return;
+    }
+    m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+    m_compositorSelection = atomNamed(m_connection, "_NET_WM_CM_S0");
+    m_windowState = atomNamed(m_connection, "WM_STATE");
+    m_ownMark = atomNamed(m_connection, "_VANTRELL_PANEL");
+    const xcb_query_extension_reply_t *fixes = xcb_get_extension_data(m_connection, &xcb_xfixes_id);
+    if (fixes && fixes->present) {
+        m_firstFixesEvent = fixes->first_event;
+        for (xcb_connection_t *connection : {m_connection, qtConnection()})
+            xcb_discard_reply(connection, xcb_xfixes_query_version(connection, 4, 0).sequence);
+        xcb_xfixes_select_selection_input(m_connection, m_root, m_compositorSelection,
+                                          XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
+                                              XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_WINDOW_DESTROY |
+                                              XCB_XFIXES_SELECTION_EVENT_MASK_SELECTION_CLIENT_CLOSE);
+    }
+    updateCompositing();
+    m_notifier =
+        std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(m_connection), QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, m_notifier.get(),
+                     [this] { readEvents(); });
+    // Answers that were waited for may have brought events along.
+    QTimer::singleShot(0, m_notifier.get(), [this] { readEvents(); });
+}
+
+DesktopLink::~DesktopLink() {
+    if (m_connection)
+        xcb_disconnect(m_connection);
+}
+
+void DesktopLink::markAsOwn(WindowId window) {
+    if (!m_connection)
+        return;
+    const std::uint32_t yes = 1;
+    xcb_change_property(qtConnection(), XCB_PROP_MODE_REPLACE, window, m_ownMark, XCB_ATOM_CARDINAL, 32, 1,
+                        &yes);
+}
+
+void DesktopLink::setShape(WindowId window, const QRegion &visible, const QRegion &touchable) {
+    if (!m_connection || m_firstFixesEvent == 0)
+        return;
+    xcb_connection_t *connection = qtConnection();
+    for (const auto &[kind, region] :
+         {std::pair(XCB_SHAPE_SK_BOUNDING, &visible), std::pair(XCB_SHAPE_SK_INPUT, &touchable)}) {
+        const xcb_xfixes_region_t made = region->isEmpty() ? XCB_NONE : makeRegion(connection, *region);
+        xcb_xfixes_set_window_shape_region(connection, window, kind, 0, 0, made);
+        if (made != XCB_NONE)
+            xcb_xfixes_destroy_region(connection, made);
+    }
+}
+
+Observation DesktopLink::watchForCover(WindowId window, std::function<void()> covered) {
+    const auto watch = std::make_shared<Watch>(window, std::move(covered));
+    m_watches.emplace_back(watch);
+    selectStackingEvents();
+    return watch;
+}
+
+DesktopLink::WindowId DesktopLink::focusedWindow() const {
+    if (!m_connection)
+        return 0;
+    const auto reply = answer(m_connection, xcb_get_input_focus(m_connection), xcb_get_input_focus_reply);
+    return reply ? reply->focus : 0;
+}
+
+void DesktopLink::focus(WindowId window) {
+    if (!m_connection || window == 0)
+        return;
+    xcb_set_input_focus(qtConnection(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+    xcb_flush(qtConnection());
+}
+
+void DesktopLink::sync() {
+    if (!m_connection)
+        return;
+    answer(qtConnection(), xcb_get_input_focus(qtConnection()), xcb_get_input_focus_reply);
+}
+
+void DesktopLink::readEvents() {
+    while (xcb_generic_event_t *event = xcb_poll_for_event(m_connection)) {
+        const int type = event->response_type & 0x7f;
+        if (m_firstFixesEvent != 0 && type == m_firstFixesEvent + XCB_XFIXES_SELECTION_NOTIFY)
+            updateCompositing();
+        else if ((type == XCB_CONFIGURE_NOTIFY || type == XCB_MAP_NOTIFY) && !m_looksSoon) {
+            m_looksSoon = true;
+            QTimer::singleShot(lookDelay, m_notifier.get(), [this] {
+                m_looksSoon = false;
+                lookForCovers();
+            });
+        }
+        std::free(event);
+    }
+    if (xcb_connection_has_error(m_connection))
+        m_notifier->setEnabled(false);
+}
+
+void DesktopLink::updateCompositing() {
+    const auto owner = answer(m_connection, xcb_get_selection_owner(m_connection, m_compositorSelection),
+                              xcb_get_selection_owner_reply);
+    const bool isComposited = owner && owner->owner != XCB_NONE;
+    if (std::exchange(m_isComposited, isComposited) != isComposited)
+        m_compositing.notify();
+}
+
+void DesktopLink::selectStackingEvents() {
+    if (!m_connection)
+        return;
+    const std::uint32_t mask =
+        m_watches.empty() ? XCB_EVENT_MASK_NO_EVENT : XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(m_connection, m_root, XCB_CW_EVENT_MASK, &mask);
+    xcb_flush(m_connection);
+}
+
+void DesktopLink::lookForCovers() {
+    const auto watches = m_watches;
+    for (const auto &weak : watches) {
+        const auto watch = weak.lock();
+        if (watch && isCovered(watch->window))
+            watch->covered();
+    }
+}
+
+bool DesktopLink::isCovered(WindowId window) const {
+    const QRect own = geometryOf(m_connection, window);
+    const auto tree = answer(m_connection, xcb_query_tree(m_connection, m_root), xcb_query_tree_reply);
+    if (!tree || own.isEmpty())
+        return false;
+    // From the bottom to the top.
+    const xcb_window_t *children = xcb_query_tree_children(tree.get());
+    for (int at = xcb_query_tree_children_length(tree.get()) - 1; at >= 0 && children[at] != window; --at) {
+        const auto attributes = answer(m_connection, xcb_get_window_attributes(m_connection, children[at]),
+                                       xcb_get_window_attributes_reply);
+        if (attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE &&
+            attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT &&
+            geometryOf(m_connection, children[at]).intersects(own) && isManaged(children[at]))
+            return true;
+    }
+    return false;
+}
+
+bool DesktopLink::isManaged(WindowId window) const {
+    if (hasState(window))
+        return true;
+    // In a frame of the window manager's, one or two windows deep.
+    const auto tree = answer(m_connection, xcb_query_tree(m_connection, window), xcb_query_tree_reply);
+    if (!tree)
+        return false;
+    const xcb_window_t *children = xcb_query_tree_children(tree.get());
+    return std::any_of(children, children + xcb_query_tree_children_length(tree.get()),
+                       [this](xcb_window_t child) { return hasState(child); });
+}
+
+bool DesktopLink::hasState(WindowId window) const {
+    const auto reply =
+        answer(m_connection,
+               xcb_get_property(m_connection, 0, window, m_windowState, XCB_GET_PROPERTY_TYPE_ANY, 0, 0),
+               xcb_get_property_reply);
+    return reply && reply->type != XCB_NONE;
+}
+
+} // namespace vantrell
