@@ -8,11 +8,13 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <string_view>
 #include <utility>
 
+#include <xcb/damage.h>
 #include <xcb/xcb.h>
 #include <xcb/xfixes.h>
 
@@ -24,6 +26,10 @@ using namespace std::chrono_literals;
 
 /// Windows are restacked several at a time.
 constexpr auto lookDelay = 60ms;
+
+/// Caps lock and num lock do not make another key of it.
+constexpr std::array<std::uint16_t, 4> lockStates{0, XCB_MOD_MASK_LOCK, XCB_MOD_MASK_2,
+                                                  XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2};
 
 template <typename T>
 struct Freed {
@@ -78,6 +84,34 @@ struct DesktopLink::Watch {
         DesktopLink &link = instance();
         std::erase_if(link.m_watches, [](const auto &watch) { return watch.expired(); });
         link.selectStackingEvents();
+    }
+};
+
+struct DesktopLink::KeyGrab {
+    /// The codes that produce each symbol.
+    std::vector<std::pair<xcb_keycode_t, std::uint32_t>> keys;
+    std::function<void(std::uint32_t)> pressed;
+    ~KeyGrab() {
+        const DesktopLink &link = instance();
+        for (const auto &[code, symbol] : keys) {
+            for (const std::uint16_t locks : lockStates)
+                xcb_ungrab_key(link.m_connection, code, link.m_root, locks);
+        }
+        if (link.m_connection)
+            xcb_flush(link.m_connection);
+    }
+};
+
+struct DesktopLink::PaintWatch {
+    QRect area;
+    std::function<void()> painted;
+    xcb_damage_damage_t damage;
+    ~PaintWatch() {
+        const DesktopLink &link = instance();
+        if (damage == XCB_NONE)
+            return;
+        xcb_damage_destroy(link.m_connection, damage);
+        xcb_flush(link.m_connection);
     }
 };
 
@@ -152,6 +186,46 @@ Observation DesktopLink::watchForCover(WindowId window, std::function<void()> co
     return watch;
 }
 
+Observation DesktopLink::grabKeys(std::vector<std::uint32_t> keySymbols,
+                                  std::function<void(std::uint32_t)> pressed) {
+    const auto grab = std::make_shared<KeyGrab>();
+    grab->pressed = std::move(pressed);
+    if (!m_connection)
+        return grab;
+    const xcb_setup_t *setup = xcb_get_setup(m_connection);
+    const int count = setup->max_keycode - setup->min_keycode + 1;
+    const auto map =
+        answer(m_connection, xcb_get_keyboard_mapping(m_connection, setup->min_keycode, std::uint8_t(count)),
+               xcb_get_keyboard_mapping_reply);
+    if (!map)
+        return grab;
+    const xcb_keysym_t *symbols = xcb_get_keyboard_mapping_keysyms(map.get());
+    for (int at = 0; at < count; ++at) {
+        const xcb_keysym_t symbol = symbols[at * map->keysyms_per_keycode];
+        if (std::ranges::find(keySymbols, symbol) == keySymbols.end())
+            continue;
+        const auto code = xcb_keycode_t(setup->min_keycode + at);
+        grab->keys.emplace_back(code, symbol);
+        for (const std::uint16_t locks : lockStates) {
+            xcb_grab_key(m_connection, 0, m_root, locks, code, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC);
+        }
+    }
+    xcb_flush(m_connection);
+    m_keyGrabs.emplace_back(grab);
+    return grab;
+}
+
+Observation DesktopLink::watchForPainting(QRect area, std::function<void()> painted) {
+    const auto watch = std::make_shared<PaintWatch>(area, std::move(painted), xcb_damage_damage_t(XCB_NONE));
+    if (m_connection && m_firstDamageEvent != 0) {
+        watch->damage = xcb_generate_id(m_connection);
+        xcb_damage_create(m_connection, watch->damage, m_root, XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
+        xcb_flush(m_connection);
+        m_paintWatches.emplace_back(watch);
+    }
+    return watch;
+}
+
 DesktopLink::WindowId DesktopLink::focusedWindow() const {
     if (!m_connection)
         return 0;
@@ -160,9 +234,13 @@ DesktopLink::WindowId DesktopLink::focusedWindow() const {
 }
 
 void DesktopLink::focus(WindowId window) {
-    if (!m_connection || window == 0)
+    if (!m_connection || window == XCB_NONE)
         return;
-    xcb_set_input_focus(qtConnection(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+    const auto attributes = answer(qtConnection(), xcb_get_window_attributes(qtConnection(), window),
+                                   xcb_get_window_attributes_reply);
+    const bool isThere = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+    xcb_set_input_focus(qtConnection(), XCB_INPUT_FOCUS_PARENT,
+                        isThere ? window : xcb_window_t(XCB_INPUT_FOCUS_POINTER_ROOT), XCB_CURRENT_TIME);
     xcb_flush(qtConnection());
 }
 
@@ -177,6 +255,11 @@ void DesktopLink::readEvents() {
         const int type = event->response_type & 0x7f;
         if (m_firstFixesEvent != 0 && type == m_firstFixesEvent + XCB_XFIXES_SELECTION_NOTIFY)
             updateCompositing();
+        else if (m_firstDamageEvent != 0 && type == m_firstDamageEvent + XCB_DAMAGE_NOTIFY) {
+            const xcb_rectangle_t area = reinterpret_cast<xcb_damage_notify_event_t *>(event)->area;
+            tellPainted({area.x, area.y, area.width, area.height});
+        } else if (type == XCB_KEY_PRESS)
+            tellKey(reinterpret_cast<xcb_key_press_event_t *>(event)->detail);
         else if ((type == XCB_CONFIGURE_NOTIFY || type == XCB_MAP_NOTIFY) && !m_looksSoon) {
             m_looksSoon = true;
             QTimer::singleShot(lookDelay, m_notifier.get(), [this] {
@@ -213,6 +296,27 @@ void DesktopLink::lookForCovers() {
         const auto watch = weak.lock();
         if (watch && isCovered(watch->window))
             watch->covered();
+    }
+}
+
+void DesktopLink::tellKey(std::uint8_t code) {
+    std::erase_if(m_keyGrabs, [](const auto &grab) { return grab.expired(); });
+    for (const auto &weak : std::vector(m_keyGrabs)) {
+        const auto grab = weak.lock();
+        if (!grab)
+            continue;
+        const auto key = std::ranges::find(grab->keys, code, &std::pair<xcb_keycode_t, std::uint32_t>::first);
+        if (key != grab->keys.end())
+            grab->pressed(key->second);
+    }
+}
+
+void DesktopLink::tellPainted(const QRect &area) {
+    std::erase_if(m_paintWatches, [](const auto &watch) { return watch.expired(); });
+    for (const auto &weak : std::vector(m_paintWatches)) {
+        const auto watch = weak.lock();
+        if (watch && watch->area.intersects(area))
+            watch->painted();
     }
 }
 

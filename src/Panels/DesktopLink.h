@@ -44,7 +44,19 @@ public:
     /// tips and lockers may lie above panels. Ends with the observation.
     [[nodiscard]] Observation watchForCover(WindowId window, std::function<void()> covered);
 
+    /// Calls `pressed` with the X key symbol when one of these keys is pressed without others than the locks,
+    /// whoever has the keyboard, who does not get it then. A key that another program holds is left to it.
+    /// Ends with the observation.
+    [[nodiscard]] Observation grabKeys(std::vector<std::uint32_t> keySymbols,
+                                       std::function<void(std::uint32_t keySymbol)> pressed);
+
+    /// Calls `painted` when something within the rectangle (pixels of the desktop) was painted on the screen,
+    /// under a compositor by it. Ends with the observation.
+    [[nodiscard]] Observation watchForPainting(QRect area, std::function<void()> painted);
+
+    /// 0 and 1 are no windows: nobody, and whoever is under the pointer.
     WindowId focusedWindow() const;
+    /// Gives the keyboard to the window; to whoever is under the pointer when it is gone.
     void focus(WindowId window);
     /// Returns when the server has done all that was asked for.
     void sync();
@@ -52,11 +64,15 @@ public:
 private:
     DesktopLink();
     struct Watch;
+    struct KeyGrab;
+    struct PaintWatch;
 
     void readEvents();
     void updateCompositing();
     void selectStackingEvents();
     void lookForCovers();
+    void tellKey(std::uint8_t code);
+    void tellPainted(const QRect &area);
     bool isCovered(WindowId window) const;
     bool isManaged(WindowId window) const;
     bool hasState(WindowId window) const;
@@ -70,7 +86,10 @@ private:
     bool m_isComposited = false;
     bool m_looksSoon = false;
     Observers m_compositing;
+    std::uint8_t m_firstDamageEvent = 0;
     std::vector<std::weak_ptr<Watch>> m_watches;
+    std::vector<std::weak_ptr<KeyGrab>> m_keyGrabs;
+    std::vector<std::weak_ptr<PaintWatch>> m_paintWatches;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };
 

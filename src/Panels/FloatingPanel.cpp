@@ -120,6 +120,9 @@ void FloatingPanel::resizeEvent(QResizeEvent *event) {
     QWidget::resizeEvent(event);
     m_picture = {};
     shapeWindow();
+    // What has grown must not reach beyond the screen.
+    if (isVisible() && !m_drag)
+        placePanel(panelFrame().topLeft());
 }
 
 void FloatingPanel::changeEvent(QEvent *event) {

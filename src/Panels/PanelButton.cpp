@@ -97,6 +97,11 @@ void PanelButton::setMostTextWidth(int points) {
     updateGeometry();
 }
 
+void PanelButton::setTabular(bool isTabular) {
+    m_isTabular = isTabular;
+    updateGeometry();
+}
+
 void PanelButton::setWarning(bool warns) {
     if (m_warns == warns)
         return;
@@ -165,7 +170,8 @@ QString PanelButton::elided(const QString &text, const QFont &font) const {
 double PanelButton::textWidth() const {
     // As wide as when it is switched on, so that nothing moves when it is.
     const QFont strong = panelFont(labelSize, QFont::DemiBold);
-    const double words = QFontMetricsF(strong).horizontalAdvance(m_words);
+    const double words =
+        m_isTabular ? tabularWidth(m_words, strong) : QFontMetricsF(strong).horizontalAdvance(m_words);
     const double second = QFontMetricsF(secondFont()).horizontalAdvance(m_secondLine);
     return std::ceil(std::min(double(m_mostTextWidth), std::max(words, second)));
 }
@@ -257,7 +263,9 @@ void PanelButton::paintEvent(QPaintEvent *) {
         const QRectF whole = placed({x, 0, width + 1, area.height()});
         painter.setPen(colors.ink);
         painter.setFont(font);
-        if (m_secondLine.isEmpty()) {
+        if (m_isTabular) {
+            drawTabular(painter, whole, m_words, font);
+        } else if (m_secondLine.isEmpty()) {
             painter.drawText(whole, align | Qt::TextSingleLine, elided(m_words, font));
         } else {
             const QFont small = secondFont();
@@ -291,7 +299,7 @@ void PanelButton::keyPressEvent(QKeyEvent *event) {
         openMenu();
     } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         click();
-    } else if (!onKey || !onKey(event->key())) {
+    } else {
         QAbstractButton::keyPressEvent(event);
     }
 }

@@ -41,7 +41,9 @@ public:
     /// they are wider than `setMostTextWidth` says.
     void setWords(const QString &words, const QString &secondLine = {});
     void setMostTextWidth(int points);
-    /// The first line is what somebody is warned of.
+    /// The words are a running number.
+    void setTabular(bool isTabular);
+    /// What is written or drawn is a warning.
     void setWarning(bool warns);
     /// Points; the width at least as much.
     void setHeight(int height);
@@ -59,9 +61,6 @@ public:
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
-
-    /// A key that the button has no use for; true when it was used.
-    std::function<bool(int key)> onKey;
 
 protected:
     void paintEvent(QPaintEvent *event) override;
@@ -90,6 +89,7 @@ private:
     int m_height = 44;
     double m_radius = 9;
     bool m_warns = false;
+    bool m_isTabular = false;
     bool m_isMenuOpen = false;
     std::optional<double> m_level;
     std::function<QMenu *()> m_menuMaker;
