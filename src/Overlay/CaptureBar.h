@@ -44,7 +44,9 @@ public:
     bool isVisible() const;
     /// Above the overlay again.
     void raise();
-    /// The pointer is over the bar.
+    /// The keyboard works the bar, until Escape gives it back to the window that had it.
+    void takeKeyboard();
+    /// The pointer is over the bar or one of its menus.
     bool isCursorOverBar() const;
     /// The panel's own part, in Qt's coordinates; empty while it is hidden.
     QRect frame() const;

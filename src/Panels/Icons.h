@@ -40,11 +40,16 @@ enum class Symbol {
     user,
     update,
     warning,
+    /// The program's own.
     mark,
+    options,
+    mirror,
+    resize,
 };
 
-/// Tinted, for a screen of so many pixels a point; cached. Main thread.
+/// Tinted, `points` wide and high, for a screen of so many pixels a point; cached. Main thread.
 QPixmap symbolPixmap(Symbol symbol, const QColor &color, double points, double scale);
+/// For menus: sharp at each size and scale. Main thread.
 QIcon symbolIcon(Symbol symbol, const QColor &color);
 
 } // namespace vantrell

@@ -5,10 +5,12 @@
 
 #include <QColor>
 
+class QWidget;
+
 namespace vantrell {
 
 /// The colours of a panel: dark, or light where the screen behind it is light; stronger when the desktop asks
-/// for high contrast.
+/// for high contrast. Main thread.
 struct Theme {
     QColor panel;
     /// The line around a panel: of light on top of the dark form, a border in the light one.
@@ -20,6 +22,8 @@ struct Theme {
     QColor onAccent;
     /// Means recording and nothing else.
     QColor recording;
+    /// The same red as a ground for words, deep enough that `onRecording` can be read on it.
+    QColor recordingGround;
     QColor onRecording;
     QColor hover;
     QColor pressed;
@@ -32,9 +36,16 @@ struct Theme {
     static const Theme &dark();
     static const Theme &light();
     static const Theme &of(bool onLightBackdrop) { return onLightBackdrop ? light() : dark(); }
+    /// For windows among those of other applications: light when the desktop's own are.
+    static const Theme &ofDesktop();
+    /// The panel's that the widget is part of; the desktop's when it is part of none.
+    static const Theme &of(const QWidget &widget);
 };
 
 /// Panels do not move or fade: the desktop asks for it, or VANTRELL_REDUCED_MOTION does.
 bool prefersReducedMotion();
+
+/// The desktop's colours are of the highest contrast, or VANTRELL_HIGH_CONTRAST is set.
+bool prefersHighContrast();
 
 } // namespace vantrell

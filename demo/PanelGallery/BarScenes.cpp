@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "GallerySound.h"
+#include "Overlay/CaptureBar.h"
+#include "Panels/PanelButton.h"
+#include "Scenes.h"
+
+#include <QApplication>
+#include <QMenu>
+
+namespace vantrell::gallery {
+
+namespace {
+
+struct Bar {
+    Bar(StillCapture &stills, Settings &settings, Clock &clock) : bar({sound, stills, settings, clock}) {
+        sound.connected = {{"built-in", "Built-in", true}, {"usb", "Røde NT-USB Mini Analog Stereo", false}};
+        state->isConnected = true;
+        state->projects = {{"1", "My captures"},
+                           {"2", "Release films & tutorials of the second half of the year 2026"},
+                           {"3", "Bug reports"}};
+        state->selectedProjectId = "1";
+    }
+    void show() {
+        bar.show(state, std::nullopt, [] {
+            auto menu = std::make_unique<QMenu>();
+            menu->addAction("Uploading 3 captures…")->setEnabled(false);
+            menu->addSeparator();
+            menu->addAction("Capture Area\tSuper+Shift+7");
+            menu->addAction("Capture Window\tSuper+Shift+8");
+            QAction *microphone = menu->addAction("Record Microphone");
+            microphone->setCheckable(true);
+            microphone->setChecked(true);
+            menu->addSeparator();
+            menu->addMenu("Upload to: My captures")->addAction("Refresh Projects");
+            menu->addAction("Quit Vantrell Capture\tCtrl+Q");
+            return menu;
+        });
+    }
+    PanelButton *control(const QString &label) {
+        for (QWidget *widget : QApplication::allWidgets()) {
+            auto *button = dynamic_cast<PanelButton *>(widget);
+            if (button && button->isVisible() && button->accessibleName() == label)
+                return button;
+        }
+        return nullptr;
+    }
+
+    GallerySound sound;
+    std::shared_ptr<ToolBarState> state = std::make_shared<ToolBarState>();
+    CaptureBar bar;
+};
+
+} // namespace
+
+std::vector<Scene> barScenes(StillCapture &stills, Settings &settings, Clock &clock) {
+    const auto scene = [&](const QString &name, std::function<void(Bar &)> prepare,
+                           std::function<void(Bar &)> finish = {}) {
+        return Scene{"bar-" + name, [&, prepare, finish]() -> std::shared_ptr<void> {
+                         auto bar = std::make_shared<Bar>(stills, settings, clock);
+                         prepare(*bar);
+                         bar->show();
+                         if (finish)
+                             finish(*bar);
+                         return bar;
+                     }};
+    };
+    const auto withMenu = [](const QString &label) {
+        return [label](Bar &bar) { bar.control(label)->openMenu(); };
+    };
+    const auto microphone = [](Bar &bar) {
+        bar.state->micEnabled = true;
+        bar.state->systemAudioEnabled = true;
+        bar.state->countdownSeconds = 3;
+    };
+    return {
+        scene("plain", [](Bar &) {}),
+        scene("microphone", microphone),
+        scene("microphone-gone",
+              [](Bar &bar) {
+                  bar.state->micEnabled = true;
+                  bar.state->micDeviceId = "alsa_input.usb-headset";
+              }),
+        scene("keyboard", microphone, [](Bar &bar) { bar.bar.takeKeyboard(); }),
+        scene("not-connected", [](Bar &bar) { bar.state->isConnected = false; }),
+        scene(
+            "no-projects",
+            [](Bar &bar) {
+                bar.state->projects = {};
+                bar.state->selectedProjectId = std::nullopt;
+            },
+            withMenu("Upload to")),
+        scene("update", [](Bar &bar) { bar.state->availableUpdateVersion = "1.4.2"; }),
+        scene("long-names",
+              [](Bar &bar) {
+                  bar.state->micEnabled = true;
+                  bar.state->micDeviceId = "usb";
+                  bar.state->selectedProjectId = "2";
+                  bar.state->tool = ToolMode::window;
+              }),
+        scene("menu-microphone", microphone, withMenu("Microphone")),
+        scene("menu-countdown", microphone, withMenu("Recording countdown")),
+        scene("menu-options", microphone, withMenu("Options")),
+        scene("menu-more", microphone, withMenu("More")),
+        scene("menu-projects", microphone, withMenu("Upload to")),
+    };
+}
+
+} // namespace vantrell::gallery

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Backdrop.h"
+#include "Platform/X11/X11StillCapture.h"
+#include "Scenes.h"
+#include "Support/SystemClock.h"
+#include "Support/TaskScope.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QCursor>
+#include <QTemporaryDir>
+
+#include <cstring>
+
+using namespace vantrell;
+using namespace vantrell::gallery;
+
+int main(int argc, char **argv) {
+    // Qt reads its scale before it reads anything else.
+    for (int at = 1; at + 1 < argc; ++at) {
+        if (std::strcmp(argv[at], "--scale") == 0)
+            qputenv("QT_SCALE_FACTOR", argv[at + 1]);
+    }
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    QCommandLineParser parser;
+    parser.addHelpOption();
+    parser.addOption({"out", "Write a picture of each panel into this folder.", "folder", "panel-gallery"});
+    parser.addOption({"scale", "Pixels for each point.", "scale", "1"});
+    parser.addOption({"light", "On a light screen."});
+    parser.addOption({"rtl", "For those who read from the right."});
+    parser.addOption({"only", "Scenes whose names begin so.", "prefix"});
+    parser.process(application);
+    if (parser.isSet("rtl"))
+        QApplication::setLayoutDirection(Qt::RightToLeft);
+
+    Backdrop backdrop(parser.isSet("light"));
+    backdrop.show();
+    QCursor::setPos(0, 0);
+    const QTemporaryDir folder;
+    Settings settings((folder.path() + "/settings.ini").toStdString());
+    SystemClock clock;
+    X11StillCapture stills;
+    std::vector<Scene> scenes = otherScenes(settings, clock);
+    for (const auto &more : {barScenes(stills, settings, clock), hudScenes(stills, settings, clock)})
+        scenes.insert(scenes.end(), more.begin(), more.end());
+    std::erase_if(scenes,
+                  [&parser](const Scene &scene) { return !scene.name.startsWith(parser.value("only")); });
+
+    TaskScope scope;
+    scope.start(
+        [](std::vector<Scene> shown, QString out, std::stop_token stop) -> Task<> {
+            co_await grabScenes(std::move(shown), std::move(out), stop);
+            QCoreApplication::quit();
+        },
+        scenes, parser.value("out"));
+    return QApplication::exec();
+}

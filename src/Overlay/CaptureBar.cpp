@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Overlay/CaptureBar.h"
+
+#include "Overlay/CaptureBarWindow.h"
+#include "Panels/BackdropMonitor.h"
+#include "Panels/PanelPlacement.h"
+
+#include <QApplication>
+#include <QMenu>
+#include <QScreen>
+
+namespace vantrell {
+
+namespace {
+
+/// From the display's lower edge, where nobody has put it elsewhere.
+constexpr int bottomDistance = 36;
+
+} // namespace
+
+struct CaptureBar::Panel {
+    explicit Panel(Services services)
+        : window(new CaptureBarWindow(services.audio, services.clock)), placement(services.settings, "bar"),
+          backdrop(*window, services.stills, services.clock, [this](bool isLight) {
+              if (state)
+                  state->onLightBackdrop = isLight;
+          }) {
+        window->onMoved = [this](QRect frame) {
+            placement.save(frame);
+            backdrop.start();
+        };
+    }
+
+    ~Panel() {
+        hide();
+        window->onMoved = nullptr;
+        // A control of it may be on the stack.
+        window->deleteLater();
+    }
+
+    void hide() {
+        backdrop.stop();
+        observation.reset();
+        window->release();
+        window->hide();
+        state.reset();
+    }
+
+    CaptureBarWindow *window;
+    PanelPlacement placement;
+    std::shared_ptr<ToolBarState> state;
+    Observation observation;
+    BackdropMonitor backdrop;
+};
+
+CaptureBar::CaptureBar(Services services) : m_panel(std::make_unique<Panel>(services)) {}
+
+CaptureBar::~CaptureBar() = default;
+
+void CaptureBar::show(std::shared_ptr<ToolBarState> state, const std::optional<std::string> &displayId,
+                      std::function<std::unique_ptr<QMenu>()> menu) {
+    Panel &panel = *m_panel;
+    const QScreen *screen = displayId ? screenOf(*displayId, QCursor::pos()) : screenAt(QCursor::pos());
+    panel.state = state;
+    panel.window->show(state, std::move(menu), screen->availableGeometry().width());
+    panel.observation = state->observe([window = panel.window] { window->refresh(); });
+    const QRect room = screen->availableGeometry();
+    const QSize size = panel.window->panelRect().size();
+    const QPoint first(room.center().x() - size.width() / 2,
+                       room.bottom() + 1 - bottomDistance - size.height());
+    panel.window->placePanel(panel.placement.restore(*screen, size).value_or(first));
+    panel.window->showPanel();
+    panel.backdrop.start();
+}
+
+void CaptureBar::hide() {
+    m_panel->hide();
+}
+
+bool CaptureBar::isVisible() const {
+    return m_panel->window->isVisible();
+}
+
+void CaptureBar::raise() {
+    if (isVisible())
+        m_panel->window->raise();
+}
+
+void CaptureBar::takeKeyboard() {
+    if (isVisible())
+        m_panel->window->takeKeyboard();
+}
+
+bool CaptureBar::isCursorOverBar() const {
+    if (!isVisible())
+        return false;
+    const QWidget *menu = QApplication::activePopupWidget();
+    return m_panel->window->panelFrame().contains(QCursor::pos()) ||
+           (menu && menu->geometry().contains(QCursor::pos()));
+}
+
+QRect CaptureBar::frame() const {
+    return isVisible() ? m_panel->window->panelFrame() : QRect();
+}
+
+} // namespace vantrell

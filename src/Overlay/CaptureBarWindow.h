@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Overlay/MicrophoneControl.h"
+#include "Overlay/ToolBarState.h"
+#include "Panels/FloatingPanel.h"
+#include "Panels/PanelButton.h"
+#include "Panels/PanelLabel.h"
+
+#include <QCoreApplication>
+
+#include <array>
+#include <functional>
+#include <memory>
+
+class QBoxLayout;
+class QMenu;
+
+namespace vantrell {
+
+/// The capture bar's window with its controls: shows a state and changes it. Main thread.
+class CaptureBarWindow : public FloatingPanel {
+    Q_DECLARE_TR_FUNCTIONS(CaptureBar)
+
+public:
+    /// Both outlive it.
+    CaptureBarWindow(AudioBackend &audio, Clock &clock);
+
+    /// Takes up the state and sizes itself for a screen of that many points across; does not show itself.
+    void show(std::shared_ptr<ToolBarState> state, std::function<std::unique_ptr<QMenu>()> menu,
+              int screenWidth);
+    /// Lets go of the state and of the keyboard.
+    void release();
+    /// The state has changed.
+    void refresh();
+    void takeKeyboard();
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    struct Tool {
+        ToolMode mode;
+        PanelButton *button;
+        QString words;
+    };
+    /// How much is said in words where the screen is narrow.
+    enum class Room { full, symbolsForTools, symbols };
+
+    PanelButton *add(QBoxLayout &row, const QString &label, Symbol symbol);
+    void addSeparator(QBoxLayout &row);
+    void buildControls(QBoxLayout &row);
+    void buildUpdateRow(QBoxLayout &row);
+    void fit();
+    void applyRoom();
+    void setTool(ToolMode tool);
+    void giveKeyboardBack();
+    QMenu *countdownMenu();
+    QMenu *projectMenu();
+    QMenu *optionsMenu();
+    QMenu *cameraMenu();
+    const TargetProject *selectedProject() const;
+
+    std::shared_ptr<ToolBarState> m_state;
+    std::function<std::unique_ptr<QMenu>()> m_menu;
+    std::array<Tool, 3> m_tools{};
+    MicrophoneControl m_microphone;
+    PanelButton *m_camera = nullptr;
+    PanelButton *m_systemAudio = nullptr;
+    PanelButton *m_countdown = nullptr;
+    PanelButton *m_project = nullptr;
+    PanelButton *m_connect = nullptr;
+    QWidget *m_updateRow = nullptr;
+    PanelLabel *m_updateText = nullptr;
+    Room m_room = Room::full;
+    int m_screenWidth = 0;
+    DesktopLink::WindowId m_keyboardBefore = 0;
+};
+
+} // namespace vantrell

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Overlay/RecordingHUD.h"
+
+#include "Panels/BackdropMonitor.h"
+#include "Panels/FloatingPanel.h"
+#include "Panels/LevelMeter.h"
+#include "Panels/PanelButton.h"
+#include "Panels/PanelPlacement.h"
+#include "Panels/PillPanel.h"
+
+#include <QCoreApplication>
+#include <QHBoxLayout>
+#include <QPointer>
+#include <QScreen>
+#include <QTimer>
+
+#include <chrono>
+#include <utility>
+
+namespace vantrell {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int hudHeight = 48;
+constexpr int padding = 4;
+constexpr int buttonHeight = hudHeight - 2 * padding;
+/// From the display's lower edge, where nobody has put it elsewhere.
+constexpr int bottomDistance = 24;
+constexpr auto deletePatience = 3s;
+
+/// Also follows the panel while it is dragged.
+class HudWindow final : public FloatingPanel {
+public:
+    HudWindow() : FloatingPanel({.radius = hudHeight / 2.0}) {}
+    std::function<void()> onPlaced;
+
+protected:
+    void moveEvent(QMoveEvent *) override {
+        if (onPlaced)
+            onPlaced();
+    }
+};
+
+} // namespace
+
+struct RecordingHUD::Panel {
+    Q_DECLARE_TR_FUNCTIONS(RecordingHUD)
+
+public:
+    Panel(Services given, std::shared_ptr<RecordingHUDState> shown)
+        : state(std::move(shown)), window(new HudWindow), placement(given.settings, "hud"),
+          backdrop(*window, given.stills, given.clock,
+                   [this](bool isLight) { state->onLightBackdrop = isLight; }) {
+        build();
+        observation = state->observe([this] { refresh(); });
+        window->onMoved = [this](QRect frame) { placement.save(frame); };
+        window->onPlaced = [this] { placePill(); };
+        refresh();
+    }
+
+    ~Panel() {
+        observation.reset();
+        window->onMoved = nullptr;
+        window->onPlaced = nullptr;
+        window->hide();
+        // A control of it may be on the stack.
+        window->deleteLater();
+    }
+
+    void build() {
+        window->setWindowTitle(tr("Recording"));
+        window->setAccessibleName(window->windowTitle());
+        auto *row = new QHBoxLayout(window);
+        const int margin = window->shadowMargin() + padding;
+        row->setContentsMargins(margin, margin, margin, margin);
+        row->setSpacing(2);
+        row->setSizeConstraint(QLayout::SetFixedSize);
+        stop = addButton(*row, tr("Stop"), Symbol::stop, &RecordingHUDState::onStop);
+        stop->setTabular(true);
+        if (state->micEnabled()) {
+            meter = new LevelMeter(tr("Microphone level"), window);
+            row->addSpacing(8);
+            row->addWidget(meter);
+            row->addSpacing(8);
+        }
+        pause = addButton(*row, tr("Pause"), Symbol::pause, &RecordingHUDState::onPauseToggle);
+        addButton(*row, tr("Restart"), Symbol::restart, &RecordingHUDState::onRestart)
+            ->setHelp(tr("Start over, without what was recorded"));
+        remove = new PanelButton(tr("Delete"), window);
+        remove->setSymbol(Symbol::trash);
+        dress(*remove);
+        row->addWidget(remove);
+        QObject::connect(remove, &QAbstractButton::clicked, window, [this] { deleteOrAsk(); });
+        deleteAsked.setSingleShot(true);
+        deleteAsked.setInterval(deletePatience);
+        QObject::connect(&deleteAsked, &QTimer::timeout, &deleteAsked, [this] { refresh(); });
+    }
+
+    PanelButton *addButton(QHBoxLayout &row, const QString &label, Symbol symbol,
+                           std::function<void()> RecordingHUDState::*action) {
+        auto *button = new PanelButton(label, window);
+        button->setSymbol(symbol);
+        dress(*button);
+        row.addWidget(button);
+        QObject::connect(button, &QAbstractButton::clicked, window, [this, action] { call(action); });
+        return button;
+    }
+
+    static void dress(PanelButton &button) {
+        button.setHeight(buttonHeight);
+        button.setRadius(buttonHeight / 2.0);
+    }
+
+    /// The last thing that a handler does: the panel may be gone afterwards.
+    void call(std::function<void()> RecordingHUDState::*action) {
+        const std::shared_ptr<RecordingHUDState> kept = state;
+        const std::function<void()> callback = kept.get()->*action;
+        if (callback)
+            callback();
+    }
+
+    void deleteOrAsk() {
+        if (deleteAsked.isActive()) {
+            deleteAsked.stop();
+            call(&RecordingHUDState::onDelete);
+            return;
+        }
+        deleteAsked.start();
+        refresh();
+    }
+
+    void refresh() {
+        window->setOnLightBackdrop(state->onLightBackdrop);
+        const bool isPaused = state->isPaused;
+        const QString time = QString::fromStdString(timeLabel(state->elapsedSeconds));
+        const QString help = QString::fromStdString(state->stopHelp());
+        stop->setWords(time);
+        stop->setHelp(help);
+        //: The recorded time, and what the button does.
+        stop->setAccessibleDescription(tr("%1. %2").arg(time, help));
+        stop->setKind(isPaused ? PanelButton::Kind::filled : PanelButton::Kind::recording);
+        pause->setLabel(isPaused ? tr("Resume") : tr("Pause"));
+        pause->setSymbol(isPaused ? Symbol::play : Symbol::pause);
+        pause->setKind(isPaused ? PanelButton::Kind::accent : PanelButton::Kind::plain);
+        if (meter)
+            meter->setLevel(isPaused ? 0 : double(state->micLevel));
+        const bool asks = deleteAsked.isActive();
+        remove->setWarning(asks);
+        remove->setKind(asks ? PanelButton::Kind::filled : PanelButton::Kind::plain);
+        remove->setHelp(asks ? tr("Click again to delete the recording") : QString());
+        setNote(asks ? remove->toolTip() : state->isNearCap() && !isPaused ? help : QString());
+    }
+
+    void setNote(const QString &text) {
+        if (std::exchange(note, text) == text)
+            return;
+        if (!note.isEmpty())
+            pill.setText(note);
+        placePill();
+    }
+
+    void placePill() {
+        pill.setOnLightBackdrop(state->onLightBackdrop);
+        if (note.isEmpty() || !window->isVisible())
+            pill.hide();
+        else
+            pill.showBelow(window->panelFrame());
+    }
+
+    void show(const Display &display) {
+        window->adjustSize();
+        const QScreen *screen = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)));
+        const QRect room = screen->availableGeometry();
+        const QSize size = window->panelRect().size();
+        const QPoint first(room.center().x() - size.width() / 2,
+                           room.bottom() + 1 - bottomDistance - size.height());
+        window->placePanel(placement.restore(*screen, size).value_or(first));
+        window->showPanel();
+        placePill();
+        backdrop.start();
+    }
+
+    void hide() {
+        backdrop.stop();
+        pill.hide();
+        window->hide();
+    }
+
+    std::shared_ptr<RecordingHUDState> state;
+    HudWindow *window;
+    PillPanel pill;
+    PanelPlacement placement;
+    PanelButton *stop = nullptr;
+    LevelMeter *meter = nullptr;
+    PanelButton *pause = nullptr;
+    PanelButton *remove = nullptr;
+    QTimer deleteAsked;
+    QString note;
+    Observation observation;
+    BackdropMonitor backdrop;
+};
+
+RecordingHUD::RecordingHUD(Services services, std::shared_ptr<RecordingHUDState> state)
+    : m_panel(std::make_unique<Panel>(services, std::move(state))) {}
+
+RecordingHUD::~RecordingHUD() = default;
+
+void RecordingHUD::show(const Display &display) {
+    m_panel->show(display);
+}
+
+void RecordingHUD::hide() {
+    m_panel->hide();
+}
+
+} // namespace vantrell

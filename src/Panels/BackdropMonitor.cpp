@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Panels/BackdropMonitor.h"
+
+#include "Panels/FloatingPanel.h"
+#include "Support/Geometry.h"
+
+#include <QScreen>
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+namespace vantrell {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto interval = 500ms;
+/// What a panel that is dark waits for before it turns light, and the other way round: between them lies what
+/// changes nothing, so that a film behind it does not make it flicker.
+constexpr double turnsLight = 0.66;
+constexpr double turnsDark = 0.5;
+
+/// The strips above and below the panel where its shadow has all but ended, in the desktop's pixels.
+std::vector<PixelRect> stripsAround(const FloatingPanel &panel) {
+    constexpr int from = 18;
+    constexpr int height = 12;
+    const QScreen *screen = panel.screen();
+    const QRect room = screen->geometry();
+    const QRect frame = panel.panelFrame();
+    const double scale = screen->devicePixelRatio();
+    std::vector<PixelRect> strips;
+    for (const int top : {frame.top() - from - height, frame.bottom() + 1 + from}) {
+        const QRect strip = QRect(frame.left(), top, frame.width(), height) & room;
+        if (strip.isEmpty())
+            continue;
+        const QPoint inside = strip.topLeft() - room.topLeft();
+        PixelRect pixels = toPixels(
+            Rect{double(inside.x()), double(inside.y()), double(strip.width()), double(strip.height())},
+            scale);
+        // As toolkits place their screens: the corner keeps its pixel numbers.
+        pixels.x += room.x();
+        pixels.y += room.y();
+        strips.push_back(pixels);
+    }
+    return strips;
+}
+
+} // namespace
+
+BackdropMonitor::BackdropMonitor(FloatingPanel &panel, StillCapture &stills, Clock &clock,
+                                 std::function<void(bool)> changed)
+    : m_panel(panel), m_stills(stills), m_clock(clock), m_changed(std::move(changed)) {}
+
+void BackdropMonitor::start() {
+    m_scope.cancel();
+    m_scope.start(this, &BackdropMonitor::watch);
+}
+
+void BackdropMonitor::stop() {
+    m_scope.cancel();
+}
+
+Task<> BackdropMonitor::watch(std::stop_token stop) {
+    while (!stop.stop_requested()) {
+        double sum = 0;
+        int count = 0;
+        const std::vector<PixelRect> strips = stripsAround(m_panel);
+        for (const PixelRect &strip : strips) {
+            const StillCapture::Result still = co_await m_stills.captureArea(strip, stop);
+            if (stop.stop_requested())
+                co_return;
+            if (still && !still->isNull()) {
+                sum += lightness(*still);
+                ++count;
+            }
+        }
+        const bool isLight = count > 0 ? sum / count > (m_isLight ? turnsDark : turnsLight) : m_isLight;
+        if (isLight != m_isLight) {
+            m_isLight = isLight;
+            m_changed(isLight);
+        }
+        if (stop.stop_requested() || !co_await m_clock.sleep(interval, stop))
+            co_return;
+    }
+}
+
+double lightness(const QImage &picture) {
+    // A few hundred points tell as much as all of them.
+    constexpr int across = 64;
+    constexpr int down = 6;
+    double sum = 0;
+    for (int row = 0; row < down; ++row) {
+        for (int column = 0; column < across; ++column) {
+            const QColor color =
+                picture.pixelColor(std::min(picture.width() - 1, column * picture.width() / across),
+                                   std::min(picture.height() - 1, row * picture.height() / down));
+            sum += 0.299 * color.redF() + 0.587 * color.greenF() + 0.114 * color.blueF();
+        }
+    }
+    return sum / (across * down);
+}
+
+} // namespace vantrell

@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Panels/FloatingPanel.h"
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPropertyAnimation>
+#include <QScreen>
+
+#include <algorithm>
+
+namespace vantrell {
+
+namespace {
+
+constexpr int fadeMilliseconds = 140;
+
+} // namespace
+
+FloatingPanel::FloatingPanel(Options options)
+    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint |
+                           Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus |
+                           Qt::NoDropShadowWindowHint),
+      m_options(options), m_compositing(DesktopLink::instance().observeCompositing([this] { redraw(); })) {
+    setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setAttribute(Qt::WA_QuitOnClose, false);
+    setFocusPolicy(Qt::NoFocus);
+}
+
+FloatingPanel::~FloatingPanel() = default;
+
+void FloatingPanel::showPanel() {
+    if (!isVisible()) {
+        const bool fades = isBlended() && !prefersReducedMotion();
+        setWindowOpacity(fades ? 0 : 1);
+        show();
+        if (fades)
+            fadeIn();
+    }
+    raise();
+}
+
+void FloatingPanel::fadeIn() {
+    auto *fade = new QPropertyAnimation(this, "windowOpacity", this);
+    fade->setDuration(fadeMilliseconds);
+    fade->setStartValue(0.0);
+    fade->setEndValue(1.0);
+    fade->setEasingCurve(QEasingCurve::OutCubic);
+    fade->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+void FloatingPanel::setOnLightBackdrop(bool light) {
+    if (m_onLightBackdrop == light)
+        return;
+    m_onLightBackdrop = light;
+    redraw();
+}
+
+QRect FloatingPanel::panelRect() const {
+    const int margin = shadowMargin();
+    return rect().adjusted(margin, margin, -margin, -margin);
+}
+
+void FloatingPanel::resizePanel(const QSize &size) {
+    resize(size + QSize(2 * shadowMargin(), 2 * shadowMargin()));
+}
+
+void FloatingPanel::placePanel(const QPoint &topLeft) {
+    const QSize size = panelRect().size();
+    QScreen *screen = screenAt(QRect(topLeft, size).center());
+    const QRect room = screen->availableGeometry();
+    const int x = std::max(room.left(), std::min(topLeft.x(), room.right() + 1 - size.width()));
+    const int y = std::max(room.top(), std::min(topLeft.y(), room.bottom() + 1 - size.height()));
+    // First the screen: its scale is what the place is counted in.
+    if (this->screen() != screen)
+        setScreen(screen);
+    move(QPoint(x, y) - QPoint(shadowMargin(), shadowMargin()));
+}
+
+QRect FloatingPanel::panelFrame() const {
+    return panelRect().translated(pos());
+}
+
+bool FloatingPanel::event(QEvent *event) {
+    if (event->type() == QEvent::WinIdChange && internalWinId() != 0) {
+        DesktopLink::instance().markAsOwn(DesktopLink::WindowId(internalWinId()));
+        shapeWindow();
+    }
+    return QWidget::event(event);
+}
+
+void FloatingPanel::paintEvent(QPaintEvent *) {
+    if (!m_options.drawsPanel)
+        return;
+    if (m_picture.isNull() || m_picture.devicePixelRatio() != devicePixelRatioF()) {
+        m_picture = shape().picture(theme(), isBlended());
+        shapeWindow();
+    }
+    QPainter painter(this);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawPixmap(0, 0, m_picture);
+}
+
+void FloatingPanel::showEvent(QShowEvent *event) {
+    QWidget::showEvent(event);
+    shapeWindow();
+    m_cover = DesktopLink::instance().watchForCover(DesktopLink::WindowId(winId()), [this] { raise(); });
+}
+
+void FloatingPanel::hideEvent(QHideEvent *event) {
+    m_cover.reset();
+    m_drag.reset();
+    QWidget::hideEvent(event);
+}
+
+void FloatingPanel::resizeEvent(QResizeEvent *event) {
+    QWidget::resizeEvent(event);
+    m_picture = {};
+    shapeWindow();
+    // What has grown must not reach beyond the screen.
+    if (isVisible() && !m_drag)
+        placePanel(panelFrame().topLeft());
+}
+
+void FloatingPanel::changeEvent(QEvent *event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange || event->type() == QEvent::FontChange ||
+        event->type() == QEvent::LayoutDirectionChange)
+        redraw();
+}
+
+void FloatingPanel::mousePressEvent(QMouseEvent *event) {
+    if (m_options.isMovable && event->button() == Qt::LeftButton)
+        m_drag = Drag{event->globalPosition().toPoint(),
+                      event->globalPosition().toPoint() - panelFrame().topLeft()};
+}
+
+void FloatingPanel::mouseMoveEvent(QMouseEvent *event) {
+    if (!m_drag)
+        return;
+    const QPoint pointer = event->globalPosition().toPoint();
+    if ((pointer - m_drag->pressed).manhattanLength() >= QApplication::startDragDistance())
+        m_drag->isMoving = true;
+    if (m_drag->isMoving)
+        placePanel(pointer - m_drag->offset);
+}
+
+void FloatingPanel::mouseReleaseEvent(QMouseEvent *event) {
+    if (event->button() != Qt::LeftButton || !m_drag)
+        return;
+    const bool hasMoved = m_drag->isMoving;
+    m_drag.reset();
+    if (hasMoved && onMoved)
+        onMoved(panelFrame());
+}
+
+PanelShape FloatingPanel::shape() const {
+    return {size(), QRectF(panelRect()), m_options.radius, devicePixelRatioF()};
+}
+
+void FloatingPanel::shapeWindow() {
+    if (internalWinId() == 0)
+        return;
+    const QRegion region = shape().region();
+    // Where something blends, the shadow is there too, though nobody can click on it.
+    DesktopLink::instance().setShape(DesktopLink::WindowId(internalWinId()), isBlended() ? QRegion() : region,
+                                     region);
+}
+
+void FloatingPanel::redraw() {
+    m_picture = {};
+    shapeWindow();
+    appearanceChanged();
+    update();
+    for (QWidget *child : findChildren<QWidget *>())
+        child->update();
+}
+
+QScreen *screenAt(const QPoint &point) {
+    if (QScreen *screen = QGuiApplication::screenAt(point))
+        return screen;
+    const auto distance = [&point](const QScreen *screen) {
+        const QRect area = screen->geometry();
+        const QPoint nearest(std::clamp(point.x(), area.left(), area.right()),
+                             std::clamp(point.y(), area.top(), area.bottom()));
+        return (nearest - point).manhattanLength();
+    };
+    return std::ranges::min(QGuiApplication::screens(), {}, distance);
+}
+
+void markAsOwnWindow(QWidget &window) {
+    DesktopLink::instance().markAsOwn(DesktopLink::WindowId(window.winId()));
+}
+
+} // namespace vantrell

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+
+namespace vantrell {
+
+/// How loud the microphone is: a row of narrow bars, lit as far as the level reaches. Follows in a tenth of a
+/// second. Main thread.
+class LevelMeter : public QWidget {
+public:
+    explicit LevelMeter(const QString &label, QWidget *parent = nullptr);
+
+    /// 0...1, the largest sample.
+    void setLevel(double level);
+    double level() const { return m_level; }
+    QSize sizeHint() const override;
+
+    static constexpr int barCount = 6;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+
+private:
+    double m_level = 0;
+    /// The bars that are lit, and that were before the last change: they are half way while the timer runs.
+    int m_lit = 0;
+    int m_litBefore = 0;
+    QTimer m_settling;
+};
+
+} // namespace vantrell

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Panels/PanelPlacement.h"
+
+#include "Panels/FloatingPanel.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+#include <cmath>
+
+namespace vantrell {
+
+std::optional<QPoint> PanelPlacement::restore(const QScreen &screen, const QSize &size) const {
+    const auto x = m_settings.number(key(screen, "x"));
+    const auto y = m_settings.number(key(screen, "y"));
+    // Far beyond any desktop; also what is no number at all.
+    constexpr double most = 1e6;
+    if (!x || !y || !(std::abs(*x) < most) || !(std::abs(*y) < most))
+        return std::nullopt;
+    const QPoint place = screen.geometry().topLeft() + QPoint(int(std::lround(*x)), int(std::lround(*y)));
+    if (!screen.geometry().contains(QRect(place, size)))
+        return std::nullopt;
+    return place;
+}
+
+void PanelPlacement::save(const QRect &frame) {
+    const QScreen &screen = *screenAt(frame.center());
+    const QPoint place = frame.topLeft() - screen.geometry().topLeft();
+    m_settings.setNumber(key(screen, "x"), place.x());
+    m_settings.setNumber(key(screen, "y"), place.y());
+}
+
+std::string PanelPlacement::key(const QScreen &screen, const char *axis) const {
+    return "panel." + m_panel + "." + screen.name().toStdString() + "." + axis;
+}
+
+QScreen *screenOf(const std::string &displayId, const QPoint &place) {
+    for (QScreen *screen : QGuiApplication::screens()) {
+        if (screen->name().toStdString() == displayId)
+            return screen;
+    }
+    return screenAt(place);
+}
+
+} // namespace vantrell

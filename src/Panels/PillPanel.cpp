@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Panels/PillPanel.h"
+
+#include "Panels/PanelFont.h"
+
+#include <QScreen>
+
+#include <algorithm>
+
+namespace vantrell {
+
+namespace {
+
+constexpr int pillHeight = 28;
+constexpr int sidePadding = 12;
+constexpr int distance = 6;
+
+} // namespace
+
+PillPanel::PillPanel()
+    : FloatingPanel({.radius = pillHeight / 2.0, .isMovable = false}),
+      m_label(new PanelLabel(panelFont(secondLineSize), {}, this)) {}
+
+void PillPanel::setText(const QString &text) {
+    m_label->setText(text);
+    const QSize needed = m_label->sizeHint();
+    resizePanel({needed.width() + 2 * sidePadding, std::max(pillHeight, needed.height() + 8)});
+    m_label->setGeometry(panelRect().adjusted(sidePadding, 0, -sidePadding, 0));
+}
+
+void PillPanel::showBelow(const QRect &frame) {
+    const QSize size = panelRect().size();
+    const int below = frame.bottom() + 1 + distance;
+    const QScreen *screen = screenAt(frame.center());
+    const bool fits = below + size.height() <= screen->availableGeometry().bottom() + 1;
+    placePanel(
+        {frame.center().x() - size.width() / 2, fits ? below : frame.top() - distance - size.height()});
+    showPanel();
+}
+
+} // namespace vantrell
