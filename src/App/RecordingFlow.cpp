@@ -58,7 +58,7 @@ void RecordingFlow::changed() {
 
 std::optional<RecordingFlow::Picked> RecordingFlow::requestOf(const SelectionOutcome &outcome) {
     if (const auto *region = std::get_if<SelectionOutcome::Region>(&outcome.picked))
-        return Picked{{CaptureRequest::Area{desktopPixels(region->display, region->rect)}},
+        return Picked{{CaptureRequest::Area{inPixelsOf(region->display, region->rect)}},
                       region->display,
                       region->record};
     if (const auto *whole = std::get_if<SelectionOutcome::WholeDisplay>(&outcome.picked))

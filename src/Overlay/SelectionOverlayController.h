@@ -31,15 +31,28 @@ public:
     ~SelectionOverlayController();
 
     /// Shows it. `completion` is called once, when something was picked or the overlay was dismissed; by then
-    /// its windows are off the screen. It may destroy the controller.
+    /// its windows are off the screen. It may destroy the controller. An overlay that is up already ends as
+    /// dismissed first.
     void begin(ToolMode tool, std::function<bool()> isCursorOverBar,
                std::function<void(SelectionOutcome, ToolMode)> completion);
     void setTool(ToolMode tool);
     ToolMode tool() const;
+    /// Does nothing when no overlay is up.
     void finish(SelectionOutcome outcome);
+    bool isUp() const;
+    /// The overlay has the keyboard again, after something else of ours was worked with.
+    void takeKeyboard();
 
-    /// The user asks with a key for another tool, or to work the capture bar with the keyboard (Tab).
+    /// The user asks with a key for another tool. Not set: the overlay changes its tool by itself.
     std::function<void(ToolMode)> onToolWanted;
+    /// The user asks with a key (F6, or Tab with the area tool) to work the capture bar with the keyboard.
+    std::function<void()> onBarWanted;
+    /// Its windows have come onto the screen above everything, at first or anew: what shall lie above them is
+    /// raised now.
+    std::function<void()> onShown;
+    /// Where the capture bar is, in Qt's coordinates; empty while it is hidden. The action buttons keep off
+    /// it.
+    std::function<QRect()> barFrame;
 
 private:
     struct Private;

@@ -39,11 +39,17 @@ Rect inPointsOf(const Display &display, const Rect &desktopPixels) {
     return {corner.x, corner.y, desktopPixels.width / display.scale, desktopPixels.height / display.scale};
 }
 
-PixelRect desktopPixels(const Display &display, const Rect &onDisplay) {
-    PixelRect pixels = toPixels(onDisplay, display.scale);
-    pixels.x += display.pixels.x;
-    pixels.y += display.pixels.y;
-    return pixels;
+Point inPixelsOf(const Display &display, const Point &fromCorner) {
+    return {display.pixels.x + fromCorner.x * display.scale, display.pixels.y + fromCorner.y * display.scale};
+}
+
+PixelRect inPixelsOf(const Display &display, const Rect &fromCorner) {
+    const PixelRect inside = toPixels(fromCorner, display.scale);
+    const int right = fromCorner.maxX() >= display.frame.width ? display.pixels.width : inside.right();
+    const int bottom = fromCorner.maxY() >= display.frame.height ? display.pixels.height : inside.bottom();
+    return intersection(
+        {display.pixels.x + inside.x, display.pixels.y + inside.y, right - inside.x, bottom - inside.y},
+        display.pixels);
 }
 
 const Display &displayHolding(const std::vector<Display> &displays, const PixelRect &desktopPixels) {

@@ -21,8 +21,10 @@ Point inPointsOf(const Display &display, const Point &desktopPixel);
 Rect inPointsOf(const Display &display, const PixelRect &desktopPixels);
 Rect inPointsOf(const Display &display, const Rect &desktopPixels);
 
-/// The desktop's pixels of a rectangle in points from the display's top-left corner.
-PixelRect desktopPixels(const Display &display, const Rect &onDisplay);
+/// Desktop pixels of a place on the display, given in points from its corner. What the fraction of a scale
+/// leaves of the display's last pixels belongs to a place that reaches the display's edge.
+Point inPixelsOf(const Display &display, const Point &fromCorner);
+PixelRect inPixelsOf(const Display &display, const Rect &fromCorner);
 
 /// The display that holds the most of the rectangle; the nearest one when none touches it. `displays` is not
 /// empty.

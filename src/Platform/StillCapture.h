@@ -17,7 +17,7 @@
 
 namespace vantrell {
 
-/// Port: single pictures of what is on the screen, never with the pointer in them. Main thread, which is not
+/// Port: single pictures of what is on the screen, never with the pointer or the application's own panels. Main thread, which is not
 /// blocked.
 class StillCapture {
 public:

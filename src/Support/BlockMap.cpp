@@ -48,6 +48,11 @@ void BlockMap::add(const BlockMap &other) {
                            [](std::uint8_t a, std::uint8_t b) { return std::uint8_t(a | b); });
 }
 
+void BlockMap::remove(const BlockMap &other) {
+    std::ranges::transform(m_marks, other.m_marks, m_marks.begin(),
+                           [](std::uint8_t a, std::uint8_t b) { return std::uint8_t(a & ~b); });
+}
+
 int BlockMap::count() const {
     return std::accumulate(m_marks.begin(), m_marks.end(), 0);
 }

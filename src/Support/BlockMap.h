@@ -30,6 +30,9 @@ public:
     /// Adds the other's marks; both are of one picture size.
     void add(const BlockMap &other);
 
+    /// Takes the other's marks away.
+    void remove(const BlockMap &other);
+
     bool isMarked(int column, int row) const { return m_marks[index(column, row)] != 0; }
     int count() const;
     bool any() const;

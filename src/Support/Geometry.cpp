@@ -8,6 +8,24 @@
 
 namespace vantrell {
 
+bool contains(const Rect &rect, const Point &point) {
+    return rect.x <= point.x && point.x < rect.maxX() && rect.y <= point.y && point.y < rect.maxY();
+}
+
+bool contains(const Rect &outer, const Rect &inner) {
+    return outer.x <= inner.x && inner.maxX() <= outer.maxX() && outer.y <= inner.y &&
+           inner.maxY() <= outer.maxY();
+}
+
+Rect grown(const Rect &rect, double by) {
+    return {rect.x - by, rect.y - by, rect.width + 2 * by, rect.height + 2 * by};
+}
+
+Rect integral(const Rect &rect) {
+    const double x = std::floor(rect.x), y = std::floor(rect.y);
+    return {x, y, std::ceil(rect.maxX()) - x, std::ceil(rect.maxY()) - y};
+}
+
 PixelRect intersection(const PixelRect &a, const PixelRect &b) {
     const int left = std::max(a.x, b.x);
     const int top = std::max(a.y, b.y);

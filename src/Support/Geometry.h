@@ -52,6 +52,17 @@ struct PixelRect {
     bool operator==(const PixelRect &) const = default;
 };
 
+/// The edges at the lower coordinates belong to the rectangle, those at the higher ones do not.
+bool contains(const Rect &rect, const Point &point);
+/// All of `inner` lies within, touching edges included.
+bool contains(const Rect &outer, const Rect &inner);
+
+/// Grown by so much on every side; shrunk when negative, to a negative size where it was too small for that.
+Rect grown(const Rect &rect, double by);
+
+/// Made whole-numbered outward.
+Rect integral(const Rect &rect);
+
 /// The common part; empty when there is none.
 PixelRect intersection(const PixelRect &a, const PixelRect &b);
 

@@ -6,6 +6,8 @@
 #include "Platform/ScreenError.h"
 #include "Support/HostTime.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace vantrell {
@@ -14,6 +16,8 @@ namespace {
 
 /// More patches than this cost more in requests than the pixels between them.
 constexpr int mostPatches = 12;
+/// Of the same patches, while panels move.
+constexpr int mostReads = 3;
 /// While displays are arranged anew, each of them may be switched off for a moment.
 constexpr double displayPatience = 1.5;
 
@@ -29,15 +33,16 @@ X11AreaSource::X11AreaSource(std::shared_ptr<X11AreaPlace> place, bool showsCurs
 std::expected<void, PlatformError> X11AreaSource::open() {
     if (auto connected = connect(); !connected)
         return connected;
-    if (!hasBgrxPixels(x11().screen().root_visual))
+    if (!x11().hasBgrxPixels(x11().screen().root_visual))
         return std::unexpected(unsupportedPixels());
     m_desktop = {x11().screen().width_in_pixels, x11().screen().height_in_pixels};
-    constexpr std::uint32_t structure = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+    constexpr std::uint32_t structure = XCB_EVENT_MASK_STRUCTURE_NOTIFY | X11UnderPanels::rootEvents;
     xcb_change_window_attributes(xcb(), x11().root(), XCB_CW_EVENT_MASK, &structure);
     if (auto watching = watchMonitors(); !watching)
         return watching;
     m_area = m_place->place();
-    m_stale = BlockMap(m_area.size());
+    renewPicture();
+    m_underPanels = X11UnderPanels::create(x11());
 
     auto reader = X11PatchReader::create(x11(), m_area.size());
     if (!reader)
@@ -50,9 +55,15 @@ std::expected<void, PlatformError> X11AreaSource::open() {
     xcb_flush(xcb());
     if (x11().isBroken())
         return std::unexpected(X11Connection::lostError());
-    m_stale.markAll();
     noteChange(hostNow());
     return {};
+}
+
+void X11AreaSource::renewPicture() {
+    m_stale = BlockMap(m_area.size());
+    m_stale.markAll();
+    m_held = BlockMap(m_area.size());
+    m_hasPicture = false;
 }
 
 std::expected<void, PlatformError> X11AreaSource::watchMonitors() {
@@ -76,10 +87,11 @@ std::expected<void, PlatformError> X11AreaSource::watchMonitors() {
 void X11AreaSource::handle(const xcb_generic_event_t &event, double now) {
     double when = now;
     const std::uint8_t type = event.response_type & ~X11Connection::sentEventBit;
-    if (m_damage->handles(event, now, when)) {
+    const auto &configured = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
+    if (m_damage->handles(event, now, when) ||
+        (m_underPanels && m_underPanels->handles(event, now, when))) {
         noteChange(when);
-    } else if (type == XCB_CONFIGURE_NOTIFY) {
-        const auto &configured = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
+    } else if (type == XCB_CONFIGURE_NOTIFY && configured.window == x11().root()) {
         m_desktop = {configured.width, configured.height};
         m_monitorsChanged = true;
         m_stale.markAll();
@@ -100,6 +112,15 @@ std::optional<double> X11AreaSource::endsAt() const {
     return m_goneSince ? std::optional(*m_goneSince + displayPatience) : std::nullopt;
 }
 
+std::optional<double> X11AreaSource::looksAt() const {
+    return m_underPanels ? m_underPanels->looksAt() : std::nullopt;
+}
+
+void X11AreaSource::look(double now) {
+    if (const auto changedAt = m_underPanels->look(now))
+        noteChange(*changedAt);
+}
+
 std::expected<void, PlatformError> X11AreaSource::followDisplay() {
     if (!std::exchange(m_monitorsChanged, false) || !m_firstMonitorEvent)
         return {};
@@ -115,7 +136,8 @@ std::expected<void, PlatformError> X11AreaSource::followDisplay() {
     if (area.size() != m_area.size()) {
         if (auto reserved = m_reader->reserve(area.size()); !reserved)
             return reserved;
-        m_stale = BlockMap(area.size());
+        m_area = area;
+        renewPicture();
     }
     m_area = area;
     m_stale.markAll();
@@ -124,6 +146,10 @@ std::expected<void, PlatformError> X11AreaSource::followDisplay() {
 
 PixelRect X11AreaSource::onPicture(const PixelRect &desktop) const {
     return {desktop.x - m_area.x, desktop.y - m_area.y, desktop.width, desktop.height};
+}
+
+PixelRect X11AreaSource::onDesktop(const PixelRect &picture) const {
+    return {picture.x + m_area.x, picture.y + m_area.y, picture.width, picture.height};
 }
 
 FrameUpdate X11AreaSource::update(double changedAt, std::span<const FramePatch> patches) const {
@@ -137,39 +163,109 @@ std::expected<FrameUpdate, PlatformError> X11AreaSource::fetch() {
     // What is in its place now is another display's.
     if (m_goneSince)
         return update(changedAt, {});
-    m_damage->ask();
-    askForPointer();
-    if (!m_damage->answer([this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); }))
-        return std::unexpected(X11Connection::lostError());
-    if (PixelRect before; pointerMoved(before)) {
-        m_stale.mark(onPicture(before));
-        m_stale.mark(onPicture(cursor()->rect()));
-    }
-
-    const auto patches =
-        m_reader->read({.drawable = x11().root(), .drawableSize = m_desktop, .x = m_area.x, .y = m_area.y},
-                       m_stale.rectangles(mostPatches));
+    findStale();
     if (x11().isBroken())
         return std::unexpected(X11Connection::lostError());
-    if (!patches) {
-        // The desktop has just become smaller: its new size is among the events that wait.
-        if (auto refused = pictureRefused(); !refused)
-            return std::unexpected(refused.error());
-        return update(changedAt, {});
+    for (int left = mostReads; left > 0; --left) {
+        const auto rects = readable();
+        if (!rects)
+            return update(changedAt, {});
+        const Reading reading = read(*rects);
+        if (x11().isBroken())
+            return std::unexpected(X11Connection::lostError());
+        if (reading == Reading::refused) {
+            // The desktop has just become smaller: its new size is among the events that wait.
+            if (auto refused = pictureRefused(); !refused)
+                return std::unexpected(refused.error());
+            return update(changedAt, {});
+        }
+        pictureRead();
+        if (m_monitorsChanged)
+            return update(changedAt, {});
+        if (reading == Reading::disturbed)
+            continue;
+        m_stale = m_held;
+        m_hasPicture = true;
+        for (const FramePatch &patch : m_patches)
+            finish(patch);
+        return update(changedAt, m_patches);
     }
-    pictureRead();
-    // Displays that moved before these pixels were read have told so by now.
+    noteChange(hostNow());
+    return update(changedAt, {});
+}
+
+void X11AreaSource::findStale() {
+    const auto mark = [this](const PixelRect &desktop) { m_stale.mark(onPicture(desktop)); };
+    m_damage->ask();
+    if (m_underPanels)
+        m_underPanels->askDamage();
+    askForPointer();
+    const bool isPlain = !m_underPanels || !m_underPanels->isActive();
+    m_damage->answer([&](const PixelRect &rect) {
+        if (isPlain)
+            return mark(rect);
+        const QRegion drawn(rect.x, rect.y, rect.width, rect.height);
+        for (const QRect &part : drawn - m_underPanels->composed())
+            mark({part.x(), part.y(), part.width(), part.height()});
+    });
+    if (m_underPanels)
+        m_underPanels->answerDamage(mark);
+    if (PixelRect before; pointerMoved(before)) {
+        mark(before);
+        mark(cursor()->rect());
+    }
+}
+
+/// What is to be read now, of the picture; none while there is no whole picture and parts of it are missing.
+std::optional<std::vector<PixelRect>> X11AreaSource::readable() {
+    m_held.clear();
+    if (!m_underPanels)
+        return m_stale.rectangles(mostPatches);
+    m_underPanels->setArea(m_area);
+    m_underPanels->update(hostNow(), [this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); });
+    const QRegion held = m_underPanels->held();
+    if (held.isEmpty())
+        return m_stale.rectangles(mostPatches);
+    if (!m_hasPicture)
+        return std::nullopt;
+    BlockMap present = m_stale;
+    for (const QRect &part : held)
+        m_held.mark(onPicture({part.x(), part.y(), part.width(), part.height()}));
+    present.remove(m_held);
+    BlockMap late = m_stale;
+    late.remove(present);
+    m_held = late;
+    // Rectangles that cover more than what is marked would show what is missing.
+    return present.rectangles(std::numeric_limits<int>::max());
+}
+
+X11AreaSource::Reading X11AreaSource::read(std::span<const PixelRect> rects) {
+    m_reader->ask({.drawable = x11().root(), .drawableSize = m_desktop, .x = m_area.x, .y = m_area.y}, rects);
+    if (m_underPanels) {
+        std::vector<PixelRect> parts(rects.begin(), rects.end());
+        std::ranges::transform(parts, parts.begin(), [this](const PixelRect &rect) { return onDesktop(rect); });
+        m_underPanels->ask(parts);
+    }
+    const auto patches = m_reader->answer();
+    const bool isWhole = !m_underPanels || m_underPanels->answer();
+    if (!patches)
+        return Reading::refused;
+    m_patches = *patches;
+    // Displays and panels that moved before these pixels were read have told so by now.
     handleReceivedEvents();
-    if (m_monitorsChanged)
-        return update(changedAt, {});
-    m_stale.clear();
-    if (cursor()) {
-        for (const FramePatch &patch : *patches)
-            cursor()->draw(
-                {patch.rect.x + m_area.x, patch.rect.y + m_area.y, patch.rect.width, patch.rect.height},
-                m_reader->writable(patch), patch.stride);
-    }
-    return update(changedAt, *patches);
+    if (!isWhole || (m_underPanels && m_underPanels->isOutdated()))
+        return Reading::disturbed;
+    if (m_underPanels)
+        m_underPanels->pictureTaken();
+    return Reading::done;
+}
+
+void X11AreaSource::finish(const FramePatch &patch) {
+    const PixelRect place = onDesktop(patch.rect);
+    if (m_underPanels)
+        m_underPanels->draw(place, m_reader->writable(patch), patch.stride);
+    if (cursor())
+        cursor()->draw(place, m_reader->writable(patch), patch.stride);
 }
 
 } // namespace vantrell

@@ -7,6 +7,7 @@
 #include "Platform/X11/X11Damage.h"
 #include "Platform/X11/X11FrameSource.h"
 #include "Platform/X11/X11PatchReader.h"
+#include "Platform/X11/X11UnderPanels.h"
 #include "Support/BlockMap.h"
 
 #include <memory>
@@ -14,7 +15,8 @@
 
 namespace vantrell {
 
-/// A part of the desktop, over whatever monitors it lies; what lies outside of the desktop is black. It goes
+/// A part of the desktop, over whatever monitors it lies, without this application's own panels
+/// (X11UnderPanels); what lies outside of the desktop is black. It goes
 /// with its display (X11AreaPlace) and ends with `displayGone` when that is away for longer than a change of
 /// the displays' arrangement takes; nothing is fetched meanwhile.
 class X11AreaSource final : public X11FrameSource {
@@ -29,10 +31,19 @@ private:
     void handle(const xcb_generic_event_t &event, double now) override;
     std::optional<PlatformError> ended() const override;
     std::optional<double> endsAt() const override;
+    std::optional<double> looksAt() const override;
+    void look(double now) override;
     std::expected<void, PlatformError> watchMonitors();
     std::expected<void, PlatformError> followDisplay();
+    void renewPicture();
+    void findStale();
+    std::optional<std::vector<PixelRect>> readable();
+    enum class Reading { refused = 1, disturbed, done };
+    Reading read(std::span<const PixelRect> rects);
+    void finish(const FramePatch &patch);
     FrameUpdate update(double changedAt, std::span<const FramePatch> patches) const;
     PixelRect onPicture(const PixelRect &desktop) const;
+    PixelRect onDesktop(const PixelRect &picture) const;
 
     const std::shared_ptr<X11AreaPlace> m_place;
     PixelRect m_area;
@@ -43,8 +54,14 @@ private:
     std::optional<double> m_goneSince;
     std::optional<X11Damage> m_damage;
     std::optional<X11PatchReader> m_reader;
-    /// Blocks of the picture that must be fetched.
+    /// None where the display server lacks what it takes.
+    std::unique_ptr<X11UnderPanels> m_underPanels;
+    /// Blocks of the picture that must be fetched, and those of them that cannot be yet.
     BlockMap m_stale;
+    BlockMap m_held;
+    /// A picture of this size has been fetched.
+    bool m_hasPicture = false;
+    std::span<FramePatch> m_patches;
 };
 
 } // namespace vantrell

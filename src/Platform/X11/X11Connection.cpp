@@ -12,8 +12,8 @@
 
 namespace vantrell {
 
-X11Connection::X11Connection(xcb_connection_t *connection, const xcb_screen_t *screen)
-    : m_connection(connection), m_screen(screen) {}
+X11Connection::X11Connection(xcb_connection_t *connection, const xcb_screen_t *screen, int screenNumber)
+    : m_connection(connection), m_screen(screen), m_screenNumber(screenNumber) {}
 
 X11Connection::~X11Connection() {
     xcb_disconnect(m_connection);
@@ -29,9 +29,10 @@ X11Connection::open(const std::optional<std::string> &display) {
             screenError(ScreenErrorCode::noSession, "There is no display to record: no X server answers"));
     }
     xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (; preferred > 0 && screens.rem > 1; --preferred)
+    int number = 0;
+    for (; number < preferred && screens.rem > 1; ++number)
         xcb_screen_next(&screens);
-    return std::unique_ptr<X11Connection>(new X11Connection(connection, screens.data));
+    return std::unique_ptr<X11Connection>(new X11Connection(connection, screens.data, number));
 }
 
 std::expected<const xcb_query_extension_reply_t *, PlatformError>
@@ -48,6 +49,22 @@ std::expected<const xcb_query_extension_reply_t *, PlatformError> X11Connection:
     if (extension)
         xcb_discard_reply(m_connection, xcb_xfixes_query_version(m_connection, 5, 0).sequence);
     return extension;
+}
+
+bool X11Connection::hasBgrxPixels(xcb_visualid_t visual) const {
+    if (xcb_get_setup(m_connection)->image_byte_order != XCB_IMAGE_ORDER_LSB_FIRST)
+        return false;
+    for (auto depths = xcb_screen_allowed_depths_iterator(m_screen); depths.rem > 0;
+         xcb_depth_next(&depths)) {
+        for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem > 0;
+             xcb_visualtype_next(&visuals)) {
+            if (visuals.data->visual_id == visual)
+                return (depths.data->depth == 24 || depths.data->depth == 32) &&
+                       visuals.data->red_mask == 0xff0000 && visuals.data->green_mask == 0xff00 &&
+                       visuals.data->blue_mask == 0xff;
+        }
+    }
+    return false;
 }
 
 xcb_atom_t X11Connection::atom(const std::string &name, bool create) const {

@@ -32,6 +32,8 @@ public:
     xcb_connection_t *xcb() const { return m_connection; }
     const xcb_screen_t &screen() const { return *m_screen; }
     xcb_window_t root() const { return m_screen->root; }
+    /// Which of the server's screens it is.
+    int screenNumber() const { return m_screenNumber; }
     int fd() const { return xcb_get_file_descriptor(m_connection); }
 
     /// The extension's data, or an error whose sentence names it.
@@ -40,6 +42,10 @@ public:
 
     /// XFIXES, whose version has been agreed on: the server refuses whatever a client asks for before that.
     std::expected<const xcb_query_extension_reply_t *, PlatformError> requireXFixes() const;
+
+    /// Pixels of that visual are blue, green, red, and unused or alpha: what everything after the capture
+    /// works on.
+    bool hasBgrxPixels(xcb_visualid_t visual) const;
 
     /// Zero when there is no such atom and `create` is off.
     xcb_atom_t atom(const std::string &name, bool create = false) const;
@@ -52,10 +58,11 @@ public:
     static double hostTime(xcb_timestamp_t serverTime, double now);
 
 private:
-    X11Connection(xcb_connection_t *connection, const xcb_screen_t *screen);
+    X11Connection(xcb_connection_t *connection, const xcb_screen_t *screen, int screenNumber);
 
     xcb_connection_t *m_connection;
     const xcb_screen_t *m_screen;
+    int m_screenNumber;
 };
 
 } // namespace vantrell

@@ -3,19 +3,13 @@
 
 #include "Platform/X11/X11Cursor.h"
 
+#include "Platform/X11/X11Blend.h"
+
 #include <xcb/xinput.h>
 
 #include <algorithm>
 
 namespace vantrell {
-
-namespace {
-
-std::uint8_t blend(std::uint32_t over, unsigned shift, std::uint32_t cover, std::uint8_t under) {
-    return std::uint8_t(std::min(255u, ((over >> shift) & 0xff) + (under * (255 - cover) + 127) / 255));
-}
-
-} // namespace
 
 std::expected<X11Cursor, PlatformError> X11Cursor::create(const X11Connection &connection) {
     X11Cursor cursor;
@@ -96,12 +90,8 @@ void X11Cursor::draw(const PixelRect &area, std::uint8_t *pixels, std::ptrdiff_t
         const std::uint32_t *from =
             m_shape.data() + std::ptrdiff_t(y - m_rect.y) * m_rect.width + (part.x - m_rect.x);
         for (int x = 0; x < part.width; ++x, to += 4) {
-            const std::uint32_t cover = from[x] >> 24;
-            if (cover == 0)
-                continue;
-            to[0] = blend(from[x], 0, cover, to[0]);
-            to[1] = blend(from[x], 8, cover, to[1]);
-            to[2] = blend(from[x], 16, cover, to[2]);
+            if (from[x] >> 24 != 0)
+                blendOver(from[x], to);
         }
     }
 }

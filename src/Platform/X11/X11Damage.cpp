@@ -26,6 +26,13 @@ std::expected<X11Damage, PlatformError> X11Damage::create(const X11Connection &c
     return damage;
 }
 
+void X11Damage::end() {
+    if (const auto asked = std::exchange(m_asked, std::nullopt))
+        xcb_discard_reply(m_xcb, asked->sequence);
+    xcb_damage_destroy(m_xcb, m_damage);
+    xcb_xfixes_destroy_region(m_xcb, m_region);
+}
+
 bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &hostTime) {
     if ((event.response_type & ~X11Connection::sentEventBit) != m_firstEvent + XCB_DAMAGE_NOTIFY)
         return false;

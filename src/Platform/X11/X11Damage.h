@@ -23,6 +23,12 @@ public:
     static std::expected<X11Damage, PlatformError> create(const X11Connection &connection,
                                                           xcb_window_t window);
 
+    /// What is damaged up to now is of no interest. A window counts as damaged whole when its watch begins.
+    void forget() { xcb_damage_subtract(m_xcb, m_damage, XCB_NONE, XCB_NONE); }
+
+    /// Watches no longer. Before that the object's end leaves the server watching.
+    void end();
+
     /// True when the event says that there is damage; it then happened at `hostTime`.
     bool handles(const xcb_generic_event_t &event, double now, double &hostTime);
 

@@ -35,22 +35,6 @@ std::expected<void, PlatformError> X11FrameSource::connect() {
     return {};
 }
 
-bool X11FrameSource::hasBgrxPixels(xcb_visualid_t visual) const {
-    if (xcb_get_setup(xcb())->image_byte_order != XCB_IMAGE_ORDER_LSB_FIRST)
-        return false;
-    for (auto depths = xcb_screen_allowed_depths_iterator(&m_x11->screen()); depths.rem > 0;
-         xcb_depth_next(&depths)) {
-        for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem > 0;
-             xcb_visualtype_next(&visuals)) {
-            if (visuals.data->visual_id == visual)
-                return (depths.data->depth == 24 || depths.data->depth == 32) &&
-                       visuals.data->red_mask == 0xff0000 && visuals.data->green_mask == 0xff00 &&
-                       visuals.data->blue_mask == 0xff;
-        }
-    }
-    return false;
-}
-
 PlatformError X11FrameSource::unsupportedPixels() {
     return screenError(ScreenErrorCode::unsupportedPixels,
                        "The display's pixel format is not supported (24 bit colour is)");
@@ -91,6 +75,8 @@ std::expected<FrameWait, PlatformError> X11FrameSource::wait(double notBefore,
         const double now = hostNow();
         if (m_cursor && now >= m_nextPointerLook)
             noteChange(now);
+        if (const auto at = looksAt(); at && now >= *at)
+            look(now);
         if (m_changedAt)
             return FrameWait::changed;
         if (deadline && now >= *deadline)
@@ -98,6 +84,8 @@ std::expected<FrameWait, PlatformError> X11FrameSource::wait(double notBefore,
         std::optional<double> until = deadline;
         if (m_cursor)
             until = std::min(until.value_or(m_nextPointerLook), m_nextPointerLook);
+        if (const auto at = looksAt())
+            until = std::min(until.value_or(*at), *at);
         if (const auto end = endsAt())
             until = std::min(until.value_or(*end), *end);
         xcb_flush(xcb());

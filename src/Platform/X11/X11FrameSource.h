@@ -35,6 +35,11 @@ protected:
     /// When `ended` is to be asked although no event came (host time).
     virtual std::optional<double> endsAt() const { return std::nullopt; }
 
+    /// When `look` is to be called although no event came (host time).
+    virtual std::optional<double> looksAt() const { return std::nullopt; }
+    /// Notes what has changed by the passing of time.
+    virtual void look(double /*now*/) {}
+
     /// Handles what came with the answers to earlier questions: it happened before the last of them.
     void handleReceivedEvents() { handleEvents(xcb_poll_for_queued_event); }
 
@@ -55,8 +60,6 @@ protected:
     /// Takes the answers; true when it has moved or changed. `before` is where it was.
     bool pointerMoved(PixelRect &before);
 
-    /// Pixels of that visual are blue, green, red, unused: what everything after the capture works on.
-    bool hasBgrxPixels(xcb_visualid_t visual) const;
     static PlatformError unsupportedPixels();
 
 private:

@@ -48,35 +48,43 @@ void X11PatchReader::request(const Cut &cut, const PixelRect &part, std::size_t 
                                            m_memory->id(), std::uint32_t(offset)));
 }
 
-std::optional<std::span<FramePatch>> X11PatchReader::read(const Cut &cut,
-                                                          const std::vector<PixelRect> &rects) {
-    m_patches.clear();
-    m_requests.clear();
-    std::size_t offset = 0;
+void X11PatchReader::ask(const Cut &cut, std::span<const PixelRect> rects) {
+    if (m_offset == 0)
+        m_patches.clear();
     const PixelRect whole{0, 0, cut.drawableSize.width, cut.drawableSize.height};
     for (const PixelRect &rect : rects) {
         const PixelRect wanted{rect.x + cut.x, rect.y + cut.y, rect.width, rect.height};
         const PixelRect part = intersection(wanted, whole);
-        std::uint8_t *pixels = m_memory->data() + offset;
+        std::uint8_t *pixels = m_memory->data() + m_offset;
         m_patches.push_back({rect, pixels, std::ptrdiff_t(rect.width) * bytesPerPixel});
         if (part == wanted) {
-            request(cut, part, offset);
+            request(cut, part, m_offset);
         } else {
             std::memset(pixels, 0, bytesOf(rect.width, rect.height));
             // The server packs what it writes: rows that reach over the edge come one by one.
             for (int y = part.y; y < part.bottom(); ++y)
                 request(cut, {part.x, y, part.width, 1},
-                        offset + bytesOf(rect.width, y - wanted.y) + bytesOf(part.x - wanted.x, 1));
+                        m_offset + bytesOf(rect.width, y - wanted.y) + bytesOf(part.x - wanted.x, 1));
         }
-        offset += bytesOf(rect.width, rect.height);
+        m_offset += bytesOf(rect.width, rect.height);
     }
+}
+
+std::optional<std::span<FramePatch>> X11PatchReader::answer() {
+    if (std::exchange(m_offset, 0) == 0)
+        m_patches.clear();
     bool refused = false;
-    for (const xcb_shm_get_image_cookie_t cookie : m_requests) {
+    for (const xcb_shm_get_image_cookie_t cookie : m_requests)
         refused |= !xcbReply(m_connection->xcb(), cookie, xcb_shm_get_image_reply);
-    }
+    m_requests.clear();
     if (refused)
         return std::nullopt;
     return m_patches;
+}
+
+std::optional<std::span<FramePatch>> X11PatchReader::read(const Cut &cut, std::span<const PixelRect> rects) {
+    ask(cut, rects);
+    return answer();
 }
 
 } // namespace vantrell

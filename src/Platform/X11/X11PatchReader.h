@@ -14,7 +14,7 @@
 
 namespace vantrell {
 
-/// Reads rectangles of a drawable through memory that is shared with the X server, all in one round trip.
+/// Reads rectangles of drawables through memory that is shared with the X server, all in one round trip.
 /// Belongs to the connection's thread and ends before it.
 class X11PatchReader {
 public:
@@ -34,9 +34,14 @@ public:
         int y;
     };
 
-    /// Disjoint rectangles of the picture, which is no larger than there is room for. None when the
-    /// server refused, which it does when the drawable has just changed its size.
-    std::optional<std::span<FramePatch>> read(const Cut &cut, const std::vector<PixelRect> &rects);
+    /// Asks for rectangles of the picture, which altogether are no more pixels than there is room for; as
+    /// often as wanted, of whatever drawables, before the answer is taken.
+    void ask(const Cut &cut, std::span<const PixelRect> rects);
+    /// All that was asked for, in that order. None when the server refused, which it does when a drawable
+    /// has just changed its size.
+    std::optional<std::span<FramePatch>> answer();
+    /// Both at once.
+    std::optional<std::span<FramePatch>> read(const Cut &cut, std::span<const PixelRect> rects);
 
     /// The pixels of a patch that `read` returned, to draw on.
     std::uint8_t *writable(const FramePatch &patch) const {
@@ -51,6 +56,8 @@ private:
     std::unique_ptr<ShmSegment> m_memory;
     std::vector<xcb_shm_get_image_cookie_t> m_requests;
     std::vector<FramePatch> m_patches;
+    /// Of the next patch in the memory.
+    std::size_t m_offset = 0;
 };
 
 } // namespace vantrell

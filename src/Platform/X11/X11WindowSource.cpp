@@ -34,7 +34,7 @@ std::expected<void, PlatformError> X11WindowSource::open() {
     if (!place || place->isInputOnly)
         return std::unexpected(
             screenError(ScreenErrorCode::noSuchWindow, "There is no window " + std::to_string(m_window)));
-    if (!hasBgrxPixels(place->visual))
+    if (!x11().hasBgrxPixels(place->visual))
         return std::unexpected(unsupportedPixels());
     xcb_discard_reply(xcb(), xcb_composite_query_version(xcb(), 0, 4).sequence);
     constexpr std::uint32_t structure = XCB_EVENT_MASK_STRUCTURE_NOTIFY;

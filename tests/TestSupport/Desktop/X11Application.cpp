@@ -57,6 +57,8 @@ X11Application::X11Application(const Options &options)
     hints[0] = userPosition | gravity;
     hints[17] = staticGravity;
     setNumbers("WM_NORMAL_HINTS", "WM_SIZE_HINTS", hints);
+    if (options.isPanel)
+        setNumbers("_VANTRELL_PANEL", "CARDINAL", {1});
     xcb_map_window(m_connection, m_window);
     sync();
     m_notifier =
@@ -104,6 +106,7 @@ void X11Application::fill(const PixelRect &rect, std::uint32_t colour) {
     const xcb_rectangle_t area{std::int16_t(rect.x), std::int16_t(rect.y), std::uint16_t(rect.width),
                                std::uint16_t(rect.height)};
     xcb_poly_fill_rectangle(m_connection, m_window, m_context, 1, &area);
+    xcb_flush(m_connection);
 }
 
 xcb_atom_t X11Application::atom(const std::string &name) {
@@ -137,9 +140,21 @@ void X11Application::moveResize(const PixelRect &pixels) {
     sync();
 }
 
+void X11Application::stack(std::uint32_t mode) {
+    xcb_configure_window(m_connection, m_window, XCB_CONFIG_WINDOW_STACK_MODE, &mode);
+    sync();
+}
+
 void X11Application::raise() {
-    const std::uint32_t above = XCB_STACK_MODE_ABOVE;
-    xcb_configure_window(m_connection, m_window, XCB_CONFIG_WINDOW_STACK_MODE, &above);
+    stack(XCB_STACK_MODE_ABOVE);
+}
+
+void X11Application::lower() {
+    stack(XCB_STACK_MODE_BELOW);
+}
+
+void X11Application::map() {
+    xcb_map_window(m_connection, m_window);
     sync();
 }
 

@@ -35,6 +35,8 @@ public:
         std::chrono::milliseconds slowness{0};
         /// Out of the window manager's reach, like a menu.
         bool overridesRedirect = false;
+        /// Marked as a panel of the application that records.
+        bool isPanel = false;
     };
 
     /// The window is on the screen and painted when this returns.
@@ -61,7 +63,11 @@ public:
 
     void moveResize(const PixelRect &pixels);
     void raise();
+    void lower();
+    void map();
     void unmap();
+    /// Draws into it, until the next repaint.
+    void fill(const PixelRect &rect, std::uint32_t colour);
     /// Cuts the window to this part of it (in its own pixels).
     void cutShape(const PixelRect &part);
     void close();
@@ -69,7 +75,7 @@ public:
 private:
     void handleEvents();
     void paint();
-    void fill(const PixelRect &rect, std::uint32_t colour);
+    void stack(std::uint32_t mode);
     void sync();
 
     xcb_connection_t *m_connection;

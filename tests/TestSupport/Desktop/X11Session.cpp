@@ -72,6 +72,27 @@ void waitForWindowManager() {
         throw std::runtime_error("openbox did not start");
 }
 
+/// It owns this selection while it redirects the windows.
+void waitForCompositor() {
+    constexpr std::string_view name = "_NET_WM_CM_S0";
+    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
+    xcb_intern_atom_reply_t *selection = xcb_intern_atom_reply(
+        connection, xcb_intern_atom(connection, 0, std::uint16_t(name.size()), name.data()), nullptr);
+    const auto deadline = std::chrono::steady_clock::now() + startPatience;
+    bool isOwned = false;
+    while (selection && !isOwned && std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        xcb_get_selection_owner_reply_t *owner = xcb_get_selection_owner_reply(
+            connection, xcb_get_selection_owner(connection, selection->atom), nullptr);
+        isOwned = owner && owner->owner != XCB_NONE;
+        std::free(owner);
+    }
+    std::free(selection);
+    xcb_disconnect(connection);
+    if (!isOwned)
+        throw std::runtime_error("picom did not start");
+}
+
 } // namespace
 
 X11Session::X11Session(const Options &options) {
@@ -96,9 +117,15 @@ X11Session::X11Session(const Options &options) {
         m_windowManager = std::make_unique<ChildProcess>(std::vector<std::string>{"openbox", "--sm-disable"});
         waitForWindowManager();
     }
+    if (options.compositor) {
+        m_compositor = std::make_unique<ChildProcess>(std::vector<std::string>{
+            "picom", "--backend", "xrender", "--config", "/dev/null", "--fading"});
+        waitForCompositor();
+    }
 }
 
 X11Session::~X11Session() {
+    m_compositor.reset();
     m_windowManager.reset();
     m_server.reset();
     if (m_previousDisplay.empty())
@@ -112,6 +139,11 @@ int X11Session::run(const std::vector<std::string> &command) const {
     int status = 0;
     ::waitpid(process.pid(), &status, 0);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+void X11Session::killCompositor() {
+    m_compositor->signal(SIGKILL);
+    m_compositor.reset();
 }
 
 void X11Session::kill() {

@@ -19,6 +19,8 @@ public:
         int height = 480;
         /// Starts openbox and waits until it manages windows.
         bool windowManager = false;
+        /// Starts picom, with fading, and waits until it draws the desktop.
+        bool compositor = false;
         /// More arguments for the server, such as {"-extension", "DAMAGE"}.
         std::vector<std::string> serverArguments;
     };
@@ -33,6 +35,9 @@ public:
     /// Runs a program on the display and waits for its end; its exit code.
     int run(const std::vector<std::string> &command) const;
 
+    /// Ends the compositor as a crash does.
+    void killCompositor();
+
     /// Ends the server before its time.
     void kill();
 
@@ -41,6 +46,7 @@ private:
     std::string m_previousDisplay;
     std::unique_ptr<ChildProcess> m_server;
     std::unique_ptr<ChildProcess> m_windowManager;
+    std::unique_ptr<ChildProcess> m_compositor;
 };
 
 } // namespace vantrell::testing

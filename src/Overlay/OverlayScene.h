@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Overlay/ActionButtons.h"
+#include "Overlay/KeysHelp.h"
+#include "Overlay/Loupe.h"
+#include "Overlay/OverlayLabel.h"
+
+#include <QRegion>
+
+#include <optional>
+#include <vector>
+
+class QPainter;
+
+namespace vantrell {
+
+/// All that the overlay shows on one display at a moment: compared with the one before, it tells which strips
+/// have to be painted. A value type.
+struct OverlayScene {
+    /// What is not dimmed, in the display's pixels.
+    QRegion lit;
+    /// The line around it lies outside of it, so that it covers nothing of what is selected. In the display's
+    /// pixels; empty: none.
+    QRect outline;
+    /// In the accent's colour, and inside where the display ends.
+    bool isOutlineStrong = false;
+    bool hasHandles = false;
+    std::vector<OverlayLabel> labels;
+    std::optional<ActionButtons> buttons;
+    std::optional<Loupe> loupe;
+    std::optional<KeysHelp> help;
+
+    bool operator==(const OverlayScene &) const = default;
+
+    /// What has to be painted again after `before`, in the view's points.
+    QRegion changesFrom(const OverlayScene &before, double scale) const;
+    /// All but the dimming, in the painter's points.
+    void draw(QPainter &painter, double scale) const;
+
+private:
+    QRegion chrome(double scale) const;
+    QRegion outlineStrips(double scale) const;
+    std::vector<QPointF> handles(double scale) const;
+    int outlineWidth(double scale) const;
+};
+
+/// The smallest region of points that covers a region of pixels, and the other way round.
+QRegion pointsCovering(const QRegion &pixels, double scale);
+QRegion pixelsCovering(const QRegion &points, double scale);
+
+} // namespace vantrell

@@ -1,0 +1,601 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Overlay/SelectionOverlayController.h"
+
+#include "Overlay/AreaMemory.h"
+#include "Overlay/OverlayKeyboard.h"
+#include "Overlay/OverlayText.h"
+#include "Overlay/QtGeometry.h"
+#include "Overlay/SelectionView.h"
+#include "Overlay/WindowPicker.h"
+#include "Panels/DesktopLink.h"
+#include "Panels/FloatingPanel.h"
+#include "Platform/DisplayLayout.h"
+#include "Support/Log.h"
+#include "Support/TaskScope.h"
+
+#include <QCursor>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPointer>
+#include <QScreen>
+#include <QTimer>
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace vantrell {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// How long the windows below need, after ours have gone, until they are whole on the screen again.
+constexpr auto settleTime = 120ms;
+/// Windows come and go while the window tool looks at them.
+constexpr auto windowsInterval = 400ms;
+/// Monitors change in several steps.
+constexpr auto rebuildDelay = 100ms;
+/// Around what the loupe lacks, so that not every step of a drag asks.
+constexpr int loupeSurroundings = 96;
+
+QScreen *screenOf(const Display &display) {
+    const QList<QScreen *> screens = QGuiApplication::screens();
+    const auto named = std::ranges::find(screens, QString::fromStdString(display.id), &QScreen::name);
+    if (named != screens.end())
+        return *named;
+    const auto placed = std::ranges::find_if(screens, [&](const QScreen *screen) {
+        return screen->geometry().topLeft() == QPoint(display.pixels.x, display.pixels.y);
+    });
+    return placed != screens.end() ? *placed : QGuiApplication::primaryScreen();
+}
+
+} // namespace
+
+struct SelectionOverlayController::Private {
+    using View = std::unique_ptr<SelectionView>;
+    struct KeptSelection {
+        std::string displayId;
+        Rect rect;
+    };
+
+    Private(SelectionOverlayController &controller, Services ports);
+    ~Private();
+
+    void build();
+    Task<> showOnPictures(std::stop_token stop);
+    void show();
+    void wire(SelectionView &view);
+    void dismissViews();
+    void watchScreens();
+    void rebuild();
+    bool isCurrent() const;
+
+    void seedAreaIfNeeded();
+    void beginSelection(SelectionView &view);
+    void moveSelection(SelectionView &from, const Rect &rect);
+    void endMove(SelectionView &from);
+
+    void setTool(ToolMode wanted);
+    void followPointer();
+    void refreshWindows();
+    void showWindows();
+    void lightDisplay(const SelectionView *view);
+    void cycle(bool backward);
+    void pick(bool record);
+    void pickWindow(bool record);
+    void pickDisplay(bool record);
+
+    void handleKey(SelectionView &view, QKeyEvent &event);
+    void confirm(SelectionView &view, bool record);
+    void wantTool(ToolMode wanted);
+    void wantBar();
+    void finish(SelectionOutcome outcome);
+
+    SelectionView *viewAtPointer() const;
+    SelectionView *activeView() const;
+    SelectionView *selectedView() const;
+    Task<> fetchLoupePixels(QPointer<SelectionView> view, QRect pixels, std::stop_token stop);
+
+    SelectionOverlayController &owner;
+    const Services services;
+    AreaMemory memory;
+    ToolMode tool = ToolMode::area;
+    bool isUp = false;
+    bool isBlended = false;
+    bool isFetchingPixels = false;
+    std::function<bool()> isCursorOverBar;
+    std::function<void(SelectionOutcome, ToolMode)> completion;
+    std::vector<Display> displays;
+    std::vector<View> views;
+    std::optional<KeptSelection> kept;
+    WindowPicker picker;
+    std::string litDisplay;
+    OverlayKeyboard keyboard;
+    QTimer windowsTimer;
+    QTimer rebuildTimer;
+    QTimer buildTimer;
+    /// Owns the connections to the screens.
+    std::unique_ptr<QObject> screenObserver;
+    Observation compositing;
+    /// Outlives what was picked until it is told.
+    QObject endings;
+    TaskScope scope;
+};
+
+SelectionOverlayController::Private::Private(SelectionOverlayController &controller, Services ports)
+    : owner(controller), services(ports), memory(ports.settings) {
+    windowsTimer.setInterval(windowsInterval);
+    QObject::connect(&windowsTimer, &QTimer::timeout, &windowsTimer, [this] { refreshWindows(); });
+    rebuildTimer.setSingleShot(true);
+    QObject::connect(&rebuildTimer, &QTimer::timeout, &rebuildTimer, [this] { rebuild(); });
+    buildTimer.setSingleShot(true);
+    QObject::connect(&buildTimer, &QTimer::timeout, &buildTimer, [this] { build(); });
+}
+
+SelectionOverlayController::Private::~Private() {
+    keyboard.giveBack();
+    dismissViews();
+}
+
+// The windows of the overlay
+
+void SelectionOverlayController::Private::build() {
+    auto found = services.capture.displays();
+    if (!found || found->empty()) {
+        qCCritical(logCapture, "overlay not shown: %s",
+                   found ? "there is no display" : found.error().message.c_str());
+        finish({});
+        return;
+    }
+    displays = std::move(*found);
+    isBlended = DesktopLink::instance().isComposited();
+    for (const Display &display : displays) {
+        views.push_back(std::make_unique<SelectionView>(display, screenOf(display), isBlended));
+        wire(*views.back());
+        views.back()->setTool(tool);
+    }
+    if (isBlended)
+        show();
+    else
+        scope.start(this, &Private::showOnPictures);
+}
+
+Task<> SelectionOverlayController::Private::showOnPictures(std::stop_token stop) {
+    std::vector<Task<StillCapture::Result>> pictures;
+    for (const View &view : views)
+        pictures.push_back(services.stills.captureArea(view->display().pixels, stop));
+    for (std::size_t place = 0; place < pictures.size(); ++place) {
+        const auto picture = co_await pictures[place];
+        if (stop.stop_requested())
+            co_return;
+        if (picture) {
+            views[place]->setPicture(*picture);
+        } else if (const auto *error = std::get_if<PlatformError>(&picture.error())) {
+            qCCritical(logCapture, "overlay has no picture of the screen: %s", error->message.c_str());
+        }
+    }
+    show();
+}
+
+void SelectionOverlayController::Private::show() {
+    seedAreaIfNeeded();
+    for (const View &view : views) {
+        markAsOwnWindow(*view);
+        view->show();
+        view->raise();
+    }
+    if (tool == ToolMode::window) {
+        refreshWindows();
+        showWindows();
+    }
+    followPointer();
+    owner.takeKeyboard();
+    watchScreens();
+    if (owner.onShown)
+        owner.onShown();
+}
+
+void SelectionOverlayController::Private::wire(SelectionView &view) {
+    view.onOutcome = [this](SelectionOutcome outcome) { finish(std::move(outcome)); };
+    view.onSelectionBegan = [this, &view] { beginSelection(view); };
+    view.onMoveSelection = [this, &view](const Rect &rect) { moveSelection(view, rect); };
+    view.onMoveEnded = [this, &view] { endMove(view); };
+    view.onSelectionKept = [this, &view](const Rect &rect) { memory.save(rect, view.display().id); };
+    view.onPointerMoved = [this] { followPointer(); };
+    view.onPicked = [this](bool record) { pick(record); };
+    view.onKey = [this, &view](QKeyEvent &event) { handleKey(view, event); };
+    view.onPixelsWanted = [this, &view](const QRect &pixels) {
+        if (!std::exchange(isFetchingPixels, true))
+            scope.start(this, &Private::fetchLoupePixels, QPointer<SelectionView>(&view), pixels);
+    };
+    view.barFrame = [this, &view] {
+        const QRect bar = owner.barFrame ? owner.barFrame() : QRect();
+        return bar.isEmpty() ? Rect() : fromQt(QRectF(bar.translated(-view.geometry().topLeft())));
+    };
+}
+
+void SelectionOverlayController::Private::dismissViews() {
+    for (View &view : views) {
+        view->hide();
+        // It may be the one that is calling.
+        view.release()->deleteLater();
+    }
+    views.clear();
+    windowsTimer.stop();
+}
+
+void SelectionOverlayController::Private::watchScreens() {
+    screenObserver = std::make_unique<QObject>();
+    const auto later = [this] { rebuildTimer.start(rebuildDelay); };
+    QObject::connect(qApp, &QGuiApplication::screenAdded, screenObserver.get(), later);
+    QObject::connect(qApp, &QGuiApplication::screenRemoved, screenObserver.get(), later);
+    for (const QScreen *screen : QGuiApplication::screens())
+        QObject::connect(screen, &QScreen::geometryChanged, screenObserver.get(), later);
+    // Without its compositor a window that counts on one is black.
+    compositing = DesktopLink::instance().observeCompositing(later);
+}
+
+bool SelectionOverlayController::Private::isCurrent() const {
+    const auto now = services.capture.displays();
+    return now && *now == displays && isBlended == DesktopLink::instance().isComposited() &&
+           std::ranges::all_of(views,
+                               [](const View &view) { return view->screen() == screenOf(view->display()); });
+}
+
+void SelectionOverlayController::Private::rebuild() {
+    if (!isUp || buildTimer.isActive() || isCurrent())
+        return;
+    if (const SelectionView *view = selectedView())
+        kept = KeptSelection{view->display().id, *view->area().rect()};
+    scope.cancel();
+    isFetchingPixels = false;
+    dismissViews();
+    // What lies below must be on the screen again before a picture of it is taken.
+    buildTimer.start(settleTime);
+}
+
+// The area
+
+SelectionView *SelectionOverlayController::Private::viewAtPointer() const {
+    const QPoint pointer = QCursor::pos();
+    const auto found =
+        std::ranges::find_if(views, [&](const View &view) { return view->geometry().contains(pointer); });
+    return found != views.end() ? found->get() : nullptr;
+}
+
+SelectionView *SelectionOverlayController::Private::selectedView() const {
+    const auto found =
+        std::ranges::find_if(views, [](const View &view) { return view->area().rect().has_value(); });
+    return found != views.end() ? found->get() : nullptr;
+}
+
+SelectionView *SelectionOverlayController::Private::activeView() const {
+    const auto dragging = std::ranges::find_if(views, [](const View &view) { return view->isDragging(); });
+    if (dragging != views.end())
+        return dragging->get();
+    if (SelectionView *view = selectedView())
+        return view;
+    if (SelectionView *view = viewAtPointer())
+        return view;
+    return views.empty() ? nullptr : views.front().get();
+}
+
+void SelectionOverlayController::Private::seedAreaIfNeeded() {
+    if (selectedView())
+        return;
+    if (const auto before = std::exchange(kept, std::nullopt)) {
+        for (const View &view : views) {
+            if (view->display().id == before->displayId && contains(view->area().bounds(), before->rect))
+                view->setSelection(before->rect);
+        }
+        return;
+    }
+    SelectionView *view = viewAtPointer();
+    if (!view && !views.empty())
+        view = views.front().get();
+    if (view)
+        view->setSelection(memory.restore(view->display().id, view->area().bounds()));
+}
+
+void SelectionOverlayController::Private::beginSelection(SelectionView &view) {
+    for (const View &other : views) {
+        if (other.get() != &view && other->area().rect())
+            other->setSelection(std::nullopt);
+    }
+}
+
+void SelectionOverlayController::Private::moveSelection(SelectionView &from, const Rect &rect) {
+    const SelectionView *target = viewAtPointer();
+    const auto pointer = from.pointer();
+    for (const View &view : views) {
+        if (view.get() == &from)
+            continue;
+        std::optional<Rect> shown;
+        if (view.get() == target && pointer) {
+            const Point here = fromQt(QPointF(QCursor::pos() - view->geometry().topLeft()));
+            shown =
+                Rect{here.x - (pointer->x - rect.x), here.y - (pointer->y - rect.y), rect.width, rect.height};
+        }
+        if (shown || view->area().rect())
+            view->showMovedSelection(shown);
+    }
+}
+
+void SelectionOverlayController::Private::endMove(SelectionView &from) {
+    for (const View &view : views) {
+        if (view.get() != &from && view->area().rect()) {
+            // Its buttons come back with it.
+            const Rect rect = *view->area().rect();
+            view->setSelection(rect);
+            memory.save(rect, view->display().id);
+        }
+    }
+}
+
+Task<> SelectionOverlayController::Private::fetchLoupePixels(QPointer<SelectionView> view, QRect pixels,
+                                                             std::stop_token stop) {
+    const PixelRect display = view->display().pixels;
+    const QRect wanted =
+        pixels.adjusted(-loupeSurroundings, -loupeSurroundings, loupeSurroundings, loupeSurroundings) &
+        QRect(0, 0, display.width, display.height);
+    const PixelRect area{display.x + wanted.x(), display.y + wanted.y(), wanted.width(), wanted.height()};
+    const auto picture = co_await services.stills.captureArea(area, stop);
+    if (stop.stop_requested())
+        co_return;
+    isFetchingPixels = false;
+    if (picture && view)
+        view->setLoupePicture(*picture, wanted.topLeft());
+}
+
+// Windows and displays
+
+void SelectionOverlayController::Private::setTool(ToolMode wanted) {
+    tool = wanted;
+    picker.clear();
+    for (const View &view : views)
+        view->setTool(wanted);
+    windowsTimer.stop();
+    if (wanted == ToolMode::window && !views.empty())
+        refreshWindows();
+    followPointer();
+}
+
+void SelectionOverlayController::Private::refreshWindows() {
+    if (tool != ToolMode::window)
+        return;
+    auto windows = services.capture.windows();
+    if (!windows) {
+        qCCritical(logCapture, "windows not listed: %s", windows.error().message.c_str());
+        windows = std::vector<WindowDescription>();
+    }
+    windowsTimer.start();
+    if (*windows == picker.windows() && !windows->empty())
+        return;
+    picker.setWindows(std::move(*windows));
+    if (!picker.lit())
+        followPointer();
+    showWindows();
+}
+
+void SelectionOverlayController::Private::showWindows() {
+    for (const View &view : views)
+        view->setWindows(picker, QImage(), picker.visiblePart());
+}
+
+void SelectionOverlayController::Private::lightDisplay(const SelectionView *view) {
+    litDisplay = view ? view->display().id : std::string();
+    for (const View &each : views)
+        each->setLit(tool == ToolMode::screen && each.get() == view);
+}
+
+void SelectionOverlayController::Private::followPointer() {
+    if (tool == ToolMode::area)
+        return;
+    const SelectionView *view = isCursorOverBar && isCursorOverBar() ? nullptr : viewAtPointer();
+    if (tool == ToolMode::screen) {
+        lightDisplay(view);
+        return;
+    }
+    bool isOther = false;
+    if (view) {
+        const Point here =
+            view->pointer().value_or(fromQt(QPointF(QCursor::pos() - view->geometry().topLeft())));
+        isOther = picker.pointAt(inPixelsOf(view->display(), here));
+    } else {
+        isOther = picker.clear();
+    }
+    if (isOther)
+        showWindows();
+}
+
+void SelectionOverlayController::Private::cycle(bool backward) {
+    if (tool == ToolMode::window) {
+        if (picker.cycle(backward))
+            showWindows();
+        return;
+    }
+    const auto now =
+        std::ranges::find(views, litDisplay, [](const View &view) { return view->display().id; });
+    const std::size_t count = views.size();
+    std::size_t next = backward ? count - 1 : 0;
+    if (now != views.end())
+        next = (std::size_t(now - views.begin()) + (backward ? count - 1 : 1)) % count;
+    lightDisplay(views[next].get());
+}
+
+void SelectionOverlayController::Private::pick(bool record) {
+    if (tool == ToolMode::window)
+        pickWindow(record);
+    else if (tool == ToolMode::screen)
+        pickDisplay(record);
+}
+
+void SelectionOverlayController::Private::pickWindow(bool record) {
+    const WindowDescription *lit = picker.lit();
+    if (!lit)
+        return;
+    // As it is now: it may have moved or gone since it was lit.
+    const std::uint32_t id = lit->id;
+    auto windows = services.capture.windows();
+    const auto found = windows ? std::ranges::find(*windows, id, &WindowDescription::id)
+                               : std::vector<WindowDescription>::iterator();
+    if (windows && found != windows->end()) {
+        const WindowDescription window = *found;
+        finish({SelectionOutcome::Window{window, displayHolding(displays, window.pixels), record}});
+        return;
+    }
+    picker.setWindows(windows ? std::move(*windows) : std::vector<WindowDescription>());
+    showWindows();
+    for (const View &view : views)
+        view->setNotice(windows ? overlayText("That window has been closed")
+                                : QString::fromStdString(windows.error().message));
+}
+
+void SelectionOverlayController::Private::pickDisplay(bool record) {
+    const auto found = std::ranges::find(displays, litDisplay, &Display::id);
+    if (found == displays.end())
+        return;
+    const Display display = *found;
+    finish({SelectionOutcome::WholeDisplay{display, record}});
+}
+
+// Keys
+
+void SelectionOverlayController::Private::wantTool(ToolMode wanted) {
+    if (wanted == tool)
+        return;
+    if (owner.onToolWanted)
+        owner.onToolWanted(wanted);
+    else
+        setTool(wanted);
+}
+
+void SelectionOverlayController::Private::wantBar() {
+    if (owner.onBarWanted)
+        owner.onBarWanted();
+}
+
+void SelectionOverlayController::Private::confirm(SelectionView &view, bool record) {
+    if (tool != ToolMode::area)
+        pick(record);
+    else if (view.area().rect())
+        view.commitSelection(record);
+    else
+        view.selectMiddle();
+}
+
+void SelectionOverlayController::Private::handleKey(SelectionView &view, QKeyEvent &event) {
+    const bool isPress = event.type() == QEvent::KeyPress;
+    if (isPress && event.key() == Qt::Key_Escape) {
+        finish({});
+        return;
+    }
+    SelectionView *active = activeView();
+    if (!active || active->handleKey(event) || !isPress)
+        return;
+    const bool isControlHeld = event.modifiers().testFlag(Qt::ControlModifier);
+    switch (event.key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        // The key that opened the overlay may still be held down.
+        if (!event.isAutoRepeat())
+            confirm(*active, !isControlHeld);
+        return;
+    case Qt::Key_1:
+        return wantTool(ToolMode::area);
+    case Qt::Key_2:
+        return wantTool(ToolMode::window);
+    case Qt::Key_3:
+        return wantTool(ToolMode::screen);
+    case Qt::Key_Tab:
+        return tool == ToolMode::area ? wantBar() : cycle(false);
+    case Qt::Key_Backtab:
+        return tool == ToolMode::area ? wantBar() : cycle(true);
+    case Qt::Key_F6:
+        return wantBar();
+    case Qt::Key_F1:
+    case Qt::Key_Question: {
+        SelectionView *shown = viewAtPointer();
+        (shown ? *shown : view).setHelpShown(!(shown ? *shown : view).isHelpShown());
+        return;
+    }
+    default:
+        return;
+    }
+}
+
+// The end
+
+void SelectionOverlayController::Private::finish(SelectionOutcome outcome) {
+    if (!std::exchange(isUp, false))
+        return;
+    scope.cancel();
+    isFetchingPixels = false;
+    rebuildTimer.stop();
+    buildTimer.stop();
+    screenObserver.reset();
+    compositing.reset();
+    if (const auto *region = std::get_if<SelectionOutcome::Region>(&outcome.picked))
+        memory.save(region->rect, region->display.id);
+    // First the focus: left to itself the server would give it to anybody.
+    keyboard.giveBack();
+    dismissViews();
+    DesktopLink::instance().sync();
+    kept.reset();
+    picker = {};
+    const bool isCancelled = outcome.isCancelled();
+    auto ended = [done = std::exchange(completion, nullptr), outcome = std::move(outcome), used = tool] {
+        if (done)
+            done(outcome, used);
+    };
+    // A capture that began at once would show the windows below half repainted.
+    if (isCancelled)
+        ended();
+    else
+        QTimer::singleShot(settleTime, &endings, std::move(ended));
+}
+
+SelectionOverlayController::SelectionOverlayController(Services services)
+    : m_private(std::make_unique<Private>(*this, services)) {}
+
+SelectionOverlayController::~SelectionOverlayController() = default;
+
+void SelectionOverlayController::begin(ToolMode tool, std::function<bool()> isCursorOverBar,
+                                       std::function<void(SelectionOutcome, ToolMode)> completion) {
+    finish({});
+    m_private->isUp = true;
+    m_private->tool = tool;
+    m_private->isCursorOverBar = std::move(isCursorOverBar);
+    m_private->completion = std::move(completion);
+    m_private->build();
+}
+
+void SelectionOverlayController::setTool(ToolMode tool) {
+    if (m_private->isUp)
+        m_private->setTool(tool);
+}
+
+ToolMode SelectionOverlayController::tool() const {
+    return m_private->tool;
+}
+
+bool SelectionOverlayController::isUp() const {
+    return m_private->isUp;
+}
+
+void SelectionOverlayController::finish(SelectionOutcome outcome) {
+    m_private->finish(std::move(outcome));
+}
+
+void SelectionOverlayController::takeKeyboard() {
+    SelectionView *view = m_private->viewAtPointer();
+    if (!view)
+        view = m_private->activeView();
+    if (m_private->isUp && view && view->isVisible())
+        m_private->keyboard.take(*view);
+}
+
+} // namespace vantrell

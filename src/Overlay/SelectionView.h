@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Overlay/ActionButtons.h"
+#include "Overlay/AreaSelection.h"
+#include "Overlay/OverlayScene.h"
+#include "Overlay/SelectionOutcome.h"
+#include "Overlay/ToolMode.h"
+#include "Overlay/WindowPicker.h"
+#include "Platform/Display.h"
+
+#include <QImage>
+#include <QWidget>
+
+#include <functional>
+#include <optional>
+
+class QKeyEvent;
+class QScreen;
+
+namespace vantrell {
+
+/// The overlay on one display: dims what is not selected, shows the selection and turns what the pointer does
+/// there into an outcome. Its window covers the display. Main thread.
+class SelectionView : public QWidget {
+public:
+    /// With `isBlended` a compositor shows the screen through it; else it lies on the picture that it is
+    /// given.
+    SelectionView(const Display &display, QScreen *screen, bool isBlended);
+
+    const Display &display() const { return m_display; }
+    void setPicture(const QImage &picture);
+    void setTool(ToolMode tool);
+
+    const AreaSelection &area() const { return m_area; }
+    /// Points from the display's corner; made to fit.
+    void setSelection(const std::optional<Rect> &rect);
+    /// Something for the keyboard to begin with.
+    void selectMiddle();
+    /// A selection that the pointer brings from another display.
+    void showMovedSelection(const std::optional<Rect> &rect);
+    /// Reports the selection, when there is one.
+    void commitSelection(bool record);
+
+    /// The windows in the order of the desktop and which of them is lit.
+    void setWindows(const WindowPicker &picker, const QImage &icon, const QRegion &visiblePart);
+    /// The screen tool would take this display.
+    void setLit(bool isLit);
+    /// Instead of the hint; empty: the hint.
+    void setNotice(const QString &notice);
+    void setHelpShown(bool isShown);
+    bool isHelpShown() const { return m_isHelpShown; }
+
+    /// A key for the selection; false when it is none of its.
+    bool handleKey(const QKeyEvent &event);
+    /// A picture of a part of the display for the loupe, from that pixel of the display on.
+    void setLoupePicture(const QImage &picture, const QPoint &corner);
+    std::optional<Point> pointer() const { return m_isMouseInside ? std::optional(m_mouse) : std::nullopt; }
+    bool isDragging() const { return m_area.drag().has_value(); }
+
+    /// May destroy the view's owner: nothing of the view is used after it.
+    std::function<void(SelectionOutcome)> onOutcome;
+    std::function<void()> onSelectionBegan;
+    /// The selection is being moved and the pointer has left the display: the selection without the bounds.
+    std::function<void(Rect)> onMoveSelection;
+    std::function<void()> onMoveEnded;
+    /// A selection has been made or changed and is kept.
+    std::function<void(Rect)> onSelectionKept;
+    std::function<void()> onPointerMoved;
+    /// A click picked what is lit.
+    std::function<void(bool record)> onPicked;
+    std::function<void(QKeyEvent &)> onKey;
+    /// The loupe lacks this part of the display's pixels.
+    std::function<void(QRect)> onPixelsWanted;
+    /// The bar's place on this display, in points from its corner; empty: none.
+    std::function<Rect()> barFrame;
+
+protected:
+    void paintEvent(QPaintEvent *event) override;
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void enterEvent(QEnterEvent *event) override;
+    void leaveEvent(QEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+    void keyReleaseEvent(QKeyEvent *event) override;
+    bool focusNextPrevChild(bool next) override;
+
+private:
+    void refresh();
+    OverlayScene scene() const;
+    void addArea(OverlayScene &scene) const;
+    void addWindow(OverlayScene &scene) const;
+    void addScreen(OverlayScene &scene) const;
+    void addHints(OverlayScene &scene) const;
+    std::optional<Loupe> loupe(const QRect &selected) const;
+    void fetchLoupePixels(const QRect &pixels);
+    void updateCursor();
+    void continueDrag(Qt::KeyboardModifiers modifiers);
+    void endDrag();
+    void placeButtons();
+    std::optional<ActionButtons::Kind> buttonAt(const Point &at) const;
+    void note(const QMouseEvent &event);
+    QRect devicePixels(const Rect &rect) const;
+    double scale() const { return m_display.scale; }
+
+    const Display m_display;
+    const bool m_isBlended;
+    QImage m_picture;
+    ToolMode m_tool = ToolMode::area;
+    AreaSelection m_area;
+    /// The selection is shown by another view for as long as the pointer is there.
+    bool m_isMovedExternally = false;
+    std::optional<ActionButtons> m_buttons;
+
+    std::optional<WindowDescription> m_litWindow;
+    QRegion m_litPart;
+    QImage m_windowIcon;
+    bool m_hasWindows = true;
+    bool m_isLit = false;
+    QString m_notice;
+    bool m_isHelpShown = false;
+
+    /// In points from the display's corner; whole, and on the edge when it touches the last pixel.
+    Point m_mouse;
+    bool m_isMouseInside = false;
+    bool m_isSpaceHeld = false;
+    /// A press that will pick when it is released.
+    bool m_isPicking = false;
+    bool m_commitsOnRelease = false;
+
+    QImage m_loupePicture;
+    QPoint m_loupeCorner;
+    OverlayScene m_scene;
+};
+
+} // namespace vantrell

@@ -1,0 +1,403 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/X11/X11UnderPanels.h"
+
+#include "Platform/X11/X11Blend.h"
+
+#include <xcb/composite.h>
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace vantrell {
+
+namespace {
+
+/// Windows so near to a panel are kept whole as well: when it is dragged on, they need not be asked.
+constexpr int nearPanel = 96;
+/// A compositor may fade a panel out that is gone.
+constexpr double traceSeconds = 1;
+/// Traces of one drag that are so close in time are one.
+constexpr double traceStep = 0.1;
+/// A panel that is hidden and shown again costs nobody a repaint.
+constexpr double idleSeconds = 2;
+/// In which a compositor has shown what was drawn: then one picture shows the change under the panel and
+/// beside it. What is wholly hidden it may never draw.
+constexpr double compositorSeconds = 0.03;
+/// How long a program may take to draw what was covered, and what has just come.
+constexpr double patience = 0.5;
+constexpr double newPatience = 0.15;
+constexpr int mostLooks = 5;
+constexpr int bytesPerPixel = 4;
+
+QRect toQt(const PixelRect &rect) {
+    return {rect.x, rect.y, rect.width, rect.height};
+}
+
+PixelRect fromQt(const QRect &rect) {
+    return {rect.x(), rect.y(), rect.width(), rect.height()};
+}
+
+} // namespace
+
+X11UnderPanels::X11UnderPanels(const X11Connection &connection, X11PatchReader reader)
+    : m_connection(&connection), m_stack(connection), m_compositor(connection), m_background(connection),
+      m_reader(std::move(reader)) {
+    m_stack.ignore(m_background.window());
+}
+
+std::unique_ptr<X11UnderPanels> X11UnderPanels::create(const X11Connection &connection) {
+    const bool hasAll = connection.require(&xcb_composite_id, "Composite") &&
+                        connection.require(&xcb_damage_id, "DAMAGE") && connection.requireXFixes() &&
+                        connection.hasBgrxPixels(connection.screen().root_visual);
+    auto reader = hasAll ? X11PatchReader::create(connection, {1, 1}) : std::unexpected(PlatformError());
+    if (!reader)
+        return nullptr;
+    xcb_discard_reply(connection.xcb(), xcb_composite_query_version(connection.xcb(), 0, 4).sequence);
+    return std::unique_ptr<X11UnderPanels>(new X11UnderPanels(connection, std::move(*reader)));
+}
+
+X11UnderPanels::~X11UnderPanels() {
+    releaseAll();
+}
+
+void X11UnderPanels::setArea(const PixelRect &area) {
+    m_isOutdated |= area != m_area;
+    m_area = area;
+}
+
+bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, double &hostTime) {
+    for (X11CoveredWindow &window : m_covered) {
+        if (!window.handles(event, now, hostTime))
+            continue;
+        if (!isActive())
+            return false;
+        if (!m_compositor.isRunning() || !window.missing().isEmpty())
+            return true;
+        m_drawnAt = m_drawnAt.value_or(hostTime);
+        return false;
+    }
+    hostTime = now;
+    if (m_compositor.handles(event)) {
+        for (X11CoveredWindow &window : m_covered)
+            window.outdate();
+        m_isOutdated = true;
+        return isActive();
+    }
+    if (m_background.handles(event)) {
+        m_isOutdated |= isActive();
+        return isActive();
+    }
+    const std::uint8_t type = event.response_type & ~X11Connection::sentEventBit;
+    if (type == XCB_DESTROY_NOTIFY) {
+        const auto gone = reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window;
+        if (X11CoveredWindow *covered = find(gone)) {
+            covered->release(false);
+            std::erase_if(m_covered, [gone](const X11CoveredWindow &each) { return each.window() == gone; });
+        }
+    } else if (type == XCB_MAP_NOTIFY) {
+        const auto mapped = reinterpret_cast<const xcb_map_notify_event_t &>(event).window;
+        if (X11CoveredWindow *covered = find(mapped))
+            covered->outdate(true);
+        else if (isActive())
+            m_fresh.push_back(mapped);
+    } else if (type == XCB_CONFIGURE_NOTIFY) {
+        const auto &configured = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
+        if (X11CoveredWindow *covered = find(configured.window))
+            covered->outdate();
+    }
+    const auto change = m_stack.handle(event);
+    if (change == X11WindowStack::Change::nothing)
+        return false;
+    m_isOutdated |= change == X11WindowStack::Change::panels || isActive();
+    // A panel that comes into the picture is damage there: that wakes up.
+    return isActive();
+}
+
+std::optional<double> X11UnderPanels::looksAt() const {
+    std::optional<double> at;
+    const auto sooner = [&at](std::optional<double> time) {
+        if (time)
+            at = std::min(at.value_or(*time), *time);
+    };
+    for (const X11CoveredWindow &window : m_covered)
+        sooner(window.looksAt());
+    for (const Trace &trace : m_traces)
+        sooner(trace.until);
+    if (m_idleSince)
+        sooner(*m_idleSince + idleSeconds);
+    if (m_drawnAt)
+        sooner(*m_drawnAt + compositorSeconds);
+    return at;
+}
+
+std::optional<double> X11UnderPanels::look(double now) {
+    std::optional<double> changedAt;
+    for (X11CoveredWindow &window : m_covered) {
+        const bool wasMissing = !window.missing().isEmpty();
+        window.look(now);
+        if (wasMissing && window.missing().isEmpty())
+            changedAt = now;
+    }
+    if (std::erase_if(m_traces, [now](const Trace &trace) { return trace.until <= now; }) > 0) {
+        m_isOutdated = true;
+        changedAt = now;
+    }
+    if (m_idleSince && now >= *m_idleSince + idleSeconds) {
+        m_idleSince.reset();
+        releaseAll();
+    }
+    if (m_drawnAt && now >= *m_drawnAt + compositorSeconds)
+        changedAt = std::exchange(m_drawnAt, std::nullopt);
+    return changedAt;
+}
+
+std::vector<PixelRect> X11UnderPanels::panels() const {
+    std::vector<PixelRect> places;
+    for (const X11WindowStack::Window &window : m_stack.windows()) {
+        if (window.isMapped && window.isPanel)
+            places.push_back(window.place);
+    }
+    return places;
+}
+
+void X11UnderPanels::followPanels(double now) {
+    const std::vector<PixelRect> places = panels();
+    for (const PixelRect &before : m_panels) {
+        if (!m_compositor.isRunning() || std::ranges::find(places, before) != places.end())
+            continue;
+        if (!m_traces.empty() && now - m_traces.back().since < traceStep) {
+            m_traces.back().place = united(m_traces.back().place, before);
+            m_traces.back().until = now + traceSeconds;
+        } else {
+            m_traces.push_back({before, now, now + traceSeconds});
+        }
+    }
+    if (!m_compositor.isRunning())
+        m_traces.clear();
+    m_panels = places;
+}
+
+QRegion X11UnderPanels::zone(int margin) const {
+    QRegion zone;
+    const auto add = [&](const PixelRect &place) {
+        // A panel beside the picture is none of its business, whatever is near.
+        if (!intersection(place, m_area).isEmpty())
+            zone += toQt(place).adjusted(-margin, -margin, margin, margin);
+    };
+    std::ranges::for_each(m_panels, add);
+    for (const Trace &trace : m_traces)
+        add(trace.place);
+    return zone & toQt(m_area);
+}
+
+std::vector<X11UnderPanels::Layer> X11UnderPanels::layersOf(const QRegion &zone, QRegion &composed) const {
+    const bool hasCompositor = m_compositor.isRunning();
+    std::vector<Layer> layers;
+    composed = zone;
+    QRegion rest = zone;
+    // Without a compositor the root shows what lies above the panels as it is, and nothing blends.
+    QRegion underPanels = hasCompositor ? zone : QRegion();
+    for (auto window = m_stack.windows().rbegin(); window != m_stack.windows().rend(); ++window) {
+        if (!window->isMapped)
+            continue;
+        if (window->isPanel) {
+            underPanels += toQt(window->place);
+            continue;
+        }
+        const QRegion part = window->covers() & rest;
+        if (part.isEmpty())
+            continue;
+        const QRegion seen = part & underPanels;
+        const bool blends = hasCompositor && window->hasAlpha;
+        if (!blends)
+            rest -= part;
+        composed -= part - seen;
+        if (!seen.isEmpty() && window->hasPixels)
+            layers.push_back({window->id, window->place, window->border, blends, seen});
+    }
+    if (!rest.isEmpty())
+        layers.push_back({.place = fromQt(rest.boundingRect()), .seen = rest});
+    return layers;
+}
+
+void X11UnderPanels::update(double now, const std::function<void(const PixelRect &)> &stale) {
+    for (int left = mostLooks; m_isOutdated && left > 0; --left) {
+        m_isOutdated = false;
+        m_stack.update();
+        followPanels(now);
+        const QRegion panelZone = zone(0);
+        if (panelZone.isEmpty()) {
+            if (isActive()) {
+                for (const QRect &rect : m_composed)
+                    stale(fromQt(rect));
+                m_idleSince = now;
+            }
+            m_layers.clear();
+            m_composed = QRegion();
+            m_background.show({}, m_compositor.isRunning());
+            continue;
+        }
+        m_idleSince.reset();
+        QRegion composed;
+        keepWhole(layersOf(zone(m_compositor.isRunning() ? 0 : nearPanel), composed), now);
+        auto layers = layersOf(panelZone, composed);
+        std::ranges::reverse(layers);
+        const bool hasBackground = !layers.empty() && layers.front().window == XCB_NONE;
+        m_background.show(hasBackground ? layers.front().place : PixelRect(), m_compositor.isRunning());
+        if (layers == m_layers && composed == m_composed)
+            continue;
+        for (const QRect &rect : m_composed + composed)
+            stale(fromQt(rect));
+        m_layers = std::move(layers);
+        m_composed = composed;
+    }
+}
+
+void X11UnderPanels::keepWhole(const std::vector<Layer> &near, double now) {
+    for (const Layer &layer : near) {
+        if (layer.window == XCB_NONE || find(layer.window))
+            continue;
+        if (auto window = X11CoveredWindow::keepWhole(*m_connection, layer.window))
+            m_covered.push_back(std::move(*window));
+    }
+    for (X11CoveredWindow &window : m_covered)
+        window.ask();
+    for (X11CoveredWindow &window : m_covered) {
+        if (window.answer())
+            m_fresh.push_back(window.window());
+        if (std::ranges::find(m_fresh, window.window()) != m_fresh.end())
+            missWhatIsCovered(window, now);
+    }
+}
+
+void X11UnderPanels::missWhatIsCovered(X11CoveredWindow &covered, double now) const {
+    bool isAbove = false;
+    PixelRect place;
+    QRegion above;
+    for (const X11WindowStack::Window &window : m_stack.windows()) {
+        if (window.id == covered.window())
+            place = window.place;
+        else if (isAbove && window.isMapped)
+            above += window.covers();
+        isAbove |= window.id == covered.window();
+    }
+    covered.miss((above & toQt(place)).translated(-place.x, -place.y), now,
+                 m_compositor.isRunning() ? newPatience : patience);
+}
+
+void X11UnderPanels::releaseAll() {
+    for (X11CoveredWindow &window : m_covered)
+        window.release(true);
+    m_covered.clear();
+}
+
+X11CoveredWindow *X11UnderPanels::find(xcb_window_t window) {
+    const auto found = std::ranges::find(m_covered, window, &X11CoveredWindow::window);
+    return found == m_covered.end() ? nullptr : &*found;
+}
+
+const X11CoveredWindow *X11UnderPanels::find(xcb_window_t window) const {
+    const auto found = std::ranges::find(m_covered, window, &X11CoveredWindow::window);
+    return found == m_covered.end() ? nullptr : &*found;
+}
+
+QRegion X11UnderPanels::held() const {
+    QRegion held;
+    for (const Layer &layer : m_layers) {
+        if (const X11CoveredWindow *window = find(layer.window))
+            held += window->missing().translated(layer.place.x, layer.place.y) & layer.seen;
+    }
+    return held;
+}
+
+void X11UnderPanels::askDamage() {
+    m_drawnAt.reset();
+    for (X11CoveredWindow &window : m_covered)
+        window.askDamage();
+}
+
+void X11UnderPanels::answerDamage(const std::function<void(const PixelRect &)> &stale) {
+    for (X11CoveredWindow &window : m_covered) {
+        const auto layer = std::ranges::find(m_layers, window.window(), &Layer::window);
+        const bool isSeen = layer != m_layers.end();
+        window.answerDamage(isSeen ? layer->border : 0, [&](const PixelRect &rect) {
+            if (!isSeen)
+                return;
+            const QRect drawn(layer->place.x + layer->border + rect.x, layer->place.y + layer->border + rect.y,
+                              rect.width, rect.height);
+            for (const QRect &part : layer->seen & drawn)
+                stale(fromQt(part));
+        });
+    }
+}
+
+std::optional<X11PatchReader::Cut> X11UnderPanels::cutOf(const Layer &layer) const {
+    if (layer.window == XCB_NONE)
+        return m_background.cut();
+    const X11CoveredWindow *window = find(layer.window);
+    return window ? window->cut(layer.place) : std::nullopt;
+}
+
+void X11UnderPanels::ask(std::span<const PixelRect> parts) {
+    m_pieces.clear();
+    int pixels = 1;
+    for (std::size_t i = 0; i < m_layers.size(); ++i) {
+        if (!cutOf(m_layers[i]))
+            continue;
+        for (const PixelRect &part : parts) {
+            for (const QRect &rect : m_layers[i].seen & toQt(part)) {
+                m_pieces.push_back({i, fromQt(rect)});
+                pixels += rect.width() * rect.height();
+            }
+        }
+    }
+    if (!m_reader.reserve({pixels, 1}))
+        m_pieces.clear();
+    for (const Piece &piece : m_pieces)
+        m_reader.ask(*cutOf(m_layers[piece.layer]), {&piece.place, 1});
+}
+
+bool X11UnderPanels::answer() {
+    const auto read = m_reader.answer();
+    if (!read) {
+        for (X11CoveredWindow &window : m_covered)
+            window.outdate();
+        m_isOutdated = true;
+        return false;
+    }
+    m_read = *read;
+    return true;
+}
+
+void X11UnderPanels::draw(const PixelRect &part, std::uint8_t *pixels, std::ptrdiff_t stride) const {
+    const auto at = [&](int x, int y) {
+        return pixels + (y - part.y) * stride + std::ptrdiff_t(x - part.x) * bytesPerPixel;
+    };
+    for (const QRect &rect : m_composed & toQt(part)) {
+        for (int y = rect.top(); y <= rect.bottom(); ++y)
+            std::memset(at(rect.x(), y), 0, std::size_t(rect.width()) * bytesPerPixel);
+    }
+    for (std::size_t i = 0; i < m_pieces.size(); ++i) {
+        const PixelRect &place = m_pieces[i].place;
+        if (intersection(place, part) != place)
+            continue;
+        for (int y = 0; y < place.height; ++y) {
+            const std::uint8_t *from = m_read[i].pixels + y * m_read[i].stride;
+            std::uint8_t *to = at(place.x, place.y + y);
+            if (!m_layers[m_pieces[i].layer].blends) {
+                std::memcpy(to, from, std::size_t(place.width) * bytesPerPixel);
+                continue;
+            }
+            for (int x = 0; x < place.width; ++x, from += bytesPerPixel, to += bytesPerPixel) {
+                std::uint32_t over = 0;
+                std::memcpy(&over, from, sizeof over);
+                blendOver(over, to);
+            }
+        }
+    }
+}
+
+} // namespace vantrell

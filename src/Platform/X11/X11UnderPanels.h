@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Platform/X11/X11CompositorWatch.h"
+#include "Platform/X11/X11CoveredWindow.h"
+#include "Platform/X11/X11PatchReader.h"
+#include "Platform/X11/X11RootBackground.h"
+#include "Platform/X11/X11WindowStack.h"
+#include "Support/Geometry.h"
+
+#include <QRegion>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace vantrell {
+
+/// What the desktop would show if this application's own panels (X11WindowStack) were not there. While one
+/// lies in the picture, what is under it is put together from the windows beneath; what lies above it stays.
+/// While none does, only the root's events are listened to. All in pixels of the desktop. On the connection's
+/// thread; the connection outlives it.
+///
+/// A picture is read in this order: `update`, pixels of the root and `ask`, their answers, the events that
+/// came with those. When `isOutdated` then, a panel may have come into the pixels: they are thrown away and
+/// read again. So nobody else's drawing is ever stopped.
+class X11UnderPanels {
+public:
+    /// The events that the root window must be asked for.
+    static constexpr std::uint32_t rootEvents = X11WindowStack::rootEvents | X11RootBackground::rootEvents;
+
+    /// None on a server that lacks what it takes (COMPOSITE, DAMAGE, XFIXES, MIT-SHM, 24 bit colour).
+    static std::unique_ptr<X11UnderPanels> create(const X11Connection &connection);
+    ~X11UnderPanels();
+    X11UnderPanels(const X11UnderPanels &) = delete;
+    X11UnderPanels &operator=(const X11UnderPanels &) = delete;
+
+    /// The captured part of the desktop.
+    void setArea(const PixelRect &area);
+
+    /// True when there is something to be fetched since `hostTime`.
+    bool handles(const xcb_generic_event_t &event, double now, double &hostTime);
+    /// When `look` is to be called although no event came; none: never.
+    std::optional<double> looksAt() const;
+    /// The same by the passing of time: when it happened, if something is to be fetched.
+    std::optional<double> look(double now);
+
+    /// Windows or panels are not as they were when `update` was last called.
+    bool isOutdated() const { return m_isOutdated; }
+
+    /// Follows the windows. Shows each part that is to be read again. Round trips only after a change.
+    void update(double now, const std::function<void(const PixelRect &)> &stale);
+
+    /// A panel lies in the picture.
+    bool isActive() const { return !m_layers.empty(); }
+    /// Where the pixels come from the windows beneath and not from the root; what is damaged there on the
+    /// root is of no interest.
+    const QRegion &composed() const { return m_composed; }
+    /// The part of it that is missing: programs have been asked for it and have not drawn it yet.
+    QRegion held() const;
+
+    /// Asks what was drawn into the windows beneath; the answer shows where that is seen in the picture.
+    void askDamage();
+    void answerDamage(const std::function<void(const PixelRect &)> &stale);
+
+    /// Asks for what lies under the panels in these parts of the desktop, which are disjoint.
+    void ask(std::span<const PixelRect> parts);
+    /// False when it could not be read: it is to be tried again.
+    bool answer();
+    /// The pixels are kept: nothing had become outdated when they were read.
+    void pictureTaken() { m_fresh.clear(); }
+    /// Puts it over the pixels (BGRX) of one of the parts.
+    void draw(const PixelRect &part, std::uint8_t *pixels, std::ptrdiff_t stride) const;
+
+private:
+    /// A window, or the root's background (XCB_NONE), and the part of it that is seen when no panel is there.
+    struct Layer {
+        xcb_window_t window = XCB_NONE;
+        PixelRect place;
+        int border = 0;
+        bool blends = false;
+        QRegion seen;
+        bool operator==(const Layer &) const = default;
+    };
+    /// Where a panel was: a compositor shows it there for a while.
+    struct Trace {
+        PixelRect place;
+        double since;
+        double until;
+    };
+    struct Piece {
+        std::size_t layer;
+        PixelRect place;
+    };
+
+    X11UnderPanels(const X11Connection &connection, X11PatchReader reader);
+    std::vector<PixelRect> panels() const;
+    QRegion zone(int margin) const;
+    /// From top to bottom; `composed` is what they make up.
+    std::vector<Layer> layersOf(const QRegion &zone, QRegion &composed) const;
+    void followPanels(double now);
+    void keepWhole(const std::vector<Layer> &near, double now);
+    void releaseAll();
+    void missWhatIsCovered(X11CoveredWindow &window, double now) const;
+    X11CoveredWindow *find(xcb_window_t window);
+    const X11CoveredWindow *find(xcb_window_t window) const;
+    std::optional<X11PatchReader::Cut> cutOf(const Layer &layer) const;
+
+    const X11Connection *m_connection;
+    X11WindowStack m_stack;
+    X11CompositorWatch m_compositor;
+    X11RootBackground m_background;
+    X11PatchReader m_reader;
+    PixelRect m_area;
+    bool m_isOutdated = true;
+    std::vector<PixelRect> m_panels;
+    std::vector<Trace> m_traces;
+    /// From bottom to top.
+    std::vector<Layer> m_layers;
+    QRegion m_composed;
+    std::vector<X11CoveredWindow> m_covered;
+    /// Those with new pixels: what covered them at that moment is known when a picture has been read.
+    std::vector<xcb_window_t> m_fresh;
+    /// No panel has been in the picture since then, but windows are still kept whole.
+    std::optional<double> m_idleSince;
+    /// Drawn beneath, but not shown by the compositor yet.
+    std::optional<double> m_drawnAt;
+    std::vector<Piece> m_pieces;
+    std::span<FramePatch> m_read;
+};
+
+} // namespace vantrell

@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/Stream/StagedStreamFactory.h"
+#include "Platform/X11/X11CaptureBackend.h"
+#include "Platform/X11/X11StillCapture.h"
+#include "Support/HostTime.h"
+#include "TestSupport/Desktop/X11Application.h"
+#include "TestSupport/Desktop/X11Painter.h"
+#include "TestSupport/Desktop/X11Session.h"
+#include "TestSupport/FrameCode.h"
+#include "TestSupport/Movie/MoviePictures.h"
+#include "TestSupport/RunTask.h"
+#include "TestSupport/Stream/StreamRun.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <set>
+
+namespace vantrell::testing {
+
+namespace {
+
+constexpr PixelRect desktop{0, 0, 640, 480};
+constexpr PixelRect away{700, 500, 10, 10};
+constexpr std::uint32_t red = 0xffff0000;
+
+/// With a compositor and without one.
+class OwnPanels : public ::testing::TestWithParam<bool> {
+protected:
+    OwnPanels() {
+        auto created = X11CaptureBackend::create();
+        backend = std::move(*created);
+    }
+
+    QImage still() {
+        const auto picture = runTask(stills.captureArea(desktop, {}));
+        EXPECT_TRUE(picture) << std::get<PlatformError>(picture.error()).message;
+        return picture.value_or(QImage());
+    }
+    /// The desktop once it looks the same for a while: compositors draw when they like.
+    QImage settledStill() {
+        QImage last;
+        int same = 0;
+        eventually([&] {
+            QImage next = still();
+            same = next == last ? same + 1 : 0;
+            last = std::move(next);
+            return same == 5;
+        });
+        return last;
+    }
+    static X11Application::Options panelOptions(const PixelRect &place, bool managed) {
+        return {.pixels = place,
+                .hasAlpha = true,
+                .colour = red,
+                .overridesRedirect = !managed,
+                .isPanel = true};
+    }
+
+    X11Session session{{.windowManager = true, .compositor = GetParam()}};
+    std::unique_ptr<X11CaptureBackend> backend;
+    X11StillCapture stills;
+    StagedStreamFactory streams;
+};
+
+TEST_P(OwnPanels, areNotInStillsWhateverLiesUnderThem) {
+    ASSERT_EQ(session.run({"hsetroot", "-solid", "#204060"}), 0);
+    X11Application pad({.pixels = {40, 40, 300, 300}, .colour = 0x3070b0, .overridesRedirect = true});
+    X11Application framed({.pixels = {250, 60, 200, 150}, .colour = 0x00a000});
+    X11Application glass(
+        {.pixels = {80, 90, 250, 60}, .hasAlpha = true, .colour = 0x80008000, .overridesRedirect = true});
+    X11Application round(
+        {.pixels = {60, 200, 200, 100}, .colour = 0xe0e000, .borderWidth = 5, .overridesRedirect = true});
+    round.cutShape({20, 10, 150, 60});
+    for (const bool managed : {false, true}) {
+        SCOPED_TRACE(managed);
+        X11Application panel(panelOptions({100, 100, 200, 180}, managed));
+        X11Application popup({.pixels = {150, 120, 60, 40}, .colour = 0xffffff, .overridesRedirect = true});
+        const std::vector<std::function<void()>> changes{
+            [] {},
+            [&] { framed.raise(); },
+            [&] { glass.unmap(); },
+            [&] { pad.moveResize({20, 30, 200, 190}); },
+            [&] { glass.map(); },
+            [&] { round.cutShape({0, 0, 100, 90}); },
+            [&] { round.lower(); },
+            [&] { pad.moveResize({40, 40, 300, 300}); },
+        };
+        for (std::size_t i = 0; i < changes.size(); ++i) {
+            SCOPED_TRACE(i);
+            panel.moveResize({100, 100, 200, 180});
+            panel.raise();
+            popup.raise();
+            changes[i]();
+            const QImage with = settledStill();
+            panel.moveResize(away);
+            const QImage without = settledStill();
+            EXPECT_TRUE(with == without);
+            if (with != without) {
+                with.save("/tmp/with.png");
+                without.save("/tmp/without.png");
+            }
+        }
+    }
+}
+
+TEST_P(OwnPanels, moveOverAPlayingSceneAndAreInNoPictureOfIt) {
+    constexpr PixelRect scene{96, 96, framecode::width, 3 * framecode::height};
+    X11Application pad({.pixels = desktop, .colour = 0x3070b0, .overridesRedirect = true});
+    X11Painter painter;
+    painter.openWindow(scene, "scene");
+    auto panel = std::make_unique<X11Application>(panelOptions({120, 100, 200, 80}, false));
+    settledStill();
+    StreamRun run(streams, chosenArea(*backend, desktop));
+    ASSERT_TRUE(run.start());
+    double next = hostNow();
+    for (int i = 1; i <= 120; ++i) {
+        next += 1.0 / 30;
+        eventually([next] { return hostNow() >= next; });
+        for (int row = 0; row < 3; ++row)
+            painter.drawNumber(std::uint32_t(i), 0, row * framecode::height);
+        if (i % 40 == 20)
+            panel.reset();
+        else if (i % 40 == 30)
+            panel = std::make_unique<X11Application>(panelOptions({300, 120, 200, 80}, false));
+        else if (panel)
+            panel->moveResize({100 + i * 2, 60 + i, 200, 80 + i % 7});
+        if (i == 70)
+            painter.moveResize({90, 90, scene.width, scene.height});
+        if (i == 75)
+            painter.moveResize(scene);
+        painter.sync();
+    }
+    ASSERT_TRUE(run.stop());
+    std::set<std::uint32_t> seen;
+    int pictures = 0;
+    forEachPicture(run.movie(), [&](const MoviePicture &picture) {
+        ++pictures;
+        std::set<std::uint32_t> here;
+        for (int row = 0; row < 3; ++row) {
+            const int y = scene.y + row * framecode::height;
+            if (const auto number = framecode::read(picture.luma + y * picture.lumaStride + scene.x, picture.lumaStride))
+                here.insert(*number);
+            else if (!seen.contains(69) || seen.contains(75))
+                ADD_FAILURE() << "picture " << pictures << " at " << picture.seconds << " row " << row;
+        }
+        seen.insert(here.begin(), here.end());
+        int reddest = 0;
+        for (int y = 0; y < desktop.height; y += 2) {
+            for (int x = 0; x < desktop.width; x += 2)
+                reddest = std::max(reddest, picture.at(x, y).cr);
+        }
+        EXPECT_LT(reddest, 150) << "picture " << pictures << " at " << picture.seconds;
+    });
+    EXPECT_GE(seen.size(), 110u);
+}
+
+TEST_P(OwnPanels, makeNoPictureByWhatTheyDraw) {
+    X11Application pad({.pixels = desktop, .colour = 0x3070b0, .overridesRedirect = true});
+    X11Application panel(panelOptions({100, 100, 200, 80}, false));
+    settledStill();
+    StreamRun run(streams, chosenArea(*backend, desktop));
+    ASSERT_TRUE(run.start());
+    ASSERT_TRUE(eventually([&] { return run.firstFrame().has_value(); }));
+    for (int i = 0; i < 20; ++i) {
+        panel.fill({i * 5, 10, 5, 30}, 0xffffffff);
+        const double until = hostNow() + 0.03;
+        eventually([until] { return hostNow() >= until; });
+    }
+    ASSERT_TRUE(run.stop());
+    int pictures = 0;
+    forEachPicture(run.movie(), [&](const MoviePicture &) { ++pictures; });
+    // The first one, and the one that is held until the end.
+    EXPECT_EQ(pictures, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(Desktops, OwnPanels, ::testing::Bool(), [](const auto &desktopOf) {
+    return desktopOf.param ? "composited" : "plain";
+});
+
+} // namespace
+} // namespace vantrell::testing
