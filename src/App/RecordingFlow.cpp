@@ -6,6 +6,7 @@
 #include "Analytics/Analytics.h"
 #include "Capture/CaptureStorage.h"
 #include "Capture/ScreenshotEngine.h"
+#include "Platform/Desktop/Trash.h"
 #include "Platform/DisplayLayout.h"
 #include "Recording/DiskSpace.h"
 #include "Recording/RecordingRecovery.h"
@@ -289,7 +290,7 @@ Task<> RecordingFlow::discardInTurn(std::shared_ptr<RecordingEngine> engine, boo
         // Into the trash, out of which it can be taken back.
         const auto discarded = co_await runBlocking(
             [file = outcome->capture.fileURL, journal = outcome->journal] {
-                const auto moved = moveToTrash(file);
+                const auto moved = Trash::moveToTrash(file);
                 std::error_code failure;
                 if (!moved)
                     std::filesystem::remove(file, failure);
