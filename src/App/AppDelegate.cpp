@@ -4,6 +4,8 @@
 #include "App/AppDelegate.h"
 
 #include "Analytics/Analytics.h"
+#include "App/Relaunch.h"
+#include "App/SingleInstance.h"
 #include "Session/CapturePruning.h"
 #include "Support/BlockingWork.h"
 #include "Support/FilePath.h"
@@ -54,7 +56,15 @@ AppDelegate::AppDelegate(Services services)
       m_handover({services.uploads, m_account, services.settings, services.clock}),
       m_recording({services.platform, *services.desktop.session, services.ui, services.settings, m_account,
                    m_handover, services.uploads.shelf(), services.clock}),
-      m_hotKeys(*services.desktop.hotKeys), m_updater(services.session.http(), services.clock) {}
+      m_hotKeys(*services.desktop.hotKeys),
+      m_screenPermission(
+          *services.desktop.screenAccess, services.settings.store(), services.clock,
+          [this](std::string message, std::string informative, std::vector<std::string> buttons,
+                 std::stop_token stop) {
+              return m_services.ui.ask(std::move(message), std::move(informative), std::move(buttons), stop);
+          },
+          {[] { return relaunch(runningExecutable()); }, {}}),
+      m_updater(services.session.http(), services.clock) {}
 
 AppDelegate::~AppDelegate() {
     Analytics::shared().stop();
@@ -82,7 +92,7 @@ void AppDelegate::completeLaunch() {
     if (m_services.desktop.screenAccess->isGranted())
         showCaptureUI(std::nullopt);
     else
-        m_scope.start(this, &AppDelegate::primeScreenPermission);
+        m_scope.start(&m_screenPermission, &ScreenPermission::primeScreenPermission, m_services.needsMove);
     Analytics::shared().start(m_services.session.api());
     Analytics::shared().track("cap.app_launched", {{"version", VANTRELL_VERSION}, {"os", osVersion()}});
     qCInfo(logApp, "launched");
@@ -194,7 +204,7 @@ void AppDelegate::showCaptureUI(std::optional<ToolMode> tool) {
     if (m_recording.isRecording() || m_recording.isStartingRecording())
         return;
     if (tool && !m_services.desktop.screenAccess->isGranted()) {
-        m_scope.start(this, &AppDelegate::requestPermission);
+        m_scope.start(&m_screenPermission, &ScreenPermission::menuRequestPermission);
         return;
     }
     if (m_captureBarState && tool) {
@@ -349,7 +359,7 @@ void AppDelegate::menuAction(const MenuEntry &entry) {
         publishToBar();
         break;
     case MenuAction::requestPermission:
-        m_scope.start(this, &AppDelegate::requestPermission);
+        m_scope.start(&m_screenPermission, &ScreenPermission::menuRequestPermission);
         break;
     case MenuAction::selectProject:
         settings.setSelectedProjectId(entry.payload.empty() ? std::nullopt : std::optional(entry.payload));

@@ -6,6 +6,7 @@
 #include "App/CaptureHandover.h"
 #include "App/HotKeys.h"
 #include "App/RecordingFlow.h"
+#include "App/ScreenPermission.h"
 #include "App/ServiceAccount.h"
 #include "App/StatusMenu.h"
 #include "App/Updater.h"
@@ -33,12 +34,15 @@ public:
     /// All outlive the controller.
     struct Services {
         Platform &platform;
+
         DesktopServices &desktop;
         UserInterface &ui;
         CaptureSettings &settings;
         ServiceSession &session;
         UploadRun &uploads;
         Clock &clock;
+        /// The program lies where it goes away; a permission for that place would be lost.
+        bool needsMove = false;
     };
     enum class TerminateReply { now = 1, later };
 
@@ -100,8 +104,6 @@ private:
     void openInVantrell(const ShelfItem &item);
     void openPage(const std::string &url);
     Task<> pair(std::stop_token stop);
-    Task<> primeScreenPermission(std::stop_token stop);
-    Task<> requestPermission(std::stop_token stop);
     void setAvailableUpdate(std::optional<std::string> version);
 
     const Services m_services;
@@ -110,6 +112,7 @@ private:
     CaptureHandover m_handover;
     RecordingFlow m_recording;
     HotKeys m_hotKeys;
+    ScreenPermission m_screenPermission;
     Updater m_updater;
     std::shared_ptr<ToolBarState> m_captureBarState;
     std::optional<std::string> m_availableUpdateVersion;

@@ -4,7 +4,9 @@
 #include "App/Application.h"
 
 #include "App/DesktopLoader.h"
+#include "App/InstallLocation.h"
 #include "App/PlatformLoader.h"
+#include "Panels/Alert.h"
 #include "Session/ApplicationBus.h"
 #include "Support/Log.h"
 
@@ -48,6 +50,10 @@ Task<int> Application::run(std::stop_token stop) {
 
     m_settings = std::make_unique<CaptureSettings>();
     m_desktop = loadDesktopServices();
+    const InstallLocation location(
+        InstallLocation::Options::fromEnvironment(m_desktop.screenAccess->systemName()));
+    if (co_await location.offerMoveIfNeeded(vantrell::ask, stop))
+        co_return 0;
     m_platform = loadPlatform(m_clock);
     auto session = ServiceSession::create(m_environmentKey);
     if (!session)
@@ -59,7 +65,7 @@ Task<int> Application::run(std::stop_token stop) {
     m_ui = std::make_unique<PanelInterface>(
         PanelInterface::Services{m_platform, m_desktop, *m_settings, m_uploads->shelf(), m_clock});
     m_delegate = std::make_unique<AppDelegate>(
-        AppDelegate::Services{m_platform, m_desktop, *m_ui, *m_settings, *m_session, *m_uploads, m_clock});
+        AppDelegate::Services{m_platform, m_desktop, *m_ui, *m_settings, *m_session, *m_uploads, m_clock, location.needsMove()});
     m_delegate->onTerminate = [this] { m_ended.resolve(true); };
     ShelfPanel &shelf = m_ui->shelfPanel();
     shelf.projects = [this] { return m_delegate->account().projects(); };
