@@ -31,6 +31,10 @@ QImage screen() {
 
 class CountdownTest : public ::testing::Test {
 protected:
+    CountdownTest() {
+        before.fill(QColor(0xff8800));
+        EXPECT_TRUE(eventually([this] { return screen() == before; }));
+    }
     Task<bool> start() {
         auto task = countDown(3, {}, clock, stop.get_token());
         EXPECT_TRUE(eventually([] { return controlNamed("Recording starts in 3") != nullptr; }));
@@ -47,7 +51,7 @@ protected:
     ManualClock clock;
     std::stop_source stop;
     X11Application editor{{.pixels = {100, 50, 900, 600}, .colour = 0xff8800}};
-    QImage before = screen();
+    QImage before{600, 400, QImage::Format_RGB888};
 };
 
 TEST_F(CountdownTest, showsANumberASecond) {
