@@ -3,6 +3,7 @@
 
 #include "ShelfPanel/DismissButton.h"
 
+#include "Panels/DesktopLink.h"
 #include "ShelfPanel/ShelfText.h"
 
 #include <QPainter>
@@ -30,6 +31,9 @@ void DismissButton::paintEvent(QPaintEvent *) {
     else if (isDown() || underMouse())
         ground = theme.isLight ? ground.darker(isDown() ? 118 : 108) : ground.lighter(isDown() ? 160 : 130);
     QPainter painter(this);
+    // Without a compositor the window is cut to the circle, and what the cut leaves must be the button's.
+    if (!DesktopLink::instance().isComposited())
+        painter.fillRect(rect(), ground);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF circle = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
     painter.setBrush(ground);

@@ -93,7 +93,12 @@ ShelfStack::ShelfStack(Host &host)
 }
 
 ShelfStack::~ShelfStack() {
-    giveKeyboardBack();
+    // Hiding moves the focus, and the cards tell of it: as long as there is somebody to tell.
+    hide();
+    for (const std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
+        for (const Entry &entry : *entries)
+            delete entry.card;
+    }
     if (!m_reasons.empty())
         m_host.setAttended(false);
 }
@@ -386,44 +391,55 @@ void ShelfStack::appearanceChanged() {
     outlineChanged();
 }
 
-void ShelfStack::paintEvent(QPaintEvent *event) {
-    const int margin = shadowMargin();
+void ShelfStack::drawFace() {
     const double scale = devicePixelRatioF();
-    if (m_face.isNull() || m_face.devicePixelRatio() != scale) {
-        const QSize size(ShelfCard::bodyWidth + 2 * margin, ShelfCard::bodyHeight + 2 * margin);
-        m_face =
-            PanelShape{size, QRectF(QRect(QPoint(0, 0), size).adjusted(margin, margin, -margin, -margin)),
-                       cornerRadius, scale}
-                .picture(theme(), isBlended());
-        outlineChanged();
+    if (!m_face.isNull() && m_face.devicePixelRatio() == scale)
+        return;
+    const int margin = shadowMargin();
+    const QRectF body(margin, margin, ShelfCard::bodyWidth, ShelfCard::bodyHeight);
+    const QSize size(ShelfCard::bodyWidth + 2 * margin, ShelfCard::bodyHeight + 2 * margin);
+    m_face = PanelShape{size, body, cornerRadius, scale}.picture(theme(), isBlended());
+    if (isBlended()) {
+        m_shadow = QPixmap(m_face.size());
+        m_shadow.setDevicePixelRatio(scale);
+        m_shadow.fill(Qt::transparent);
+        QPainter shadow(&m_shadow);
+        drawShadow(shadow, size, body, cornerRadius, scale);
+        QPainterPath around;
+        around.addRect(QRectF(QPointF(0, 0), QSizeF(size)));
+        QPainter face(&m_face);
+        face.setRenderHint(QPainter::Antialiasing);
+        face.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+        face.fillPath(around - roundedPath(body, cornerRadius), Qt::black);
     }
-    QPainter painter(this);
-    QRegion bodies;
+    // A scale of its own has a shape of its own.
+    outlineChanged();
+}
+
+void ShelfStack::paintEvent(QPaintEvent *event) {
+    drawFace();
+    const int margin = shadowMargin();
     std::vector<const ShelfCard *> shown;
     for (const std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
         for (const Entry &entry : *entries) {
-            if (entry.now.opacity <= 0 || entry.card->isHidden())
-                continue;
-            shown.push_back(entry.card);
-            bodies += bodyOf(*entry.card);
+            if (entry.now.opacity > 0 && !entry.card->isHidden())
+                shown.push_back(entry.card);
         }
     }
-    const auto drawFaces = [&](bool onlyShadows) {
+    QPainter painter(this);
+    const auto drawAll = [&](const QPixmap &picture, double strength) {
         for (const ShelfCard *card : shown) {
-            const QRect body = bodyOf(*card);
-            const QRect reach = onlyShadows ? body.adjusted(-margin, -margin, margin, margin) : body;
+            const QRect reach = bodyOf(*card).adjusted(-margin, -margin, margin, margin);
             if (!event->region().intersects(reach))
                 continue;
-            painter.setClipRegion(onlyShadows ? QRegion(rect()) - bodies : QRegion(body));
-            painter.setOpacity(card->opacity());
-            painter.drawPixmap(body.topLeft() - QPoint(margin, margin), m_face);
+            painter.setOpacity(card->opacity() * strength);
+            painter.drawPixmap(reach.topLeft(), picture);
         }
     };
-    // A card's shadow falls on what lies behind the shelf, not on the next card.
-    if (isBlended() && !(event->region() - bodies).isEmpty())
-        drawFaces(true);
-    drawFaces(false);
-    painter.setClipping(false);
+    // All shadows lie below all cards. Between two cards they add up.
+    if (isBlended())
+        drawAll(m_shadow, shown.size() > 1 ? 0.75 : 1);
+    drawAll(m_face, 1);
     painter.setOpacity(1);
     painter.setRenderHint(QPainter::Antialiasing);
     QColor ground = theme().panel;

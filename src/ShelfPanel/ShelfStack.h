@@ -105,6 +105,7 @@ private:
     void placeAll();
     void fitWindow();
     void arrangeScrollButtons();
+    void drawFace();
     QRect bodyOf(const ShelfCard &card) const;
 
     void scrollBy(int cards);
@@ -127,7 +128,9 @@ private:
     std::set<Reason> m_reasons;
     /// Who had the keyboard before; none while we have not taken it.
     std::optional<DesktopLink::WindowId> m_keyboardLender;
+    /// A card's ground, and the shadow that it casts.
     QPixmap m_face;
+    QPixmap m_shadow;
     QTimer m_progressTimer;
     bool m_hasProgress = false;
     QVariantAnimation m_motion;

@@ -11,9 +11,12 @@
 #include "ShelfPanel/ShelfPanel.h"
 #include "TestSupport/ManualClock.h"
 
-#include <QAbstractButton>
+#include <QAction>
 #include <QApplication>
 #include <QPainter>
+#include <QWidget>
+
+#include <algorithm>
 
 using namespace vantrell;
 using namespace vantrell::testing;
@@ -57,6 +60,13 @@ public:
             made.previewImage = picture();
             made.durationMs = 41000;
             store.add(std::make_shared<const CaptureResult>(std::move(made)));
+        } else if (command == "add-damaged") {
+            CaptureResult made{.name = QString(rest).replace("\\n", "\n").toStdString()};
+            made.thumbnailJPEG = "\xff\xd8 no picture";
+            store.add(std::make_shared<const CaptureResult>(std::move(made)));
+        } else if (command == "clear") {
+            while (!store.items().empty())
+                store.remove(newest());
         } else if (command == "upload") {
             store.update(newest(), ShelfItem::Uploading{words[1].toDouble()});
         } else if (command == "done") {
@@ -69,6 +79,12 @@ public:
             clock.advance(std::chrono::milliseconds(words[1].toInt()));
         } else if (command == "keyboard") {
             shelf.takeKeyboard();
+        } else if (command == "attended") {
+            return QString::number(
+                std::ranges::any_of(QApplication::topLevelWidgets(), &QWidget::underMouse));
+        } else if (command == "menu") {
+            const QWidget *menu = QApplication::activePopupWidget();
+            return menu ? menu->actions().front()->text() : QString();
         } else if (command == "cards") {
             QStringList titles;
             for (const ShelfItem &item : store.items())
