@@ -21,23 +21,23 @@ namespace vantrell {
 
 namespace {
 
-constexpr double buttonsPadding = 4;
-constexpr double buttonHeight = 44;
-constexpr double buttonSidePadding = 14;
-constexpr double symbolSide = 20;
-constexpr double symbolGap = 8;
-constexpr double buttonsPanelRadius = 14;
-constexpr double buttonRadius = 10;
+constexpr double actionsPadding = 4;
+constexpr double actionHeight = 44;
+constexpr double actionSidePadding = 14;
+constexpr double actionSymbolSide = 20;
+constexpr double actionSymbolGap = 8;
+constexpr double actionsRadius = 14;
+constexpr double actionRadius = 10;
 /// From the selection's edge.
-constexpr double buttonsDistance = 14;
+constexpr double actionsDistance = 14;
 
-QFont buttonFont() {
+QFont actionFont() {
     return panelFont(labelSize, QFont::DemiBold);
 }
 
 double widthOf(ActionButtons::Kind kind) {
-    const double text = QFontMetricsF(buttonFont()).horizontalAdvance(ActionButtons::labelOf(kind));
-    return std::ceil(2 * buttonSidePadding + symbolSide + symbolGap + text);
+    const double text = QFontMetricsF(actionFont()).horizontalAdvance(ActionButtons::labelOf(kind));
+    return std::ceil(2 * actionSidePadding + actionSymbolSide + actionSymbolGap + text);
 }
 
 bool overlap(const Rect &a, const Rect &b) {
@@ -53,17 +53,17 @@ QString ActionButtons::labelOf(Kind kind) {
 ActionButtons ActionButtons::placed(const Rect &selection, const Rect &bounds, const Rect &avoided) {
     const double captureWidth = widthOf(Kind::capture), recordWidth = widthOf(Kind::record);
     const double height =
-        std::max(buttonHeight, std::ceil(QFontMetricsF(buttonFont()).height() + buttonsPadding));
-    const double width = captureWidth + recordWidth + 3 * buttonsPadding,
-                 panelHeight = height + 2 * buttonsPadding;
+        std::max(actionHeight, std::ceil(QFontMetricsF(actionFont()).height() + actionsPadding));
+    const double width = captureWidth + recordWidth + 3 * actionsPadding,
+                 panelHeight = height + 2 * actionsPadding;
     const double middle = std::round(selection.x + (selection.width - width) / 2);
     const double x =
-        std::clamp(middle, buttonsPadding, std::max(buttonsPadding, bounds.width - width - buttonsPadding));
+        std::clamp(middle, actionsPadding, std::max(actionsPadding, bounds.width - width - actionsPadding));
 
     const auto at = [&](double y) { return Rect{x, std::round(y), width, panelHeight}; };
     const std::array candidates{
-        at(selection.maxY() + buttonsDistance), at(selection.maxY() - buttonsDistance - panelHeight),
-        at(selection.y - buttonsDistance - panelHeight), at(selection.y + buttonsDistance)};
+        at(selection.maxY() + actionsDistance), at(selection.maxY() - actionsDistance - panelHeight),
+        at(selection.y - actionsDistance - panelHeight), at(selection.y + actionsDistance)};
     const auto free = std::ranges::find_if(
         candidates, [&](const Rect &place) { return contains(bounds, place) && !overlap(place, avoided); });
 
@@ -71,15 +71,15 @@ ActionButtons ActionButtons::placed(const Rect &selection, const Rect &bounds, c
     buttons.panel = free != candidates.end() ? *free : candidates[1];
     if (free == candidates.end())
         buttons.panel.y =
-            std::clamp(buttons.panel.y, buttonsPadding, bounds.height - panelHeight - buttonsPadding);
-    const double top = buttons.panel.y + buttonsPadding;
-    const double first = buttons.panel.x + buttonsPadding;
+            std::clamp(buttons.panel.y, actionsPadding, bounds.height - panelHeight - actionsPadding);
+    const double top = buttons.panel.y + actionsPadding;
+    const double first = buttons.panel.x + actionsPadding;
     if (QGuiApplication::isRightToLeft()) {
         buttons.recordButton = {first, top, recordWidth, height};
-        buttons.captureButton = {first + recordWidth + buttonsPadding, top, captureWidth, height};
+        buttons.captureButton = {first + recordWidth + actionsPadding, top, captureWidth, height};
     } else {
         buttons.captureButton = {first, top, captureWidth, height};
-        buttons.recordButton = {first + captureWidth + buttonsPadding, top, recordWidth, height};
+        buttons.recordButton = {first + captureWidth + actionsPadding, top, recordWidth, height};
     }
     return buttons;
 }
@@ -89,11 +89,10 @@ void ActionButtons::draw(QPainter &painter, double scale) const {
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(theme.panel);
-    painter.drawRoundedRect(toQt(panel), buttonsPanelRadius, buttonsPanelRadius);
+    painter.drawRoundedRect(toQt(panel), actionsRadius, actionsRadius);
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QPen(theme.hairline, 1));
-    painter.drawRoundedRect(toQt(panel).adjusted(0.5, 0.5, -0.5, -0.5), buttonsPanelRadius,
-                            buttonsPanelRadius);
+    painter.drawRoundedRect(toQt(panel).adjusted(0.5, 0.5, -0.5, -0.5), actionsRadius, actionsRadius);
 
     for (const Kind kind : {Kind::capture, Kind::record}) {
         const bool isRecord = kind == Kind::record;
@@ -101,21 +100,22 @@ void ActionButtons::draw(QPainter &painter, double scale) const {
         const QColor text = isRecord ? theme.onRecording : theme.text;
         painter.setPen(Qt::NoPen);
         painter.setBrush(isRecord ? theme.recordingGround : theme.selected);
-        painter.drawRoundedRect(frame, buttonRadius, buttonRadius);
+        painter.drawRoundedRect(frame, actionRadius, actionRadius);
         if (pressed == kind || hovered == kind) {
             painter.setBrush(pressed == kind ? theme.pressed : theme.hover);
-            painter.drawRoundedRect(frame, buttonRadius, buttonRadius);
+            painter.drawRoundedRect(frame, actionRadius, actionRadius);
         }
         const bool isMirrored = QGuiApplication::isRightToLeft();
-        const double symbolX =
-            isMirrored ? frame.right() - buttonSidePadding - symbolSide : frame.left() + buttonSidePadding;
-        painter.drawPixmap(QPointF(symbolX, frame.center().y() - symbolSide / 2),
-                           symbolPixmap(isRecord ? Symbol::record : Symbol::still, text, symbolSide, scale));
-        const double taken = buttonSidePadding + symbolSide + symbolGap;
+        const double symbolX = isMirrored ? frame.right() - actionSidePadding - actionSymbolSide
+                                          : frame.left() + actionSidePadding;
+        painter.drawPixmap(
+            QPointF(symbolX, frame.center().y() - actionSymbolSide / 2),
+            symbolPixmap(isRecord ? Symbol::record : Symbol::still, text, actionSymbolSide, scale));
+        const double taken = actionSidePadding + actionSymbolSide + actionSymbolGap;
         painter.setPen(text);
-        painter.setFont(buttonFont());
-        painter.drawText(frame.adjusted(isMirrored ? buttonSidePadding : taken, 0,
-                                        isMirrored ? -taken : -buttonSidePadding, 0),
+        painter.setFont(actionFont());
+        painter.drawText(frame.adjusted(isMirrored ? actionSidePadding : taken, 0,
+                                        isMirrored ? -taken : -actionSidePadding, 0),
                          Qt::AlignVCenter | (isMirrored ? Qt::AlignRight : Qt::AlignLeft) |
                              Qt::TextSingleLine | Qt::TextDontClip,
                          labelOf(kind));

@@ -6,6 +6,8 @@
 #include "Platform/ScreenError.h"
 #include "Support/UniqueFd.h"
 
+#include <utility>
+
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -15,9 +17,14 @@ ShmSegment::ShmSegment(xcb_connection_t *connection, xcb_shm_seg_t id, std::uint
     : m_connection(connection), m_id(id), m_data(data), m_size(size) {}
 
 ShmSegment::~ShmSegment() {
+    if (m_data)
+        ::munmap(releaseMemory(), m_size);
+}
+
+std::uint8_t *ShmSegment::releaseMemory() {
     xcb_shm_detach(m_connection, m_id);
     xcb_flush(m_connection);
-    ::munmap(m_data, m_size);
+    return std::exchange(m_data, nullptr);
 }
 
 std::expected<std::unique_ptr<ShmSegment>, PlatformError> ShmSegment::create(const X11Connection &connection,

@@ -27,6 +27,10 @@ public:
     std::uint8_t *data() const { return m_data; }
     std::size_t size() const { return m_size; }
 
+    /// The memory without the server: the caller unmaps `size` bytes of it, on any thread. Nothing else of
+    /// the segment is used afterwards.
+    std::uint8_t *releaseMemory();
+
 private:
     ShmSegment(xcb_connection_t *connection, xcb_shm_seg_t id, std::uint8_t *data, std::size_t size);
 

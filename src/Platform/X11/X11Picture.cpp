@@ -4,10 +4,13 @@
 #include "Platform/X11/X11Picture.h"
 
 #include "Platform/ScreenError.h"
+#include "Platform/X11/ShmSegment.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
+
+#include <sys/mman.h>
 
 namespace vantrell {
 
@@ -44,6 +47,39 @@ QImage::Format formatOf(const X11Connection &connection, xcb_visualid_t wanted) 
     return QImage::Format_Invalid;
 }
 
+struct SharedMemory {
+    std::uint8_t *data;
+    std::size_t size;
+};
+
+/// The same pixels through memory that is shared with the server, and not copied afterwards: a picture of a
+/// large screen takes a third of the time. None where that does not work.
+std::optional<QImage> readShared(const X11Connection &connection, xcb_drawable_t drawable,
+                                 const PixelRect &part, QImage::Format format) {
+    const int bytesPerPixel = QImage::toPixelFormat(format).bitsPerPixel() / 8;
+    const auto stride = std::size_t((part.width * bytesPerPixel + 3) / 4 * 4);
+    auto segment = ShmSegment::create(connection, stride * std::size_t(part.height));
+    if (!segment)
+        return std::nullopt;
+    const auto reply =
+        xcbReply(connection.xcb(),
+                 xcb_shm_get_image(connection.xcb(), drawable, std::int16_t(part.x), std::int16_t(part.y),
+                                   std::uint16_t(part.width), std::uint16_t(part.height), ~0u,
+                                   XCB_IMAGE_FORMAT_Z_PIXMAP, (*segment)->id(), 0),
+                 xcb_shm_get_image_reply);
+    if (!reply || reply->size != (*segment)->size())
+        return std::nullopt;
+    const std::size_t size = (*segment)->size();
+    auto *memory = new SharedMemory{(*segment)->releaseMemory(), size};
+    return QImage(
+        memory->data, part.width, part.height, qsizetype(stride), format,
+        [](void *shared) {
+            const std::unique_ptr<SharedMemory> owned(static_cast<SharedMemory *>(shared));
+            ::munmap(owned->data, owned->size);
+        },
+        memory);
+}
+
 /// Programs that never think of alpha leave colours above it, which later arithmetic takes for an overflow.
 void limitColoursToAlpha(QImage &image) {
     for (int y = 0; y < image.height(); ++y) {
@@ -64,6 +100,10 @@ std::expected<QImage, PlatformError> readX11Picture(const X11Connection &connect
     if (format == QImage::Format_Invalid)
         return std::unexpected(
             screenError(ScreenErrorCode::unsupportedPixels, "The display's pixel format is not supported"));
+    constexpr int largePixels = 512 * 512;
+    if (format == QImage::Format_RGB32 && part.width * part.height >= largePixels)
+        if (auto image = readShared(connection, drawable, part, format))
+            return std::move(*image);
     const auto cookie =
         xcb_get_image(connection.xcb(), XCB_IMAGE_FORMAT_Z_PIXMAP, drawable, std::int16_t(part.x),
                       std::int16_t(part.y), std::uint16_t(part.width), std::uint16_t(part.height), ~0u);

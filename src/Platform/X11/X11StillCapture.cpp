@@ -15,6 +15,7 @@
 
 #include <QPainter>
 
+#include <algorithm>
 #include <functional>
 #include <memory>
 
@@ -108,6 +109,9 @@ Picture captureX11Area(const X11Connection &connection, const PixelRect &wanted)
         return std::unexpected(
             screenError(ScreenErrorCode::badArea, "The desktop changed its size while it was captured"));
     if (!root)
+        return root;
+    if (std::ranges::any_of(
+            *displays, [&](const Display &display) { return intersection(display.pixels, *area) == *area; }))
         return root;
     // Between monitors of different sizes lie pixels that nobody sees; what is in them is anyone's guess.
     QImage picture(area->width, area->height, root->format());
