@@ -165,19 +165,21 @@ std::optional<double> X11UnderPanels::look(double now) {
     return changedAt;
 }
 
-std::vector<PixelRect> X11UnderPanels::panels() const {
-    std::vector<PixelRect> places;
-    for (const X11WindowStack::Window &window : m_stack.windows()) {
-        if (window.isMapped && window.isPanel)
-            places.push_back(window.place);
-    }
-    return places;
-}
-
 void X11UnderPanels::followPanels(double now) {
-    const std::vector<PixelRect> places = panels();
-    for (const PixelRect &before : m_panels) {
-        if (!m_compositor.isRunning() || std::ranges::find(places, before) != places.end())
+    std::vector<PixelRect> places;
+    std::vector<PixelRect> left = m_panels;
+    for (const X11WindowStack::Window &window : m_stack.windows()) {
+        if (window.isPanel)
+            (window.isMapped ? places : left).push_back(window.place);
+    }
+    // Of those that were not shown when all began nobody knows since when.
+    if (std::exchange(m_knowsPanels, true))
+        left = m_panels;
+    m_panels = places;
+    if (!m_compositor.isRunning())
+        return m_traces.clear();
+    for (const PixelRect &before : left) {
+        if (std::ranges::find(places, before) != places.end())
             continue;
         if (!m_traces.empty() && now - m_traces.back().since < traceStep) {
             m_traces.back().place = united(m_traces.back().place, before);
@@ -186,9 +188,6 @@ void X11UnderPanels::followPanels(double now) {
             m_traces.push_back({before, now, now + traceSeconds});
         }
     }
-    if (!m_compositor.isRunning())
-        m_traces.clear();
-    m_panels = places;
 }
 
 QRegion X11UnderPanels::zone(int margin) const {

