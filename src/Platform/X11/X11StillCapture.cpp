@@ -47,7 +47,9 @@ public:
                 readX11Picture(m_connection, m_connection.root(), m_area, m_connection.screen().root_visual);
             if (!picture || !m_underPanels)
                 return picture;
-            m_underPanels->ask({&m_area, 1});
+            // The picture before took too long to stop everybody for it.
+            if (m_underPanels->ask({&m_area, 1}))
+                xcb_ungrab_server(m_connection.xcb());
             const bool isWhole = m_underPanels->answer();
             handleEvents();
             if (m_connection.isBroken())
@@ -72,8 +74,9 @@ private:
         const double start = hostNow();
         for (double now = start; now < start + mostPatience && !m_connection.isBroken(); now = hostNow()) {
             m_underPanels->look(now);
-            m_underPanels->askDamage();
-            m_underPanels->answerDamage([](const PixelRect &) {});
+            if (m_underPanels->askDamage())
+                xcb_ungrab_server(m_connection.xcb());
+            m_underPanels->answerDamage({}, [](const PixelRect &) {});
             m_underPanels->update(now, [](const PixelRect &) {});
             xcb_flush(m_connection.xcb());
             handleEvents();
