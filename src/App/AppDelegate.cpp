@@ -57,13 +57,13 @@ AppDelegate::AppDelegate(Services services)
       m_recording({services.platform, *services.desktop.session, services.ui, services.settings, m_account,
                    m_handover, services.uploads.shelf(), services.clock}),
       m_hotKeys(*services.desktop.hotKeys),
-      m_screenPermission(
-          *services.desktop.screenAccess, services.settings.store(), services.clock,
-          [this](std::string message, std::string informative, std::vector<std::string> buttons,
-                 std::stop_token stop) {
-              return m_services.ui.ask(std::move(message), std::move(informative), std::move(buttons), stop);
-          },
-          {[] { return relaunch(runningExecutable()); }, {}}),
+      m_screenPermission(*services.desktop.screenAccess, services.settings.store(), services.clock,
+                         [this](std::string message, std::string informative,
+                                std::vector<std::string> buttons, std::stop_token stop) {
+                             return m_services.ui.ask(std::move(message), std::move(informative),
+                                                      std::move(buttons), stop);
+                         },
+                         {[] { return relaunch(runningExecutable()); }, {}}),
       m_updater(services.session.http(), services.clock) {}
 
 AppDelegate::~AppDelegate() {

@@ -50,8 +50,7 @@ Task<int> Application::run(std::stop_token stop) {
 
     m_settings = std::make_unique<CaptureSettings>();
     m_desktop = loadDesktopServices();
-    const InstallLocation location(
-        InstallLocation::Options::fromEnvironment(m_desktop.screenAccess->systemName()));
+    InstallLocation location(InstallLocation::Options::fromEnvironment(m_desktop.screenAccess->systemName()));
     if (co_await location.offerMoveIfNeeded(vantrell::ask, stop))
         co_return 0;
     m_platform = loadPlatform(m_clock);
@@ -64,8 +63,8 @@ Task<int> Application::run(std::stop_token stop) {
         co_return 0;
     m_ui = std::make_unique<PanelInterface>(
         PanelInterface::Services{m_platform, m_desktop, *m_settings, m_uploads->shelf(), m_clock});
-    m_delegate = std::make_unique<AppDelegate>(
-        AppDelegate::Services{m_platform, m_desktop, *m_ui, *m_settings, *m_session, *m_uploads, m_clock, location.needsMove()});
+    m_delegate = std::make_unique<AppDelegate>(AppDelegate::Services{
+        m_platform, m_desktop, *m_ui, *m_settings, *m_session, *m_uploads, m_clock, location.needsMove()});
     m_delegate->onTerminate = [this] { m_ended.resolve(true); };
     ShelfPanel &shelf = m_ui->shelfPanel();
     shelf.projects = [this] { return m_delegate->account().projects(); };

@@ -17,7 +17,6 @@ namespace vantrell {
 namespace {
 
 constexpr QSizeF logoBox(757, 828);
-constexpr double logoHeight = 16;
 
 /// The corners of a viewfinder around a dot.
 QPainterPath logoPath() {
@@ -59,13 +58,10 @@ QIcon drawn(const std::function<void(QPainter &, double)> &draw) {
     return icon;
 }
 
-/// On a tray whose colour nobody tells: the theme's text colour with a thin edge of its opposite.
-void fillReadable(QPainter &painter, const QPainterPath &path, double unit) {
-    const QColor text = QGuiApplication::palette().color(QPalette::WindowText);
-    QColor edge = text.lightnessF() > 0.5 ? QColor(0, 0, 0) : QColor(255, 255, 255);
-    edge.setAlphaF(0.75);
-    painter.strokePath(path, QPen(edge, unit * 1.6, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.fillPath(path, text);
+/// Trays are dark or light whatever the theme: a tone that stands out from both, lighter in a dark theme.
+QColor logoColor() {
+    const bool isDarkTheme = QGuiApplication::palette().color(QPalette::WindowText).lightnessF() > 0.5;
+    return isDarkTheme ? Theme::dark().accent : QColor(0x45, 0xa0, 0x92);
 }
 
 void drawInCircle(QPainter &painter, double size, const QColor &color,
@@ -81,12 +77,10 @@ void drawInCircle(QPainter &painter, double size, const QColor &color,
 
 QIcon logoStatusIcon() {
     return drawn([](QPainter &painter, double size) {
-        // A sixteenth of room on each side for the edge.
-        const double height = size * 14.0 / 16.0;
-        const double scale = height / logoBox.height();
-        painter.translate((size - logoBox.width() * scale) / 2, (size - height) / 2);
+        const double scale = size / logoBox.height();
+        painter.translate((size - logoBox.width() * scale) / 2, 0);
         painter.scale(scale, scale);
-        fillReadable(painter, logoPath(), logoBox.height() / logoHeight);
+        painter.fillPath(logoPath(), logoColor());
     });
 }
 
