@@ -31,6 +31,8 @@ int runApplication(int argc, char **argv, std::optional<std::string> environment
         std::fputs("There is no desktop to run on\nTry vantrell-capture --help\n", stderr);
         return int(ExitCode::failed);
     }
+    static constexpr std::initializer_list<int> ends{SIGINT, SIGTERM, SIGHUP};
+    UnixSignals::block(ends);
     QApplication qt(argc, argv);
     QApplication::setApplicationName("vantrell-capture");
     QApplication::setDesktopFileName("app.vantrell.Capture");
@@ -38,7 +40,7 @@ int runApplication(int argc, char **argv, std::optional<std::string> environment
     std::optional<int> ended;
     {
         Application application(std::move(environmentKey), clock);
-        const UnixSignals signals({SIGINT, SIGTERM, SIGHUP}, [&](int) { application.terminate(); });
+        const UnixSignals signals(ends, [&](int) { application.terminate(); });
         // The session's end: what is being recorded is saved while the session waits.
         QObject::connect(&qt, &QGuiApplication::commitDataRequest, &qt,
                          [&](QSessionManager &) { application.terminate(); });

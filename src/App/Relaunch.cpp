@@ -3,13 +3,14 @@
 
 #include "App/Relaunch.h"
 
+#include "Support/DetachedProgram.h"
+
 #include <QCoreApplication>
-#include <QProcess>
 
 namespace vantrell {
 
 bool relaunch(const std::filesystem::path &program) {
-    if (!QProcess::startDetached(QString::fromStdString(program.string()), {}))
+    if (!startDetached(program.string()))
         return false;
     QCoreApplication::quit();
     return true;

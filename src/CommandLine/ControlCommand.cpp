@@ -4,9 +4,9 @@
 #include "CommandLine/ControlCommand.h"
 
 #include "CommandLine/RunningApplication.h"
+#include "Support/DetachedProgram.h"
 
 #include <QCoreApplication>
-#include <QProcess>
 
 #include <nlohmann/json.hpp>
 
@@ -23,7 +23,7 @@ constexpr int startPolls = 100;
 
 /// Starts it and waits until it can be called.
 Task<bool> startApplication(Clock *clock, std::stop_token stop) {
-    if (!QProcess::startDetached(QCoreApplication::applicationFilePath(), {}))
+    if (!startDetached(QCoreApplication::applicationFilePath().toStdString()))
         co_return false;
     for (int poll = 0; poll < startPolls; ++poll) {
         if (RunningApplication::isThere())

@@ -42,6 +42,9 @@ Task<std::expected<QDBusMessage, Cancelled>> ask(std::string method, QVariantLis
 }
 
 bool isGone(const QDBusMessage &answer) {
+    // Of this one the library makes "other".
+    if (answer.errorName() == QLatin1String("org.freedesktop.DBus.Error.NameHasNoOwner"))
+        return true;
     const QDBusError::ErrorType type = QDBusError(answer).type();
     return type == QDBusError::NoReply || type == QDBusError::ServiceUnknown ||
            type == QDBusError::Disconnected;

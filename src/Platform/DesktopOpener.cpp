@@ -3,7 +3,8 @@
 
 #include "Platform/DesktopOpener.h"
 
-#include <QProcess>
+#include "Support/DetachedProgram.h"
+
 #include <QStandardPaths>
 
 namespace vantrell {
@@ -11,21 +12,14 @@ namespace vantrell {
 bool openWithDesktop(const std::string &address) {
     if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
         return false;
-    QStringList arguments;
+    std::vector<std::string> arguments;
     QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
     if (opener.isEmpty()) {
         opener = QStandardPaths::findExecutable(QStringLiteral("gio"));
-        arguments.append(QStringLiteral("open"));
+        arguments.emplace_back("open");
     }
-    if (opener.isEmpty())
-        return false;
-    QProcess program;
-    program.setProgram(opener);
-    program.setArguments(arguments << QString::fromStdString(address));
-    program.setStandardInputFile(QProcess::nullDevice());
-    program.setStandardOutputFile(QProcess::nullDevice());
-    program.setStandardErrorFile(QProcess::nullDevice());
-    return program.startDetached();
+    arguments.push_back(address);
+    return !opener.isEmpty() && startDetached(opener.toStdString(), arguments);
 }
 
 } // namespace vantrell
