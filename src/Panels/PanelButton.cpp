@@ -70,6 +70,8 @@ void PanelButton::updateTip() {
 }
 
 void PanelButton::setKind(Kind kind) {
+    if (m_kind == kind)
+        return;
     m_kind = kind;
     update();
 }
@@ -86,9 +88,12 @@ void PanelButton::setWords(const QString &words, const QString &secondLine) {
     const QString line = oneLine(words);
     if (m_words == line && m_secondLine == secondLine)
         return;
+    const QSize before = sizeHint();
     m_words = line;
     m_secondLine = secondLine;
-    updateGeometry();
+    // A time that runs does not change the layout.
+    if (sizeHint() != before)
+        updateGeometry();
     update();
 }
 
