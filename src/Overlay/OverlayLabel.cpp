@@ -33,9 +33,11 @@ OverlayLabel OverlayLabel::sized(const QString &text, double mostWide, const QSt
     const QFontMetricsF metrics(labelFont());
     OverlayLabel label{text, quietText, icon, {}};
     double fixed = 2 * labelSidePadding + (icon.isNull() ? 0 : labelIconSide + labelGap);
+    // The quiet part gives way first.
+    const double wanted = metrics.horizontalAdvance(text);
     if (!quietText.isEmpty()) {
-        const double most = std::max(0.0, (mostWide - fixed) / 2);
-        label.quietText = metrics.elidedText(quietText, Qt::ElideMiddle, most);
+        const double most = std::max(mostWide / 3, mostWide - fixed - labelGap - wanted);
+        label.quietText = metrics.elidedText(quietText, Qt::ElideMiddle, std::max(0.0, most));
         fixed += labelGap + metrics.horizontalAdvance(label.quietText);
     }
     label.text = metrics.elidedText(text, Qt::ElideMiddle, std::max(0.0, mostWide - fixed));

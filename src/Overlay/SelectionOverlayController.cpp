@@ -66,6 +66,8 @@ struct SelectionOverlayController::Private {
 
     void build();
     Task<> showOnPictures(std::stop_token stop);
+    /// For each view, one of the screen without our own windows.
+    Task<> takePictures(std::stop_token stop);
     void show();
     void wire(SelectionView &view);
     void dismissViews();
@@ -164,6 +166,12 @@ void SelectionOverlayController::Private::build() {
 }
 
 Task<> SelectionOverlayController::Private::showOnPictures(std::stop_token stop) {
+    co_await takePictures(stop);
+    if (!stop.stop_requested())
+        show();
+}
+
+Task<> SelectionOverlayController::Private::takePictures(std::stop_token stop) {
     std::vector<Task<StillCapture::Result>> pictures;
     for (const View &view : views)
         pictures.push_back(services.stills.captureArea(view->display().pixels, stop));
@@ -177,7 +185,6 @@ Task<> SelectionOverlayController::Private::showOnPictures(std::stop_token stop)
             qCCritical(logCapture, "overlay has no picture of the screen: %s", error->message.c_str());
         }
     }
-    show();
 }
 
 void SelectionOverlayController::Private::show() {
@@ -374,15 +381,24 @@ void SelectionOverlayController::Private::refreshWindows() {
     windowsTimer.start();
     if (*windows == picker.windows() && !windows->empty())
         return;
+    const bool hadWindows = !picker.windows().empty();
     picker.setWindows(std::move(*windows));
     if (!picker.lit())
         followPointer();
     showWindows();
+    // A window that opened or moved is not in the picture that the overlay lies on.
+    if (hadWindows && !isBlended)
+        scope.start(this, &Private::takePictures);
 }
 
 void SelectionOverlayController::Private::showWindows() {
+    const WindowDescription *lit = picker.lit();
+    const WindowAppearance appearance = lit ? services.capture.appearance(lit->id) : WindowAppearance();
+    QRegion visible = picker.visiblePart();
+    if (appearance.visible)
+        visible &= *appearance.visible;
     for (const View &view : views)
-        view->setWindows(picker, QImage(), picker.visiblePart());
+        view->setWindows(picker, appearance.icon, visible);
 }
 
 void SelectionOverlayController::Private::lightDisplay(const SelectionView *view) {

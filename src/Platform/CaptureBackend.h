@@ -6,11 +6,13 @@
 #include "Platform/CaptureRequest.h"
 #include "Platform/CaptureSource.h"
 #include "Platform/Display.h"
+#include "Platform/WindowAppearance.h"
 #include "Platform/WindowDescription.h"
 #include "Support/Cancelled.h"
 #include "Support/PlatformError.h"
 #include "Support/Task.h"
 
+#include <cstdint>
 #include <expected>
 #include <memory>
 #include <stop_token>
@@ -37,6 +39,9 @@ public:
 
     /// Windows of applications that can be captured, the topmost first.
     virtual std::expected<std::vector<WindowDescription>, PlatformError> windows() = 0;
+
+    /// What a picker of windows shows of one; empty when it is gone.
+    virtual WindowAppearance appearance([[maybe_unused]] std::uint32_t window) { return {}; }
 
     /// Finds what is wanted, at once or after the desktop's dialog, which may take minutes and which the user
     /// may dismiss (Cancelled). The backend outlives the source. Errors: noSuchDisplay, noSuchWindow,

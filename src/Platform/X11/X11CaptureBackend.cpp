@@ -7,6 +7,7 @@
 #include "Platform/ScreenError.h"
 #include "Platform/X11/X11AreaCapture.h"
 #include "Platform/X11/X11Displays.h"
+#include "Platform/X11/X11WindowAppearance.h"
 #include "Platform/X11/X11WindowCapture.h"
 
 #include <algorithm>
@@ -41,6 +42,10 @@ std::expected<std::vector<WindowDescription>, PlatformError> X11CaptureBackend::
     if (!all)
         return std::unexpected(all.error());
     return m_catalog.windows(*all);
+}
+
+WindowAppearance X11CaptureBackend::appearance(std::uint32_t window) {
+    return {x11WindowIcon(*m_connection, window), x11VisiblePart(window)};
 }
 
 Task<CaptureBackend::Choice> X11CaptureBackend::choose(CaptureRequest request, std::stop_token) {

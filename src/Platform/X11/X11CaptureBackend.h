@@ -19,6 +19,7 @@ public:
 
     std::expected<std::vector<Display>, PlatformError> displays() override;
     std::expected<std::vector<WindowDescription>, PlatformError> windows() override;
+    WindowAppearance appearance(std::uint32_t window) override;
     /// At once.
     Task<Choice> choose(CaptureRequest request, std::stop_token stop) override;
 
