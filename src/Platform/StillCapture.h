@@ -17,8 +17,8 @@
 
 namespace vantrell {
 
-/// Port: single pictures of what is on the screen, never with the pointer or the application's own panels. Main thread, which is not
-/// blocked.
+/// Port: single pictures of what is on the screen, never with the pointer or the application's own panels.
+/// Main thread, which is not blocked.
 class StillCapture {
 public:
     using Error = std::variant<PlatformError, Cancelled>;
