@@ -18,6 +18,8 @@ namespace {
 constexpr int mostPatches = 12;
 /// Of the same patches, while panels move.
 constexpr int mostReads = 3;
+/// The first picture waits no longer for programs that have to draw what was covered.
+constexpr double firstPatience = 0.7;
 /// While displays are arranged anew, each of them may be switched off for a moment.
 constexpr double displayPatience = 1.5;
 
@@ -64,6 +66,7 @@ void X11AreaSource::renewPicture() {
     m_stale.markAll();
     m_held = BlockMap(m_area.size());
     m_hasPicture = false;
+    m_pictureDue = hostNow() + firstPatience;
 }
 
 std::expected<void, PlatformError> X11AreaSource::watchMonitors() {
@@ -118,12 +121,18 @@ std::optional<double> X11AreaSource::endsAt() const {
 }
 
 std::optional<double> X11AreaSource::looksAt() const {
-    return m_underPanels ? m_underPanels->looksAt() : std::nullopt;
+    if (!m_underPanels)
+        return std::nullopt;
+    const auto at = m_underPanels->looksAt();
+    // Only when something is missing is the first picture late.
+    return at && !m_hasPicture && !m_goneSince ? std::min(*at, m_pictureDue) : at;
 }
 
 void X11AreaSource::look(double now) {
     if (const auto changedAt = m_underPanels->look(now))
         noteChange(*changedAt);
+    if (!m_hasPicture && !m_goneSince && now >= m_pictureDue)
+        noteChange(now);
 }
 
 std::expected<void, PlatformError> X11AreaSource::followDisplay() {
@@ -232,7 +241,8 @@ std::optional<std::vector<PixelRect>> X11AreaSource::readable() {
     m_underPanels->setArea(m_area);
     m_underPanels->update(hostNow(), [this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); });
     const QRegion held = m_underPanels->held();
-    if (held.isEmpty())
+    const bool isDue = !m_hasPicture && hostNow() >= m_pictureDue;
+    if (held.isEmpty() || isDue)
         return m_stale.rectangles(mostPatches);
     if (!m_hasPicture)
         return std::nullopt;
@@ -251,7 +261,8 @@ X11AreaSource::Reading X11AreaSource::read(std::span<const PixelRect> rects) {
     bool isGrabbed = false;
     if (m_underPanels) {
         std::vector<PixelRect> parts(rects.begin(), rects.end());
-        std::ranges::transform(parts, parts.begin(), [this](const PixelRect &rect) { return onDesktop(rect); });
+        std::ranges::transform(parts, parts.begin(),
+                               [this](const PixelRect &rect) { return onDesktop(rect); });
         isGrabbed = m_underPanels->ask(parts);
     }
     m_reader->ask({.drawable = x11().root(), .drawableSize = m_desktop, .x = m_area.x, .y = m_area.y}, rects);
@@ -265,8 +276,10 @@ X11AreaSource::Reading X11AreaSource::read(std::span<const PixelRect> rects) {
     m_patches = *patches;
     // Displays and panels that moved before these pixels were read have told so by now.
     handleReceivedEvents();
-    if (!isWhole || (m_underPanels && m_underPanels->isOutdated()))
+    if (!isWhole || (m_underPanels && m_underPanels->mayShowPanel()))
         return Reading::disturbed;
+    if (m_underPanels && m_underPanels->isOutdated())
+        return Reading::torn;
     // What was drawn since the question may be in some of these pixels and not in others.
     const bool mayTear = isGrabbed && (m_isDrawnMeanwhile || m_underPanels->isDrawnMeanwhile());
     return mayTear ? Reading::torn : Reading::done;

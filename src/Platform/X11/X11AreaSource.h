@@ -63,6 +63,8 @@ private:
     bool m_isDrawnMeanwhile = false;
     /// A picture of this size has been fetched.
     bool m_hasPicture = false;
+    /// Host time: then the first one is taken, whatever is missing.
+    double m_pictureDue = 0;
     std::span<FramePatch> m_patches;
 };
 

@@ -54,7 +54,7 @@ public:
             handleEvents();
             if (m_connection.isBroken())
                 return std::unexpected(X11Connection::lostError());
-            if (left > 1 && (!isWhole || m_underPanels->isOutdated()))
+            if (left > 1 && (!isWhole || m_underPanels->mayShowPanel()))
                 continue;
             if (isWhole)
                 m_underPanels->draw(m_area, picture->bits(), picture->bytesPerLine());
@@ -90,7 +90,7 @@ private:
     }
 
     /// Seconds.
-    static constexpr double mostPatience = 1;
+    static constexpr double mostPatience = 0.7;
     /// Milliseconds.
     static constexpr int lookInterval = 10;
     static constexpr int mostReads = 10;

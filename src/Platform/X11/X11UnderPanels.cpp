@@ -27,7 +27,7 @@ constexpr double idleSeconds = 2;
 /// beside it. What is wholly hidden it may never draw.
 constexpr double compositorSeconds = 0.03;
 /// How long a program may take to draw what was covered, and what has just come.
-constexpr double patience = 0.5;
+constexpr double patience = 3;
 constexpr double newPatience = 0.15;
 constexpr int mostLooks = 5;
 constexpr int bytesPerPixel = 4;
@@ -81,6 +81,7 @@ bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, doubl
         for (X11CoveredWindow &window : m_covered)
             window.outdate();
         m_isOutdated = true;
+        m_havePanelsChanged = true;
         return isActive();
     }
     if (m_background.handles(event)) {
@@ -108,7 +109,8 @@ bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, doubl
     const auto change = m_stack.handle(event);
     if (change == X11WindowStack::Change::nothing)
         return false;
-    m_isOutdated |= change == X11WindowStack::Change::panels || isActive();
+    m_havePanelsChanged |= change == X11WindowStack::Change::panels;
+    m_isOutdated |= m_havePanelsChanged || isActive();
     // Panels that come or move are damage on the root: that wakes up.
     return change == X11WindowStack::Change::other && noteChange(hostTime);
 }
@@ -236,6 +238,7 @@ std::vector<X11UnderPanels::Layer> X11UnderPanels::layersOf(const QRegion &zone,
 void X11UnderPanels::update(double now, const std::function<void(const PixelRect &)> &stale) {
     for (int left = mostLooks; m_isOutdated && left > 0; --left) {
         m_isOutdated = false;
+        m_havePanelsChanged = false;
         m_stack.update();
         followPanels(now);
         const QRegion panelZone = zone(0);
@@ -331,7 +334,8 @@ bool X11UnderPanels::askDamage() {
     if (grabs) {
         xcb_grab_server(xcb);
         // Brings what was drawn into windows that are kept whole to the root, as any look at it does.
-        const auto look = xcb_get_image(xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, m_connection->root(), 0, 0, 1, 1, ~0u);
+        const auto look =
+            xcb_get_image(xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, m_connection->root(), 0, 0, 1, 1, ~0u);
         xcb_discard_reply(xcb, look.sequence);
     }
     for (X11CoveredWindow &window : m_covered)
@@ -339,7 +343,8 @@ bool X11UnderPanels::askDamage() {
     return grabs;
 }
 
-void X11UnderPanels::answerDamage(const QRegion &onRoot, const std::function<void(const PixelRect &)> &stale) {
+void X11UnderPanels::answerDamage(const QRegion &onRoot,
+                                  const std::function<void(const PixelRect &)> &stale) {
     const auto show = [&stale](const QRegion &region) {
         for (const QRect &part : region)
             stale(fromQt(part));
@@ -352,8 +357,8 @@ void X11UnderPanels::answerDamage(const QRegion &onRoot, const std::function<voi
         window.answerDamage(isSeen ? layer->border : 0, [&](const PixelRect &rect) {
             if (!isSeen)
                 return;
-            const QRect drawn(layer->place.x + layer->border + rect.x, layer->place.y + layer->border + rect.y,
-                              rect.width, rect.height);
+            const QRect drawn(layer->place.x + layer->border + rect.x,
+                              layer->place.y + layer->border + rect.y, rect.width, rect.height);
             m_pending += layer->seen & drawn;
             if (m_compositor.isRunning())
                 m_awaited += QRegion(drawn & toQt(m_area)) - m_composed;
@@ -383,7 +388,7 @@ bool X11UnderPanels::ask(std::span<const PixelRect> parts) {
         if (!cutOf(m_layers[i]))
             continue;
         for (const PixelRect &part : parts) {
-            for (const QRect &rect : m_layers[i].seen & toQt(part)) {
+            for (const QRect &rect : m_layers[i].seen &toQt(part)) {
                 m_pieces.push_back({i, fromQt(rect)});
                 pixels += rect.width() * rect.height();
             }
@@ -415,7 +420,7 @@ void X11UnderPanels::draw(const PixelRect &part, std::uint8_t *pixels, std::ptrd
     const auto at = [&](int x, int y) {
         return pixels + (y - part.y) * stride + std::ptrdiff_t(x - part.x) * bytesPerPixel;
     };
-    for (const QRect &rect : m_composed & toQt(part)) {
+    for (const QRect &rect : m_composed &toQt(part)) {
         for (int y = rect.top(); y <= rect.bottom(); ++y)
             std::memset(at(rect.x(), y), 0, std::size_t(rect.width()) * bytesPerPixel);
     }

@@ -26,9 +26,9 @@ namespace vantrell {
 /// thread; the connection outlives it.
 ///
 /// A picture is read in this order: `update`, pixels of the root and `ask`, their answers, the events that
-/// came with those. When `isOutdated` then, a panel may have come into the pixels: they are thrown away and
-/// read again. Only while a panel lies in the pixels that are read, others' drawing is stopped for the time of
-/// the reading (a fraction of a millisecond), so that what is under the panel and beside it is of one moment.
+/// came with those. When `mayShowPanel` then, the pixels are thrown away and read again. Only while a panel
+/// lies in the pixels that are read, others' drawing is stopped for the time of the reading (a fraction of a
+/// millisecond), so that what is under the panel and beside it is of one moment.
 class X11UnderPanels {
 public:
     /// The events that the root window must be asked for.
@@ -52,6 +52,8 @@ public:
 
     /// Windows or panels are not as they were when `update` was last called.
     bool isOutdated() const { return m_isOutdated; }
+    /// And so that a panel may be in pixels that were read since.
+    bool mayShowPanel() const { return m_havePanelsChanged; }
 
     /// Follows the windows. Shows each part that is to be read again. Round trips only after a change.
     void update(double now, const std::function<void(const PixelRect &)> &stale);
@@ -61,8 +63,8 @@ public:
     /// Where the pixels come from the windows beneath and not from the root; what is damaged there on the
     /// root is of no interest.
     const QRegion &composed() const { return m_composed; }
-    /// The part of it that cannot be read yet: programs have been asked for it and have not drawn it, or it is
-    /// part of something that a compositor has not shown beside the panels yet.
+    /// The part of it that cannot be read yet: programs have been asked for it and have not drawn it, or it
+    /// is part of something that a compositor has not shown beside the panels yet.
     QRegion held() const;
 
     /// The event that something was drawn on the root.
@@ -126,6 +128,7 @@ private:
     X11PatchReader m_reader;
     PixelRect m_area;
     bool m_isOutdated = true;
+    bool m_havePanelsChanged = true;
     bool m_knowsPanels = false;
     std::vector<PixelRect> m_panels;
     std::vector<Trace> m_traces;

@@ -225,7 +225,8 @@ void X11WindowStack::load() {
 void X11WindowStack::examine() {
     xcb_connection_t *xcb = m_connection->xcb();
     const auto isDue = [](const Window &window) { return window.isMapped && !window.isExamined; };
-    if (std::ranges::any_of(m_windows, [&](const Window &window) { return isDue(window) || window.isUnknown; }))
+    if (std::ranges::any_of(m_windows,
+                            [&](const Window &window) { return isDue(window) || window.isUnknown; }))
         findMarks();
     std::vector<Inquiry> inquiries;
     for (const Window &window : m_windows) {
