@@ -38,6 +38,8 @@ int main(int argc, char **argv) {
 
     Backdrop backdrop(parser.isSet("light"));
     backdrop.show();
+    // Also below what a window manager manages.
+    backdrop.lower();
     QCursor::setPos(0, 0);
     const QTemporaryDir folder;
     Settings settings((folder.path() + "/settings.ini").toStdString());

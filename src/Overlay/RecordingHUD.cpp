@@ -28,8 +28,8 @@ using namespace std::chrono_literals;
 constexpr int hudHeight = 48;
 constexpr int padding = 4;
 constexpr int buttonHeight = hudHeight - 2 * padding;
-/// From the display's lower edge, where nobody has put it elsewhere.
-constexpr int bottomDistance = 24;
+/// From the display's lower edge, where nobody has put it elsewhere: a line of text fits below.
+constexpr int bottomDistance = 64;
 constexpr auto deletePatience = 3s;
 
 /// Also follows the panel while it is dragged.

@@ -28,8 +28,10 @@ namespace {
 
 constexpr double symbolSize = 20;
 constexpr double gap = 8;
-constexpr double sidePadding = 12;
+constexpr double sidePadding = 11;
 constexpr double menuMark = 12;
+/// Lines of text have room of their own above and below.
+constexpr double linesOverlap = 1;
 
 } // namespace
 
@@ -220,6 +222,8 @@ void PanelButton::paintEvent(QPaintEvent *) {
     const Look colors = look(theme);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
+    // Words run as their own script does, also where the panel is turned over.
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
     if (!isEnabled())
         painter.setOpacity(0.42);
     const QRectF area(rect());
@@ -269,13 +273,13 @@ void PanelButton::paintEvent(QPaintEvent *) {
             painter.drawText(whole, align | Qt::TextSingleLine, elided(m_words, font));
         } else {
             const QFont small = secondFont();
-            const double both = metrics.height() + QFontMetricsF(small).height() - 3;
+            const double both = metrics.height() + QFontMetricsF(small).height() - linesOverlap;
             const double top = (area.height() - both) / 2;
             painter.drawText(QRectF(whole.left(), top, whole.width(), metrics.height()),
                              align | Qt::TextSingleLine, elided(m_words, font));
             painter.setPen(colors.quietInk);
             painter.setFont(small);
-            painter.drawText(QRectF(whole.left(), top + metrics.height() - 3, whole.width(),
+            painter.drawText(QRectF(whole.left(), top + metrics.height() - linesOverlap, whole.width(),
                                     QFontMetricsF(small).height()),
                              align | Qt::TextSingleLine, elided(m_secondLine, small));
         }
