@@ -27,6 +27,8 @@
 #include <chrono>
 #include <cmath>
 
+#include <xcb/xcb.h>
+
 namespace vantrell {
 
 namespace {
@@ -56,6 +58,14 @@ QMimeData *asDraggedFile(const std::filesystem::path &file) {
     auto *data = new QMimeData;
     data->setUrls({QUrl::fromEncoded("file://" + bytes.toPercentEncoding("/"))});
     return data;
+}
+
+/// The window grows upwards: until it is painted anew the server keeps what it shows at its lower edge.
+void keepLowerEdge(WId window) {
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    const std::uint32_t gravity = XCB_GRAVITY_SOUTH_EAST;
+    if (x11)
+        xcb_change_window_attributes(x11->connection(), xcb_window_t(window), XCB_CW_BIT_GRAVITY, &gravity);
 }
 
 } // namespace
@@ -138,7 +148,6 @@ void ShelfStack::matchCards(const std::vector<ShelfItem> &items) {
         if (!isIn(*entry.card, items)) {
             m_leaving.push_back(entry);
             // What leaves is no longer to be met.
-            entry.card->setEnabled(false);
             entry.card->setAttribute(Qt::WA_TransparentForMouseEvents);
         }
     }
@@ -353,6 +362,10 @@ void ShelfStack::outlineChanged() {
 bool ShelfStack::event(QEvent *event) {
     const bool isUsed = FloatingPanel::event(event);
     switch (event->type()) {
+    case QEvent::WinIdChange:
+        if (internalWinId() != 0)
+            keepLowerEdge(internalWinId());
+        break;
     case QEvent::Enter:
         attend(Reason::pointer, true);
         break;
