@@ -334,7 +334,7 @@ void ShelfCard::paintEvent(QPaintEvent *event) {
     if (hasFocus()) {
         painter.setPen(QPen(theme.focusRing, 2));
         painter.setBrush(Qt::NoBrush);
-        painter.drawPath(roundedPath(QRectF(body()).adjusted(1, 1, -1, -1), 13));
+        painter.drawPath(roundedPath(QRectF(body()).adjusted(1, 1, -1, -1), cornerRadius - 1));
     }
 }
 

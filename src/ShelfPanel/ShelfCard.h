@@ -47,6 +47,7 @@ public:
     /// dismiss button reaches over the corner.
     static constexpr int bodyWidth = 342;
     static constexpr int bodyHeight = 84;
+    static constexpr double cornerRadius = 14;
     static constexpr int overhang = 8;
     static constexpr QSize thumbnailSize{104, 64};
 

@@ -7,19 +7,17 @@
 #include "Panels/PanelMenu.h"
 #include "Panels/PanelShape.h"
 #include "Shelf/ShelfPanelFrame.h"
+#include "ShelfPanel/FileDrag.h"
 #include "ShelfPanel/ShelfAccessibility.h"
 #include "ShelfPanel/ShelfText.h"
 #include "Support/BlockingWork.h"
 
 #include <QApplication>
-#include <QDrag>
 #include <QKeyEvent>
 #include <QMenu>
-#include <QMimeData>
 #include <QPainter>
 #include <QPointer>
 #include <QScreen>
-#include <QUrl>
 #include <QWheelEvent>
 #include <QWindow>
 
@@ -27,13 +25,14 @@
 #include <chrono>
 #include <cmath>
 
+#include <xcb/xcb.h>
+
 namespace vantrell {
 
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr double cornerRadius = 14;
 constexpr int cardGap = 8;
 constexpr int pitch = ShelfCard::bodyHeight + cardGap;
 /// The panel is wider than its cards by this at the right.
@@ -50,19 +49,23 @@ bool isIn(const ShelfCard &card, const std::vector<ShelfItem> &items) {
     return std::ranges::find(items, card.id(), &ShelfItem::id) != items.end();
 }
 
-QMimeData *asDraggedFile(const std::filesystem::path &file) {
-    // By its bytes: a name need not be text.
-    const QByteArray bytes = QByteArray::fromStdString(file.string());
-    auto *data = new QMimeData;
-    data->setUrls({QUrl::fromEncoded("file://" + bytes.toPercentEncoding("/"))});
-    return data;
+QRect withShadow(const QRect &body) {
+    return body.adjusted(-panelShadowReach, -panelShadowReach, panelShadowReach, panelShadowReach);
+}
+
+/// The window grows upwards: until it is painted anew the server keeps what it shows at its lower edge.
+void keepLowerEdge(WId window) {
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    const std::uint32_t gravity = XCB_GRAVITY_SOUTH_EAST;
+    if (x11)
+        xcb_change_window_attributes(x11->connection(), xcb_window_t(window), XCB_CW_BIT_GRAVITY, &gravity);
 }
 
 } // namespace
 
 ShelfStack::ShelfStack(Host &host)
-    : FloatingPanel({.radius = cornerRadius, .isMovable = false, .drawsPanel = false}), m_host(host),
-      m_older(new PanelButton(shelfText("Older captures"), this)),
+    : FloatingPanel({.radius = ShelfCard::cornerRadius, .isMovable = false, .drawsPanel = false}),
+      m_host(host), m_keyboard(*this), m_older(new PanelButton(shelfText("Older captures"), this)),
       m_newer(new PanelButton(shelfText("Newer captures"), this)) {
     installShelfAccessibility();
     setAttribute(Qt::WA_AlwaysShowToolTips);
@@ -138,7 +141,6 @@ void ShelfStack::matchCards(const std::vector<ShelfItem> &items) {
         if (!isIn(*entry.card, items)) {
             m_leaving.push_back(entry);
             // What leaves is no longer to be met.
-            entry.card->setEnabled(false);
             entry.card->setAttribute(Qt::WA_TransparentForMouseEvents);
         }
     }
@@ -309,6 +311,7 @@ void ShelfStack::arrangeScrollButtons() {
     const int room = roomForCards();
     const int older = std::max(0, count() - room - m_newerHidden);
     const auto arrangeOne = [this](PanelButton &button, int hidden, const char *words, int y) {
+        button.setLabel(shelfText(words).arg(hidden));
         button.setWords(shelfText(words).arg(hidden));
         button.setVisible(hidden > 0);
         const QSize size = button.sizeHint();
@@ -334,7 +337,7 @@ void ShelfStack::outlineChanged() {
         if (entry.to.opacity == 0)
             continue;
         const ShelfCard &card = *entry.card;
-        region += PanelShape{size(), QRectF(bodyOf(card)), cornerRadius, scale}.region();
+        region += PanelShape{size(), QRectF(bodyOf(card)), ShelfCard::cornerRadius, scale}.region();
         if (const QRect dismiss = card.dismissButtonRect(); !dismiss.isEmpty())
             region += QRegion(inPixels(dismiss.translated(card.pos())), QRegion::Ellipse);
     }
@@ -353,6 +356,10 @@ void ShelfStack::outlineChanged() {
 bool ShelfStack::event(QEvent *event) {
     const bool isUsed = FloatingPanel::event(event);
     switch (event->type()) {
+    case QEvent::WinIdChange:
+        if (internalWinId() != 0)
+            keepLowerEdge(internalWinId());
+        break;
     case QEvent::Enter:
         attend(Reason::pointer, true);
         break;
@@ -360,9 +367,8 @@ bool ShelfStack::event(QEvent *event) {
         attend(Reason::pointer, false);
         break;
     case QEvent::WindowDeactivate:
-        // The user has turned to another window, which has the keyboard already.
-        if (std::exchange(m_keyboardLender, {}))
-            attend(Reason::keyboard, false);
+        m_keyboard.forget();
+        attend(Reason::keyboard, false);
         break;
     default:
         break;
@@ -387,59 +393,35 @@ void ShelfStack::resizeEvent(QResizeEvent *event) {
 }
 
 void ShelfStack::appearanceChanged() {
-    m_face = {};
-    outlineChanged();
-}
-
-void ShelfStack::drawFace() {
-    const double scale = devicePixelRatioF();
-    if (!m_face.isNull() && m_face.devicePixelRatio() == scale)
-        return;
-    const int margin = shadowMargin();
-    const QRectF body(margin, margin, ShelfCard::bodyWidth, ShelfCard::bodyHeight);
-    const QSize size(ShelfCard::bodyWidth + 2 * margin, ShelfCard::bodyHeight + 2 * margin);
-    m_face = PanelShape{size, body, cornerRadius, scale}.picture(theme(), isBlended());
-    if (isBlended()) {
-        m_shadow = QPixmap(m_face.size());
-        m_shadow.setDevicePixelRatio(scale);
-        m_shadow.fill(Qt::transparent);
-        QPainter shadow(&m_shadow);
-        drawShadow(shadow, size, body, cornerRadius, scale);
-        QPainterPath around;
-        around.addRect(QRectF(QPointF(0, 0), QSizeF(size)));
-        QPainter face(&m_face);
-        face.setRenderHint(QPainter::Antialiasing);
-        face.setCompositionMode(QPainter::CompositionMode_DestinationOut);
-        face.fillPath(around - roundedPath(body, cornerRadius), Qt::black);
-    }
-    // A scale of its own has a shape of its own.
+    m_face.reset();
     outlineChanged();
 }
 
 void ShelfStack::paintEvent(QPaintEvent *event) {
-    drawFace();
-    const int margin = shadowMargin();
+    if (!m_face || m_face->scale() != devicePixelRatioF()) {
+        m_face.emplace(theme(), devicePixelRatioF(), isBlended());
+        // A scale of its own has a shape of its own.
+        outlineChanged();
+    }
     std::vector<const ShelfCard *> shown;
     for (const std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
         for (const Entry &entry : *entries) {
-            if (entry.now.opacity > 0 && !entry.card->isHidden())
+            if (entry.now.opacity > 0 && !entry.card->isHidden() &&
+                event->region().intersects(withShadow(bodyOf(*entry.card))))
                 shown.push_back(entry.card);
         }
     }
     QPainter painter(this);
-    const auto drawAll = [&](const QPixmap &picture, double strength) {
-        for (const ShelfCard *card : shown) {
-            const QRect reach = bodyOf(*card).adjusted(-margin, -margin, margin, margin);
-            if (!event->region().intersects(reach))
-                continue;
-            painter.setOpacity(card->opacity() * strength);
-            painter.drawPixmap(reach.topLeft(), picture);
-        }
-    };
     // All shadows lie below all cards. Between two cards they add up.
-    if (isBlended())
-        drawAll(m_shadow, shown.size() > 1 ? 0.75 : 1);
-    drawAll(m_face, 1);
+    const double strength = m_entries.size() + m_leaving.size() > 1 ? 0.75 : 1;
+    for (const ShelfCard *card : shown) {
+        painter.setOpacity(card->opacity() * strength);
+        m_face->drawShadow(painter, bodyOf(*card).topLeft());
+    }
+    for (const ShelfCard *card : shown) {
+        painter.setOpacity(card->opacity());
+        m_face->drawGround(painter, bodyOf(*card).topLeft());
+    }
     painter.setOpacity(1);
     painter.setRenderHint(QPainter::Antialiasing);
     QColor ground = theme().panel;
@@ -523,21 +505,15 @@ void ShelfStack::focusCard(int index) {
 void ShelfStack::takeKeyboard() {
     if (m_entries.empty() || !isVisible())
         return;
-    if (!m_keyboardLender) {
-        m_keyboardLender = DesktopLink::instance().focusedWindow();
-        windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, false);
-        DesktopLink::instance().focus(DesktopLink::WindowId(winId()));
-        attend(Reason::keyboard, true);
-    }
+    m_keyboard.take();
+    attend(Reason::keyboard, true);
     focusCard(count() - 1);
 }
 
 void ShelfStack::giveKeyboardBack() {
-    const auto lender = std::exchange(m_keyboardLender, {});
-    if (!lender)
+    if (!m_keyboard.isTaken())
         return;
-    DesktopLink::instance().focus(*lender);
-    windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, true);
+    m_keyboard.giveBack();
     attend(Reason::keyboard, false);
 }
 
@@ -554,19 +530,9 @@ void ShelfStack::dragOut(const QUuid &id) {
     const auto entry = std::ranges::find(m_entries, id, [](const Entry &e) { return e.card->id(); });
     if (!file || entry == m_entries.end() || !(QGuiApplication::mouseButtons() & Qt::LeftButton))
         return;
-    // Not the stack's own: it may go while something is dragged.
-    auto *drag = new QDrag(qApp);
-    drag->setMimeData(asDraggedFile(*file));
-    if (const QImage &image = entry->card->thumbnail(); !image.isNull()) {
-        QPixmap picture = QPixmap::fromImage(image);
-        picture.setDevicePixelRatio(double(image.width()) / ShelfCard::thumbnailSize.width());
-        drag->setPixmap(picture);
-        drag->setHotSpot({ShelfCard::thumbnailSize.width() / 2, ShelfCard::thumbnailSize.height() / 2});
-    }
     attend(Reason::drag, true);
     const QPointer<ShelfStack> self(this);
-    // Never moved: the upload needs the file where it is.
-    drag->exec(Qt::CopyAction);
+    dragFile(*file, entry->card->thumbnail(), ShelfCard::thumbnailSize);
     if (self)
         attend(Reason::drag, false);
 }

@@ -4,11 +4,12 @@
 #pragma once
 
 #include "Panels/FloatingPanel.h"
+#include "ShelfPanel/CardFace.h"
 #include "ShelfPanel/CardThumbnail.h"
+#include "ShelfPanel/KeyboardLoan.h"
 #include "ShelfPanel/ShelfCard.h"
 #include "Support/TaskScope.h"
 
-#include <QPixmap>
 #include <QPointer>
 #include <QScreen>
 #include <QTimer>
@@ -105,7 +106,6 @@ private:
     void placeAll();
     void fitWindow();
     void arrangeScrollButtons();
-    void drawFace();
     QRect bodyOf(const ShelfCard &card) const;
 
     void scrollBy(int cards);
@@ -126,11 +126,8 @@ private:
     int m_wheelTurn = 0;
     QPointer<QScreen> m_screen;
     std::set<Reason> m_reasons;
-    /// Who had the keyboard before; none while we have not taken it.
-    std::optional<DesktopLink::WindowId> m_keyboardLender;
-    /// A card's ground, and the shadow that it casts.
-    QPixmap m_face;
-    QPixmap m_shadow;
+    KeyboardLoan m_keyboard;
+    std::optional<CardFace> m_face;
     QTimer m_progressTimer;
     bool m_hasProgress = false;
     QVariantAnimation m_motion;
