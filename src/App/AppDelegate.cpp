@@ -41,6 +41,13 @@ bool isUploading(const ShelfItem &item) {
     return std::holds_alternative<ShelfItem::Uploading>(item.status);
 }
 
+Ask askThrough(UserInterface &ui) {
+    return [&ui](std::string message, std::string informative, std::vector<std::string> buttons,
+                 std::stop_token stop) {
+        return ui.ask(std::move(message), std::move(informative), std::move(buttons), stop);
+    };
+}
+
 /// What is on its way already, as the program found it.
 std::set<std::filesystem::path> filesIn(const UploadJournal &journal) {
     std::set<std::filesystem::path> files;
@@ -58,17 +65,21 @@ AppDelegate::AppDelegate(Services services)
                    m_handover, services.uploads.shelf(), services.clock}),
       m_hotKeys(*services.desktop.hotKeys),
       m_screenPermission(*services.desktop.screenAccess, services.settings.store(), services.clock,
-                         [this](std::string message, std::string informative,
-                                std::vector<std::string> buttons, std::stop_token stop) {
-                             return m_services.ui.ask(std::move(message), std::move(informative),
-                                                      std::move(buttons), stop);
-                         },
-                         {[] { return relaunch(runningExecutable()); }, {}}),
-      m_updater(services.session.http(), services.clock) {}
+                         askThrough(services.ui), {[] { return relaunch(runningExecutable()); }, {}}),
+      m_updater(updaterOptions(), services.session.http(), services.clock, askThrough(services.ui)) {}
 
 AppDelegate::~AppDelegate() {
     Analytics::shared().stop();
     m_services.uploads.onEnd = nullptr;
+}
+
+Updater::Options AppDelegate::updaterOptions() {
+    Updater::Options options = Updater::Options::builtIn();
+    options.isBusy = [this] {
+        return m_recording.isRecording() || m_recording.isStartingRecording() ||
+               m_recording.isFinalizingRecording();
+    };
+    return options;
 }
 
 void AppDelegate::completeLaunch() {
@@ -123,9 +134,7 @@ void AppDelegate::wire() {
     m_recording.onStartCancelled = [this] { showCaptureUI(std::nullopt); };
     m_updater.onUpdateFound = [this](const std::string &version) { setAvailableUpdate(version); };
     m_updater.onSessionFinished = [this] { setAvailableUpdate(std::nullopt); };
-    m_updater.mayRestart = [this] {
-        return !m_recording.isRecording() && !m_recording.isFinalizingRecording();
-    };
+    m_updater.onChange = [this] { rebuildMenu(); };
 
     m_observations.push_back(shelf.observe([this] { shelfChanged(); }));
     m_observations.push_back(m_account.observe([this] {

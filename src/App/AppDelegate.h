@@ -85,6 +85,7 @@ public:
     }
 
 private:
+    Updater::Options updaterOptions();
     void wire();
     void installRecordingLifecycleObservers();
     void sessionEvent(SessionMonitor::Event event);
