@@ -112,6 +112,7 @@ void AppDelegate::completeLaunch() {
 void AppDelegate::wire() {
     UserInterface &ui = m_services.ui;
     ui.onMenu = [this](const MenuEntry &entry) { menuAction(entry); };
+    ui.onToolWanted = [this](ToolMode tool) { showCaptureUI(tool); };
     ui.onStatusClick = [this] { m_recording.stopRecording(); };
     ui.onTrayChange = [this] {
         noteWithoutTray();

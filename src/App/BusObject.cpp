@@ -199,6 +199,8 @@ bool BusObject::activateAction(const QString &action) {
         m_delegate->togglePause();
     else if (action == QLatin1String("stop"))
         m_delegate->stopRecording();
+    else if (action == QLatin1String("shelf"))
+        m_ui->focusShelf();
     else if (action == QLatin1String("quit"))
         m_delegate->terminate();
     else

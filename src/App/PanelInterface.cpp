@@ -12,8 +12,8 @@
 namespace vantrell {
 
 PanelInterface::PanelInterface(Services services)
-    : m_services(services),
-      m_shelfPanel({services.shelf, *services.platform.capture, *services.desktop.files}) {
+    : m_services(services), m_shelfPanel({services.shelf, *services.platform.capture, *services.desktop.files,
+                                          services.platform.stills.get(), &services.clock}) {
     m_statusItem.onMenu = [this](const MenuEntry &entry) {
         if (onMenu)
             onMenu(entry);
@@ -57,7 +57,19 @@ void PanelInterface::beginSelection(ToolMode tool,
                                     std::function<void(SelectionOutcome, ToolMode)> completion) {
     m_overlay = std::make_unique<SelectionOverlayController>(SelectionOverlayController::Services{
         *m_services.platform.capture, *m_services.platform.stills, m_services.settings.store()});
-    m_overlay->onToolWanted = [this](ToolMode wanted) { m_overlay->setTool(wanted); };
+    m_overlay->onToolWanted = [this](ToolMode wanted) {
+        if (onToolWanted)
+            onToolWanted(wanted);
+    };
+    m_overlay->onBarWanted = [this] {
+        if (m_captureBar)
+            m_captureBar->takeKeyboard();
+    };
+    m_overlay->onShown = [this] {
+        if (m_captureBar && m_captureBar->isVisible())
+            m_captureBar->raise();
+    };
+    m_overlay->barFrame = [this] { return m_captureBar ? m_captureBar->frame() : QRect(); };
     m_overlay->begin(
         tool, [this] { return m_captureBar && m_captureBar->isCursorOverBar(); },
         [this, completion = std::move(completion)](SelectionOutcome outcome, ToolMode used) {

@@ -52,6 +52,7 @@ public:
     void showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) override;
     void hideHUD() override;
     void showShelf(bool visible) override { m_shelfPanel.setVisible(visible); }
+    void focusShelf() override { m_shelfPanel.takeKeyboard(); }
     bool isShelfVisible() const override { return m_shelfPanel.isVisible(); }
     Task<int> ask(std::string message, std::string informative, std::vector<std::string> buttons,
                   std::stop_token stop) override;

@@ -54,6 +54,8 @@ public:
     virtual void hideHUD() = 0;
 
     virtual void showShelf(bool visible) = 0;
+    /// The keyboard works the shelf's cards.
+    virtual void focusShelf() = 0;
     /// Somebody can see a card.
     virtual bool isShelfVisible() const = 0;
 
@@ -68,6 +70,8 @@ public:
 
     /// The user chose an entry of a menu.
     std::function<void(const MenuEntry &)> onMenu;
+    /// The user asked for another tool with a key, in the middle of a selection.
+    std::function<void(ToolMode)> onToolWanted;
     /// A left click on the icon while recording.
     std::function<void()> onStatusClick;
     /// A tray came or went.
