@@ -12,6 +12,7 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusReply>
+#include <QDBusServiceWatcher>
 
 #include <climits>
 
@@ -58,6 +59,15 @@ bool RunningApplication::isThere() {
         return false;
     const QDBusReply<bool> reply = bus.interface()->isServiceRegistered(busName());
     return reply.isValid() && reply.value();
+}
+
+Task<bool> RunningApplication::arrival(std::stop_token stop) {
+    const OneShot<bool> arrived;
+    const QDBusServiceWatcher watcher(busName(), QDBusConnection::sessionBus(),
+                                      QDBusServiceWatcher::WatchForRegistration);
+    QObject::connect(&watcher, &QDBusServiceWatcher::serviceRegistered, &watcher,
+                     [arrived] { arrived.resolve(true); });
+    co_return (co_await arrived.wait(stop)).has_value();
 }
 
 Task<RunningApplication::Answer> RunningApplication::call(std::string method, QVariantList arguments,

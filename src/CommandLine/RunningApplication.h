@@ -14,8 +14,6 @@
 #include <stop_token>
 #include <string>
 
-class QDBusServiceWatcher;
-
 namespace vantrell {
 
 /// The application that runs in this session, spoken to over the session bus. Main thread.
@@ -38,6 +36,9 @@ public:
 
     /// Whether one runs now. Without a bus none does.
     static bool isThere();
+
+    /// Waits until one comes; false when the stop is requested before.
+    static Task<bool> arrival(std::stop_token stop);
 
     /// Waits for as long as the method takes, which may be an upload's time. One that is only just starting
     /// is asked again until it has started.

@@ -36,6 +36,8 @@ private:
     /// The account's connection and the journal, or how the command ends.
     Task<std::expected<void, ExitCode>> begin();
     Task<ExitCode> finish(std::set<QUuid> entries, std::stop_token stop);
+    /// An application that is started uploads from then on.
+    Task<> yieldToApplication(std::stop_token stop);
     void onSignal() {
         if (m_run)
             m_run->interrupt();
@@ -61,6 +63,7 @@ private:
     std::stop_source m_starting;
     UnixSignals m_signals;
     ExitCode m_worst = ExitCode::success;
+    bool m_isYielding = false;
     /// What `upload` was given; what else arrives meanwhile is not reported.
     std::set<QUuid> m_asked;
     std::unique_ptr<ServiceSession> m_session;
@@ -192,11 +195,31 @@ Task<ExitCode> UploadCommand::resume(std::stop_token stop) {
 }
 
 Task<ExitCode> UploadCommand::finish(std::set<QUuid> entries, std::stop_token stop) {
-    const bool haveEnded = co_await m_run->finish(std::move(entries), stop);
+    TaskScope watch;
+    watch.start(this, &UploadCommand::yieldToApplication);
+    const bool haveEnded = co_await m_run->finish(entries, stop);
+    watch.cancel();
     m_progress->clear();
-    if (!haveEnded)
+    if (haveEnded)
+        co_return m_worst;
+    if (!m_isYielding)
         co_return fail(uploadInterrupted);
-    co_return m_worst;
+    std::vector<std::string> ids;
+    for (const QUuid &id : entries)
+        if (!m_run->endOf(id))
+            ids.push_back(id.toString(QUuid::WithoutBraces).toStdString());
+    // The application waits for the journal.
+    m_progress.reset();
+    m_run.reset();
+    ApplicationUploads uploads(m_context.clock);
+    co_return co_await awaitInApplication(&uploads, std::move(ids), stop);
+}
+
+Task<> UploadCommand::yieldToApplication(std::stop_token stop) {
+    if (!co_await RunningApplication::arrival(stop))
+        co_return;
+    m_isYielding = true;
+    m_run->interrupt();
 }
 
 void UploadCommand::report(const UploadEnd &end) {

@@ -208,6 +208,21 @@ TEST_F(ApplicationTest, uploadsForTheCommandsThatRunBesideIt) {
     quit();
 }
 
+TEST_F(ApplicationTest, takesOverWhatACommandUploads) {
+    const auto file = app.folder() / "large.png";
+    writeTestFile(file, 2'000'000, 3);
+    service.fault("PUT", "/storage", {{"stallAfterBytes", 100'000}});
+    CaptureProgram command(app);
+    command.start({"upload", file, "--json"});
+    ASSERT_TRUE(eventually([this] { return !service.requests("/storage").empty(); }));
+    launch();
+    const auto uploaded = command.finish();
+    EXPECT_EQ(uploaded.exitCode, 0) << uploaded.errors;
+    EXPECT_THAT(uploaded.output, HasSubstr("assetId"));
+    expectArrived(1);
+    quit();
+}
+
 TEST_F(ApplicationTest, keepsWhatIsRecordedWithoutAnAccount) {
     app.set("VANTRELL_API_KEY", "");
     launch();
