@@ -24,15 +24,6 @@ struct Hud {
     RecordingHUD hud;
 };
 
-PanelButton *control(const QString &name) {
-    for (QWidget *widget : QApplication::allWidgets()) {
-        auto *button = dynamic_cast<PanelButton *>(widget);
-        if (button && button->isVisible() && button->accessibleName() == name)
-            return button;
-    }
-    return nullptr;
-}
-
 } // namespace
 
 std::vector<Scene> hudScenes(StillCapture &stills, Settings &settings, Clock &clock) {
@@ -47,10 +38,10 @@ std::vector<Scene> hudScenes(StillCapture &stills, Settings &settings, Clock &cl
         scene("running", true, [](Hud &) {}),
         scene("near-limit", false, [](Hud &hud) { hud.state->elapsedSeconds = 1152; }),
         scene("paused", true, [](Hud &hud) { hud.state->isPaused = true; }),
-        scene("delete-asked", true, [](Hud &) { control("Delete")->click(); }),
+        scene("delete-asked", true, [](Hud &) { controlNamed("Delete")->click(); }),
         scene("tip", true,
               [](Hud &) {
-                  PanelButton *stop = control("Stop");
+                  PanelButton *stop = controlNamed("Stop");
                   QHelpEvent pointedAt(QEvent::ToolTip, stop->rect().center(), QPoint());
                   QCoreApplication::sendEvent(stop, &pointedAt);
               }),

@@ -27,10 +27,10 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int hudHeight = 48;
-constexpr int padding = 4;
-constexpr int buttonHeight = hudHeight - 2 * padding;
+constexpr int hudPadding = 4;
+constexpr int hudButtonHeight = hudHeight - 2 * hudPadding;
 /// From the display's lower edge, where nobody has put it elsewhere: a line of text fits below.
-constexpr int bottomDistance = 64;
+constexpr int hudDistance = 64;
 constexpr auto deletePatience = 3s;
 
 /// Also follows the panel while it is dragged.
@@ -76,7 +76,7 @@ public:
         window->setWindowTitle(tr("Recording"));
         window->setAccessibleName(window->windowTitle());
         auto *row = new QHBoxLayout(window);
-        const int margin = window->shadowMargin() + padding;
+        const int margin = window->shadowMargin() + hudPadding;
         row->setContentsMargins(margin, margin, margin, margin);
         row->setSpacing(2);
         row->setSizeConstraint(QLayout::SetFixedSize);
@@ -112,8 +112,8 @@ public:
     }
 
     static void dress(PanelButton &button) {
-        button.setHeight(buttonHeight);
-        button.setRadius(buttonHeight / 2.0);
+        button.setHeight(hudButtonHeight);
+        button.setRadius(hudButtonHeight / 2.0);
     }
 
     /// The last thing that a handler does: the panel may be gone afterwards.
@@ -191,7 +191,7 @@ public:
         const QRect room = screen->availableGeometry();
         const QSize size = window->panelRect().size();
         const QPoint first(room.center().x() - size.width() / 2,
-                           room.bottom() + 1 - bottomDistance - size.height());
+                           room.bottom() + 1 - hudDistance - size.height());
         window->placePanel(placement.restore(*screen, size).value_or(first));
         window->showPanel();
         placePill();

@@ -6,9 +6,11 @@
 #include "Panels/FloatingPanel.h"
 #include "Support/Geometry.h"
 
+#include <QApplication>
 #include <QScreen>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <vector>
 
@@ -27,18 +29,32 @@ constexpr int calmLooks = 6;
 constexpr double turnsLight = 0.66;
 constexpr double turnsDark = 0.5;
 
-/// The strips above and below the panel where its shadow has all but ended, in the desktop's pixels.
+/// Another panel of ours lies there: it is not the backdrop.
+bool isOurs(const QRect &strip, const FloatingPanel &panel) {
+    return std::ranges::any_of(QApplication::topLevelWidgets(), [&](const QWidget *window) {
+        const auto *other = dynamic_cast<const FloatingPanel *>(window);
+        return other && other != &panel && other->isVisible() && other->panelFrame().intersects(strip);
+    });
+}
+
+/// Two strips where the panel's shadow has all but ended, in the desktop's pixels: above and below it, beside
+/// it where those cannot be seen.
 std::vector<PixelRect> stripsAround(const FloatingPanel &panel) {
     constexpr int from = 18;
-    constexpr int height = 12;
+    constexpr int depth = 12;
+    constexpr std::size_t enough = 2;
     const QScreen *screen = panel.screen();
     const QRect room = screen->geometry();
     const QRect frame = panel.panelFrame();
     const double scale = screen->devicePixelRatio();
+    const std::array<QRect, 4> places{QRect(frame.left(), frame.top() - from - depth, frame.width(), depth),
+                                      QRect(frame.left(), frame.bottom() + 1 + from, frame.width(), depth),
+                                      QRect(frame.left() - from - depth, frame.top(), depth, frame.height()),
+                                      QRect(frame.right() + 1 + from, frame.top(), depth, frame.height())};
     std::vector<PixelRect> strips;
-    for (const int top : {frame.top() - from - height, frame.bottom() + 1 + from}) {
-        const QRect strip = QRect(frame.left(), top, frame.width(), height) & room;
-        if (strip.isEmpty())
+    for (const QRect &place : places) {
+        const QRect strip = place & room;
+        if (strips.size() == enough || strip.isEmpty() || isOurs(strip, panel))
             continue;
         const QPoint inside = strip.topLeft() - room.topLeft();
         PixelRect pixels = toPixels(

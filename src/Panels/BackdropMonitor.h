@@ -16,7 +16,7 @@ namespace vantrell {
 
 class FloatingPanel;
 
-/// Tells whether the screen behind a panel is light: looks at the strips right above and below it while
+/// Tells whether the screen behind a panel is light: looks at strips right above and below it while
 /// the panel is shown, twice a second at most, less often where nothing changes. Where the screen cannot be
 /// read it stays as it is. Main thread.
 class BackdropMonitor {

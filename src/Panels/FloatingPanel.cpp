@@ -32,6 +32,16 @@ FloatingPanel::FloatingPanel(Options options)
     // Panels are never the active window.
     setAttribute(Qt::WA_AlwaysShowToolTips);
     setFocusPolicy(Qt::NoFocus);
+
+    const auto follow = [this](QScreen *screen) {
+        QObject::connect(screen, &QScreen::availableGeometryChanged, this, [this] { stayOnScreen(); });
+    };
+    for (QScreen *screen : QGuiApplication::screens())
+        follow(screen);
+    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, this, follow);
+    // When the windows that were on it have been told.
+    QObject::connect(
+        qGuiApp, &QGuiApplication::screenRemoved, this, [this] { stayOnScreen(); }, Qt::QueuedConnection);
 }
 
 FloatingPanel::~FloatingPanel() = default;
@@ -127,6 +137,10 @@ void FloatingPanel::resizeEvent(QResizeEvent *event) {
     m_picture = {};
     shapeWindow();
     // What has grown must not reach beyond the screen.
+    stayOnScreen();
+}
+
+void FloatingPanel::stayOnScreen() {
     if (isVisible() && !m_drag)
         placePanel(panelFrame().topLeft());
 }

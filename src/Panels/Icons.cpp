@@ -11,7 +11,6 @@
 #include <cmath>
 #include <map>
 #include <tuple>
-#include <utility>
 
 namespace vantrell {
 
@@ -114,7 +113,7 @@ QPixmap rendered(Symbol symbol, const QColor &color, double points, double scale
 
 class SymbolEngine final : public QIconEngine {
 public:
-    SymbolEngine(Symbol symbol, QColor color) : m_symbol(symbol), m_color(std::move(color)) {}
+    SymbolEngine(Symbol symbol, const QColor &color) : m_symbol(symbol), m_color(color) {}
 
     void paint(QPainter *painter, const QRect &rect, QIcon::Mode mode, QIcon::State) override {
         const double scale = painter->device() ? painter->device()->devicePixelRatio() : 1;

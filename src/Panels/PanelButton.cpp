@@ -24,7 +24,7 @@ namespace vantrell {
 namespace {
 
 constexpr double symbolSize = 20;
-constexpr double gap = 8;
+constexpr double symbolGap = 8;
 constexpr double sidePadding = 11;
 constexpr double menuMark = 12;
 /// Lines of text have room of their own above and below.
@@ -186,7 +186,7 @@ QSize PanelButton::sizeHint() const {
     if (m_symbol)
         width += symbolSize;
     if (!m_words.isEmpty())
-        width += textWidth() + (m_symbol ? gap : 0);
+        width += textWidth() + (m_symbol ? symbolGap : 0);
     if (m_menuMaker && !m_words.isEmpty())
         width += menuMark + 4;
     return {std::max(m_height, int(std::ceil(width))), m_height};
@@ -259,7 +259,7 @@ void PanelButton::paintEvent(QPaintEvent *) {
         const QRectF place = placed({x, (area.height() - symbolSize) / 2, symbolSize, symbolSize});
         painter.drawPixmap(place.topLeft(),
                            symbolPixmap(*m_symbol, colors.ink, symbolSize, devicePixelRatioF()));
-        x += symbolSize + gap;
+        x += symbolSize + symbolGap;
     }
     if (hasWords) {
         const double width = textWidth();

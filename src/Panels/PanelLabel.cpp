@@ -16,8 +16,8 @@
 
 namespace vantrell {
 
-PanelLabel::PanelLabel(QFont font, Ink ink, QWidget *parent)
-    : QWidget(parent), m_font(std::move(font)), m_ink(std::move(ink)) {
+PanelLabel::PanelLabel(const QFont &font, Ink ink, QWidget *parent)
+    : QWidget(parent), m_font(font), m_ink(std::move(ink)) {
     installPanelAccessibility();
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);

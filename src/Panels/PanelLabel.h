@@ -21,7 +21,7 @@ public:
     using Ink = std::function<QColor(const Theme &)>;
 
     /// `ink` picks the colour of the theme; the text's without one.
-    explicit PanelLabel(QFont font, Ink ink = {}, QWidget *parent = nullptr);
+    explicit PanelLabel(const QFont &font, Ink ink = {}, QWidget *parent = nullptr);
 
     void setText(const QString &text);
     const QString &text() const { return m_text; }

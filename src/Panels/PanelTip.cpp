@@ -13,17 +13,17 @@ namespace vantrell {
 
 namespace {
 
-QPointer<PillPanel> tip;
-QPointer<const QWidget> owner;
+QPointer<PillPanel> shownTip;
+QPointer<const QWidget> tipOwner;
 
 void showTip(const QWidget &widget) {
-    if (!tip) {
-        tip = new PillPanel;
-        QObject::connect(qApp, &QCoreApplication::aboutToQuit, tip, [] { delete tip; });
+    if (!shownTip) {
+        shownTip = new PillPanel;
+        QObject::connect(qApp, &QCoreApplication::aboutToQuit, shownTip, [] { delete shownTip; });
     }
-    owner = &widget;
-    tip->setOnLightBackdrop(Theme::of(widget).isLight);
-    tip->setText(widget.toolTip());
+    tipOwner = &widget;
+    shownTip->setOnLightBackdrop(Theme::of(widget).isLight);
+    shownTip->setText(widget.toolTip());
     // Clear of the whole panel, above or below the control.
     const QWidget *window = widget.window();
     const auto *panel = dynamic_cast<const FloatingPanel *>(window);
@@ -31,7 +31,7 @@ void showTip(const QWidget &widget) {
     const QRect control(widget.mapToGlobal(QPoint(0, 0)), widget.size());
     frame.setLeft(control.left());
     frame.setRight(control.right());
-    tip->showAbove(frame);
+    shownTip->showAbove(frame);
 }
 
 } // namespace
@@ -49,8 +49,8 @@ bool handleTipEvent(QWidget &widget, const QEvent &event) {
     case QEvent::Wheel:
     case QEvent::Hide:
     case QEvent::Move:
-        if (tip && owner == &widget)
-            tip->hide();
+        if (shownTip && tipOwner == &widget)
+            shownTip->hide();
         return false;
     default:
         return false;
@@ -58,7 +58,7 @@ bool handleTipEvent(QWidget &widget, const QEvent &event) {
 }
 
 void updateTip(const QWidget &widget) {
-    if (tip && tip->isVisible() && owner == &widget)
+    if (shownTip && shownTip->isVisible() && tipOwner == &widget)
         showTip(widget);
 }
 
