@@ -189,8 +189,9 @@ QImage OverlayCanvas::pixels(const QRect &part) const {
 }
 
 void OverlayCanvas::paint(const QRegion &part, const OverlayScene &scene, double scale) {
+    const QRegion chrome = scene.chromePixels(scale);
     for (const QRect &rect : part &QRect(0, 0, m_display.width, m_display.height))
-        paintRect(rect, scene, scale);
+        paintRect(rect, chrome & rect, scene, scale);
     xcb_flush(m_server->connection);
 }
 

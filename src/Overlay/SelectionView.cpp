@@ -350,6 +350,8 @@ void SelectionView::mousePressEvent(QMouseEvent *event) {
         return;
     }
     m_area.press(m_mouse);
+    // What lies below may have changed since the last drag.
+    m_loupePicture = {};
     placeButtons();
     if (onSelectionBegan)
         onSelectionBegan();
