@@ -1,27 +1,69 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
+#include "App/Application.h"
 #include "App/PlatformLoader.h"
 #include "Auth/KeyProvider.h"
 #include "CommandLine/Arguments.h"
 #include "CommandLine/Run.h"
+#include "CommandLine/UnixSignals.h"
 #include "Media/Libav/FFmpegLog.h"
 #include "Support/Log.h"
 #include "Support/SystemClock.h"
 #include "Support/TaskScope.h"
 
-#include <QCoreApplication>
+#include <QApplication>
+
+#include <csignal>
 
 using namespace vantrell;
+
+namespace {
+
+bool hasDesktop() {
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") ||
+           !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+}
+
+/// The application: lives until it is asked to end.
+int runApplication(int argc, char **argv, std::optional<std::string> environmentKey) {
+    if (!hasDesktop()) {
+        std::fputs("There is no desktop to run on\nTry vantrell-capture --help\n", stderr);
+        return int(ExitCode::failed);
+    }
+    static constexpr std::initializer_list<int> ends{SIGINT, SIGTERM, SIGHUP};
+    UnixSignals::block(ends);
+    QApplication qt(argc, argv);
+    QApplication::setApplicationName("vantrell-capture");
+    QApplication::setDesktopFileName("app.vantrell.Capture");
+    SystemClock clock;
+    std::optional<int> ended;
+    {
+        Application application(std::move(environmentKey), clock);
+        const UnixSignals signals(ends, [&](int) { application.terminate(); });
+        // The session's end: what is being recorded is saved while the session waits.
+        QObject::connect(&qt, &QGuiApplication::commitDataRequest, &qt,
+                         [&](QSessionManager &) { application.terminate(); });
+        TaskScope scope;
+        scope.start(
+            [](Application *running, std::optional<int> *end, std::stop_token stop) -> Task<> {
+                *end = co_await running->run(stop);
+                QCoreApplication::quit();
+            },
+            &application, &ended);
+        if (!ended)
+            QCoreApplication::exec();
+    }
+    return ended.value_or(int(ExitCode::failed));
+}
+
+} // namespace
 
 int main(int argc, char **argv) {
     // First of all, while there is one thread: the key leaves the environment.
     std::optional<std::string> environmentKey = KeyProvider::takeFromEnvironment();
     installLogging();
     installFFmpegLog();
-    QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName("vantrell-capture");
-
     const auto arguments = parseArguments({argv + 1, argv + argc});
     if (!arguments) {
         const std::string sentence = arguments.error().sentence + "\nTry vantrell-capture --help";
@@ -29,6 +71,10 @@ int main(int argc, char **argv) {
         return int(ExitCode::wrongUsage);
     }
 
+    if (std::holds_alternative<ApplicationArguments>(arguments->command))
+        return runApplication(argc, argv, std::move(environmentKey));
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName("vantrell-capture");
     Reporter reporter(arguments->json);
     SystemClock clock;
     const CommandContext context{reporter, clock, std::move(environmentKey), loadPlatform};

@@ -12,6 +12,7 @@
 #include <fstream>
 #include <vector>
 
+#include <poll.h>
 #include <sys/mman.h>
 #include <time.h>
 #include <unistd.h>
@@ -23,6 +24,9 @@ namespace vantrell::bench {
 
 namespace {
 
+/// Milliseconds.
+constexpr int repaintInterval = 10;
+
 /// A full-screen window that a picture in shared memory is put on.
 class Screen {
 public:
@@ -31,10 +35,10 @@ public:
         m_root = screen->root;
         m_size = {screen->width_in_pixels, screen->height_in_pixels};
         m_window = xcb_generate_id(m_xcb);
-        const std::uint32_t overrideRedirect = 1;
+        const std::uint32_t values[] = {1, XCB_EVENT_MASK_EXPOSURE};
         xcb_create_window(m_xcb, XCB_COPY_FROM_PARENT, m_window, m_root, 0, 0, screen->width_in_pixels,
                           screen->height_in_pixels, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
-                          XCB_CW_OVERRIDE_REDIRECT, &overrideRedirect);
+                          XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
         m_context = xcb_generate_id(m_xcb);
         xcb_create_gc(m_xcb, m_context, m_window, 0, nullptr);
         const int fd = ::memfd_create("scene", MFD_CLOEXEC);
@@ -57,6 +61,17 @@ public:
     void put(const std::vector<PixelRect> &rects) {
         for (const PixelRect &rect : rects)
             put(m_window, rect, rect.x, rect.y);
+    }
+    /// Puts again what the display has lost, as programs do when something was over their window.
+    void repaint() {
+        while (xcb_generic_event_t *event = xcb_poll_for_event(m_xcb)) {
+            if ((event->response_type & 0x7f) == XCB_EXPOSE) {
+                const auto &lost = *reinterpret_cast<xcb_expose_event_t *>(event);
+                put({{lost.x, lost.y, lost.width, lost.height}});
+            }
+            std::free(event);
+        }
+        sync();
     }
     /// Brings a picture to the display, for `putPart`.
     void upload(const Picture &wall) {
@@ -144,6 +159,8 @@ int paintScene(const std::string &name, double seconds, const std::filesystem::p
     std::ofstream(log.string() + ".ready").put('\n');
 
     char byte = 0;
+    for (pollfd start{STDIN_FILENO, POLLIN, 0}; ::poll(&start, 1, repaintInterval) == 0;)
+        screen.repaint();
     if (::read(STDIN_FILENO, &byte, 1) != 1)
         return 1;
     struct Shown {

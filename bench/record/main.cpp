@@ -3,6 +3,7 @@
 
 #include "Measure.h"
 #include "OwnRecorder.h"
+#include "PanelWindow.h"
 #include "ProcessTree.h"
 #include "Recorder.h"
 #include "Scene.h"
@@ -19,6 +20,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <thread>
@@ -34,6 +36,9 @@ namespace vantrell::bench {
 
 namespace {
 
+/// Our recorder with a panel in its picture.
+constexpr const char *underPanel = "panel";
+
 struct Options {
     double seconds = 10;
     int repeat = 3;
@@ -42,6 +47,8 @@ struct Options {
     std::vector<std::string> recorders{"ours", "ffmpeg", "ssr"};
     /// A compositing manager runs as well.
     bool compositor = false;
+    /// Our recorder once more with a panel of the application in the picture.
+    bool panel = false;
     std::string keep;
 };
 
@@ -54,30 +61,32 @@ struct Run {
     MovieFigures movie;
 };
 
-/// The scene's process, told what to do through a pipe.
-class Painter {
+/// This program in another role, told what to do through a pipe.
+class Helper {
 public:
-    Painter(const std::string &scene, double seconds, const std::filesystem::path &log) : m_log(log) {
+    Helper(const std::vector<std::string> &arguments, const std::filesystem::path &log) : m_log(log) {
         for (const char *end : {"", ".ready", ".done"})
             std::filesystem::remove(log.string() + end);
         int ends[2];
         if (::pipe2(ends, O_CLOEXEC) != 0)
             std::abort();
         const std::string self = std::filesystem::read_symlink("/proc/self/exe");
-        const std::string length = std::to_string(seconds);
+        std::vector<char *> command{const_cast<char *>(self.c_str())};
+        for (const std::string &argument : arguments)
+            command.push_back(const_cast<char *>(argument.c_str()));
+        command.push_back(nullptr);
         m_pid = ::fork();
         if (m_pid == 0) {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
             ::dup2(ends[0], STDIN_FILENO);
-            ::execl(self.c_str(), self.c_str(), "--paint", scene.c_str(), length.c_str(), log.c_str(),
-                    nullptr);
+            ::execv(self.c_str(), command.data());
             ::_exit(127);
         }
         ::close(ends[0]);
         m_input = ends[1];
         waitFor(".ready");
     }
-    ~Painter() {
+    ~Helper() {
         ::close(m_input);
         ::waitpid(m_pid, nullptr, 0);
     }
@@ -108,8 +117,14 @@ private:
 
 Run runOnce(const Options &options, const std::string &recorderName, const std::string &scene,
             const std::filesystem::path &folder) {
-    Painter painter(scene, options.seconds, folder / "shown.txt");
-    const auto recorder = Recorder::start(recorderName, folder, options.screen, scene == "pointer");
+    const std::filesystem::path log = folder / "shown.txt";
+    Helper painter({"--paint", scene, std::to_string(options.seconds), log}, log);
+    std::optional<Helper> panel;
+    const bool hasPanel = recorderName == underPanel;
+    if (hasPanel)
+        panel.emplace(std::vector<std::string>{"--panel-window", folder / "panel"}, folder / "panel");
+    const auto recorder =
+        Recorder::start(hasPanel ? "ours" : recorderName, folder, options.screen, scene == "pointer");
     std::this_thread::sleep_for(recorderName == "ssr" ? 3s : 1500ms);
 
     Run run;
@@ -165,6 +180,8 @@ void print(const std::string &scene, const std::map<std::string, Run> &results) 
                     scene.c_str(), name.c_str(), run.cpu * 100, run.movie.capturedShare * 100, run.movie.ssim,
                     run.movie.megabytes, run.movie.timeError95, run.movie.driftPpm,
                     run.movie.longestGap * 1000, run.stop * 1000, run.switches, run.pss);
+        if (name == underPanel)
+            std::printf("  | of ours without: cpu %.3f", run.cpu / results.at("ours").cpu);
         if (name == "ours" && ffmpeg != results.end())
             std::printf("  | of ffmpeg: cpu %.3f size %.2f ssim %+.4f", run.cpu / ffmpeg->second.cpu,
                         run.movie.megabytes / ffmpeg->second.movie.megabytes,
@@ -207,8 +224,11 @@ int compare(const Options &options) {
     for (const std::string &scene : options.scenes) {
         std::map<std::string, std::vector<Run>> runs;
         for (int i = 0; i < options.repeat; ++i) {
-            for (const std::string &recorder : options.recorders)
+            for (const std::string &recorder : options.recorders) {
                 runs[recorder].push_back(runOnce(options, recorder, scene, folder.path()));
+                if (options.panel && recorder == "ours")
+                    runs[underPanel].push_back(runOnce(options, underPanel, scene, folder.path()));
+            }
         }
         std::map<std::string, Run> results;
         for (const auto &[recorder, all] : runs)
@@ -227,6 +247,8 @@ int main(int argc, char **argv) {
     const std::string first = argc > 1 ? argv[1] : "";
     if (first == "--paint" && argc == 5)
         return paintScene(argv[2], std::atof(argv[3]), argv[4]);
+    if (first == "--panel-window" && argc == 3)
+        return showPanel(argv[2]);
     if (first == "--record" && argc == 5)
         return recordOwn(argv[2], sizeOf(argv[3]), std::strcmp(argv[4], "1") == 0);
     Options options;
@@ -245,6 +267,8 @@ int main(int argc, char **argv) {
             options.recorders = listOf(value);
         else if (key == "--compositor")
             options.compositor = value == "on";
+        else if (key == "--panel")
+            options.panel = value == "on";
         else if (key == "--keep")
             options.keep = value;
     }

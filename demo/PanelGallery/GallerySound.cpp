@@ -26,7 +26,8 @@ private:
 } // namespace
 
 Task<std::expected<std::vector<Microphone>, PlatformError>> GallerySound::microphones(std::stop_token) {
-    co_return connected;
+    // A copy: what the task is given it takes.
+    co_return std::vector(connected);
 }
 
 std::unique_ptr<AudioSource> GallerySound::makeSource(AudioSourceRequest request) {

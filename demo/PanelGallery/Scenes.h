@@ -13,6 +13,7 @@ namespace vantrell::gallery {
 /// The services outlive the scenes.
 std::vector<Scene> barScenes(StillCapture &stills, Settings &settings, Clock &clock);
 std::vector<Scene> hudScenes(StillCapture &stills, Settings &settings, Clock &clock);
+std::vector<Scene> shelfScenes(StillCapture &stills, Clock &clock);
 /// Countdown, bubble, alert, and the symbols.
 std::vector<Scene> otherScenes(Settings &settings, Clock &clock);
 

@@ -38,13 +38,16 @@ int main(int argc, char **argv) {
 
     Backdrop backdrop(parser.isSet("light"));
     backdrop.show();
+    // Also below what a window manager manages.
+    backdrop.lower();
     QCursor::setPos(0, 0);
     const QTemporaryDir folder;
     Settings settings((folder.path() + "/settings.ini").toStdString());
     SystemClock clock;
     X11StillCapture stills;
     std::vector<Scene> scenes = otherScenes(settings, clock);
-    for (const auto &more : {barScenes(stills, settings, clock), hudScenes(stills, settings, clock)})
+    for (const auto &more : {barScenes(stills, settings, clock), hudScenes(stills, settings, clock),
+                             shelfScenes(stills, clock)})
         scenes.insert(scenes.end(), more.begin(), more.end());
     std::erase_if(scenes,
                   [&parser](const Scene &scene) { return !scene.name.startsWith(parser.value("only")); });

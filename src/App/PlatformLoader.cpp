@@ -3,6 +3,7 @@
 
 #include "App/PlatformLoader.h"
 
+#include "App/SessionKind.h"
 #include "Media/Sound/SoundRecorder.h"
 #include "Media/Stream/StagedStreamFactory.h"
 #include "Platform/Audio/PulseAudioBackend.h"
@@ -51,13 +52,14 @@ Platform x11Platform(Clock &clock) {
 } // namespace
 
 Platform loadPlatform(Clock &clock) {
-    const QByteArray forced = qgetenv("VANTRELL_BACKEND");
-    if (forced == "null")
+    switch (sessionKind()) {
+    case SessionKind::none:
         return nullPlatform({"session", 0, "There is no desktop to record"});
-    // A Wayland session with XWayland has a DISPLAY too, but that one shows X11 windows only.
-    if (forced != "x11" && qgetenv("XDG_SESSION_TYPE") == "wayland" &&
-        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+    case SessionKind::wayland:
         return nullPlatform({"session", 0, "Recording Wayland sessions is not supported yet"});
+    case SessionKind::x11:
+        break;
+    }
     return x11Platform(clock);
 }
 

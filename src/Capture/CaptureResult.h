@@ -15,6 +15,9 @@
 
 namespace vantrell {
 
+/// Ends the name of a recording that was recovered after a crash.
+inline constexpr std::string_view recoveredSuffix = " (recovered)";
+
 /// A finished capture, as every capture path hands it to the shelf and to the upload pipeline.
 struct CaptureResult {
     /// What the service takes it for: a still, or anything that moves.

@@ -240,6 +240,13 @@ Parsed parseBare(const std::vector<std::string> &rest) {
     return Command{};
 }
 
+template <ControlArguments::What what>
+Parsed parseControl(const std::vector<std::string> &rest) {
+    if (!rest.empty())
+        return usageError("This command takes no " + rest.front());
+    return ControlArguments{what};
+}
+
 } // namespace
 
 std::expected<Arguments, UsageError> parseArguments(const std::vector<std::string> &words) {
@@ -253,6 +260,13 @@ std::expected<Arguments, UsageError> parseArguments(const std::vector<std::strin
         {"pair", parseBare<PairArguments>},
         {"unpair", parseBare<UnpairArguments>},
         {"status", parseBare<StatusArguments>},
+        {"area", parseControl<ControlArguments::What::area>},
+        {"window", parseControl<ControlArguments::What::window>},
+        {"screen", parseControl<ControlArguments::What::screen>},
+        {"toggle", parseControl<ControlArguments::What::toggle>},
+        {"pause", parseControl<ControlArguments::What::pause>},
+        {"stop", parseControl<ControlArguments::What::stop>},
+        {"quit", parseControl<ControlArguments::What::quit>},
         {"help", parseBare<HelpArguments>},
     };
     Arguments arguments;
@@ -289,6 +303,11 @@ std::expected<Arguments, UsageError> parseArguments(const std::vector<std::strin
 
 std::string usageText() {
     return R"(Usage:
+  vantrell-capture                    the application; a second start shows its capture bar
+  vantrell-capture area | window | screen
+                                      the same with that tool
+  vantrell-capture toggle | pause | stop | quit
+                                      what the hot keys and the tray do, for keys bound in the desktop
   vantrell-capture record [--display [ID] | --window ID | --area X,Y,W,H] [--seconds S]
                           [--mic [ID]] [--system-audio] [--cursor drawn|separate]
                           [--output DIR] [--upload [--project ID]]

@@ -44,6 +44,12 @@ struct ListArguments {
     What what = What::displays;
 };
 
+/// What the running application is told to do.
+struct ControlArguments {
+    enum class What { area = 1, window, screen, toggle, pause, stop, quit };
+    What what = What::area;
+};
+
 struct ResumeArguments {};
 struct RecoverArguments {};
 struct PairArguments {};
@@ -56,9 +62,10 @@ struct ApplicationArguments {};
 
 /// A parsed command line.
 struct Arguments {
-    using Command = std::variant<ApplicationArguments, HelpArguments, VersionArguments, RecordArguments,
-                                 ScreenshotArguments, UploadArguments, ResumeArguments, RecoverArguments,
-                                 PairArguments, UnpairArguments, StatusArguments, ListArguments>;
+    using Command =
+        std::variant<ApplicationArguments, HelpArguments, VersionArguments, RecordArguments,
+                     ScreenshotArguments, UploadArguments, ResumeArguments, RecoverArguments, PairArguments,
+                     UnpairArguments, StatusArguments, ListArguments, ControlArguments>;
     Command command;
     /// JSON objects on standard output instead of text.
     bool json = false;

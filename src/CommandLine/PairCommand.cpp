@@ -6,7 +6,7 @@
 #include "Analytics/Analytics.h"
 #include "Auth/PairingClient.h"
 #include "CommandLine/OpenSession.h"
-#include "Session/Browser.h"
+#include "Platform/DesktopOpener.h"
 
 #include <nlohmann/json.hpp>
 
@@ -58,7 +58,7 @@ Task<ExitCode> runPair(PairArguments, CommandContext context, std::stop_token st
     if (!page)
         co_return failPairing(context, page.error().description());
     context.reporter.result({{"approvalUrl", *page}}, "Approve this device at " + *page);
-    if (openInBrowser(*page))
+    if (openWithDesktop(*page))
         context.reporter.note("The page is open in your browser. Waiting for the approval…");
     else
         context.reporter.note("Open the page in a browser. Waiting for the approval…");

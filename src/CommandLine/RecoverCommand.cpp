@@ -5,6 +5,7 @@
 
 #include "Capture/CaptureStorage.h"
 #include "CommandLine/ReportedDelivery.h"
+#include "CommandLine/RunningApplication.h"
 #include "Recording/RecordingRecovery.h"
 #include "Support/BlockingWork.h"
 
@@ -13,6 +14,12 @@
 namespace vantrell {
 
 Task<ExitCode> runRecover(RecoverArguments, CommandContext context, std::stop_token stop) {
+    // The application makes cards of what there is, and uploads it.
+    if (RunningApplication::isThere())
+        if (co_await RunningApplication::call("Recover", {}, stop)) {
+            context.reporter.note("The running application recovers what there is: see its shelf");
+            co_return ExitCode::success;
+        }
     ReportedDelivery delivery({}, context);
     if (const auto prepared = co_await delivery.prepare(stop); !prepared)
         co_return prepared.error();

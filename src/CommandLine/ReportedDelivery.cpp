@@ -3,6 +3,7 @@
 
 #include "CommandLine/ReportedDelivery.h"
 
+#include "CommandLine/ApplicationUploads.h"
 #include "CommandLine/Interrupted.h"
 #include "CommandLine/OpenSession.h"
 
@@ -12,8 +13,14 @@
 namespace vantrell {
 
 ReportedDelivery::ReportedDelivery(CaptureDelivery::Options options, CommandContext context)
-    : m_context(std::move(context)),
-      m_delivery(std::move(options), [this] { return openSession(m_context); }, m_context.clock) {}
+    : m_context(std::move(context)), m_delivery(
+                                         std::move(options), [this] { return openSession(m_context); },
+                                         [this]() -> std::unique_ptr<UploadAgent> {
+                                             if (!RunningApplication::isThere())
+                                                 return nullptr;
+                                             return std::make_unique<ApplicationUploads>(m_context.clock);
+                                         },
+                                         m_context.clock) {}
 
 Task<std::expected<void, ExitCode>> ReportedDelivery::prepare(std::stop_token stop) {
     const auto prepared = co_await m_delivery.prepare(stop);

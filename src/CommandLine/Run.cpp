@@ -3,6 +3,7 @@
 
 #include "CommandLine/Run.h"
 
+#include "CommandLine/ControlCommand.h"
 #include "CommandLine/ListCommand.h"
 #include "CommandLine/PairCommand.h"
 #include "CommandLine/RecordCommand.h"
@@ -44,11 +45,11 @@ struct Start {
         std::puts("vantrell-capture " VANTRELL_VERSION);
         co_return ExitCode::success;
     }
-    template <typename Other>
-    Task<ExitCode> operator()(Other) const {
-        context.reporter.failure("This command is not there yet");
-        co_return ExitCode::failed;
+    Task<ExitCode> operator()(ControlArguments arguments) const {
+        return runControl(arguments, context, stop);
     }
+    /// The program's own business, before commands are looked at.
+    Task<ExitCode> operator()(ApplicationArguments) const { co_return ExitCode::wrongUsage; }
 };
 
 } // namespace

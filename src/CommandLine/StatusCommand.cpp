@@ -6,10 +6,13 @@
 #include "Analytics/Analytics.h"
 #include "Capture/CaptureStorage.h"
 #include "CommandLine/OpenSession.h"
+#include "CommandLine/RunningApplication.h"
 #include "Support/BlockingWork.h"
 #include "Support/Settings.h"
 #include "Support/TaskScope.h"
 #include "Upload/UploadJournal.h"
+
+#include <QDBusArgument>
 
 #include <nlohmann/json.hpp>
 
@@ -102,6 +105,24 @@ void reportLimits(Report &report, const CaptureLimits &limits) {
     report.add({{"limits", fields}}, line.str());
 }
 
+void reportApplication(Report &report, const RunningApplication::Answer &answer) {
+    if (!answer)
+        return;
+    const QVariantMap status = qdbus_cast<QVariantMap>(answer->value(0).value<QDBusArgument>());
+    const auto text = [&status](const char *key) {
+        return status.value(QString::fromLatin1(key)).toString().toStdString();
+    };
+    report.add({{"running", true}, {"state", text("state")}}, "The application runs: " + text("state"));
+    const std::string tray = text("tray");
+    report.add({{"tray", tray}}, tray.empty() ? "No tray was found" : "Tray: " + tray);
+    std::vector<std::string> keys;
+    for (const QString &key : status.value(QStringLiteral("failedHotKeys")).toStringList())
+        keys.push_back(key.toStdString());
+    if (!keys.empty())
+        report.add({{"failedHotKeys", keys}}, "Another program holds the keys of: " + keys.front() +
+                                                  (keys.size() > 1 ? " and others" : ""));
+}
+
 void reportWaiting(Report &report, const std::vector<UploadJournalEntry> &journal) {
     const auto parked =
         std::ranges::count(journal, UploadJournalEntry::Phase::failed, &UploadJournalEntry::phase);
@@ -151,6 +172,10 @@ Task<ExitCode> runStatus(StatusArguments, CommandContext context, std::stop_toke
     if (answers.limits)
         reportLimits(report, *answers.limits);
     reportWaiting(report, *journal);
+    if (RunningApplication::isThere())
+        reportApplication(report, co_await RunningApplication::call("Status", {}, stop));
+    else
+        report.add({{"running", false}}, "The application does not run");
     report.print(context.reporter);
     co_return reason ? ExitCode::notConnected : ExitCode::success;
 }

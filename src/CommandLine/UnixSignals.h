@@ -17,6 +17,10 @@ namespace vantrell {
 /// inherit the blocked signals, which then arrive here only. Main thread, one at a time.
 class UnixSignals {
 public:
+    /// Threads that are started from now on do not get these signals. For a program in which threads are
+    /// started before it can have this object.
+    static void block(std::initializer_list<int> signals);
+
     UnixSignals(std::initializer_list<int> signals, std::function<void(int)> handler);
     ~UnixSignals();
     UnixSignals(const UnixSignals &) = delete;

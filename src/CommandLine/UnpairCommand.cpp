@@ -4,12 +4,18 @@
 #include "CommandLine/UnpairCommand.h"
 
 #include "CommandLine/OpenSession.h"
+#include "CommandLine/RunningApplication.h"
 
 #include <nlohmann/json.hpp>
 
 namespace vantrell {
 
 Task<ExitCode> runUnpair(UnpairArguments, CommandContext context, std::stop_token stop) {
+    if (RunningApplication::isThere())
+        if (const auto told = co_await RunningApplication::call("Unpair", {}, stop); told) {
+            context.reporter.result({{"connected", false}}, "Disconnected from Vantrell");
+            co_return ExitCode::success;
+        }
     // Without the service: its address may be unusable, and the key is to go all the same.
     Keychain keychain;
     tellOfKeyringDialog(keychain, context.reporter);

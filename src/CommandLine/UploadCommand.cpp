@@ -3,6 +3,7 @@
 
 #include "CommandLine/UploadCommand.h"
 
+#include "CommandLine/ApplicationUploads.h"
 #include "CommandLine/Interrupted.h"
 #include "CommandLine/OpenSession.h"
 #include "CommandLine/UnixSignals.h"
@@ -41,12 +42,19 @@ private:
         // Not in here: the waits resume inside the request, and the command may end with them.
         EventLoop::current().post([starting = m_starting]() mutable { starting.request_stop(); });
     }
+    Task<ExitCode> uploadThroughApplication(UploadArguments arguments, std::stop_token stop);
+    Task<ExitCode> resumeInApplication(std::stop_token stop);
+    Task<ExitCode> awaitInApplication(ApplicationUploads *uploads, std::vector<std::string> ids,
+                                      std::stop_token stop);
     void report(const UploadEnd &end);
+    void report(const std::filesystem::path &file, const std::string &projectId,
+                const std::expected<std::string, std::string> &assetId);
     ExitCode fail(const std::string &sentence, ExitCode code = ExitCode::failed) {
         m_context.reporter.failure(sentence);
         return m_worst = code;
     }
     ExitCode failOn(const APIError &error, const char *interrupted);
+    ExitCode failOn(const RunningApplication::CallError &error, const char *interrupted);
 
     const CommandContext m_context;
     /// Ends the waits before the uploads; the uploads themselves are interrupted through the run.
@@ -83,7 +91,53 @@ ExitCode UploadCommand::failOn(const APIError &error, const char *interrupted) {
                 error.as<APIError::NotPaired>() ? ExitCode::notConnected : ExitCode::failed);
 }
 
+Task<ExitCode> UploadCommand::uploadThroughApplication(UploadArguments arguments, std::stop_token stop) {
+    ApplicationUploads uploads(m_context.clock);
+    const auto taken = co_await uploads.add(arguments.files, arguments.projectId, m_starting.get_token());
+    if (!taken)
+        co_return failOn(taken.error(), uploadNotBegun);
+    std::vector<std::string> ids;
+    for (const ApplicationUploads::Taken &each : *taken) {
+        if (each.id)
+            ids.push_back(*each.id);
+        else
+            fail(each.id.error());
+    }
+    co_return co_await awaitInApplication(&uploads, std::move(ids), stop);
+}
+
+Task<ExitCode> UploadCommand::resumeInApplication(std::stop_token stop) {
+    ApplicationUploads uploads(m_context.clock);
+    auto ids = co_await uploads.resume(m_starting.get_token());
+    if (!ids)
+        co_return failOn(ids.error(), uploadInterrupted);
+    if (ids->empty())
+        m_context.reporter.note("Nothing is waiting to be uploaded");
+    co_return co_await awaitInApplication(&uploads, std::move(*ids), stop);
+}
+
+Task<ExitCode> UploadCommand::awaitInApplication(ApplicationUploads *uploads, std::vector<std::string> ids,
+                                                 std::stop_token) {
+    const auto awaited = co_await uploads->await(
+        std::move(ids),
+        [this](const RunningApplication::Uploaded &uploaded) {
+            report(pathFromText(uploaded.file), uploaded.projectId, uploaded.assetId);
+        },
+        m_starting.get_token());
+    if (!awaited)
+        co_return failOn(awaited.error(), uploadInterrupted);
+    co_return m_worst;
+}
+
+ExitCode UploadCommand::failOn(const RunningApplication::CallError &error, const char *interrupted) {
+    if (m_starting.stop_requested() || error.isGone)
+        return fail(interrupted);
+    return fail(error.sentence, error.isNotConnected ? ExitCode::notConnected : ExitCode::failed);
+}
+
 Task<ExitCode> UploadCommand::upload(UploadArguments arguments, std::stop_token stop) {
+    if (RunningApplication::isThere())
+        co_return co_await uploadThroughApplication(std::move(arguments), stop);
     if (const auto begun = co_await begin(); !begun)
         co_return begun.error();
     const std::stop_token starting = m_starting.get_token();
@@ -118,6 +172,8 @@ Task<ExitCode> UploadCommand::upload(UploadArguments arguments, std::stop_token 
 }
 
 Task<ExitCode> UploadCommand::resume(std::stop_token stop) {
+    if (RunningApplication::isThere())
+        co_return co_await resumeInApplication(stop);
     if (const auto begun = co_await begin(); !begun)
         co_return begun.error();
     const std::stop_token starting = m_starting.get_token();
@@ -145,15 +201,19 @@ Task<ExitCode> UploadCommand::finish(std::set<QUuid> entries, std::stop_token st
 
 void UploadCommand::report(const UploadEnd &end) {
     m_progress->clear();
-    const std::string path = end.file.string();
-    if (end.assetId) {
+    report(end.file, end.projectId, end.assetId);
+}
+
+void UploadCommand::report(const std::filesystem::path &file, const std::string &projectId,
+                           const std::expected<std::string, std::string> &assetId) {
+    if (assetId) {
         m_context.reporter.result(
-            {{"file", textOfPath(end.file)}, {"assetId", *end.assetId}, {"projectId", end.projectId}},
-            path + " is uploaded as " + *end.assetId);
+            {{"file", textOfPath(file)}, {"assetId", *assetId}, {"projectId", projectId}},
+            file.string() + " is uploaded as " + *assetId);
         return;
     }
     m_worst = ExitCode::failed;
-    m_context.reporter.failure(end.assetId.error(), end.file);
+    m_context.reporter.failure(assetId.error(), file);
 }
 
 } // namespace

@@ -48,6 +48,15 @@ struct CaptureBar::Panel {
         state.reset();
     }
 
+    /// A control that becomes wider moves the bar's ends, not its middle.
+    void refresh() {
+        const QRect before = window->panelFrame();
+        window->refresh();
+        const QSize size = window->panelRect().size();
+        if (size != before.size())
+            window->placePanel(before.topLeft() + QPoint((before.width() - size.width()) / 2, 0));
+    }
+
     CaptureBarWindow *window;
     PanelPlacement placement;
     std::shared_ptr<ToolBarState> state;
@@ -65,7 +74,7 @@ void CaptureBar::show(std::shared_ptr<ToolBarState> state, const std::optional<s
     const QScreen *screen = displayId ? screenOf(*displayId, QCursor::pos()) : screenAt(QCursor::pos());
     panel.state = state;
     panel.window->show(state, std::move(menu), screen->availableGeometry().width());
-    panel.observation = state->observe([window = panel.window] { window->refresh(); });
+    panel.observation = state->observe([&panel] { panel.refresh(); });
     const QRect room = screen->availableGeometry();
     const QSize size = panel.window->panelRect().size();
     const QPoint first(room.center().x() - size.width() / 2,

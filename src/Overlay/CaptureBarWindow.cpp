@@ -22,8 +22,9 @@ constexpr int padding = 6;
 constexpr int gap = 4;
 constexpr int controlHeight = 44;
 constexpr int updateHeight = 40;
-constexpr int screenMargin = 12;
+constexpr int screenMargin = 4;
 constexpr int mostProjectWidth = 150;
+constexpr int mostNarrowProjectWidth = 90;
 
 /// A line between groups of controls.
 class Separator final : public QWidget {
@@ -59,10 +60,10 @@ CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, Clock &clock)
     updateRow->setSpacing(gap);
     buildUpdateRow(*updateRow);
     column->addWidget(m_updateRow);
-    auto *row = new QHBoxLayout;
-    row->setSpacing(gap);
-    buildControls(*row);
-    column->addLayout(row);
+    m_controls = new QHBoxLayout;
+    m_controls->setSpacing(gap);
+    buildControls(*m_controls);
+    column->addLayout(m_controls);
 }
 
 PanelButton *CaptureBarWindow::add(QBoxLayout &row, const QString &label, Symbol symbol) {
@@ -209,10 +210,12 @@ void CaptureBarWindow::fit() {
     for (const Room room : {Room::full, Room::symbolsForTools, Room::symbols}) {
         m_room = room;
         applyRoom();
-        layout()->activate();
-        if (layout()->totalSizeHint().width() - 2 * shadowMargin() <= m_screenWidth - 2 * screenMargin)
+        // Asked alone: the window's own layout would make the window as large before it is known to fit.
+        m_controls->invalidate();
+        if (m_controls->sizeHint().width() + 2 * (padding + screenMargin) <= m_screenWidth)
             break;
     }
+    layout()->activate();
     adjustSize();
 }
 
@@ -220,7 +223,7 @@ void CaptureBarWindow::applyRoom() {
     for (const Tool &tool : m_tools)
         tool.button->setWords(m_room == Room::full ? tool.words : QString());
     m_microphone.refresh(m_room != Room::symbols);
-    m_project->setMostTextWidth(m_room == Room::symbols ? mostProjectWidth / 2 : mostProjectWidth);
+    m_project->setMostTextWidth(m_room == Room::symbols ? mostNarrowProjectWidth : mostProjectWidth);
 }
 
 void CaptureBarWindow::setTool(ToolMode tool) {

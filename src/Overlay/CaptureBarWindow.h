@@ -72,6 +72,7 @@ private:
     PanelButton *m_countdown = nullptr;
     PanelButton *m_project = nullptr;
     PanelButton *m_connect = nullptr;
+    QBoxLayout *m_controls = nullptr;
     QWidget *m_updateRow = nullptr;
     PanelLabel *m_updateText = nullptr;
     Room m_room = Room::full;

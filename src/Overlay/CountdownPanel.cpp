@@ -17,6 +17,7 @@
 #include <QScreen>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -31,8 +32,12 @@ constexpr double ringWidth = 4;
 constexpr double ringInset = 9;
 constexpr int numberSize = 68;
 constexpr auto ringInterval = 40ms;
-/// A compositor that paints nothing for so long has nothing to paint.
-constexpr auto framePatience = 250ms;
+/// A compositor paints for certain, sooner or later. Where there is none, who paints nothing for so long has
+/// nothing to paint.
+constexpr auto compositorPatience = 1000ms;
+constexpr auto applicationPatience = 200ms;
+/// For what comes after the first painting.
+constexpr auto secondPatience = 40ms;
 
 constexpr std::uint32_t escapeKey = 0xff1b;
 constexpr std::uint32_t returnKey = 0xff0d;
@@ -147,16 +152,16 @@ Task<> resolveAfter(std::chrono::milliseconds patience, Clock *clock, OneShot<bo
         waiting.resolve(false);
 }
 
-/// Waits until the compositor has painted the place twice: the first time may have been on its way before.
-Task<> waitForFrames(QRect pixels, Clock &clock, std::stop_token stop) {
-    for (int frame = 0; frame < 2 && !stop.stop_requested(); ++frame) {
+/// Waits until the place was painted twice: the first time may have been on its way before.
+Task<> waitForFrames(QRect pixels, std::chrono::milliseconds first, Clock &clock, std::stop_token stop) {
+    for (const std::chrono::milliseconds patience : {first, std::chrono::milliseconds(secondPatience)}) {
         const OneShot<bool> painted;
         const Observation watch =
             DesktopLink::instance().watchForPainting(pixels, [painted] { painted.resolve(true); });
         TaskScope limit;
-        // The second frame comes only where something else moves.
-        limit.start(&resolveAfter, frame == 0 ? framePatience : 40ms, &clock, painted);
-        co_await painted.wait(stop);
+        limit.start(&resolveAfter, patience, &clock, painted);
+        if (!co_await painted.wait(stop))
+            co_return;
     }
 }
 
@@ -191,13 +196,20 @@ Task<bool> countDown(int seconds, Display display, Clock &clock, std::stop_token
         counting.start(&count, &window, seconds, &clock, ended);
         end = co_await ended.wait(stop);
     }
-    // A compositor may let a window that goes fade for a while: it has nothing on it when it goes.
-    if (end && window.isBlended()) {
-        const QRect pixels = pixelsOf(window);
-        window.clear();
-        DesktopLink::instance().sync();
-        co_await waitForFrames(pixels, clock, stop);
+    if (!end) {
+        window.hide();
+        co_return false;
     }
+    const QRect pixels = pixelsOf(window);
+    // A compositor may let a window that goes fade for a while: it has nothing on it when it goes. Without
+    // one the application below has to paint anew.
+    const bool isBlended = window.isBlended();
+    if (isBlended)
+        window.clear();
+    else
+        window.hide();
+    DesktopLink::instance().sync();
+    co_await waitForFrames(pixels, isBlended ? compositorPatience : applicationPatience, clock, stop);
     window.hide();
     DesktopLink::instance().sync();
     co_return end && !stop.stop_requested() && *end != End::cancelled;

@@ -17,6 +17,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <optional>
 #include <utility>
 
 namespace vantrell {
@@ -28,8 +29,8 @@ using namespace std::chrono_literals;
 constexpr int hudHeight = 48;
 constexpr int padding = 4;
 constexpr int buttonHeight = hudHeight - 2 * padding;
-/// From the display's lower edge, where nobody has put it elsewhere.
-constexpr int bottomDistance = 24;
+/// From the display's lower edge, where nobody has put it elsewhere: a line of text fits below.
+constexpr int bottomDistance = 64;
 constexpr auto deletePatience = 3s;
 
 /// Also follows the panel while it is dragged.
@@ -133,26 +134,40 @@ public:
         refresh();
     }
 
+    /// All that is shown but the level, which changes by itself ten times a second.
+    struct Shown {
+        QString time;
+        bool isPaused = false;
+        bool isNearCap = false;
+        bool asksToDelete = false;
+        bool isOnLight = false;
+        bool operator==(const Shown &) const = default;
+    };
+
     void refresh() {
-        window->setOnLightBackdrop(state->onLightBackdrop);
         const bool isPaused = state->isPaused;
-        const QString time = QString::fromStdString(timeLabel(state->elapsedSeconds));
+        if (meter)
+            meter->setLevel(isPaused ? 0 : double(state->micLevel));
+        const Shown now{QString::fromStdString(timeLabel(state->elapsedSeconds)), isPaused,
+                        state->isNearCap(), deleteAsked.isActive(), state->onLightBackdrop};
+        if (shown == now)
+            return;
+        shown = now;
+        window->setOnLightBackdrop(now.isOnLight);
         const QString help = QString::fromStdString(state->stopHelp());
-        stop->setWords(time);
+        stop->setWords(now.time);
         stop->setHelp(help);
         //: The recorded time, and what the button does.
-        stop->setAccessibleDescription(tr("%1. %2").arg(time, help));
+        stop->setAccessibleDescription(tr("%1. %2").arg(now.time, help));
         stop->setKind(isPaused ? PanelButton::Kind::filled : PanelButton::Kind::recording);
         pause->setLabel(isPaused ? tr("Resume") : tr("Pause"));
         pause->setSymbol(isPaused ? Symbol::play : Symbol::pause);
         pause->setKind(isPaused ? PanelButton::Kind::accent : PanelButton::Kind::plain);
-        if (meter)
-            meter->setLevel(isPaused ? 0 : double(state->micLevel));
-        const bool asks = deleteAsked.isActive();
-        remove->setWarning(asks);
-        remove->setKind(asks ? PanelButton::Kind::filled : PanelButton::Kind::plain);
-        remove->setHelp(asks ? tr("Click again to delete the recording") : QString());
-        setNote(asks ? remove->toolTip() : state->isNearCap() && !isPaused ? help : QString());
+        remove->setWarning(now.asksToDelete);
+        remove->setKind(now.asksToDelete ? PanelButton::Kind::filled : PanelButton::Kind::plain);
+        remove->setHelp(now.asksToDelete ? tr("Click again to delete the recording") : QString());
+        setNote(now.asksToDelete ? remove->toolTip() : now.isNearCap && !isPaused ? help : QString());
+        pill.setOnLightBackdrop(now.isOnLight);
     }
 
     void setNote(const QString &text) {
@@ -164,7 +179,6 @@ public:
     }
 
     void placePill() {
-        pill.setOnLightBackdrop(state->onLightBackdrop);
         if (note.isEmpty() || !window->isVisible())
             pill.hide();
         else
@@ -200,6 +214,7 @@ public:
     PanelButton *remove = nullptr;
     QTimer deleteAsked;
     QString note;
+    std::optional<Shown> shown;
     Observation observation;
     BackdropMonitor backdrop;
 };

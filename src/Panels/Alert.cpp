@@ -50,6 +50,7 @@ public:
     }
 
     void present() {
+        m_default->setFocus();
         show();
         markAsOwnWindow(*this);
         raise();
@@ -89,11 +90,12 @@ private:
         made->setWords(label);
         QObject::connect(made, &QAbstractButton::clicked, this, [this, index] { m_answer.resolve(index); });
         if (index == 0)
-            made->setFocus();
+            m_default = made;
         return made;
     }
 
     const int m_last;
+    PanelButton *m_default = nullptr;
     OneShot<int> m_answer;
 };
 

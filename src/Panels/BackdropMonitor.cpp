@@ -18,7 +18,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// While the backdrop has changed lately, and when it has not for `calmLooks` looks.
 constexpr auto interval = 500ms;
+constexpr auto calmInterval = 2000ms;
+constexpr int calmLooks = 6;
 /// What a panel that is dark waits for before it turns light, and the other way round: between them lies what
 /// changes nothing, so that a film behind it does not make it flicker.
 constexpr double turnsLight = 0.66;
@@ -65,6 +68,7 @@ void BackdropMonitor::stop() {
 }
 
 Task<> BackdropMonitor::watch(std::stop_token stop) {
+    int looks = 0;
     while (!stop.stop_requested()) {
         double sum = 0;
         int count = 0;
@@ -80,10 +84,14 @@ Task<> BackdropMonitor::watch(std::stop_token stop) {
         }
         const bool isLight = count > 0 ? sum / count > (m_isLight ? turnsDark : turnsLight) : m_isLight;
         if (isLight != m_isLight) {
+            looks = 0;
             m_isLight = isLight;
             m_changed(isLight);
         }
-        if (stop.stop_requested() || !co_await m_clock.sleep(interval, stop))
+        if (stop.stop_requested())
+            co_return;
+        const bool isCalm = ++looks > calmLooks;
+        if (!co_await m_clock.sleep(isCalm ? calmInterval : interval, stop))
             co_return;
     }
 }

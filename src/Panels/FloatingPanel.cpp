@@ -3,6 +3,8 @@
 
 #include "Panels/FloatingPanel.h"
 
+#include "Panels/PanelTip.h"
+
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
@@ -27,6 +29,8 @@ FloatingPanel::FloatingPanel(Options options)
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_QuitOnClose, false);
+    // Panels are never the active window.
+    setAttribute(Qt::WA_AlwaysShowToolTips);
     setFocusPolicy(Qt::NoFocus);
 }
 
@@ -85,6 +89,8 @@ QRect FloatingPanel::panelFrame() const {
 }
 
 bool FloatingPanel::event(QEvent *event) {
+    if (handleTipEvent(*this, *event))
+        return true;
     if (event->type() == QEvent::WinIdChange && internalWinId() != 0) {
         DesktopLink::instance().markAsOwn(DesktopLink::WindowId(internalWinId()));
         shapeWindow();

@@ -7,17 +7,14 @@
 #include "Panels/PanelFont.h"
 #include "Panels/PanelMenu.h"
 #include "Panels/PanelShape.h"
+#include "Panels/PanelTip.h"
 
 #include <QAccessible>
 #include <QFontMetricsF>
-#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
 #include <QPointer>
-#include <QScreen>
-#include <QStyle>
-#include <QToolTip>
 
 #include <algorithm>
 #include <cmath>
@@ -28,8 +25,10 @@ namespace {
 
 constexpr double symbolSize = 20;
 constexpr double gap = 8;
-constexpr double sidePadding = 12;
+constexpr double sidePadding = 11;
 constexpr double menuMark = 12;
+/// Lines of text have room of their own above and below.
+constexpr double linesOverlap = 1;
 
 } // namespace
 
@@ -49,25 +48,27 @@ void PanelButton::setLabel(const QString &label) {
     if (accessibleName() == label)
         return;
     setAccessibleName(label);
-    updateTip();
+    tellTip();
 }
 
 void PanelButton::setHelp(const QString &help) {
     if (m_help == help)
         return;
     m_help = help;
-    updateTip();
+    tellTip();
 }
 
-void PanelButton::updateTip() {
+void PanelButton::tellTip() {
     const QString tip = m_help.isEmpty() ? accessibleName() : m_help;
     setAccessibleDescription(m_help);
-    setToolTip(tip);
-    if (QToolTip::isVisible() && underMouse())
-        QToolTip::showText(QCursor::pos(), tip, this);
+    // What is written on it needs no tip.
+    setToolTip(tip == m_words ? QString() : tip);
+    updateTip(*this);
 }
 
 void PanelButton::setKind(Kind kind) {
+    if (m_kind == kind)
+        return;
     m_kind = kind;
     update();
 }
@@ -84,9 +85,13 @@ void PanelButton::setWords(const QString &words, const QString &secondLine) {
     const QString line = oneLine(words);
     if (m_words == line && m_secondLine == secondLine)
         return;
+    const QSize before = sizeHint();
     m_words = line;
     m_secondLine = secondLine;
-    updateGeometry();
+    tellTip();
+    // A time that runs does not change the layout.
+    if (sizeHint() != before)
+        updateGeometry();
     update();
 }
 
@@ -220,6 +225,8 @@ void PanelButton::paintEvent(QPaintEvent *) {
     const Look colors = look(theme);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
+    // Words run as their own script does, also where the panel is turned over.
+    painter.setLayoutDirection(Qt::LayoutDirectionAuto);
     if (!isEnabled())
         painter.setOpacity(0.42);
     const QRectF area(rect());
@@ -269,13 +276,13 @@ void PanelButton::paintEvent(QPaintEvent *) {
             painter.drawText(whole, align | Qt::TextSingleLine, elided(m_words, font));
         } else {
             const QFont small = secondFont();
-            const double both = metrics.height() + QFontMetricsF(small).height() - 3;
+            const double both = metrics.height() + QFontMetricsF(small).height() - linesOverlap;
             const double top = (area.height() - both) / 2;
             painter.drawText(QRectF(whole.left(), top, whole.width(), metrics.height()),
                              align | Qt::TextSingleLine, elided(m_words, font));
             painter.setPen(colors.quietInk);
             painter.setFont(small);
-            painter.drawText(QRectF(whole.left(), top + metrics.height() - 3, whole.width(),
+            painter.drawText(QRectF(whole.left(), top + metrics.height() - linesOverlap, whole.width(),
                                     QFontMetricsF(small).height()),
                              align | Qt::TextSingleLine, elided(m_secondLine, small));
         }
@@ -305,6 +312,8 @@ void PanelButton::keyPressEvent(QKeyEvent *event) {
 }
 
 bool PanelButton::event(QEvent *event) {
+    if (handleTipEvent(*this, *event))
+        return true;
     if (event->type() == QEvent::FontChange || event->type() == QEvent::ApplicationFontChange)
         updateGeometry();
     return QAbstractButton::event(event);

@@ -139,6 +139,7 @@ private:
         };
         painter.save();
         painter.setRenderHint(QPainter::Antialiasing);
+        painter.setLayoutDirection(Qt::LayoutDirectionAuto);
         if (item.menuItemType == QStyleOptionMenuItem::Separator && item.text.isEmpty()) {
             painter.fillRect(QRectF(area.left() + 8, area.center().y(), area.width() - 16, 1),
                              m_theme.hairline);

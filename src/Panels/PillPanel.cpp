@@ -31,12 +31,20 @@ void PillPanel::setText(const QString &text) {
 }
 
 void PillPanel::showBelow(const QRect &frame) {
-    const QSize size = panelRect().size();
+    const int height = panelRect().height();
     const int below = frame.bottom() + 1 + distance;
-    const QScreen *screen = screenAt(frame.center());
-    const bool fits = below + size.height() <= screen->availableGeometry().bottom() + 1;
-    placePanel(
-        {frame.center().x() - size.width() / 2, fits ? below : frame.top() - distance - size.height()});
+    const bool fits = below + height <= screenAt(frame.center())->availableGeometry().bottom() + 1;
+    showAt(frame, fits ? below : frame.top() - distance - height);
+}
+
+void PillPanel::showAbove(const QRect &frame) {
+    const int above = frame.top() - distance - panelRect().height();
+    const bool fits = above >= screenAt(frame.center())->availableGeometry().top();
+    showAt(frame, fits ? above : frame.bottom() + 1 + distance);
+}
+
+void PillPanel::showAt(const QRect &frame, int top) {
+    placePanel({frame.center().x() - panelRect().width() / 2, top});
     showPanel();
 }
 

@@ -3,13 +3,14 @@
 
 #include "Platform/DesktopEntries.h"
 
+#include "Platform/DesktopEntryFile.h"
+
 #include <QLocale>
 #include <QStandardPaths>
 #include <QString>
 
 #include <algorithm>
 #include <cctype>
-#include <fstream>
 
 namespace vantrell {
 
@@ -40,29 +41,18 @@ std::optional<int> nameRank(const std::string &key, const std::string &locale) {
 }
 
 std::optional<DesktopEntry> readDesktopEntry(const std::filesystem::path &file) {
-    std::ifstream stream(file);
-    if (!stream)
+    const auto keys = readDesktopEntryFile(file);
+    if (!keys)
         return std::nullopt;
     static const std::string locale = QLocale().name().toStdString();
     DesktopEntry entry;
     int bestRank = -1;
-    bool inMainGroup = false;
-    for (std::string line; std::getline(stream, line);) {
-        if (line.starts_with('[')) {
-            inMainGroup = line.starts_with("[Desktop Entry]");
-            continue;
-        }
-        const std::size_t equals = line.find('=');
-        if (!inMainGroup || equals == std::string::npos)
-            continue;
-        const std::string key = line.substr(0, line.find_last_not_of(' ', equals - 1) + 1);
-        const std::size_t start = line.find_first_not_of(" \t", equals + 1);
-        const std::string value = start == std::string::npos ? "" : line.substr(start);
+    for (const auto &[key, value] : *keys) {
         if (key == "StartupWMClass") {
             entry.windowClass = value;
         } else if (const auto rank = nameRank(key, locale); rank && *rank > bestRank && !value.empty()) {
             bestRank = *rank;
-            entry.name = QString::fromStdString(value).trimmed().toStdString();
+            entry.name = value;
         }
     }
     return entry;

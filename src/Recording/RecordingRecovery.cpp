@@ -25,8 +25,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char *recoveredSuffix = " (recovered)";
-
 bool isRecordingJournal(const fs::path &path) {
     return path.extension() == ".recording";
 }

@@ -15,8 +15,10 @@
 
 namespace vantrell {
 
-CaptureDelivery::CaptureDelivery(Options options, SessionOpener openSession, Clock &clock)
-    : m_options(std::move(options)), m_openSession(std::move(openSession)), m_clock(clock) {}
+CaptureDelivery::CaptureDelivery(Options options, SessionOpener openSession,
+                                 std::function<std::unique_ptr<UploadAgent>()> agent, Clock &clock)
+    : m_options(std::move(options)), m_openSession(std::move(openSession)), m_findAgent(std::move(agent)),
+      m_clock(clock) {}
 
 Task<std::expected<void, CaptureDelivery::Refusal>> CaptureDelivery::prepare(std::stop_token stop) {
     std::vector<std::filesystem::path> folders{CaptureStorage::directory()};
@@ -27,6 +29,10 @@ Task<std::expected<void, CaptureDelivery::Refusal>> CaptureDelivery::prepare(std
             co_return std::unexpected(Refusal{writable.error().description()});
     }
     co_await runBlocking([] { pruneCaptures({}); }, stop);
+    if (m_options.upload)
+        m_agent = m_findAgent();
+    if (m_agent)
+        co_return co_await m_agent->prepare(stop);
     if (m_options.upload) {
         auto session = m_openSession();
         if (!session)
@@ -61,7 +67,10 @@ CaptureDelivery::deliver(CaptureResult capture, std::filesystem::path recoverabl
     if (!saved)
         co_return std::unexpected(saved.error());
     Delivered delivered{std::move(*saved), std::nullopt};
-    if (m_session) {
+    if (m_agent) {
+        delivered.asset =
+            co_await m_agent->upload(delivered.saved.file, m_options.projectId, m_choosing.get_token());
+    } else if (m_session) {
         const std::filesystem::path file = delivered.saved.file;
         delivered.asset = co_await upload(std::move(capture), file, stop);
     }

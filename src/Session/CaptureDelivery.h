@@ -6,6 +6,7 @@
 #include "Capture/CaptureResult.h"
 #include "Session/SavedCapture.h"
 #include "Session/ServiceSession.h"
+#include "Session/UploadAgent.h"
 #include "Session/UploadRun.h"
 #include "Support/Cancelled.h"
 #include "Support/Clock.h"
@@ -32,13 +33,8 @@ public:
         bool upload = false;
         std::optional<std::string> projectId;
     };
-    /// Why nothing can be delivered.
-    struct Refusal {
-        std::string sentence;
-        bool isNotConnected = false;
-    };
-    /// The asset's id; else why there is none yet: a sentence, or nobody waited for it to the end.
-    using Asset = std::expected<std::string, std::variant<std::string, Cancelled>>;
+    using Refusal = DeliveryRefusal;
+    using Asset = UploadAgent::Asset;
     struct Delivered {
         SavedCapture saved;
         /// Absent when it was not to be uploaded.
@@ -46,8 +42,10 @@ public:
     };
     using SessionOpener = std::function<std::expected<std::unique_ptr<ServiceSession>, std::string>()>;
 
-    /// `openSession` is called when captures are uploaded. The clock outlives the delivery.
-    CaptureDelivery(Options options, SessionOpener openSession, Clock &clock);
+    /// `openSession` is called when captures are uploaded by this process, `agent` asked whether another one
+    /// does that: null when none does. The clock outlives the delivery.
+    CaptureDelivery(Options options, SessionOpener openSession,
+                    std::function<std::unique_ptr<UploadAgent>()> agent, Clock &clock);
 
     /// Looks before anything is captured, so that an unwritable folder, a wrong address or a missing
     /// connection costs no work.
@@ -70,8 +68,10 @@ private:
 
     const Options m_options;
     const SessionOpener m_openSession;
+    const std::function<std::unique_ptr<UploadAgent>()> m_findAgent;
     Clock &m_clock;
-    /// Present when captures are uploaded.
+    /// Either an agent uploads or, with session and uploads, this process.
+    std::unique_ptr<UploadAgent> m_agent;
     std::unique_ptr<ServiceSession> m_session;
     std::unique_ptr<UploadRun> m_uploads;
     /// Ends what is waited for before the upload.

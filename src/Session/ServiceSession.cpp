@@ -21,8 +21,12 @@ ServiceSession::ServiceSession(ServiceURL url, std::optional<std::string> enviro
     : m_url(std::move(url)), m_keyProvider(m_keychain, std::move(environmentKey)),
       m_api(
           m_http, m_url, [this] { return m_keyProvider.key(); },
-          // A command does not disconnect the account: it says that the key was refused, and ends.
-          [this] { m_keyProvider.dropOverriding(); }) {}
+          [this] {
+              if (onKeyRejected)
+                  onKeyRejected();
+              else
+                  m_keyProvider.dropOverriding();
+          }) {}
 
 Task<bool> ServiceSession::connect(std::stop_token stop, Keychain::Asking asking) {
     m_asking = asking;

@@ -10,6 +10,7 @@
 #include "Support/Task.h"
 
 #include <expected>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stop_token>
@@ -35,6 +36,10 @@ public:
     Keychain &keychain() { return m_keychain; }
     KeyProvider &keys() { return m_keyProvider; }
     const ServiceURL &url() const { return m_url; }
+
+    /// The service refused the key in use. Unset: the key of the environment is dropped, and a stored one
+    /// stays, since a command does not disconnect the account. Called in the middle of a request.
+    std::function<void()> onKeyRejected;
 
     /// As the API client's. When the service refuses the key of the environment they go on with the stored
     /// one.

@@ -34,6 +34,12 @@ public:
 
     /// What is on its way.
     ShelfStore &shelf() { return m_shelf; }
+    UploadManager &manager() { return m_manager; }
+    UploadJournal &journal() { return *m_journal; }
+    /// All that was handed over up to here is on disk.
+    Task<std::expected<void, Cancelled>> written(std::stop_token stop) { return m_journal->written(stop); }
+    /// The plan's size limit, where somebody else asks for it.
+    void setVideoByteCap(std::optional<std::int64_t> bytes) { m_videoByteCap = bytes; }
     /// One of those that have a slot; the others wait for one.
     bool isRunning(const QUuid &entryId) const { return m_manager.isRunning(entryId); }
 

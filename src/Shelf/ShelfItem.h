@@ -49,6 +49,9 @@ struct ShelfItem {
     Status status;
     /// Shown when there is no capture name.
     std::string placeholderName;
+    /// What its user should know besides the status: why the recording ended, that its sound is missing.
+    /// Empty: nothing.
+    std::string note;
     /// Only on cards restored at launch.
     std::optional<QImage> restoredPreview;
     std::optional<std::filesystem::path> restoredFileURL;

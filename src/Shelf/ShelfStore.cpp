@@ -64,6 +64,13 @@ void ShelfStore::setEntry(const QUuid &id, const QUuid &entryId) {
     }
 }
 
+void ShelfStore::setNote(const QUuid &id, const std::string &note) {
+    if (ShelfItem *const item = findItem(id)) {
+        item->note = note;
+        m_observers.notify();
+    }
+}
+
 void ShelfStore::setRestoredPreview(const QUuid &id, const QImage &preview) {
     if (ShelfItem *const item = findItem(id)) {
         item->restoredPreview = preview;

@@ -53,6 +53,7 @@ public:
     /// The processed capture is there.
     void attach(std::shared_ptr<const CaptureResult> capture, const QUuid &id);
     void setEntry(const QUuid &id, const QUuid &entryId);
+    void setNote(const QUuid &id, const std::string &note);
     void setRestoredPreview(const QUuid &id, const QImage &preview);
     void update(const QUuid &id, ShelfItem::Status status);
     void remove(const QUuid &id);

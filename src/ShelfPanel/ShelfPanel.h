@@ -6,7 +6,9 @@
 #include "API/TargetProject.h"
 #include "Platform/CaptureBackend.h"
 #include "Platform/FileOpener.h"
+#include "Platform/StillCapture.h"
 #include "Shelf/ShelfStore.h"
+#include "Support/Clock.h"
 
 #include <QUuid>
 
@@ -26,6 +28,9 @@ public:
         ShelfStore &store;
         CaptureBackend &capture;
         FileOpener &files;
+        /// They tell whether the screen behind the shelf is light; without them it is taken for dark.
+        StillCapture *stills = nullptr;
+        Clock *clock = nullptr;
     };
 
     explicit ShelfPanel(Services services);
@@ -35,6 +40,10 @@ public:
     void setVisible(bool visible);
     /// Somebody can see a card.
     bool isVisible() const;
+
+    /// Gives the keyboard to the newest card: arrows go from card to card, Enter does what its button does,
+    /// Delete dismisses it, and Escape gives the keyboard back to whom it was taken from.
+    void takeKeyboard();
 
     /// The projects that a card which needs one offers.
     std::function<std::vector<TargetProject>()> projects;

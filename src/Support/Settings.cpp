@@ -25,6 +25,15 @@ std::filesystem::path Settings::defaultFile() {
     return std::filesystem::path(folder.toStdString()) / "VantrellCapture" / "settings.ini";
 }
 
+bool Settings::isReadable(const std::filesystem::path &file) {
+    const QSettings settings(QString::fromStdString(file.string()), QSettings::IniFormat);
+    return settings.status() == QSettings::NoError;
+}
+
+void Settings::reload() {
+    m_settings->sync();
+}
+
 void Settings::registerDefault(const std::string &key, bool value) {
     m_defaults->booleans[key] = value;
 }

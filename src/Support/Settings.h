@@ -26,6 +26,12 @@ public:
     /// The user's own file in the desktop's configuration folder.
     static std::filesystem::path defaultFile();
 
+    /// There is no such file yet, or it is one of settings.
+    static bool isReadable(const std::filesystem::path &file);
+
+    /// Takes over what others have written to the file.
+    void reload();
+
     /// What a key reads as while it is not stored. Booleans without one read false.
     void registerDefault(const std::string &key, bool value);
 

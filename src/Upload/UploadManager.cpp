@@ -66,6 +66,24 @@ UploadManager::UploadManager(UploadServices services,
 
 QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture,
                              const std::optional<std::string> &projectId, const QUuid &shelfId) {
+    const QUuid id = take(std::move(capture), projectId, std::nullopt, shelfId);
+    if (projectId)
+        startOrQueue({id, shelfId});
+    else
+        m_services.shelf.update(shelfId, ShelfItem::NeedsProject{});
+    return id;
+}
+
+QUuid UploadManager::keep(std::shared_ptr<const CaptureResult> capture, const QUuid &shelfId,
+                          const std::string &message) {
+    const QUuid id = take(std::move(capture), std::nullopt, message, shelfId);
+    m_services.shelf.update(shelfId, ShelfItem::Failed{message});
+    return id;
+}
+
+QUuid UploadManager::take(std::shared_ptr<const CaptureResult> capture,
+                          const std::optional<std::string> &projectId,
+                          const std::optional<std::string> &parkedFor, const QUuid &shelfId) {
     const QUuid id = QUuid::createUuid();
     UploadJournalEntry entry{
         .captureId = id,
@@ -84,6 +102,7 @@ QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture,
     if (!projectId) {
         entry.phase = Phase::failed;
         entry.projectGone = true;
+        entry.failureReason = parkedFor;
     }
     // The capture is in the journal before anything else is tried; its side files follow in a moment.
     m_services.journal.upsert(entry);
@@ -92,10 +111,6 @@ QUuid UploadManager::enqueue(std::shared_ptr<const CaptureResult> capture,
         m_scope.start(this, &UploadManager::writeSideFiles, id, std::move(capture));
     }
     m_services.shelf.setEntry(shelfId, id);
-    if (projectId)
-        startOrQueue({id, shelfId});
-    else
-        m_services.shelf.update(shelfId, ShelfItem::NeedsProject{});
     return id;
 }
 
@@ -359,11 +374,11 @@ void UploadManager::restoreFromJournal() {
     const std::vector<UploadJournalEntry> entries = m_services.journal.entries();
     std::vector<QUuid> shelfIds;
     for (const UploadJournalEntry &entry : entries) {
-        const bool isParked = entry.phase == Phase::failed;
-        const ShelfItem::Status status =
-            isParked
-                ? ShelfItem::Status(ShelfItem::Failed{entry.failureReason.value_or(uploadMessages::failed)})
-                : ShelfItem::Uploading{};
+        ShelfItem::Status status = ShelfItem::Uploading{};
+        if (entry.phase == Phase::failed && entry.projectId.empty() && !entry.failureReason)
+            status = ShelfItem::NeedsProject{};
+        else if (entry.phase == Phase::failed)
+            status = ShelfItem::Failed{entry.failureReason.value_or(uploadMessages::failed)};
         shelfIds.push_back(
             m_services.shelf.addRestored(entry.kind == "image" ? "Screenshot" : "Screen recording",
                                          entry.masterFile(), entry.captureId, status));

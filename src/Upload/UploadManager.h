@@ -64,6 +64,11 @@ public:
     QUuid enqueue(std::shared_ptr<const CaptureResult> capture, const std::optional<std::string> &projectId,
                   const QUuid &shelfId);
 
+    /// The same for a capture that cannot be uploaded yet, since no account is connected: it is parked, and
+    /// its card shows `message`.
+    QUuid keep(std::shared_ptr<const CaptureResult> capture, const QUuid &shelfId,
+               const std::string &message);
+
     /// The user retries a failed card. `currentProjectId` is the project selected now.
     void retry(const UploadIds &ids, const std::optional<std::string> &currentProjectId);
 
@@ -83,6 +88,9 @@ public:
     std::function<void()> onIdle;
 
 private:
+    /// Into the journal and onto the card; `parkedFor` is why it waits for the user.
+    QUuid take(std::shared_ptr<const CaptureResult> capture, const std::optional<std::string> &projectId,
+               const std::optional<std::string> &parkedFor, const QUuid &shelfId);
     /// It runs or waits for a slot.
     bool isPending(const QUuid &entryId) const;
     void startOrQueue(const UploadIds &ids);

@@ -18,6 +18,8 @@ namespace {
 constexpr int mostPatches = 12;
 /// Of the same patches, while panels move.
 constexpr int mostReads = 3;
+/// The first picture waits no longer for programs that have to draw what was covered.
+constexpr double firstPatience = 0.7;
 /// While displays are arranged anew, each of them may be switched off for a moment.
 constexpr double displayPatience = 1.5;
 
@@ -64,6 +66,7 @@ void X11AreaSource::renewPicture() {
     m_stale.markAll();
     m_held = BlockMap(m_area.size());
     m_hasPicture = false;
+    m_pictureDue = hostNow() + firstPatience;
 }
 
 std::expected<void, PlatformError> X11AreaSource::watchMonitors() {
@@ -88,8 +91,13 @@ void X11AreaSource::handle(const xcb_generic_event_t &event, double now) {
     double when = now;
     const std::uint8_t type = event.response_type & ~X11Connection::sentEventBit;
     const auto &configured = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
-    if (m_damage->handles(event, now, when) ||
-        (m_underPanels && m_underPanels->handles(event, now, when))) {
+    if (m_damage->handles(event, now, when)) {
+        m_isDrawnMeanwhile = true;
+        if (m_underPanels)
+            m_underPanels->rootDamaged();
+        noteChange(when);
+    } else if (m_underPanels && m_underPanels->handles(event, now, when)) {
+        m_isDrawnMeanwhile = true;
         noteChange(when);
     } else if (type == XCB_CONFIGURE_NOTIFY && configured.window == x11().root()) {
         m_desktop = {configured.width, configured.height};
@@ -113,12 +121,18 @@ std::optional<double> X11AreaSource::endsAt() const {
 }
 
 std::optional<double> X11AreaSource::looksAt() const {
-    return m_underPanels ? m_underPanels->looksAt() : std::nullopt;
+    if (!m_underPanels)
+        return std::nullopt;
+    const auto at = m_underPanels->looksAt();
+    // Only when something is missing is the first picture late.
+    return at && !m_hasPicture && !m_goneSince ? std::min(*at, m_pictureDue) : at;
 }
 
 void X11AreaSource::look(double now) {
     if (const auto changedAt = m_underPanels->look(now))
         noteChange(*changedAt);
+    if (!m_hasPicture && !m_goneSince && now >= m_pictureDue)
+        noteChange(now);
 }
 
 std::expected<void, PlatformError> X11AreaSource::followDisplay() {
@@ -163,10 +177,10 @@ std::expected<FrameUpdate, PlatformError> X11AreaSource::fetch() {
     // What is in its place now is another display's.
     if (m_goneSince)
         return update(changedAt, {});
-    findStale();
-    if (x11().isBroken())
-        return std::unexpected(X11Connection::lostError());
     for (int left = mostReads; left > 0; --left) {
+        findStale();
+        if (x11().isBroken())
+            return std::unexpected(X11Connection::lostError());
         const auto rects = readable();
         if (!rects)
             return update(changedAt, {});
@@ -182,8 +196,10 @@ std::expected<FrameUpdate, PlatformError> X11AreaSource::fetch() {
         pictureRead();
         if (m_monitorsChanged)
             return update(changedAt, {});
-        if (reading == Reading::disturbed)
+        if (reading == Reading::disturbed || (reading == Reading::torn && left > 1))
             continue;
+        if (m_underPanels)
+            m_underPanels->pictureTaken();
         m_stale = m_held;
         m_hasPicture = true;
         for (const FramePatch &patch : m_patches)
@@ -196,20 +212,21 @@ std::expected<FrameUpdate, PlatformError> X11AreaSource::fetch() {
 
 void X11AreaSource::findStale() {
     const auto mark = [this](const PixelRect &desktop) { m_stale.mark(onPicture(desktop)); };
+    const bool isGrabbed = m_underPanels && m_underPanels->askDamage();
     m_damage->ask();
-    if (m_underPanels)
-        m_underPanels->askDamage();
+    if (isGrabbed)
+        xcb_ungrab_server(xcb());
     askForPointer();
     const bool isPlain = !m_underPanels || !m_underPanels->isActive();
+    QRegion drawn;
     m_damage->answer([&](const PixelRect &rect) {
         if (isPlain)
-            return mark(rect);
-        const QRegion drawn(rect.x, rect.y, rect.width, rect.height);
-        for (const QRect &part : drawn - m_underPanels->composed())
-            mark({part.x(), part.y(), part.width(), part.height()});
+            mark(rect);
+        else
+            drawn += QRect(rect.x, rect.y, rect.width, rect.height);
     });
     if (m_underPanels)
-        m_underPanels->answerDamage(mark);
+        m_underPanels->answerDamage(drawn, mark);
     if (PixelRect before; pointerMoved(before)) {
         mark(before);
         mark(cursor()->rect());
@@ -224,7 +241,8 @@ std::optional<std::vector<PixelRect>> X11AreaSource::readable() {
     m_underPanels->setArea(m_area);
     m_underPanels->update(hostNow(), [this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); });
     const QRegion held = m_underPanels->held();
-    if (held.isEmpty())
+    const bool isDue = !m_hasPicture && hostNow() >= m_pictureDue;
+    if (held.isEmpty() || isDue)
         return m_stale.rectangles(mostPatches);
     if (!m_hasPicture)
         return std::nullopt;
@@ -240,12 +258,17 @@ std::optional<std::vector<PixelRect>> X11AreaSource::readable() {
 }
 
 X11AreaSource::Reading X11AreaSource::read(std::span<const PixelRect> rects) {
-    m_reader->ask({.drawable = x11().root(), .drawableSize = m_desktop, .x = m_area.x, .y = m_area.y}, rects);
+    bool isGrabbed = false;
     if (m_underPanels) {
         std::vector<PixelRect> parts(rects.begin(), rects.end());
-        std::ranges::transform(parts, parts.begin(), [this](const PixelRect &rect) { return onDesktop(rect); });
-        m_underPanels->ask(parts);
+        std::ranges::transform(parts, parts.begin(),
+                               [this](const PixelRect &rect) { return onDesktop(rect); });
+        isGrabbed = m_underPanels->ask(parts);
     }
+    m_reader->ask({.drawable = x11().root(), .drawableSize = m_desktop, .x = m_area.x, .y = m_area.y}, rects);
+    if (isGrabbed)
+        xcb_ungrab_server(xcb());
+    m_isDrawnMeanwhile = false;
     const auto patches = m_reader->answer();
     const bool isWhole = !m_underPanels || m_underPanels->answer();
     if (!patches)
@@ -253,11 +276,13 @@ X11AreaSource::Reading X11AreaSource::read(std::span<const PixelRect> rects) {
     m_patches = *patches;
     // Displays and panels that moved before these pixels were read have told so by now.
     handleReceivedEvents();
-    if (!isWhole || (m_underPanels && m_underPanels->isOutdated()))
+    if (!isWhole || (m_underPanels && m_underPanels->mayShowPanel()))
         return Reading::disturbed;
-    if (m_underPanels)
-        m_underPanels->pictureTaken();
-    return Reading::done;
+    if (m_underPanels && m_underPanels->isOutdated())
+        return Reading::torn;
+    // What was drawn since the question may be in some of these pixels and not in others.
+    const bool mayTear = isGrabbed && (m_isDrawnMeanwhile || m_underPanels->isDrawnMeanwhile());
+    return mayTear ? Reading::torn : Reading::done;
 }
 
 void X11AreaSource::finish(const FramePatch &patch) {

@@ -38,7 +38,7 @@ private:
     void renewPicture();
     void findStale();
     std::optional<std::vector<PixelRect>> readable();
-    enum class Reading { refused = 1, disturbed, done };
+    enum class Reading { refused = 1, disturbed, torn, done };
     Reading read(std::span<const PixelRect> rects);
     void finish(const FramePatch &patch);
     FrameUpdate update(double changedAt, std::span<const FramePatch> patches) const;
@@ -59,8 +59,12 @@ private:
     /// Blocks of the picture that must be fetched, and those of them that cannot be yet.
     BlockMap m_stale;
     BlockMap m_held;
+    /// Since the pixels were asked for.
+    bool m_isDrawnMeanwhile = false;
     /// A picture of this size has been fetched.
     bool m_hasPicture = false;
+    /// Host time: then the first one is taken, whatever is missing.
+    double m_pictureDue = 0;
     std::span<FramePatch> m_patches;
 };
 

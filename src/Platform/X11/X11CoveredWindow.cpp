@@ -106,8 +106,7 @@ std::optional<double> X11CoveredWindow::looksAt() const {
 std::optional<X11PatchReader::Cut> X11CoveredWindow::cut(const PixelRect &place) const {
     if (m_pixmap == XCB_NONE)
         return std::nullopt;
-    return X11PatchReader::Cut{
-        .drawable = m_pixmap, .drawableSize = m_size, .x = -place.x, .y = -place.y};
+    return X11PatchReader::Cut{.drawable = m_pixmap, .drawableSize = m_size, .x = -place.x, .y = -place.y};
 }
 
 } // namespace vantrell

@@ -47,12 +47,14 @@ public:
                 readX11Picture(m_connection, m_connection.root(), m_area, m_connection.screen().root_visual);
             if (!picture || !m_underPanels)
                 return picture;
-            m_underPanels->ask({&m_area, 1});
+            // The picture before took too long to stop everybody for it.
+            if (m_underPanels->ask({&m_area, 1}))
+                xcb_ungrab_server(m_connection.xcb());
             const bool isWhole = m_underPanels->answer();
             handleEvents();
             if (m_connection.isBroken())
                 return std::unexpected(X11Connection::lostError());
-            if (left > 1 && (!isWhole || m_underPanels->isOutdated()))
+            if (left > 1 && (!isWhole || m_underPanels->mayShowPanel()))
                 continue;
             if (isWhole)
                 m_underPanels->draw(m_area, picture->bits(), picture->bytesPerLine());
@@ -72,8 +74,9 @@ private:
         const double start = hostNow();
         for (double now = start; now < start + mostPatience && !m_connection.isBroken(); now = hostNow()) {
             m_underPanels->look(now);
-            m_underPanels->askDamage();
-            m_underPanels->answerDamage([](const PixelRect &) {});
+            if (m_underPanels->askDamage())
+                xcb_ungrab_server(m_connection.xcb());
+            m_underPanels->answerDamage({}, [](const PixelRect &) {});
             m_underPanels->update(now, [](const PixelRect &) {});
             xcb_flush(m_connection.xcb());
             handleEvents();
@@ -87,7 +90,7 @@ private:
     }
 
     /// Seconds.
-    static constexpr double mostPatience = 1;
+    static constexpr double mostPatience = 0.7;
     /// Milliseconds.
     static constexpr int lookInterval = 10;
     static constexpr int mostReads = 10;

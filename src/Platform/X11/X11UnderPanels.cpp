@@ -27,7 +27,7 @@ constexpr double idleSeconds = 2;
 /// beside it. What is wholly hidden it may never draw.
 constexpr double compositorSeconds = 0.03;
 /// How long a program may take to draw what was covered, and what has just come.
-constexpr double patience = 0.5;
+constexpr double patience = 3;
 constexpr double newPatience = 0.15;
 constexpr int mostLooks = 5;
 constexpr int bytesPerPixel = 4;
@@ -72,23 +72,21 @@ bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, doubl
     for (X11CoveredWindow &window : m_covered) {
         if (!window.handles(event, now, hostTime))
             continue;
-        if (!isActive())
-            return false;
-        if (!m_compositor.isRunning() || !window.missing().isEmpty())
-            return true;
-        m_drawnAt = m_drawnAt.value_or(hostTime);
-        return false;
+        m_wasRootFirst |= !m_isDrawnMeanwhile && m_isRootDamaged;
+        m_isDrawnMeanwhile = true;
+        return noteChange(hostTime);
     }
     hostTime = now;
     if (m_compositor.handles(event)) {
         for (X11CoveredWindow &window : m_covered)
             window.outdate();
         m_isOutdated = true;
+        m_havePanelsChanged = true;
         return isActive();
     }
     if (m_background.handles(event)) {
         m_isOutdated |= isActive();
-        return isActive();
+        return noteChange(hostTime);
     }
     const std::uint8_t type = event.response_type & ~X11Connection::sentEventBit;
     if (type == XCB_DESTROY_NOTIFY) {
@@ -111,9 +109,21 @@ bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, doubl
     const auto change = m_stack.handle(event);
     if (change == X11WindowStack::Change::nothing)
         return false;
-    m_isOutdated |= change == X11WindowStack::Change::panels || isActive();
-    // A panel that comes into the picture is damage there: that wakes up.
-    return isActive();
+    m_havePanelsChanged |= change == X11WindowStack::Change::panels;
+    m_isOutdated |= m_havePanelsChanged || isActive();
+    // Panels that come or move are damage on the root: that wakes up.
+    return change == X11WindowStack::Change::other && noteChange(hostTime);
+}
+
+/// True when it is to be fetched at once.
+bool X11UnderPanels::noteChange(double hostTime) {
+    if (!isActive())
+        return false;
+    if (!m_compositor.isRunning())
+        return true;
+    // Soon the compositor draws, and then all of it is one change.
+    m_drawnAt = m_drawnAt.value_or(hostTime);
+    return false;
 }
 
 std::optional<double> X11UnderPanels::looksAt() const {
@@ -149,24 +159,29 @@ std::optional<double> X11UnderPanels::look(double now) {
         m_idleSince.reset();
         releaseAll();
     }
-    if (m_drawnAt && now >= *m_drawnAt + compositorSeconds)
+    if (m_drawnAt && now >= *m_drawnAt + compositorSeconds) {
         changedAt = std::exchange(m_drawnAt, std::nullopt);
+        m_awaited = QRegion();
+        m_wasRootFirst = false;
+    }
     return changedAt;
 }
 
-std::vector<PixelRect> X11UnderPanels::panels() const {
-    std::vector<PixelRect> places;
-    for (const X11WindowStack::Window &window : m_stack.windows()) {
-        if (window.isMapped && window.isPanel)
-            places.push_back(window.place);
-    }
-    return places;
-}
-
 void X11UnderPanels::followPanels(double now) {
-    const std::vector<PixelRect> places = panels();
-    for (const PixelRect &before : m_panels) {
-        if (!m_compositor.isRunning() || std::ranges::find(places, before) != places.end())
+    std::vector<PixelRect> places;
+    std::vector<PixelRect> left = m_panels;
+    for (const X11WindowStack::Window &window : m_stack.windows()) {
+        if (window.isPanel)
+            (window.isMapped ? places : left).push_back(window.place);
+    }
+    // Of those that were not shown when all began nobody knows since when.
+    if (std::exchange(m_knowsPanels, true))
+        left = m_panels;
+    m_panels = places;
+    if (!m_compositor.isRunning())
+        return m_traces.clear();
+    for (const PixelRect &before : left) {
+        if (std::ranges::find(places, before) != places.end())
             continue;
         if (!m_traces.empty() && now - m_traces.back().since < traceStep) {
             m_traces.back().place = united(m_traces.back().place, before);
@@ -175,9 +190,6 @@ void X11UnderPanels::followPanels(double now) {
             m_traces.push_back({before, now, now + traceSeconds});
         }
     }
-    if (!m_compositor.isRunning())
-        m_traces.clear();
-    m_panels = places;
 }
 
 QRegion X11UnderPanels::zone(int margin) const {
@@ -226,6 +238,7 @@ std::vector<X11UnderPanels::Layer> X11UnderPanels::layersOf(const QRegion &zone,
 void X11UnderPanels::update(double now, const std::function<void(const PixelRect &)> &stale) {
     for (int left = mostLooks; m_isOutdated && left > 0; --left) {
         m_isOutdated = false;
+        m_havePanelsChanged = false;
         m_stack.update();
         followPanels(now);
         const QRegion panelZone = zone(0);
@@ -305,7 +318,7 @@ const X11CoveredWindow *X11UnderPanels::find(xcb_window_t window) const {
 }
 
 QRegion X11UnderPanels::held() const {
-    QRegion held;
+    QRegion held = m_pending & m_composed;
     for (const Layer &layer : m_layers) {
         if (const X11CoveredWindow *window = find(layer.window))
             held += window->missing().translated(layer.place.x, layer.place.y) & layer.seen;
@@ -313,25 +326,52 @@ QRegion X11UnderPanels::held() const {
     return held;
 }
 
-void X11UnderPanels::askDamage() {
-    m_drawnAt.reset();
+bool X11UnderPanels::askDamage() {
+    m_isDrawnMeanwhile = false;
+    m_isRootDamaged = false;
+    xcb_connection_t *xcb = m_connection->xcb();
+    const bool grabs = isActive();
+    if (grabs) {
+        xcb_grab_server(xcb);
+        // Brings what was drawn into windows that are kept whole to the root, as any look at it does.
+        const auto look =
+            xcb_get_image(xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, m_connection->root(), 0, 0, 1, 1, ~0u);
+        xcb_discard_reply(xcb, look.sequence);
+    }
     for (X11CoveredWindow &window : m_covered)
         window.askDamage();
+    return grabs;
 }
 
-void X11UnderPanels::answerDamage(const std::function<void(const PixelRect &)> &stale) {
+void X11UnderPanels::answerDamage(const QRegion &onRoot,
+                                  const std::function<void(const PixelRect &)> &stale) {
+    const auto show = [&stale](const QRegion &region) {
+        for (const QRect &part : region)
+            stale(fromQt(part));
+    };
+    show(onRoot - m_composed);
+    const bool wasRootFirst = std::exchange(m_wasRootFirst, false);
     for (X11CoveredWindow &window : m_covered) {
         const auto layer = std::ranges::find(m_layers, window.window(), &Layer::window);
         const bool isSeen = layer != m_layers.end();
         window.answerDamage(isSeen ? layer->border : 0, [&](const PixelRect &rect) {
             if (!isSeen)
                 return;
-            const QRect drawn(layer->place.x + layer->border + rect.x, layer->place.y + layer->border + rect.y,
-                              rect.width, rect.height);
-            for (const QRect &part : layer->seen & drawn)
-                stale(fromQt(part));
+            const QRect drawn(layer->place.x + layer->border + rect.x,
+                              layer->place.y + layer->border + rect.y, rect.width, rect.height);
+            m_pending += layer->seen & drawn;
+            if (m_compositor.isRunning())
+                m_awaited += QRegion(drawn & toQt(m_area)) - m_composed;
         });
     }
+    // What came to the root before it was drawn beneath is something else.
+    if (!wasRootFirst)
+        m_awaited -= onRoot;
+    if (!m_awaited.isEmpty() && m_drawnAt)
+        return;
+    show(std::exchange(m_pending, QRegion()));
+    m_awaited = QRegion();
+    m_drawnAt.reset();
 }
 
 std::optional<X11PatchReader::Cut> X11UnderPanels::cutOf(const Layer &layer) const {
@@ -341,14 +381,14 @@ std::optional<X11PatchReader::Cut> X11UnderPanels::cutOf(const Layer &layer) con
     return window ? window->cut(layer.place) : std::nullopt;
 }
 
-void X11UnderPanels::ask(std::span<const PixelRect> parts) {
+bool X11UnderPanels::ask(std::span<const PixelRect> parts) {
     m_pieces.clear();
     int pixels = 1;
     for (std::size_t i = 0; i < m_layers.size(); ++i) {
         if (!cutOf(m_layers[i]))
             continue;
         for (const PixelRect &part : parts) {
-            for (const QRect &rect : m_layers[i].seen & toQt(part)) {
+            for (const QRect &rect : m_layers[i].seen &toQt(part)) {
                 m_pieces.push_back({i, fromQt(rect)});
                 pixels += rect.width() * rect.height();
             }
@@ -356,8 +396,12 @@ void X11UnderPanels::ask(std::span<const PixelRect> parts) {
     }
     if (!m_reader.reserve({pixels, 1}))
         m_pieces.clear();
+    const bool grabs = !m_pieces.empty();
+    if (grabs)
+        xcb_grab_server(m_connection->xcb());
     for (const Piece &piece : m_pieces)
         m_reader.ask(*cutOf(m_layers[piece.layer]), {&piece.place, 1});
+    return grabs;
 }
 
 bool X11UnderPanels::answer() {
@@ -376,7 +420,7 @@ void X11UnderPanels::draw(const PixelRect &part, std::uint8_t *pixels, std::ptrd
     const auto at = [&](int x, int y) {
         return pixels + (y - part.y) * stride + std::ptrdiff_t(x - part.x) * bytesPerPixel;
     };
-    for (const QRect &rect : m_composed & toQt(part)) {
+    for (const QRect &rect : m_composed &toQt(part)) {
         for (int y = rect.top(); y <= rect.bottom(); ++y)
             std::memset(at(rect.x(), y), 0, std::size_t(rect.width()) * bytesPerPixel);
     }

@@ -26,8 +26,9 @@ namespace vantrell {
 /// thread; the connection outlives it.
 ///
 /// A picture is read in this order: `update`, pixels of the root and `ask`, their answers, the events that
-/// came with those. When `isOutdated` then, a panel may have come into the pixels: they are thrown away and
-/// read again. So nobody else's drawing is ever stopped.
+/// came with those. When `mayShowPanel` then, the pixels are thrown away and read again. Only while a panel
+/// lies in the pixels that are read, others' drawing is stopped for the time of the reading (a fraction of a
+/// millisecond), so that what is under the panel and beside it is of one moment.
 class X11UnderPanels {
 public:
     /// The events that the root window must be asked for.
@@ -51,6 +52,8 @@ public:
 
     /// Windows or panels are not as they were when `update` was last called.
     bool isOutdated() const { return m_isOutdated; }
+    /// And so that a panel may be in pixels that were read since.
+    bool mayShowPanel() const { return m_havePanelsChanged; }
 
     /// Follows the windows. Shows each part that is to be read again. Round trips only after a change.
     void update(double now, const std::function<void(const PixelRect &)> &stale);
@@ -60,15 +63,23 @@ public:
     /// Where the pixels come from the windows beneath and not from the root; what is damaged there on the
     /// root is of no interest.
     const QRegion &composed() const { return m_composed; }
-    /// The part of it that is missing: programs have been asked for it and have not drawn it yet.
+    /// The part of it that cannot be read yet: programs have been asked for it and have not drawn it, or it
+    /// is part of something that a compositor has not shown beside the panels yet.
     QRegion held() const;
 
-    /// Asks what was drawn into the windows beneath; the answer shows where that is seen in the picture.
-    void askDamage();
-    void answerDamage(const std::function<void(const PixelRect &)> &stale);
+    /// The event that something was drawn on the root.
+    void rootDamaged() { m_isRootDamaged = true; }
+    /// Asks what was drawn into the windows beneath. True when the server is grabbed: it is to be released
+    /// behind the question what was drawn on the root.
+    [[nodiscard]] bool askDamage();
+    /// Takes the answer and what was drawn on the root, and shows what of it is seen in the picture.
+    void answerDamage(const QRegion &onRoot, const std::function<void(const PixelRect &)> &stale);
+    /// Something was drawn into them since it was asked.
+    bool isDrawnMeanwhile() const { return m_isDrawnMeanwhile; }
 
-    /// Asks for what lies under the panels in these parts of the desktop, which are disjoint.
-    void ask(std::span<const PixelRect> parts);
+    /// Asks for what lies under the panels in these parts of the desktop, which are disjoint. True when the
+    /// server is grabbed: it is to be released behind the request for the root's pixels.
+    [[nodiscard]] bool ask(std::span<const PixelRect> parts);
     /// False when it could not be read: it is to be tried again.
     bool answer();
     /// The pixels are kept: nothing had become outdated when they were read.
@@ -98,13 +109,13 @@ private:
     };
 
     X11UnderPanels(const X11Connection &connection, X11PatchReader reader);
-    std::vector<PixelRect> panels() const;
     QRegion zone(int margin) const;
     /// From top to bottom; `composed` is what they make up.
     std::vector<Layer> layersOf(const QRegion &zone, QRegion &composed) const;
     void followPanels(double now);
     void keepWhole(const std::vector<Layer> &near, double now);
     void releaseAll();
+    bool noteChange(double hostTime);
     void missWhatIsCovered(X11CoveredWindow &window, double now) const;
     X11CoveredWindow *find(xcb_window_t window);
     const X11CoveredWindow *find(xcb_window_t window) const;
@@ -117,6 +128,8 @@ private:
     X11PatchReader m_reader;
     PixelRect m_area;
     bool m_isOutdated = true;
+    bool m_havePanelsChanged = true;
+    bool m_knowsPanels = false;
     std::vector<PixelRect> m_panels;
     std::vector<Trace> m_traces;
     /// From bottom to top.
@@ -127,7 +140,14 @@ private:
     std::vector<xcb_window_t> m_fresh;
     /// No panel has been in the picture since then, but windows are still kept whole.
     std::optional<double> m_idleSince;
-    /// Drawn beneath, but not shown by the compositor yet.
+    bool m_isDrawnMeanwhile = false;
+    /// Since it was asked what was drawn, and whether that came first.
+    bool m_isRootDamaged = false;
+    bool m_wasRootFirst = false;
+    /// With a compositor: what changed beneath and is kept from the picture until the compositor has drawn
+    /// what belongs to it beside the panels, and since when.
+    QRegion m_pending;
+    QRegion m_awaited;
     std::optional<double> m_drawnAt;
     std::vector<Piece> m_pieces;
     std::span<FramePatch> m_read;

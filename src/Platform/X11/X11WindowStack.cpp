@@ -8,6 +8,7 @@
 #include <xcb/shape.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace vantrell {
 
@@ -203,7 +204,7 @@ void X11WindowStack::load() {
     for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
         if (isForeign(children[i]))
             continue;
-        m_windows.push_back({.id = children[i]});
+        m_windows.push_back({.id = children[i], .isUnknown = true});
         questions.emplace_back(xcb_get_geometry(xcb, children[i]),
                                xcb_get_window_attributes(xcb, children[i]));
     }
@@ -224,9 +225,9 @@ void X11WindowStack::load() {
 void X11WindowStack::examine() {
     xcb_connection_t *xcb = m_connection->xcb();
     const auto isDue = [](const Window &window) { return window.isMapped && !window.isExamined; };
-    if (std::ranges::none_of(m_windows, isDue))
-        return;
-    findMarks();
+    if (std::ranges::any_of(m_windows,
+                            [&](const Window &window) { return isDue(window) || window.isUnknown; }))
+        findMarks();
     std::vector<Inquiry> inquiries;
     for (const Window &window : m_windows) {
         if (isDue(window))
@@ -263,7 +264,8 @@ void X11WindowStack::findMarks() {
     };
     std::vector<Branch> level;
     for (Window &window : m_windows) {
-        if (!window.isMapped || window.isExamined)
+        // One that was mapped until a moment ago may be a panel that a compositor fades out.
+        if (!std::exchange(window.isUnknown, false) && (!window.isMapped || window.isExamined))
             continue;
         window.isPanel = false;
         level.push_back({window.id, window.id});

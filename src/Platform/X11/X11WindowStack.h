@@ -26,9 +26,11 @@ public:
         PixelRect place;
         int border = 0;
         bool isMapped = false;
-        /// What follows is not known before.
-        bool isExamined = false;
+        /// It was there before us: whether it is a panel is asked also when it is not mapped.
+        bool isUnknown = false;
         bool isPanel = false;
+        /// What follows is known.
+        bool isExamined = false;
         /// Has pixels that can be read: BGRX, or BGRA where it has alpha.
         bool hasPixels = false;
         bool hasAlpha = false;

@@ -118,8 +118,8 @@ X11Session::X11Session(const Options &options) {
         waitForWindowManager();
     }
     if (options.compositor) {
-        m_compositor = std::make_unique<ChildProcess>(std::vector<std::string>{
-            "picom", "--backend", "xrender", "--config", "/dev/null", "--fading"});
+        m_compositor = std::make_unique<ChildProcess>(
+            std::vector<std::string>{"picom", "--backend", "xrender", "--config", "/dev/null", "--fading"});
         waitForCompositor();
     }
 }

@@ -18,9 +18,10 @@ nlohmann::json CaptureProgram::Ended::json() const {
     return parsed;
 }
 
-CaptureProgram::CaptureProgram() : m_environment(QProcessEnvironment::systemEnvironment()) {
-    set("XDG_DATA_HOME", m_folder / "data");
-    set("XDG_CONFIG_HOME", m_folder / "config");
+CaptureProgram::CaptureProgram()
+    : m_folder(std::make_shared<TemporaryFolder>()), m_environment(QProcessEnvironment::systemEnvironment()) {
+    set("XDG_DATA_HOME", *m_folder / "data");
+    set("XDG_CONFIG_HOME", *m_folder / "config");
     // No keyring: what is not said here must not come from the person who runs the tests.
     set("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
 }

@@ -11,6 +11,7 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,9 @@ public:
     };
 
     CaptureProgram();
+    /// Another process of the same user: the same folders and environment.
+    CaptureProgram(const CaptureProgram &other)
+        : m_folder(other.m_folder), m_environment(other.m_environment) {}
 
     void set(const std::string &variable, const std::string &value);
     Ended run(const std::vector<std::string> &arguments);
@@ -47,13 +51,13 @@ public:
     /// Waits for the end of what was started.
     Ended finish();
 
-    std::filesystem::path captures() const { return m_folder / "data/VantrellCapture/Captures"; }
-    std::filesystem::path folder() const { return m_folder.path(); }
+    std::filesystem::path captures() const { return *m_folder / "data/VantrellCapture/Captures"; }
+    std::filesystem::path folder() const { return m_folder->path(); }
     /// Names of the files in the captures folder.
     std::vector<std::string> captureFiles() const;
 
 private:
-    TemporaryFolder m_folder;
+    std::shared_ptr<TemporaryFolder> m_folder;
     QProcessEnvironment m_environment;
     QProcess m_process;
     std::string m_errors;

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "App/CaptureHandover.h"
+
+#include "Analytics/Analytics.h"
+#include "Capture/CaptureStorage.h"
+#include "Recording/RecordingRecovery.h"
+#include "Support/BlockingWork.h"
+#include "Support/FilePath.h"
+#include "Support/Log.h"
+
+namespace vantrell {
+
+namespace {
+
+constexpr const char *connectFirst = "Connect to Vantrell in the menu bar first";
+constexpr const char *nothingToUpload = "Nothing to upload. The recording never finished saving.";
+
+} // namespace
+
+void CaptureHandover::deliver(std::shared_ptr<const CaptureResult> capture, std::optional<QUuid> shelfId,
+                              std::filesystem::path recoverable) {
+    UploadRun &uploads = m_services.uploads;
+    const QUuid card = shelfId ? *shelfId : uploads.shelf().add(capture);
+    if (m_services.account.isPaired())
+        uploads.manager().enqueue(std::move(capture), m_services.settings.selectedProjectId(), card);
+    else
+        uploads.manager().keep(std::move(capture), card, connectFirst);
+    if (!recoverable.empty())
+        m_scope.start(this, &CaptureHandover::forgetWhenSafe, std::move(recoverable));
+}
+
+Task<> CaptureHandover::forgetWhenSafe(std::filesystem::path recoverable, std::stop_token stop) {
+    if (co_await m_services.uploads.written(stop))
+        co_await runBlocking([recoverable] { RecordingRecovery::forget(recoverable); }, stop);
+}
+
+Task<> CaptureHandover::safe(std::stop_token stop) {
+    co_await m_services.uploads.written(stop);
+}
+
+void CaptureHandover::retry(const ShelfItem &item) {
+    Analytics::shared().track("cap.upload_retried");
+    ShelfStore &shelf = m_services.uploads.shelf();
+    const auto project = m_services.settings.selectedProjectId();
+    if (item.entryId) {
+        m_services.uploads.manager().retry({*item.entryId, item.id}, project);
+        return;
+    }
+    if (!item.capture)
+        shelf.update(item.id, ShelfItem::Failed{nothingToUpload});
+    else if (!m_services.account.isPaired())
+        shelf.update(item.id, ShelfItem::Failed{connectFirst});
+    else if (!project)
+        shelf.update(item.id, ShelfItem::NeedsProject{});
+    else
+        deliver(item.capture, item.id);
+}
+
+void CaptureHandover::retryWith(const ShelfItem &item, const std::string &projectId) {
+    Analytics::shared().track("cap.upload_retried");
+    if (item.entryId)
+        m_services.uploads.manager().retry({*item.entryId, item.id}, projectId);
+    else if (item.capture)
+        m_services.uploads.manager().enqueue(item.capture, projectId, item.id);
+}
+
+void CaptureHandover::offerRecovered(std::set<std::filesystem::path> taken) {
+    m_scope.start(this, &CaptureHandover::recoverAll, std::move(taken));
+}
+
+Task<> CaptureHandover::recoverAll(std::set<std::filesystem::path> taken, std::stop_token stop) {
+    const auto found =
+        co_await runBlocking([] { return RecordingRecovery::abandoned(CaptureStorage::directory()); }, stop);
+    if (!found)
+        co_return;
+    for (const std::filesystem::path &what : *found) {
+        auto recovered = co_await runBlocking(
+            [what, now = m_services.clock.wallNow()] { return RecordingRecovery::recover(what, now); }, stop);
+        if (!recovered) {
+            if (std::holds_alternative<Cancelled>(recovered.error()))
+                co_return;
+            // It stays where it is for the next start.
+            qCCritical(logCapture, "recording not recovered: %s", description(recovered.error()).c_str());
+            ShelfStore &shelf = m_services.uploads.shelf();
+            shelf.update(shelf.addProcessing("Screen recording (recovered)"),
+                         ShelfItem::Failed{"Recording failed to save: " + description(recovered.error())});
+            continue;
+        }
+        if (!*recovered)
+            continue;
+        if (taken.contains(realPath((*recovered)->fileURL))) {
+            co_await runBlocking([what] { RecordingRecovery::forget(what); }, stop);
+            continue;
+        }
+        deliver(std::make_shared<const CaptureResult>(std::move(**recovered)), std::nullopt, what);
+    }
+}
+
+} // namespace vantrell

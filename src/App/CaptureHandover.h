@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "App/ServiceAccount.h"
+#include "Capture/CaptureResult.h"
+#include "Session/CaptureSettings.h"
+#include "Session/UploadRun.h"
+#include "Shelf/ShelfItem.h"
+#include "Support/Task.h"
+#include "Support/TaskScope.h"
+
+#include <QUuid>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <stop_token>
+#include <string>
+
+namespace vantrell {
+
+/// Hands finished captures to the shelf and to the upload pipeline. A capture is in the upload journal from
+/// then on, also while no account is connected or no project is chosen, so that nothing ends with the
+/// process. Main thread.
+class CaptureHandover {
+public:
+    /// All outlive the handover.
+    struct Services {
+        UploadRun &uploads;
+        ServiceAccount &account;
+        CaptureSettings &settings;
+        Clock &clock;
+    };
+
+    explicit CaptureHandover(Services services) : m_services(services) {}
+    CaptureHandover(const CaptureHandover &) = delete;
+    CaptureHandover &operator=(const CaptureHandover &) = delete;
+
+    /// On the card with that id, else on a new one. `recoverable` is what would recover the capture after a
+    /// crash: it is forgotten once the journal has the capture.
+    void deliver(std::shared_ptr<const CaptureResult> capture, std::optional<QUuid> shelfId,
+                 std::filesystem::path recoverable = {});
+    /// Waits until all that was delivered is in the journal on disk.
+    Task<> safe(std::stop_token stop);
+    /// The user tries a card again.
+    void retry(const ShelfItem &item);
+    /// The same with a project that was chosen on the card alone.
+    void retryWith(const ShelfItem &item, const std::string &projectId);
+
+    /// Makes cards of what crashes have left, but not of what is on its way already: `taken` are the files of
+    /// the journal as the program found it.
+    void offerRecovered(std::set<std::filesystem::path> taken);
+
+private:
+    Task<> forgetWhenSafe(std::filesystem::path recoverable, std::stop_token stop);
+    Task<> recoverAll(std::set<std::filesystem::path> taken, std::stop_token stop);
+
+    const Services m_services;
+    TaskScope m_scope;
+};
+
+} // namespace vantrell

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "App/MenuBuilder.h"
+
+#include <QMenu>
+
+namespace vantrell {
+
+namespace {
+
+/// A name of any length and kind as one line of a menu, in which "&" is no mnemonic.
+QString menuTitle(const std::string &title) {
+    constexpr int longest = 60;
+    QString text = QString::fromStdString(title).simplified();
+    if (text.size() > longest)
+        text = text.left(longest / 2) + QStringLiteral("…") + text.right(longest / 2 - 1);
+    return text.replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+} // namespace
+
+void fillMenu(QMenu &menu, const std::vector<MenuEntry> &entries,
+              const std::function<void(const MenuEntry &)> &chosen) {
+    menu.clear();
+    for (const MenuEntry &entry : entries) {
+        if (entry.isSeparator()) {
+            menu.addSeparator();
+            continue;
+        }
+        if (!entry.submenu.empty()) {
+            fillMenu(*menu.addMenu(menuTitle(entry.title)), entry.submenu, chosen);
+            continue;
+        }
+        QAction *const action = menu.addAction(menuTitle(entry.title));
+        action->setEnabled(entry.isEnabled && entry.action != MenuAction::none);
+        action->setCheckable(entry.isCheckable);
+        action->setChecked(entry.isChecked);
+        if (!entry.key.empty())
+            action->setShortcut(QKeySequence(QString::fromStdString(entry.key)));
+        QObject::connect(action, &QAction::triggered, &menu, [entry, chosen] { chosen(entry); });
+    }
+}
+
+} // namespace vantrell

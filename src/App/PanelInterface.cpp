@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "App/PanelInterface.h"
+
+#include "App/MenuBuilder.h"
+#include "Overlay/CountdownPanel.h"
+#include "Panels/Alert.h"
+
+#include <QMenu>
+
+namespace vantrell {
+
+PanelInterface::PanelInterface(Services services)
+    : m_services(services), m_shelfPanel({services.shelf, *services.platform.capture, *services.desktop.files,
+                                          services.platform.stills.get(), &services.clock}) {
+    m_statusItem.onMenu = [this](const MenuEntry &entry) {
+        if (onMenu)
+            onMenu(entry);
+    };
+    m_statusItem.onClick = [this] {
+        if (onStatusClick)
+            onStatusClick();
+    };
+    m_statusItem.onHostChange = [this] {
+        if (onTrayChange)
+            onTrayChange();
+    };
+}
+
+PanelInterface::~PanelInterface() = default;
+
+std::unique_ptr<QMenu> PanelInterface::makePanelMenu() {
+    auto menu = std::make_unique<QMenu>();
+    if (panelMenu)
+        fillMenu(*menu, panelMenu(), [this](const MenuEntry &entry) {
+            if (onMenu)
+                onMenu(entry);
+        });
+    return menu;
+}
+
+void PanelInterface::showCaptureBar(std::shared_ptr<ToolBarState> state) {
+    if (!m_captureBar)
+        m_captureBar = std::make_unique<CaptureBar>(
+            CaptureBar::Services{*m_services.platform.audio, *m_services.platform.stills,
+                                 m_services.settings.store(), m_services.clock});
+    m_captureBar->show(std::move(state), std::nullopt, [this] { return makePanelMenu(); });
+}
+
+void PanelInterface::hideCaptureBar() {
+    if (m_captureBar)
+        m_captureBar->hide();
+}
+
+void PanelInterface::beginSelection(ToolMode tool,
+                                    std::function<void(SelectionOutcome, ToolMode)> completion) {
+    m_overlay = std::make_unique<SelectionOverlayController>(SelectionOverlayController::Services{
+        *m_services.platform.capture, *m_services.platform.stills, m_services.settings.store()});
+    m_overlay->onToolWanted = [this](ToolMode wanted) {
+        if (onToolWanted)
+            onToolWanted(wanted);
+    };
+    m_overlay->onBarWanted = [this] {
+        if (m_captureBar)
+            m_captureBar->takeKeyboard();
+    };
+    m_overlay->onShown = [this] {
+        if (m_captureBar && m_captureBar->isVisible())
+            m_captureBar->raise();
+    };
+    m_overlay->barFrame = [this] { return m_captureBar ? m_captureBar->frame() : QRect(); };
+    m_overlay->begin(
+        tool, [this] { return m_captureBar && m_captureBar->isCursorOverBar(); },
+        [this, completion = std::move(completion)](SelectionOutcome outcome, ToolMode used) {
+            // Out of the way first: it is asked whether there still is an overlay.
+            const auto ended = std::move(m_overlay);
+            const auto told = completion;
+            told(std::move(outcome), used);
+        });
+}
+
+void PanelInterface::setSelectionTool(ToolMode tool) {
+    if (m_overlay)
+        m_overlay->setTool(tool);
+}
+
+void PanelInterface::finishSelection(SelectionOutcome outcome) {
+    if (m_overlay)
+        m_overlay->finish(std::move(outcome));
+}
+
+Task<bool> PanelInterface::countDown(int seconds, Display display, std::stop_token stop) {
+    return vantrell::countDown(seconds, std::move(display), m_services.clock, std::move(stop));
+}
+
+void PanelInterface::showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) {
+    m_hud = std::make_unique<RecordingHUD>(
+        RecordingHUD::Services{*m_services.platform.stills, m_services.settings.store(), m_services.clock},
+        std::move(state));
+    m_hud->show(display);
+}
+
+void PanelInterface::hideHUD() {
+    if (!m_hud)
+        return;
+    m_hud->hide();
+    // One of its buttons may be in the middle of calling this.
+    QMetaObject::invokeMethod(
+        QCoreApplication::instance(), [hud = std::shared_ptr(std::move(m_hud))] {}, Qt::QueuedConnection);
+}
+
+Task<int> PanelInterface::ask(std::string message, std::string informative, std::vector<std::string> buttons,
+                              std::stop_token stop) {
+    return vantrell::ask(std::move(message), std::move(informative), std::move(buttons), std::move(stop));
+}
+
+} // namespace vantrell

@@ -1,0 +1,340 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "App/RecordingFlow.h"
+
+#include "Analytics/Analytics.h"
+#include "Capture/CaptureStorage.h"
+#include "Capture/ScreenshotEngine.h"
+#include "Platform/Desktop/Trash.h"
+#include "Platform/DisplayLayout.h"
+#include "Recording/DiskSpace.h"
+#include "Recording/RecordingRecovery.h"
+#include "Support/BlockingWork.h"
+#include "Support/Log.h"
+
+#include <cmath>
+
+using namespace std::chrono_literals;
+
+namespace vantrell {
+
+namespace {
+
+constexpr const char *recordingCard = "Screen recording";
+constexpr const char *screenshotCard = "Screenshot";
+/// The plan's limits are asked for at the start of a recording for this long; later ones still count.
+constexpr auto limitsPatience = 3s;
+
+/// What the usage events call the tool that led to it.
+ToolMode toolOf(const SelectionOutcome &outcome) {
+    if (std::holds_alternative<SelectionOutcome::Region>(outcome.picked))
+        return ToolMode::area;
+    return std::holds_alternative<SelectionOutcome::Window>(outcome.picked) ? ToolMode::window
+                                                                            : ToolMode::screen;
+}
+
+std::string toolName(const SelectionOutcome &outcome) {
+    return std::string(spelling(toolOf(outcome)));
+}
+
+Task<> giveUpAfter(Clock *clock, std::chrono::milliseconds patience, std::stop_source given,
+                   std::stop_token stop) {
+    if (co_await clock->sleep(patience, stop))
+        given.request_stop();
+}
+
+} // namespace
+
+RecordingFlow::RecordingFlow(Services services) : m_services(services) {}
+
+void RecordingFlow::changed() {
+    // Sleep waits until the recording is on disk; a screen that goes dark would be recorded as such, but a
+    // paused recording keeps nobody awake.
+    m_services.session.holdSleepBack(isRecording() || isFinalizingRecording());
+    m_services.session.keepAwake(isRecording() && !isPaused());
+    if (onChange)
+        onChange();
+}
+
+std::optional<RecordingFlow::Picked> RecordingFlow::requestOf(const SelectionOutcome &outcome) {
+    if (const auto *region = std::get_if<SelectionOutcome::Region>(&outcome.picked))
+        return Picked{{CaptureRequest::Area{inPixelsOf(region->display, region->rect)}},
+                      region->display,
+                      region->record};
+    if (const auto *whole = std::get_if<SelectionOutcome::WholeDisplay>(&outcome.picked))
+        return Picked{{CaptureRequest::WholeDisplay{whole->display.id}}, whole->display, whole->record};
+    if (const auto *window = std::get_if<SelectionOutcome::Window>(&outcome.picked))
+        return Picked{{CaptureRequest::Window{window->window.id}}, window->display, window->record};
+    return std::nullopt;
+}
+
+void RecordingFlow::startRecording(SelectionOutcome outcome, bool skipCountdown) {
+    if (isRecording() || m_isStartingRecording || outcome.isCancelled())
+        return;
+    if (const auto enough = checkFreeDiskSpace(CaptureStorage::directory()); !enough) {
+        qCCritical(logCapture, "record start refused: low disk space");
+        const QUuid card = m_services.shelf.addProcessing(recordingCard);
+        m_services.shelf.update(card, ShelfItem::Failed{description(enough.error())});
+        return;
+    }
+    m_activeRecordingOutcome = outcome;
+    m_isStartingRecording = true;
+    changed();
+    m_startScope.start(this, &RecordingFlow::start, std::move(outcome), skipCountdown);
+}
+
+Task<> RecordingFlow::start(SelectionOutcome outcome, bool skipCountdown, std::stop_token stop) {
+    const auto begun = co_await begin(std::move(outcome), skipCountdown, stop);
+    m_isStartingRecording = false;
+    if (!begun) {
+        m_engine.reset();
+        m_hudState.reset();
+        if (!std::holds_alternative<Cancelled>(begun.error())) {
+            qCCritical(logCapture, "record start failed: %s", description(begun.error()).c_str());
+            const QUuid card = m_services.shelf.addProcessing(recordingCard);
+            m_services.shelf.update(card, ShelfItem::Failed{description(begun.error())});
+        } else if (!stop.stop_requested() && onStartCancelled) {
+            onStartCancelled();
+        }
+    }
+    changed();
+}
+
+Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome, bool skipCountdown,
+                                                        std::stop_token stop) {
+    const auto picked = requestOf(outcome);
+    ServiceAccount &account = m_services.account;
+    if (!account.limitsFetched() && account.isPaired()) {
+        std::stop_source given;
+        const std::stop_callback outer(stop, [given]() mutable { given.request_stop(); });
+        TaskScope timer;
+        timer.start(giveUpAfter, &m_services.clock, std::chrono::milliseconds(limitsPatience), given);
+        co_await account.fetchLimitsOnce(given.get_token());
+    }
+    auto chosen = co_await m_services.platform.capture->choose(picked->request, stop);
+    if (!chosen)
+        co_return std::unexpected(asFailure(std::move(chosen.error())));
+    const std::shared_ptr<CaptureSource> source = chosen->source;
+    const Display display = source->facts().display.value_or(picked->display);
+
+    const CaptureSettings &settings = m_services.settings;
+    if (const int seconds = settings.countdownSeconds(); seconds >= 1 && !skipCountdown)
+        if (!co_await m_services.ui.countDown(seconds, display, stop))
+            co_return std::unexpected(Failure(Cancelled{}));
+    if (stop.stop_requested())
+        co_return std::unexpected(Failure(Cancelled{}));
+
+    RecordingOptions options;
+    options.target = CaptureTarget::of(*source);
+    options.micEnabled = settings.micEnabled();
+    options.micDeviceId = settings.micDeviceId();
+    options.systemAudioEnabled = settings.systemAudioEnabled();
+    options.separateCursor = settings.separateCursor();
+    options.autoCamera = settings.autoCamera();
+    Platform &platform = m_services.platform;
+    const auto engine = std::make_shared<RecordingEngine>(
+        RecordingPorts{*platform.streams, source, *platform.input, m_services.clock}, std::move(options));
+    const auto hudState = std::make_shared<RecordingHUDState>(m_services.clock, account.recordingCapSeconds(),
+                                                              settings.micEnabled());
+    engine->onMicLevel = [state = std::weak_ptr(hudState)](double level) {
+        if (const auto hud = state.lock())
+            hud->micLevel = level;
+    };
+    engine->onStreamDeath = [this](Failure failure) {
+        qCCritical(logCapture, "stream died mid-recording: %s", description(failure).c_str());
+        stopRecording(failure);
+    };
+    if (auto started = co_await engine->start(stop); !started)
+        co_return started;
+    m_engine = engine;
+    m_hudState = hudState;
+    installHUD(display);
+    Analytics::shared().track(
+        "cap.recording_started",
+        {{"tool", toolName(outcome)}, {"camera", settings.cameraEnabled()}, {"mic", settings.micEnabled()}});
+    // No desktop of ours gives cameras yet.
+    if (settings.cameraEnabled())
+        qCInfo(logCapture, "camera skipped: granted=%d", 0);
+    co_return std::expected<void, Failure>();
+}
+
+void RecordingFlow::installHUD(const Display &display) {
+    m_hudState->onStop = [this] { stopRecording(); };
+    m_hudState->onPauseToggle = [this] { togglePause(); };
+    m_hudState->onRestart = [this] { discardRecording(true); };
+    m_hudState->onDelete = [this] { discardRecording(false); };
+    // The plan's limit may arrive late, and may change.
+    m_accountObservation = m_services.account.observe([this] { followCap(); });
+    m_hudState->startTimer();
+    m_services.ui.showHUD(m_hudState, display);
+}
+
+void RecordingFlow::followCap() {
+    if (m_hudState)
+        m_hudState->setCap(m_services.account.recordingCapSeconds());
+}
+
+Task<OneShot<bool>> RecordingFlow::enterQueue(std::stop_token stop) {
+    const OneShot<bool> mine;
+    const std::optional<OneShot<bool>> before = std::exchange(m_recordingOpQueue, mine);
+    if (before)
+        co_await before->wait(stop);
+    co_return mine;
+}
+
+void RecordingFlow::togglePause() {
+    if (m_isTogglingPause || !m_engine)
+        return;
+    m_isTogglingPause = true;
+    m_scope.start(this, &RecordingFlow::pauseInTurn);
+}
+
+Task<> RecordingFlow::pauseInTurn(std::stop_token stop) {
+    const OneShot<bool> done = co_await enterQueue(stop);
+    const std::shared_ptr<RecordingEngine> engine = m_engine;
+    const std::shared_ptr<RecordingHUDState> hud = m_hudState;
+    if (engine && !stop.stop_requested()) {
+        const bool resumes = engine->isPaused();
+        if (!resumes)
+            hud->pause();
+        const auto toggled = resumes ? co_await engine->resume(stop) : co_await engine->pause(stop);
+        if (!toggled && !std::holds_alternative<Cancelled>(toggled.error()))
+            qCCritical(logCapture, "pause failed: %s", description(toggled.error()).c_str());
+        // A stop may have come meanwhile.
+        if (m_engine == engine) {
+            hud->isPaused = engine->isPaused();
+            if (!engine->isPaused())
+                hud->startTimer();
+            changed();
+        }
+    }
+    m_isTogglingPause = false;
+    done.resolve(true);
+}
+
+std::shared_ptr<RecordingEngine> RecordingFlow::takeOut() {
+    m_accountObservation.reset();
+    m_hudState->stop();
+    m_services.ui.hideHUD();
+    // Its own timer may have asked for this, and a button of the panel: it goes when they have returned.
+    m_scope.start([](std::shared_ptr<RecordingHUDState>, Clock *clock,
+                     std::stop_token stop) -> Task<> { co_await clock->sleep(0ms, stop); },
+                  std::exchange(m_hudState, nullptr), &m_services.clock);
+    ++m_finalizing;
+    return std::exchange(m_engine, nullptr);
+}
+
+void RecordingFlow::stopRecording(const std::optional<Failure> &sessionError) {
+    if (!m_engine)
+        return;
+    std::shared_ptr<RecordingEngine> engine = takeOut();
+    const QUuid card = m_services.shelf.addProcessing(recordingCard);
+    m_scope.start(this, &RecordingFlow::finalizeInTurn, std::move(engine), card, sessionError);
+    changed();
+}
+
+Task<> RecordingFlow::finalizeInTurn(std::shared_ptr<RecordingEngine> engine, QUuid card,
+                                     std::optional<Failure> cause, std::stop_token stop) {
+    const OneShot<bool> done = co_await enterQueue(stop);
+    auto outcome = co_await engine->stop(stop);
+    if (stop.stop_requested())
+        co_return;
+    if (outcome) {
+        if (outcome->isPartial)
+            qCCritical(logCapture, "recording salvaged partially, final segment lost");
+        const double seconds = double(outcome->capture.durationMs.value_or(0)) / 1000;
+        Analytics::shared().track(
+            "cap.recording_completed",
+            {{"duration_sec", std::int64_t(std::llround(seconds))}, {"partial", outcome->isPartial}});
+        if (cause)
+            m_services.shelf.setNote(card, description(*cause));
+        else if (outcome->soundProblem)
+            m_services.shelf.setNote(card, "Recorded without sound: " + outcome->soundProblem->description());
+        const auto capture = std::make_shared<const CaptureResult>(std::move(outcome->capture));
+        m_services.shelf.attach(capture, card);
+        m_services.handover.deliver(capture, card, outcome->journal);
+        co_await m_services.handover.safe(stop);
+    } else {
+        qCCritical(logCapture, "record stop failed: %s", description(outcome.error()).c_str());
+        const std::string why = cause ? description(*cause) : description(outcome.error());
+        m_services.shelf.update(card, ShelfItem::Failed{"Recording failed to save: " + why});
+    }
+    done.resolve(true);
+    finalized();
+}
+
+void RecordingFlow::finalized() {
+    --m_finalizing;
+    changed();
+}
+
+void RecordingFlow::discardRecording(bool restart) {
+    if (!m_engine)
+        return;
+    Analytics::shared().track("cap.recording_discarded");
+    std::shared_ptr<RecordingEngine> engine = takeOut();
+    m_scope.start(this, &RecordingFlow::discardInTurn, std::move(engine), restart);
+    changed();
+}
+
+Task<> RecordingFlow::discardInTurn(std::shared_ptr<RecordingEngine> engine, bool restart,
+                                    std::stop_token stop) {
+    const OneShot<bool> done = co_await enterQueue(stop);
+    const auto outcome = co_await engine->stop(stop);
+    if (stop.stop_requested())
+        co_return;
+    if (!outcome) {
+        qCCritical(logCapture, "record discard failed: %s", description(outcome.error()).c_str());
+    } else {
+        // Into the trash, out of which it can be taken back.
+        const auto discarded = co_await runBlocking(
+            [file = outcome->capture.fileURL, journal = outcome->journal] {
+                const auto moved = Trash::moveToTrash(file);
+                std::error_code failure;
+                if (!moved)
+                    std::filesystem::remove(file, failure);
+                if (!failure)
+                    RecordingRecovery::forget(journal);
+                return failure;
+            },
+            stop);
+        if (discarded && *discarded)
+            qCCritical(logCapture, "record discard failed: %s", discarded->message().c_str());
+    }
+    done.resolve(true);
+    finalized();
+    if (restart && m_activeRecordingOutcome)
+        startRecording(*m_activeRecordingOutcome, true);
+}
+
+void RecordingFlow::finishScreenshot(SelectionOutcome outcome) {
+    m_scope.start(this, &RecordingFlow::takeStill, std::move(outcome));
+}
+
+Task<> RecordingFlow::takeStill(SelectionOutcome outcome, std::stop_token stop) {
+    const auto picked = requestOf(outcome);
+    if (!picked)
+        co_return;
+    std::string problem;
+    if (const auto chosen = co_await m_services.platform.capture->choose(picked->request, stop)) {
+        auto still = co_await ScreenshotEngine::capture(m_services.platform.stills.get(),
+                                                        CaptureTarget::of(*chosen->source), stop);
+        if (still) {
+            Analytics::shared().track("cap.screenshot_captured", {{"tool", toolName(outcome)}});
+            m_services.handover.deliver(std::make_shared<const CaptureResult>(std::move(*still)),
+                                        std::nullopt);
+            co_return;
+        }
+        problem = description(asFailure(std::move(still.error())));
+    } else {
+        problem = description(asFailure(chosen.error()));
+    }
+    // Empty: it was cancelled.
+    if (problem.empty())
+        co_return;
+    qCCritical(logCapture, "screenshot failed: %s", problem.c_str());
+    m_services.shelf.update(m_services.shelf.addProcessing(screenshotCard), ShelfItem::Failed{problem});
+}
+
+} // namespace vantrell

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "CommandLine/ControlCommand.h"
+
+#include "CommandLine/RunningApplication.h"
+#include "Support/DetachedProgram.h"
+
+#include <QCoreApplication>
+
+#include <nlohmann/json.hpp>
+
+using namespace std::chrono_literals;
+
+namespace vantrell {
+
+namespace {
+
+using What = ControlArguments::What;
+
+constexpr auto startPoll = 100ms;
+constexpr int startPolls = 100;
+
+/// Starts it and waits until it can be called.
+Task<bool> startApplication(Clock *clock, std::stop_token stop) {
+    if (!startDetached(QCoreApplication::applicationFilePath().toStdString()))
+        co_return false;
+    for (int poll = 0; poll < startPolls; ++poll) {
+        if (RunningApplication::isThere())
+            co_return true;
+        if (!co_await clock->sleep(startPoll, stop))
+            co_return false;
+    }
+    co_return false;
+}
+
+struct Call {
+    const char *method;
+    const char *tool;
+};
+
+Call callOf(What what) {
+    switch (what) {
+    case What::area:
+        return {"ShowTool", "area"};
+    case What::window:
+        return {"ShowTool", "window"};
+    case What::screen:
+        return {"ShowTool", "screen"};
+    case What::toggle:
+        return {"Toggle", nullptr};
+    case What::pause:
+        return {"Pause", nullptr};
+    case What::stop:
+        return {"Stop", nullptr};
+    case What::quit:
+        return {"Quit", nullptr};
+    }
+    return {"", nullptr};
+}
+
+} // namespace
+
+Task<ExitCode> runControl(ControlArguments arguments, CommandContext context, std::stop_token stop) {
+    const Call call = callOf(arguments.what);
+    if (call.tool && !RunningApplication::isThere() && !co_await startApplication(&context.clock, stop)) {
+        context.reporter.failure("Vantrell Capture could not be started");
+        co_return ExitCode::failed;
+    }
+    QVariantList parameters;
+    if (call.tool)
+        parameters.append(QString::fromLatin1(call.tool));
+    const auto answer = co_await RunningApplication::call(call.method, parameters, stop);
+    if (!answer) {
+        context.reporter.failure(answer.error().sentence);
+        co_return ExitCode::failed;
+    }
+    co_return ExitCode::success;
+}
+
+} // namespace vantrell

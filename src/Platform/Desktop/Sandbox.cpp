@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/Desktop/Sandbox.h"
+
+#include <QtGlobal>
+
+#include <filesystem>
+
+namespace vantrell {
+
+bool isSandboxed() {
+    std::error_code error;
+    return std::filesystem::exists("/.flatpak-info", error) || !qEnvironmentVariableIsEmpty("SNAP");
+}
+
+} // namespace vantrell

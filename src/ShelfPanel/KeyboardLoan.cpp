@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "ShelfPanel/KeyboardLoan.h"
+
+#include <QWindow>
+
+#include <utility>
+
+namespace vantrell {
+
+void KeyboardLoan::take() {
+    if (m_lender)
+        return;
+    m_lender = DesktopLink::instance().focusedWindow();
+    m_panel.windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, false);
+    DesktopLink::instance().focus(DesktopLink::WindowId(m_panel.winId()));
+}
+
+void KeyboardLoan::giveBack() {
+    const auto lender = m_lender;
+    forget();
+    if (lender)
+        DesktopLink::instance().focus(*lender);
+}
+
+void KeyboardLoan::forget() {
+    if (std::exchange(m_lender, {}))
+        m_panel.windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, true);
+}
+
+} // namespace vantrell

@@ -1,0 +1,600 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "ShelfPanel/ShelfStack.h"
+
+#include "Panels/PanelButton.h"
+#include "Panels/PanelMenu.h"
+#include "Panels/PanelShape.h"
+#include "Shelf/ShelfPanelFrame.h"
+#include "ShelfPanel/FileDrag.h"
+#include "ShelfPanel/ShelfAccessibility.h"
+#include "ShelfPanel/ShelfText.h"
+#include "Support/BlockingWork.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QPainter>
+#include <QPointer>
+#include <QScreen>
+#include <QWheelEvent>
+#include <QWindow>
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+
+#include <xcb/xcb.h>
+
+namespace vantrell {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int cardGap = 8;
+constexpr int pitch = ShelfCard::bodyHeight + cardGap;
+/// The panel is wider than its cards by this at the right.
+constexpr int sideMargin = 24;
+constexpr int scrollButtonHeight = 26;
+constexpr int scrollButtonGap = 4;
+constexpr auto motionTime = 160ms;
+constexpr auto progressInterval = 250ms;
+/// Cards come from there, and go there.
+constexpr double comesFrom = 28;
+constexpr int wheelStep = 120;
+
+bool isIn(const ShelfCard &card, const std::vector<ShelfItem> &items) {
+    return std::ranges::find(items, card.id(), &ShelfItem::id) != items.end();
+}
+
+QRect withShadow(const QRect &body) {
+    return body.adjusted(-panelShadowReach, -panelShadowReach, panelShadowReach, panelShadowReach);
+}
+
+/// The window grows upwards: until it is painted anew the server keeps what it shows at its lower edge.
+void keepLowerEdge(WId window) {
+    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    const std::uint32_t gravity = XCB_GRAVITY_SOUTH_EAST;
+    if (x11)
+        xcb_change_window_attributes(x11->connection(), xcb_window_t(window), XCB_CW_BIT_GRAVITY, &gravity);
+}
+
+} // namespace
+
+ShelfStack::ShelfStack(Host &host)
+    : FloatingPanel({.radius = ShelfCard::cornerRadius, .isMovable = false, .drawsPanel = false}),
+      m_host(host), m_keyboard(*this), m_older(new PanelButton(shelfText("Older captures"), this)),
+      m_newer(new PanelButton(shelfText("Newer captures"), this)) {
+    installShelfAccessibility();
+    setAttribute(Qt::WA_AlwaysShowToolTips);
+    setAccessibleName(shelfText("Recent captures"));
+    m_progressTimer.setSingleShot(true);
+    m_progressTimer.setInterval(progressInterval);
+    QObject::connect(&m_progressTimer, &QTimer::timeout, this, [this] {
+        if (m_hasProgress)
+            showProgress();
+    });
+    m_motion.setDuration(int(std::chrono::milliseconds(motionTime).count()));
+    m_motion.setStartValue(0.0);
+    m_motion.setEndValue(1.0);
+    m_motion.setEasingCurve(QEasingCurve::OutCubic);
+    QObject::connect(&m_motion, &QVariantAnimation::valueChanged, this,
+                     [this](const QVariant &value) { moveOn(value.toDouble()); });
+    QObject::connect(&m_motion, &QVariantAnimation::finished, this, [this] { settle(); });
+    for (PanelButton *button : {m_older, m_newer}) {
+        button->setHeight(scrollButtonHeight);
+        button->setRadius(scrollButtonHeight / 2.0);
+        button->setSymbol(button == m_older ? Symbol::chevronUp : Symbol::chevronDown);
+        button->setFocusPolicy(Qt::NoFocus);
+        button->hide();
+        const int direction = button == m_older ? 1 : -1;
+        QObject::connect(button, &QAbstractButton::clicked, this,
+                         [this, direction] { scrollBy(direction * std::max(1, roomForCards() - 1)); });
+    }
+}
+
+ShelfStack::~ShelfStack() {
+    // Hiding moves the focus, and the cards tell of it: as long as there is somebody to tell.
+    hide();
+    for (const std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
+        for (const Entry &entry : *entries)
+            delete entry.card;
+    }
+    if (!m_reasons.empty())
+        m_host.setAttended(false);
+}
+
+void ShelfStack::setItems(const std::vector<ShelfItem> &items) {
+    const bool isSameCards = std::ranges::equal(
+        m_entries, items, {}, [](const Entry &entry) { return entry.card->id(); }, &ShelfItem::id);
+    if (!isSameCards)
+        matchCards(items);
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        m_hasProgress = m_entries[i].card->setItem(items[i]) || m_hasProgress;
+        requestThumbnail(*m_entries[i].card, items[i]);
+    }
+    if (!isSameCards)
+        arrange();
+    if (m_hasProgress && !m_progressTimer.isActive())
+        showProgress();
+}
+
+void ShelfStack::matchCards(const std::vector<ShelfItem> &items) {
+    const int focused = focusedCard();
+    const bool losesFocus = focused >= 0 && !isIn(*m_entries[std::size_t(focused)].card, items);
+    std::vector<Entry> matched;
+    bool isNew = false;
+    for (const ShelfItem &item : items) {
+        const auto known = std::ranges::find(m_entries, item.id, [](const Entry &e) { return e.card->id(); });
+        if (known != m_entries.end()) {
+            matched.push_back(*known);
+            continue;
+        }
+        auto *card = new ShelfCard(item, *this, this);
+        const Place start{.aside = comesFrom, .opacity = 0};
+        matched.push_back({card, start, start, start});
+        isNew = true;
+    }
+    for (const Entry &entry : m_entries) {
+        if (!isIn(*entry.card, items)) {
+            m_leaving.push_back(entry);
+            // What leaves is no longer to be met.
+            entry.card->setAttribute(Qt::WA_TransparentForMouseEvents);
+        }
+    }
+    m_entries = std::move(matched);
+    // Who does not look elsewhere sees what has just been captured.
+    if (isNew && m_reasons.empty())
+        m_newerHidden = 0;
+    if (losesFocus && !m_entries.empty())
+        QTimer::singleShot(0, this, [this, focused] { focusCard(std::min(focused, count() - 1)); });
+}
+
+void ShelfStack::showProgress() {
+    m_hasProgress = false;
+    for (const Entry &entry : m_entries)
+        entry.card->showProgress();
+    m_progressTimer.start();
+}
+
+void ShelfStack::requestThumbnail(ShelfCard &card, const ShelfItem &item) {
+    CardThumbnail source = CardThumbnail::of(item);
+    if (std::exchange(card.thumbnailKey, source.key) == source.key)
+        return;
+    if (source.key == 0)
+        card.setThumbnail({});
+    else
+        m_scope.start(this, &ShelfStack::loadThumbnail, card.id(), std::move(source));
+}
+
+Task<> ShelfStack::loadThumbnail(QUuid id, CardThumbnail source, std::stop_token stop) {
+    const qint64 key = source.key;
+    const QSize pixels = ShelfCard::thumbnailSize * std::max(2.0, devicePixelRatioF());
+    const auto image =
+        co_await runBlocking([source = std::move(source), pixels] { return source.scaledTo(pixels); }, stop);
+    if (!image)
+        co_return;
+    for (const Entry &entry : m_entries) {
+        if (entry.card->id() == id && entry.card->thumbnailKey == key)
+            entry.card->setThumbnail(*image);
+    }
+}
+
+void ShelfStack::setDisplay(QScreen *screen) {
+    m_screen = screen;
+    if (!screen)
+        return;
+    if (this->screen() != screen)
+        setScreen(screen);
+    if (!m_entries.empty())
+        arrange();
+}
+
+int ShelfStack::roomForCards() const {
+    if (!m_screen)
+        return 1;
+    const QRect free = m_screen->availableGeometry();
+    const double height = shelfPanelFrame(count(), {double(free.x()), double(free.y()), double(free.width()),
+                                                    double(free.height())})
+                              .height;
+    const int all = int((height + cardGap) / pitch);
+    if (count() <= all)
+        return std::max(1, count());
+    return std::max(1, int((height - scrollButtonHeight - scrollButtonGap + cardGap) / pitch));
+}
+
+void ShelfStack::arrange() {
+    const int room = roomForCards();
+    m_newerHidden = std::clamp(m_newerHidden, 0, std::max(0, count() - room));
+    for (int i = 0; i < count(); ++i) {
+        Entry &entry = m_entries[std::size_t(i)];
+        const int above = count() - 1 - i - m_newerHidden;
+        const bool isShown = above >= 0 && above < room;
+        const Place target{.up = double(std::clamp(above, -1, room)) * pitch, .opacity = isShown ? 1.0 : 0.0};
+        // A new card comes in at its place, not from below the others.
+        if (entry.card->isHidden() && entry.now.aside != 0)
+            entry.now.up = target.up;
+        entry.from = entry.now;
+        entry.to = target;
+        if (isShown)
+            entry.card->show();
+    }
+    for (Entry &entry : m_leaving) {
+        entry.from = entry.now;
+        entry.to = {.up = entry.now.up, .aside = std::max(comesFrom, entry.now.aside), .opacity = 0};
+    }
+    fitWindow();
+    arrangeScrollButtons();
+    m_motion.stop();
+    // A shaped window cannot be blended over what lies behind it.
+    if (isBlended() && !prefersReducedMotion() && isVisible()) {
+        moveOn(0);
+        m_motion.start();
+    } else {
+        moveOn(1);
+        settle();
+    }
+}
+
+void ShelfStack::moveOn(double progress) {
+    const auto between = [progress](double from, double to) { return from + (to - from) * progress; };
+    for (std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
+        for (Entry &entry : *entries) {
+            const Place now{between(entry.from.up, entry.to.up), between(entry.from.aside, entry.to.aside),
+                            between(entry.from.opacity, entry.to.opacity)};
+            place(entry, now);
+        }
+    }
+    update();
+}
+
+void ShelfStack::settle() {
+    for (const Entry &entry : std::exchange(m_leaving, {})) {
+        entry.card->hide();
+        entry.card->deleteLater();
+    }
+    for (const Entry &entry : m_entries) {
+        if (entry.to.opacity == 0)
+            entry.card->hide();
+    }
+    if (m_entries.empty()) {
+        m_host.emptied();
+        return;
+    }
+    fitWindow();
+    outlineChanged();
+}
+
+void ShelfStack::place(Entry &entry, const Place &place) {
+    entry.now = place;
+    const QRect panel = panelRect();
+    const double top = panel.bottom() + 1 - ShelfCard::bodyHeight - place.up;
+    entry.card->move(panel.left() - ShelfCard::overhang + int(std::lround(place.aside)),
+                     int(std::lround(top)) - ShelfCard::overhang);
+    entry.card->setOpacity(place.opacity);
+}
+
+void ShelfStack::placeAll() {
+    for (std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
+        for (Entry &entry : *entries)
+            place(entry, entry.now);
+    }
+    arrangeScrollButtons();
+    update();
+}
+
+void ShelfStack::fitWindow() {
+    if (!m_screen)
+        return;
+    const QRect free = m_screen->availableGeometry();
+    const Rect frame = shelfPanelFrame(
+        count(), {double(free.x()), double(free.y()), double(free.width()), double(free.height())});
+    double top = 0;
+    for (const std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
+        for (const Entry &entry : *entries) {
+            if (entry.to.opacity > 0)
+                top = std::max(top, entry.to.up);
+            if (entry.now.opacity > 0)
+                top = std::max(top, entry.now.up);
+        }
+    }
+    const int height = int(std::ceil(top)) + ShelfCard::bodyHeight;
+    const int margin = shadowMargin();
+    const QRect panel(int(frame.maxX()) - sideMargin - ShelfCard::bodyWidth, int(frame.maxY()) - height,
+                      ShelfCard::bodyWidth, height);
+    setGeometry(panel.adjusted(-margin, -margin, margin, margin));
+}
+
+void ShelfStack::arrangeScrollButtons() {
+    const int room = roomForCards();
+    const int older = std::max(0, count() - room - m_newerHidden);
+    const auto arrangeOne = [this](PanelButton &button, int hidden, const char *words, int y) {
+        button.setLabel(shelfText(words).arg(hidden));
+        button.setWords(shelfText(words).arg(hidden));
+        button.setVisible(hidden > 0);
+        const QSize size = button.sizeHint();
+        button.setGeometry(panelRect().center().x() - size.width() / 2, y, size.width(), size.height());
+    };
+    arrangeOne(*m_older, older, "%1 older", panelRect().top() - scrollButtonGap - scrollButtonHeight);
+    arrangeOne(*m_newer, m_newerHidden, "%1 newer", panelRect().bottom() + 1 + scrollButtonGap);
+}
+
+QRect ShelfStack::bodyOf(const ShelfCard &card) const {
+    return card.body().translated(card.pos());
+}
+
+void ShelfStack::outlineChanged() {
+    if (internalWinId() == 0)
+        return;
+    const double scale = devicePixelRatioF();
+    const auto inPixels = [scale](const QRect &rect) {
+        return QRectF(QPointF(rect.topLeft()) * scale, QSizeF(rect.size()) * scale).toAlignedRect();
+    };
+    QRegion region;
+    for (const Entry &entry : m_entries) {
+        if (entry.to.opacity == 0)
+            continue;
+        const ShelfCard &card = *entry.card;
+        region += PanelShape{size(), QRectF(bodyOf(card)), ShelfCard::cornerRadius, scale}.region();
+        if (const QRect dismiss = card.dismissButtonRect(); !dismiss.isEmpty())
+            region += QRegion(inPixels(dismiss.translated(card.pos())), QRegion::Ellipse);
+    }
+    for (const PanelButton *button : {m_older, m_newer}) {
+        if (!button->isHidden())
+            region +=
+                PanelShape{size(), QRectF(button->geometry()), scrollButtonHeight / 2.0, scale}.region();
+    }
+    // Of a window without cards there is nothing to meet, but an empty region means all of it.
+    if (region.isEmpty())
+        region = QRect(0, 0, 1, 1);
+    DesktopLink::instance().setShape(DesktopLink::WindowId(internalWinId()), isBlended() ? QRegion() : region,
+                                     region);
+}
+
+bool ShelfStack::event(QEvent *event) {
+    const bool isUsed = FloatingPanel::event(event);
+    switch (event->type()) {
+    case QEvent::WinIdChange:
+        if (internalWinId() != 0)
+            keepLowerEdge(internalWinId());
+        break;
+    case QEvent::Enter:
+        attend(Reason::pointer, true);
+        break;
+    case QEvent::Leave:
+        attend(Reason::pointer, false);
+        break;
+    case QEvent::WindowDeactivate:
+        m_keyboard.forget();
+        attend(Reason::keyboard, false);
+        break;
+    default:
+        break;
+    }
+    return isUsed;
+}
+
+void ShelfStack::showEvent(QShowEvent *event) {
+    FloatingPanel::showEvent(event);
+    outlineChanged();
+}
+
+void ShelfStack::hideEvent(QHideEvent *event) {
+    giveKeyboardBack();
+    FloatingPanel::hideEvent(event);
+}
+
+void ShelfStack::resizeEvent(QResizeEvent *event) {
+    FloatingPanel::resizeEvent(event);
+    placeAll();
+    outlineChanged();
+}
+
+void ShelfStack::appearanceChanged() {
+    m_face.reset();
+    outlineChanged();
+}
+
+void ShelfStack::paintEvent(QPaintEvent *event) {
+    if (!m_face || m_face->scale() != devicePixelRatioF()) {
+        m_face.emplace(theme(), devicePixelRatioF(), isBlended());
+        // A scale of its own has a shape of its own.
+        outlineChanged();
+    }
+    std::vector<const ShelfCard *> shown;
+    for (const std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
+        for (const Entry &entry : *entries) {
+            if (entry.now.opacity > 0 && !entry.card->isHidden() &&
+                event->region().intersects(withShadow(bodyOf(*entry.card))))
+                shown.push_back(entry.card);
+        }
+    }
+    QPainter painter(this);
+    // All shadows lie below all cards. Between two cards they add up.
+    const double strength = m_entries.size() + m_leaving.size() > 1 ? 0.75 : 1;
+    for (const ShelfCard *card : shown) {
+        painter.setOpacity(card->opacity() * strength);
+        m_face->drawShadow(painter, bodyOf(*card).topLeft());
+    }
+    for (const ShelfCard *card : shown) {
+        painter.setOpacity(card->opacity());
+        m_face->drawGround(painter, bodyOf(*card).topLeft());
+    }
+    painter.setOpacity(1);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QColor ground = theme().panel;
+    if (!isBlended())
+        ground.setAlpha(255);
+    for (const PanelButton *button : {m_older, m_newer}) {
+        if (!button->isHidden() && event->region().intersects(button->geometry()))
+            painter.fillPath(roundedPath(QRectF(button->geometry()), scrollButtonHeight / 2.0), ground);
+    }
+}
+
+void ShelfStack::wheelEvent(QWheelEvent *event) {
+    const int turn = event->angleDelta().y();
+    if ((turn > 0) != (m_wheelTurn > 0))
+        m_wheelTurn = 0;
+    m_wheelTurn += turn;
+    const int cards = m_wheelTurn / wheelStep;
+    m_wheelTurn -= cards * wheelStep;
+    if (cards != 0)
+        scrollBy(cards);
+    event->accept();
+}
+
+void ShelfStack::scrollBy(int cards) {
+    const int before = std::exchange(
+        m_newerHidden, std::clamp(m_newerHidden + cards, 0, std::max(0, count() - roomForCards())));
+    if (m_newerHidden != before)
+        arrange();
+}
+
+void ShelfStack::keyPressEvent(QKeyEvent *event) {
+    const int focused = focusedCard();
+    switch (event->key()) {
+    case Qt::Key_Up:
+        focusCard(focused < 0 ? count() - 1 : focused - 1);
+        break;
+    case Qt::Key_Down:
+        focusCard(focused + 1);
+        break;
+    case Qt::Key_PageUp:
+        focusCard(std::max(0, focused - roomForCards()));
+        break;
+    case Qt::Key_PageDown:
+        focusCard(std::min(count() - 1, focused + roomForCards()));
+        break;
+    case Qt::Key_Home:
+        focusCard(0);
+        break;
+    case Qt::Key_End:
+        focusCard(count() - 1);
+        break;
+    case Qt::Key_Escape:
+        giveKeyboardBack();
+        break;
+    default:
+        FloatingPanel::keyPressEvent(event);
+    }
+}
+
+int ShelfStack::focusedCard() const {
+    const QWidget *focus = focusWidget();
+    for (int i = 0; focus && i < count(); ++i) {
+        const ShelfCard *card = m_entries[std::size_t(i)].card;
+        if (card == focus || card->isAncestorOf(focus))
+            return i;
+    }
+    return -1;
+}
+
+void ShelfStack::focusCard(int index) {
+    if (index < 0 || index >= count())
+        return;
+    const int above = count() - 1 - index;
+    if (above < m_newerHidden)
+        scrollBy(above - m_newerHidden);
+    else if (above >= m_newerHidden + roomForCards())
+        scrollBy(above - roomForCards() + 1 - m_newerHidden);
+    m_entries[std::size_t(index)].card->setFocus(Qt::OtherFocusReason);
+}
+
+void ShelfStack::takeKeyboard() {
+    if (m_entries.empty() || !isVisible())
+        return;
+    m_keyboard.take();
+    attend(Reason::keyboard, true);
+    focusCard(count() - 1);
+}
+
+void ShelfStack::giveKeyboardBack() {
+    if (!m_keyboard.isTaken())
+        return;
+    m_keyboard.giveBack();
+    attend(Reason::keyboard, false);
+}
+
+void ShelfStack::act(const QUuid &id, ShelfCard::Action action) {
+    // Dragging runs an event loop of its own: not inside a card's event.
+    if (action == ShelfCard::Action::dragOut)
+        QTimer::singleShot(0, this, [this, id] { dragOut(id); });
+    else
+        m_host.act(id, action);
+}
+
+void ShelfStack::dragOut(const QUuid &id) {
+    const auto file = m_host.fileOf(id);
+    const auto entry = std::ranges::find(m_entries, id, [](const Entry &e) { return e.card->id(); });
+    if (!file || entry == m_entries.end() || !(QGuiApplication::mouseButtons() & Qt::LeftButton))
+        return;
+    attend(Reason::drag, true);
+    const QPointer<ShelfStack> self(this);
+    dragFile(*file, entry->card->thumbnail(), ShelfCard::thumbnailSize);
+    if (self)
+        attend(Reason::drag, false);
+}
+
+QMenu *ShelfStack::makeProjectMenu(const QUuid &id) {
+    QMenu *menu = m_host.makeProjectMenu(id);
+    if (menu)
+        followMenu(*menu);
+    return menu;
+}
+
+void ShelfStack::showMenu(ShelfCard &card, const QPoint &globalPlace) {
+    QMenu *menu = m_host.makeCardMenu(card.id());
+    if (!menu)
+        return;
+    dressMenu(*menu, theme());
+    followMenu(*menu);
+    QObject::connect(menu, &QMenu::aboutToHide, menu, &QObject::deleteLater);
+    menu->popup(globalPlace);
+}
+
+void ShelfStack::followMenu(QMenu &menu) {
+    attend(Reason::menu, true);
+    QObject::connect(&menu, &QMenu::aboutToHide, this, [this] { attend(Reason::menu, false); });
+}
+
+void ShelfStack::pushAside(ShelfCard &card, double distance) {
+    const auto entry = std::ranges::find(m_entries, &card, &Entry::card);
+    if (entry == m_entries.end())
+        return;
+    if (m_motion.state() == QAbstractAnimation::Running) {
+        m_motion.stop();
+        moveOn(1);
+        settle();
+    }
+    // Opaque while it stays, fainter the nearer it is to going.
+    const double opacity = isBlended() ? std::clamp(1.15 - distance / ShelfCard::bodyWidth, 0.2, 1.0) : 1;
+    Place pushed = entry->to;
+    pushed.aside = distance;
+    pushed.opacity = opacity;
+    place(*entry, pushed);
+    update();
+    // A shape without a compositor goes where the card goes.
+    if (!isBlended())
+        outlineChanged();
+}
+
+void ShelfStack::letGo(ShelfCard &card, bool dismisses) {
+    if (dismisses)
+        m_host.act(card.id(), ShelfCard::Action::dismiss);
+    else
+        arrange();
+}
+
+void ShelfStack::attend(Reason reason, bool attended) {
+    const bool before = !m_reasons.empty();
+    if (attended)
+        m_reasons.insert(reason);
+    else
+        m_reasons.erase(reason);
+    if (!m_reasons.empty() != before)
+        m_host.setAttended(!before);
+}
+
+} // namespace vantrell

@@ -1,0 +1,234 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Session/ApplicationBus.h"
+#include "Support/AtomicFile.h"
+#include "TestSupport/Account/SessionBus.h"
+#include "TestSupport/Desktop/X11Session.h"
+#include "TestSupport/Network/LocalService.h"
+#include "TestSupport/Program/CaptureProgram.h"
+#include "TestSupport/RunTask.h"
+#include "TestSupport/TestFile.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusReply>
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <random>
+#include <thread>
+
+namespace vantrell::testing {
+
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+
+/// The application as it runs in a session: a display with a window manager, a bus, a service.
+class ApplicationTest : public ::testing::Test {
+protected:
+    ApplicationTest() {
+        app.set("VANTRELL_API_URL", service.url());
+        app.set("VANTRELL_API_KEY", key);
+        app.set("DBUS_SESSION_BUS_ADDRESS", bus.address());
+        app.set("QT_QPA_PLATFORM", "xcb");
+        app.set("DISPLAY", x11.display());
+        app.set("QT_LOGGING_RULES", "app.vantrell.*=true");
+        app.set("HOME", app.folder());
+    }
+
+    void launch() {
+        app.start({});
+        app.waitForLog("launched");
+    }
+    QDBusMessage call(const std::string &method, const QVariantList &arguments = {}) {
+        QDBusMessage message = QDBusMessage::createMethodCall(applicationBus::name, applicationBus::path,
+                                                              applicationBus::interface, method.c_str());
+        message.setArguments(arguments);
+        return bus.connection().call(message, QDBus::Block, 60'000);
+    }
+    std::string state() {
+        const QDBusReply<QVariantMap> status = call("Status");
+        return status.value().value(QStringLiteral("state")).toString().toStdString();
+    }
+    bool reaches(const std::string &wanted) {
+        return eventually([&] { return state() == wanted; });
+    }
+    void record() {
+        const QDBusMessage answer = call("Start", {QVariantMap()});
+        ASSERT_NE(answer.type(), QDBusMessage::ErrorMessage) << answer.errorMessage().toStdString();
+        ASSERT_TRUE(reaches("recording"));
+    }
+    int confirmed() {
+        int count = 0;
+        for (const nlohmann::json &capture : service.captures(key))
+            count += capture.at("status") == "confirmed" ? 1 : 0;
+        return count;
+    }
+    /// All that was recorded has arrived and nothing of it waits any more.
+    void expectArrived(int captures) {
+        EXPECT_TRUE(eventually([&] { return confirmed() == captures; })) << confirmed();
+        EXPECT_TRUE(eventually([&] {
+            const auto files = app.captureFiles();
+            return std::ranges::none_of(files,
+                                        [](const std::string &name) { return name.ends_with(".recording"); });
+        }));
+        EXPECT_EQ(confirmed(), captures);
+        EXPECT_EQ(int(service.captures(key).size()), captures);
+    }
+    void quit() {
+        call("Quit");
+        EXPECT_EQ(app.finish().exitCode, 0);
+    }
+
+    X11Session x11{{.width = 960, .height = 600, .windowManager = true}};
+    SessionBus bus;
+    LocalService service;
+    const std::string key = service.createKey();
+    const std::string project = service.createProject("Tests");
+    CaptureProgram app;
+};
+
+TEST_F(ApplicationTest, isOneHoweverOftenItIsStarted) {
+    std::vector<std::unique_ptr<CaptureProgram>> copies;
+    for (int i = 0; i < 4; ++i)
+        copies.push_back(std::make_unique<CaptureProgram>(app));
+    for (const auto &copy : copies)
+        copy->start({});
+    const auto running = [&] {
+        return std::ranges::count_if(copies, [](const auto &copy) {
+            copy->poll(std::chrono::milliseconds(20));
+            return copy->isRunning();
+        });
+    };
+    EXPECT_TRUE(eventually([&] { return running() == 1; }));
+    EXPECT_TRUE(reaches("idle"));
+    // It has a word for whoever asks, and a command that asks something of nothing.
+    CaptureProgram command(app);
+    EXPECT_THAT(command.run({"status"}).output,
+                AllOf(HasSubstr("The application runs: idle"), HasSubstr("No tray was found")));
+    EXPECT_THAT(command.run({"stop"}).errors, HasSubstr("Nothing is being recorded"));
+    EXPECT_EQ(command.run({"quit"}).exitCode, 0);
+    EXPECT_TRUE(eventually([&] { return running() == 0; }));
+    EXPECT_THAT(command.run({"pause"}).errors, HasSubstr("Vantrell Capture is not running"));
+}
+
+TEST_F(ApplicationTest, recordsPausesAndUploads) {
+    launch();
+    record();
+    // What is asked for twice happens once.
+    EXPECT_NE(call("Start", {QVariantMap()}).type(), QDBusMessage::ErrorMessage);
+    call("Pause");
+    ASSERT_TRUE(reaches("paused"));
+    call("Pause");
+    ASSERT_TRUE(reaches("recording"));
+    CaptureProgram command(app);
+    EXPECT_EQ(command.run({"stop"}).exitCode, 0);
+    expectArrived(1);
+    EXPECT_TRUE(reaches("idle"));
+
+    // Discarded: in the trash, and recorded anew without being asked for.
+    record();
+    call("Discard", {true});
+    ASSERT_TRUE(reaches("recording"));
+    call("Discard", {false});
+    ASSERT_TRUE(reaches("idle"));
+    int trashed = 0;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(app.folder()))
+        trashed += entry.path().parent_path().filename() == "files" && entry.path().extension() == ".mov";
+    EXPECT_EQ(trashed, 2);
+    expectArrived(1);
+    quit();
+}
+
+TEST_F(ApplicationTest, losesNothingHoweverItEnds) {
+    std::mt19937 random(std::random_device{}());
+    const char *const asked = std::getenv("VANTRELL_KILLS");
+    const int rounds = asked ? std::atoi(asked) : 1;
+    int recordings = 0;
+    const auto startOver = [&] {
+        launch();
+        expectArrived(recordings);
+    };
+    launch();
+    for (int round = 0; round < rounds; ++round) {
+        for (const int number : {SIGTERM, SIGKILL, SIGHUP}) {
+            record();
+            const auto wait = std::chrono::milliseconds(std::uniform_int_distribution(300, 2500)(random));
+            // A moment of the recording's life, whichever: nothing is waited for.
+            std::this_thread::sleep_for(wait);
+            const bool isStopped = random() % 2 == 0;
+            if (isStopped)
+                call("Stop");
+            app.signal(number);
+            const auto ended = app.finish();
+            if (number != SIGKILL)
+                EXPECT_EQ(ended.exitCode, 0) << ended.errors;
+            ++recordings;
+            SCOPED_TRACE(std::to_string(number) + (isStopped ? " stopped" : " recording") + " after " +
+                         std::to_string(wait.count()));
+            startOver();
+        }
+    }
+    record();
+    call("Quit");
+    EXPECT_EQ(app.finish().exitCode, 0);
+    ++recordings;
+    startOver();
+    quit();
+}
+
+TEST_F(ApplicationTest, uploadsForTheCommandsThatRunBesideIt) {
+    launch();
+    CaptureProgram command(app);
+    const auto file = app.folder() / "picture.png";
+    writeTestFile(file, 300'000, 1);
+    const auto uploaded = command.run({"upload", file, app.folder() / "missing.png", "--json"});
+    EXPECT_EQ(uploaded.exitCode, 1);
+    EXPECT_THAT(uploaded.output, AllOf(HasSubstr("assetId"), HasSubstr("missing.png")));
+    const auto recorded = command.run({"record", "--seconds", "1", "--upload", "--json"});
+    EXPECT_EQ(recorded.exitCode, 0) << recorded.errors;
+    EXPECT_TRUE(recorded.json().contains("assetId")) << recorded.output;
+    expectArrived(2);
+
+    // Parked for want of an answer, tried again by the command.
+    service.fault("POST", "/sign", {{"status", 403}, {"body", {{"error", "no"}}}});
+    const auto second = app.folder() / "second.png";
+    writeTestFile(second, 1000, 2);
+    EXPECT_EQ(command.run({"upload", second}).exitCode, 1);
+    const auto resumed = command.run({"resume", "--json"});
+    EXPECT_EQ(resumed.exitCode, 0) << resumed.errors;
+    EXPECT_THAT(resumed.output, HasSubstr("second.png"));
+    expectArrived(3);
+    quit();
+}
+
+TEST_F(ApplicationTest, keepsWhatIsRecordedWithoutAnAccount) {
+    app.set("VANTRELL_API_KEY", "");
+    launch();
+    record();
+    call("Stop");
+    ASSERT_TRUE(reaches("idle"));
+    const auto journal = [&] {
+        return readFile(app.folder() / "data/VantrellCapture/upload-journal.json").value_or("none");
+    };
+    EXPECT_THAT(journal(),
+                AllOf(HasSubstr("\"failed\""), HasSubstr("Connect to Vantrell in the menu bar first")));
+    quit();
+    // Connected: tried again, it arrives.
+    app.set("VANTRELL_API_KEY", key);
+    launch();
+    CaptureProgram command(app);
+    EXPECT_EQ(command.run({"resume"}).exitCode, 0);
+    expectArrived(1);
+    quit();
+}
+
+} // namespace
+
+} // namespace vantrell::testing
