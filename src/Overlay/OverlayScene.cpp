@@ -92,13 +92,19 @@ QRegion OverlayScene::chrome(double scale) const {
     return region;
 }
 
+QRegion OverlayScene::chromePixels(double scale) const {
+    return pixelsCovering(chrome(scale), scale);
+}
+
 QRegion OverlayScene::changesFrom(const OverlayScene &before, double scale) const {
     if (*this == before)
         return {};
     return pointsCovering(lit.xored(before.lit), scale) + chrome(scale) + before.chrome(scale);
 }
 
-void OverlayScene::draw(QPainter &painter, double scale) const {
+void OverlayScene::draw(QPainter &painter, const QRect &part, double scale) const {
+    const QRectF shown = pointsCovering(part, scale).boundingRect();
+    const auto isShown = [&](const QRectF &frame) { return frame.intersects(shown); };
     const Theme &theme = Theme::dark();
     painter.save();
     if (!outline.isEmpty()) {
@@ -107,25 +113,28 @@ void OverlayScene::draw(QPainter &painter, double scale) const {
         const int width = outlineWidth(scale);
         const QRegion strips = outlineStrips(scale);
         const QRegion line = QRegion(outline.adjusted(-width, -width, width, width)) - outline;
-        for (const QRect &rect : strips - line)
+        for (const QRect &rect : (strips - line) & part)
             painter.fillRect(rect, overlayColours::outlineShade);
-        for (const QRect &rect : line)
+        for (const QRect &rect : line &part)
             painter.fillRect(rect, isOutlineStrong ? theme.accent : overlayColours::outline);
         painter.restore();
     }
     painter.setRenderHint(QPainter::Antialiasing);
     for (const QPointF &handle : handles(scale)) {
+        if (!shown.adjusted(-handleReach, -handleReach, handleReach, handleReach).contains(handle))
+            continue;
         painter.setPen(QPen(overlayColours::outlineShade, 1));
         painter.setBrush(overlayColours::outline);
         painter.drawEllipse(handle, handleRadius + 0.5, handleRadius + 0.5);
     }
     for (const OverlayLabel &label : labels)
-        label.draw(painter);
-    if (buttons)
+        if (isShown(label.frame))
+            label.draw(painter);
+    if (buttons && isShown(toQt(buttons->panel)))
         buttons->draw(painter, scale);
-    if (loupe)
+    if (loupe && isShown(loupe->frame))
         loupe->draw(painter);
-    if (help)
+    if (help && isShown(help->frame))
         help->draw(painter);
     painter.restore();
 }

@@ -37,8 +37,10 @@ struct OverlayScene {
 
     /// What has to be painted again after `before`, in the view's points.
     QRegion changesFrom(const OverlayScene &before, double scale) const;
-    /// All but the dimming, in the painter's points.
-    void draw(QPainter &painter, double scale) const;
+    /// Where more than the dimming is drawn, in the display's pixels.
+    QRegion chromePixels(double scale) const;
+    /// All but the dimming, in the painter's points; at least what lies in that part of the display's pixels.
+    void draw(QPainter &painter, const QRect &part, double scale) const;
 
 private:
     QRegion chrome(double scale) const;

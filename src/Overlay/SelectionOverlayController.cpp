@@ -15,6 +15,7 @@
 #include "Support/Log.h"
 #include "Support/TaskScope.h"
 
+#include <QApplication>
 #include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
@@ -38,8 +39,6 @@ constexpr auto settleTime = 120ms;
 constexpr auto windowsInterval = 400ms;
 /// Monitors change in several steps.
 constexpr auto rebuildDelay = 100ms;
-/// Around what the loupe lacks, so that not every step of a drag asks.
-constexpr int loupeSurroundings = 96;
 
 QScreen *screenOf(const Display &display) {
     const QList<QScreen *> screens = QGuiApplication::screens();
@@ -50,6 +49,11 @@ QScreen *screenOf(const Display &display) {
         return screen->geometry().topLeft() == QPoint(display.pixels.x, display.pixels.y);
     });
     return placed != screens.end() ? *placed : QGuiApplication::primaryScreen();
+}
+
+bool hasOwnWindows() {
+    return std::ranges::any_of(QApplication::topLevelWidgets(),
+                               [](const QWidget *widget) { return widget->isVisible(); });
 }
 
 } // namespace
@@ -159,13 +163,20 @@ void SelectionOverlayController::Private::build() {
         wire(*views.back());
         views.back()->setTool(tool);
     }
-    if (isBlended)
-        show();
-    else
+    if (!isBlended && hasOwnWindows()) {
+        // They must not be in the picture.
         scope.start(this, &Private::showOnPictures);
+        return;
+    }
+    if (!isBlended)
+        for (const View &view : views)
+            view->freezeScreen();
+    show();
 }
 
 Task<> SelectionOverlayController::Private::showOnPictures(std::stop_token stop) {
+    for (const View &view : views)
+        view->freezeScreen();
     co_await takePictures(stop);
     if (!stop.stop_requested())
         show();
@@ -345,16 +356,13 @@ void SelectionOverlayController::Private::endMove(SelectionView &from) {
 Task<> SelectionOverlayController::Private::fetchLoupePixels(QPointer<SelectionView> view, QRect pixels,
                                                              std::stop_token stop) {
     const PixelRect display = view->display().pixels;
-    const QRect wanted =
-        pixels.adjusted(-loupeSurroundings, -loupeSurroundings, loupeSurroundings, loupeSurroundings) &
-        QRect(0, 0, display.width, display.height);
-    const PixelRect area{display.x + wanted.x(), display.y + wanted.y(), wanted.width(), wanted.height()};
+    const PixelRect area{display.x + pixels.x(), display.y + pixels.y(), pixels.width(), pixels.height()};
     const auto picture = co_await services.stills.captureArea(area, stop);
     if (stop.stop_requested())
         co_return;
     isFetchingPixels = false;
     if (picture && view)
-        view->setLoupePicture(*picture, wanted.topLeft());
+        view->setLoupePicture(*picture, pixels.topLeft());
 }
 
 // Windows and displays

@@ -4,7 +4,6 @@
 #include "Overlay/SelectionView.h"
 
 #include "Overlay/OverlayAccessibility.h"
-#include "Overlay/OverlayColours.h"
 #include "Overlay/OverlayText.h"
 #include "Overlay/QtGeometry.h"
 #include "Panels/PanelFont.h"
@@ -14,7 +13,6 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
-#include <QPainter>
 #include <QScreen>
 
 #include <algorithm>
@@ -49,6 +47,7 @@ SelectionView::SelectionView(const Display &display, QScreen *screen, bool isBle
     : m_display(display), m_isBlended(isBlended), m_area({display.frame.width, display.frame.height}) {
     installOverlayAccessibility();
     setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
+    setAttribute(Qt::WA_PaintOnScreen);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_NoSystemBackground);
     setAttribute(Qt::WA_InputMethodEnabled, false);
@@ -63,11 +62,21 @@ SelectionView::SelectionView(const Display &display, QScreen *screen, bool isBle
     setGeometry(int(display.frame.x), int(display.frame.y), int(std::ceil(display.frame.width)),
                 int(std::ceil(display.frame.height)));
     setFixedSize(size());
+    m_canvas = OverlayCanvas::create(*this, display.pixels, isBlended);
     m_scene = scene();
 }
 
+SelectionView::~SelectionView() = default;
+
+void SelectionView::freezeScreen() {
+    if (m_canvas)
+        m_canvas->freezeScreen();
+}
+
 void SelectionView::setPicture(const QImage &picture) {
-    m_picture = picture;
+    if (m_canvas)
+        m_canvas->setPicture(picture);
+    m_loupePicture = {};
     update();
 }
 
@@ -207,16 +216,23 @@ std::optional<Loupe> SelectionView::loupe(const QRect &selected) const {
                     followsY ? nearest(at.y(), selected.top(), selected.top() + selected.height()) : at.y()};
     loupe.selection = selected;
     loupe.frame = Loupe::placed(m_mouse, m_area.bounds());
-    loupe.picture = m_isBlended ? m_loupePicture : m_picture;
-    loupe.pictureCorner = m_isBlended ? m_loupeCorner : QPoint();
+    loupe.picture = m_loupePicture;
+    loupe.pictureCorner = m_loupeCorner;
     return loupe;
 }
 
-void SelectionView::fetchLoupePixels(const QRect &pixels) {
-    const QRect wanted = pixels.intersected(QRect(0, 0, m_display.pixels.width, m_display.pixels.height));
-    if (m_isBlended && onPixelsWanted && !wanted.isEmpty() &&
-        !m_loupePicture.rect().translated(m_loupeCorner).contains(wanted))
-        onPixelsWanted(wanted);
+void SelectionView::fetchLoupePixels(const QRect &shown) {
+    const QRect whole(0, 0, m_display.pixels.width, m_display.pixels.height);
+    const QRect wanted = shown & whole;
+    if (wanted.isEmpty() || m_loupePicture.rect().translated(m_loupeCorner).contains(wanted))
+        return;
+    // More than is shown, so that not every step of a drag asks.
+    constexpr int surroundings = 96;
+    const QRect part = wanted.adjusted(-surroundings, -surroundings, surroundings, surroundings) & whole;
+    if (m_isBlended && onPixelsWanted)
+        onPixelsWanted(part);
+    else if (m_canvas)
+        setLoupePicture(m_canvas->pixels(part), part.topLeft());
 }
 
 void SelectionView::addWindow(OverlayScene &scene) const {
@@ -294,31 +310,8 @@ void SelectionView::addHints(OverlayScene &scene) const {
 }
 
 void SelectionView::paintEvent(QPaintEvent *event) {
-    QPainter painter(this);
-    painter.save();
-    painter.scale(1 / scale(), 1 / scale());
-    const QRegion dirty = pixelsCovering(event->region(), scale());
-    const auto fill = [&](const QRegion &region, const QColor &colour, QPainter::CompositionMode mode) {
-        painter.setCompositionMode(mode);
-        for (const QRect &rect : region)
-            painter.fillRect(rect, colour);
-    };
-    const QRegion dimmed = dirty - m_scene.lit;
-    if (m_isBlended) {
-        fill(dirty & m_scene.lit, Qt::transparent, QPainter::CompositionMode_Source);
-        fill(dimmed, overlayColours::dimming, QPainter::CompositionMode_Source);
-    } else {
-        painter.setCompositionMode(QPainter::CompositionMode_Source);
-        for (const QRect &rect : dirty) {
-            if (m_picture.isNull())
-                painter.fillRect(rect, overlayColours::noPicture);
-            else
-                painter.drawImage(rect.topLeft(), m_picture, rect);
-        }
-        fill(dimmed, overlayColours::dimming, QPainter::CompositionMode_SourceOver);
-    }
-    painter.restore();
-    m_scene.draw(painter, scale());
+    if (m_canvas)
+        m_canvas->paint(pixelsCovering(event->region(), scale()), m_scene, scale());
 }
 
 // What the pointer does
@@ -357,6 +350,8 @@ void SelectionView::mousePressEvent(QMouseEvent *event) {
         return;
     }
     m_area.press(m_mouse);
+    // What lies below may have changed since the last drag.
+    m_loupePicture = {};
     placeButtons();
     if (onSelectionBegan)
         onSelectionBegan();

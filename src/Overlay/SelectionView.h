@@ -5,6 +5,7 @@
 
 #include "Overlay/ActionButtons.h"
 #include "Overlay/AreaSelection.h"
+#include "Overlay/OverlayCanvas.h"
 #include "Overlay/OverlayScene.h"
 #include "Overlay/SelectionOutcome.h"
 #include "Overlay/ToolMode.h"
@@ -15,6 +16,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 class QKeyEvent;
@@ -30,8 +32,14 @@ public:
     /// given.
     SelectionView(const Display &display, QScreen *screen, bool isBlended);
 
+    ~SelectionView() override;
+
     const Display &display() const { return m_display; }
+    /// The picture that it lies on: of the screen as it is now, or one that was taken.
+    void freezeScreen();
     void setPicture(const QImage &picture);
+    /// Drawn by the X server: Qt has no engine for it.
+    QPaintEngine *paintEngine() const override { return nullptr; }
     void setTool(ToolMode tool);
 
     const AreaSelection &area() const { return m_area; }
@@ -109,7 +117,7 @@ private:
 
     const Display m_display;
     const bool m_isBlended;
-    QImage m_picture;
+    std::unique_ptr<OverlayCanvas> m_canvas;
     ToolMode m_tool = ToolMode::area;
     AreaSelection m_area;
     /// The selection is shown by another view for as long as the pointer is there.
