@@ -91,12 +91,7 @@ void X11AreaSource::handle(const xcb_generic_event_t &event, double now) {
     double when = now;
     const std::uint8_t type = event.response_type & ~X11Connection::sentEventBit;
     const auto &configured = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
-    if (m_damage->handles(event, now, when)) {
-        m_isDrawnMeanwhile = true;
-        if (m_underPanels)
-            m_underPanels->rootDamaged();
-        noteChange(when);
-    } else if (m_underPanels && m_underPanels->handles(event, now, when)) {
+    if (m_damage->handles(event, now, when) || (m_underPanels && m_underPanels->handles(event, now, when))) {
         m_isDrawnMeanwhile = true;
         noteChange(when);
     } else if (type == XCB_CONFIGURE_NOTIFY && configured.window == x11().root()) {
@@ -129,9 +124,8 @@ std::optional<double> X11AreaSource::looksAt() const {
 }
 
 void X11AreaSource::look(double now) {
-    if (const auto changedAt = m_underPanels->look(now))
-        noteChange(*changedAt);
-    if (!m_hasPicture && !m_goneSince && now >= m_pictureDue)
+    const bool isLate = !m_hasPicture && !m_goneSince && now >= m_pictureDue;
+    if (m_underPanels->look(now) || isLate)
         noteChange(now);
 }
 

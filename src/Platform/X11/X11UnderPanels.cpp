@@ -17,15 +17,8 @@ namespace {
 
 /// Windows so near to a panel are kept whole as well: when it is dragged on, they need not be asked.
 constexpr int nearPanel = 96;
-/// A compositor may fade a panel out that is gone.
-constexpr double traceSeconds = 1;
-/// Traces of one drag that are so close in time are one.
-constexpr double traceStep = 0.1;
 /// A panel that is hidden and shown again costs nobody a repaint.
 constexpr double idleSeconds = 2;
-/// In which a compositor has shown what was drawn: then one picture shows the change under the panel and
-/// beside it. What is wholly hidden it may never draw.
-constexpr double compositorSeconds = 0.03;
 /// How long a program may take to draw what was covered, and what has just come.
 constexpr double patience = 3;
 constexpr double newPatience = 0.15;
@@ -72,7 +65,6 @@ bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, doubl
     for (X11CoveredWindow &window : m_covered) {
         if (!window.handles(event, now, hostTime))
             continue;
-        m_wasRootFirst |= !m_isDrawnMeanwhile && m_isRootDamaged;
         m_isDrawnMeanwhile = true;
         return noteChange(hostTime);
     }
@@ -88,6 +80,21 @@ bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, doubl
         m_isOutdated |= isActive();
         return noteChange(hostTime);
     }
+    followWindow(event);
+    const auto change = m_stack.handle(event);
+    if (change == X11WindowStack::Change::nothing)
+        return false;
+    if (change == X11WindowStack::Change::panels) {
+        m_havePanelsChanged = true;
+        if (m_panels.hasBegun())
+            m_panels.follow(m_stack.windows(), m_compositor.isRunning(), now);
+    }
+    m_isOutdated |= m_havePanelsChanged || isActive();
+    // Panels that come or move are damage on the root: that wakes up.
+    return change == X11WindowStack::Change::other && noteChange(hostTime);
+}
+
+void X11UnderPanels::followWindow(const xcb_generic_event_t &event) {
     const std::uint8_t type = event.response_type & ~X11Connection::sentEventBit;
     if (type == XCB_DESTROY_NOTIFY) {
         const auto gone = reinterpret_cast<const xcb_destroy_notify_event_t &>(event).window;
@@ -106,13 +113,6 @@ bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, doubl
         if (X11CoveredWindow *covered = find(configured.window))
             covered->outdate();
     }
-    const auto change = m_stack.handle(event);
-    if (change == X11WindowStack::Change::nothing)
-        return false;
-    m_havePanelsChanged |= change == X11WindowStack::Change::panels;
-    m_isOutdated |= m_havePanelsChanged || isActive();
-    // Panels that come or move are damage on the root: that wakes up.
-    return change == X11WindowStack::Change::other && noteChange(hostTime);
 }
 
 /// True when it is to be fetched at once.
@@ -122,7 +122,7 @@ bool X11UnderPanels::noteChange(double hostTime) {
     if (!m_compositor.isRunning())
         return true;
     // Soon the compositor draws, and then all of it is one change.
-    m_drawnAt = m_drawnAt.value_or(hostTime);
+    m_lag.wait(hostTime);
     return false;
 }
 
@@ -134,89 +134,43 @@ std::optional<double> X11UnderPanels::looksAt() const {
     };
     for (const X11CoveredWindow &window : m_covered)
         sooner(window.looksAt());
-    for (const Trace &trace : m_traces)
-        sooner(trace.until);
+    sooner(m_panels.looksAt());
+    sooner(m_lag.looksAt());
     if (m_idleSince)
         sooner(*m_idleSince + idleSeconds);
-    if (m_drawnAt)
-        sooner(*m_drawnAt + compositorSeconds);
     return at;
 }
 
-std::optional<double> X11UnderPanels::look(double now) {
-    std::optional<double> changedAt;
+bool X11UnderPanels::look(double now) {
+    bool hasChanged = m_lag.look(now);
     for (X11CoveredWindow &window : m_covered) {
         const bool wasMissing = !window.missing().isEmpty();
         window.look(now);
-        if (wasMissing && window.missing().isEmpty())
-            changedAt = now;
+        hasChanged |= wasMissing && window.missing().isEmpty();
     }
-    if (std::erase_if(m_traces, [now](const Trace &trace) { return trace.until <= now; }) > 0) {
+    if (m_panels.look(now)) {
         m_isOutdated = true;
-        changedAt = now;
+        hasChanged = true;
     }
     if (m_idleSince && now >= *m_idleSince + idleSeconds) {
         m_idleSince.reset();
         releaseAll();
     }
-    if (m_drawnAt && now >= *m_drawnAt + compositorSeconds) {
-        changedAt = std::exchange(m_drawnAt, std::nullopt);
-        m_awaited = QRegion();
-        m_wasRootFirst = false;
-    }
-    return changedAt;
+    return hasChanged;
 }
 
-void X11UnderPanels::followPanels(double now) {
-    std::vector<PixelRect> places;
-    std::vector<PixelRect> left = m_panels;
-    for (const X11WindowStack::Window &window : m_stack.windows()) {
-        if (window.isPanel)
-            (window.isMapped ? places : left).push_back(window.place);
-    }
-    // Of those that were not shown when all began nobody knows since when.
-    if (std::exchange(m_knowsPanels, true))
-        left = m_panels;
-    m_panels = places;
-    if (!m_compositor.isRunning())
-        return m_traces.clear();
-    for (const PixelRect &before : left) {
-        if (std::ranges::find(places, before) != places.end())
-            continue;
-        if (!m_traces.empty() && now - m_traces.back().since < traceStep) {
-            m_traces.back().place = united(m_traces.back().place, before);
-            m_traces.back().until = now + traceSeconds;
-        } else {
-            m_traces.push_back({before, now, now + traceSeconds});
-        }
-    }
-}
-
-QRegion X11UnderPanels::zone(int margin) const {
-    QRegion zone;
-    const auto add = [&](const PixelRect &place) {
-        // A panel beside the picture is none of its business, whatever is near.
-        if (!intersection(place, m_area).isEmpty())
-            zone += toQt(place).adjusted(-margin, -margin, margin, margin);
-    };
-    std::ranges::for_each(m_panels, add);
-    for (const Trace &trace : m_traces)
-        add(trace.place);
-    return zone & toQt(m_area);
-}
-
-std::vector<X11UnderPanels::Layer> X11UnderPanels::layersOf(const QRegion &zone, QRegion &composed) const {
+std::vector<X11UnderPanels::Layer> X11UnderPanels::layersUnder(int margin, QRegion &composed) const {
     const bool hasCompositor = m_compositor.isRunning();
     std::vector<Layer> layers;
-    composed = zone;
-    QRegion rest = zone;
+    composed = m_panels.seenOn(m_area, margin);
+    QRegion rest = composed;
     // Without a compositor the root shows what lies above the panels as it is, and nothing blends.
-    QRegion underPanels = hasCompositor ? zone : QRegion();
+    QRegion underPanels = hasCompositor ? composed : QRegion();
     for (auto window = m_stack.windows().rbegin(); window != m_stack.windows().rend(); ++window) {
         if (!window->isMapped)
             continue;
         if (window->isPanel) {
-            underPanels += toQt(window->place);
+            underPanels += toQt(window->place).adjusted(-margin, -margin, margin, margin);
             continue;
         }
         const QRegion part = window->covers() & rest;
@@ -240,23 +194,15 @@ void X11UnderPanels::update(double now, const std::function<void(const PixelRect
         m_isOutdated = false;
         m_havePanelsChanged = false;
         m_stack.update();
-        followPanels(now);
-        const QRegion panelZone = zone(0);
-        if (panelZone.isEmpty()) {
-            if (isActive()) {
-                for (const QRect &rect : m_composed)
-                    stale(fromQt(rect));
-                m_idleSince = now;
-            }
-            m_layers.clear();
-            m_composed = QRegion();
-            m_background.show({}, m_compositor.isRunning());
+        m_panels.follow(m_stack.windows(), m_compositor.isRunning(), now);
+        if (m_panels.seenOn(m_area).isEmpty()) {
+            showRoot(now, stale);
             continue;
         }
         m_idleSince.reset();
         QRegion composed;
-        keepWhole(layersOf(zone(m_compositor.isRunning() ? 0 : nearPanel), composed), now);
-        auto layers = layersOf(panelZone, composed);
+        keepWhole(layersUnder(m_compositor.isRunning() ? 0 : nearPanel, composed), now);
+        auto layers = layersUnder(0, composed);
         std::ranges::reverse(layers);
         const bool hasBackground = !layers.empty() && layers.front().window == XCB_NONE;
         m_background.show(hasBackground ? layers.front().place : PixelRect(), m_compositor.isRunning());
@@ -267,6 +213,15 @@ void X11UnderPanels::update(double now, const std::function<void(const PixelRect
         m_layers = std::move(layers);
         m_composed = composed;
     }
+}
+
+void X11UnderPanels::showRoot(double now, const std::function<void(const PixelRect &)> &stale) {
+    if (isActive())
+        m_idleSince = now;
+    for (const QRect &rect : std::exchange(m_composed, QRegion()))
+        stale(fromQt(rect));
+    m_layers.clear();
+    m_background.show({}, m_compositor.isRunning());
 }
 
 void X11UnderPanels::keepWhole(const std::vector<Layer> &near, double now) {
@@ -318,7 +273,7 @@ const X11CoveredWindow *X11UnderPanels::find(xcb_window_t window) const {
 }
 
 QRegion X11UnderPanels::held() const {
-    QRegion held = m_pending & m_composed;
+    QRegion held = m_lag.waiting() & m_composed;
     for (const Layer &layer : m_layers) {
         if (const X11CoveredWindow *window = find(layer.window))
             held += window->missing().translated(layer.place.x, layer.place.y) & layer.seen;
@@ -328,7 +283,6 @@ QRegion X11UnderPanels::held() const {
 
 bool X11UnderPanels::askDamage() {
     m_isDrawnMeanwhile = false;
-    m_isRootDamaged = false;
     xcb_connection_t *xcb = m_connection->xcb();
     const bool grabs = isActive();
     if (grabs) {
@@ -350,7 +304,6 @@ void X11UnderPanels::answerDamage(const QRegion &onRoot,
             stale(fromQt(part));
     };
     show(onRoot - m_composed);
-    const bool wasRootFirst = std::exchange(m_wasRootFirst, false);
     for (X11CoveredWindow &window : m_covered) {
         const auto layer = std::ranges::find(m_layers, window.window(), &Layer::window);
         const bool isSeen = layer != m_layers.end();
@@ -359,19 +312,11 @@ void X11UnderPanels::answerDamage(const QRegion &onRoot,
                 return;
             const QRect drawn(layer->place.x + layer->border + rect.x,
                               layer->place.y + layer->border + rect.y, rect.width, rect.height);
-            m_pending += layer->seen & drawn;
-            if (m_compositor.isRunning())
-                m_awaited += QRegion(drawn & toQt(m_area)) - m_composed;
+            const bool waits = m_compositor.isRunning();
+            m_lag.add(layer->seen & drawn, waits ? QRegion(drawn & toQt(m_area)) - m_composed : QRegion());
         });
     }
-    // What came to the root before it was drawn beneath is something else.
-    if (!wasRootFirst)
-        m_awaited -= onRoot;
-    if (!m_awaited.isEmpty() && m_drawnAt)
-        return;
-    show(std::exchange(m_pending, QRegion()));
-    m_awaited = QRegion();
-    m_drawnAt.reset();
+    show(m_lag.release(onRoot));
 }
 
 std::optional<X11PatchReader::Cut> X11UnderPanels::cutOf(const Layer &layer) const {

@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include "Platform/X11/X11CompositorLag.h"
 #include "Platform/X11/X11CompositorWatch.h"
 #include "Platform/X11/X11CoveredWindow.h"
+#include "Platform/X11/X11OwnWindows.h"
 #include "Platform/X11/X11PatchReader.h"
 #include "Platform/X11/X11RootBackground.h"
 #include "Platform/X11/X11WindowStack.h"
@@ -47,8 +49,8 @@ public:
     bool handles(const xcb_generic_event_t &event, double now, double &hostTime);
     /// When `look` is to be called although no event came; none: never.
     std::optional<double> looksAt() const;
-    /// The same by the passing of time: when it happened, if something is to be fetched.
-    std::optional<double> look(double now);
+    /// The same by the passing of time: true when something is to be fetched.
+    bool look(double now);
 
     /// Windows or panels are not as they were when `update` was last called.
     bool isOutdated() const { return m_isOutdated; }
@@ -67,8 +69,6 @@ public:
     /// is part of something that a compositor has not shown beside the panels yet.
     QRegion held() const;
 
-    /// The event that something was drawn on the root.
-    void rootDamaged() { m_isRootDamaged = true; }
     /// Asks what was drawn into the windows beneath. True when the server is grabbed: it is to be released
     /// behind the question what was drawn on the root.
     [[nodiscard]] bool askDamage();
@@ -97,22 +97,17 @@ private:
         QRegion seen;
         bool operator==(const Layer &) const = default;
     };
-    /// Where a panel was: a compositor shows it there for a while.
-    struct Trace {
-        PixelRect place;
-        double since;
-        double until;
-    };
     struct Piece {
         std::size_t layer;
         PixelRect place;
     };
 
     X11UnderPanels(const X11Connection &connection, X11PatchReader reader);
-    QRegion zone(int margin) const;
-    /// From top to bottom; `composed` is what they make up.
-    std::vector<Layer> layersOf(const QRegion &zone, QRegion &composed) const;
-    void followPanels(double now);
+    /// What makes up the picture under the panels, each of them larger by `margin`, from top to bottom;
+    /// `composed` is all of it.
+    std::vector<Layer> layersUnder(int margin, QRegion &composed) const;
+    void followWindow(const xcb_generic_event_t &event);
+    void showRoot(double now, const std::function<void(const PixelRect &)> &stale);
     void keepWhole(const std::vector<Layer> &near, double now);
     void releaseAll();
     bool noteChange(double hostTime);
@@ -129,9 +124,7 @@ private:
     PixelRect m_area;
     bool m_isOutdated = true;
     bool m_havePanelsChanged = true;
-    bool m_knowsPanels = false;
-    std::vector<PixelRect> m_panels;
-    std::vector<Trace> m_traces;
+    X11OwnWindows m_panels;
     /// From bottom to top.
     std::vector<Layer> m_layers;
     QRegion m_composed;
@@ -141,14 +134,7 @@ private:
     /// No panel has been in the picture since then, but windows are still kept whole.
     std::optional<double> m_idleSince;
     bool m_isDrawnMeanwhile = false;
-    /// Since it was asked what was drawn, and whether that came first.
-    bool m_isRootDamaged = false;
-    bool m_wasRootFirst = false;
-    /// With a compositor: what changed beneath and is kept from the picture until the compositor has drawn
-    /// what belongs to it beside the panels, and since when.
-    QRegion m_pending;
-    QRegion m_awaited;
-    std::optional<double> m_drawnAt;
+    X11CompositorLag m_lag;
     std::vector<Piece> m_pieces;
     std::span<FramePatch> m_read;
 };

@@ -87,6 +87,10 @@ TEST_P(OwnPanels, areNotInStillsWhateverLiesUnderThem) {
             [&] { round.cutShape({0, 0, 100, 90}); },
             [&] { round.lower(); },
             [&] { pad.moveResize({40, 40, 300, 300}); },
+            [&] {
+                if (GetParam() && managed)
+                    session.killCompositor();
+            },
         };
         for (std::size_t i = 0; i < changes.size(); ++i) {
             SCOPED_TRACE(i);
@@ -114,6 +118,8 @@ TEST_P(OwnPanels, moveOverAPlayingSceneAndAreInNoPictureOfIt) {
     X11Painter painter;
     painter.openWindow(scene, "scene");
     auto panel = std::make_unique<X11Application>(panelOptions({120, 100, 200, 80}, false));
+    // Windows of others do what they like below the panel.
+    X11Application restless({.pixels = {80, 130, 300, 200}, .colour = 0x00a000, .overridesRedirect = true});
     settledStill();
     StreamRun run(streams, chosenArea(*backend, desktop));
     ASSERT_TRUE(run.start());
@@ -128,6 +134,13 @@ TEST_P(OwnPanels, moveOverAPlayingSceneAndAreInNoPictureOfIt) {
             panel = std::make_unique<X11Application>(panelOptions({300, 120, 200, 80}, false));
         else if (panel)
             panel->moveResize({100 + i * 2, 60 + i, 200, 80 + i % 7});
+        // While it fades, a compositor draws more often than pictures are taken.
+        if (i % 12 == 3 && !GetParam())
+            restless.unmap();
+        else if (i % 12 == 6 && !GetParam())
+            restless.map();
+        else if (i % 3 == 0)
+            restless.moveResize({80 + i % 5, 140, 250 + i % 50, 180});
         painter.sync();
     }
     ASSERT_TRUE(run.stop());
@@ -148,8 +161,8 @@ TEST_P(OwnPanels, moveOverAPlayingSceneAndAreInNoPictureOfIt) {
         EXPECT_LT(reddest, 150) << "picture " << pictures << " at " << picture.seconds;
     });
     EXPECT_GE(seen.size(), 80u);
-    // A compositor may begin to draw before a change and end behind it.
-    EXPECT_LE(torn, GetParam() ? pictures / 20 : 0);
+    // A compositor may draw more often than pictures are taken, and begin before a change and end behind it.
+    EXPECT_LE(torn, GetParam() ? pictures / 4 : 0);
 }
 
 TEST_P(OwnPanels, makeNoPictureByWhatTheyDraw) {
