@@ -141,6 +141,8 @@ void ShelfStack::matchCards(const std::vector<ShelfItem> &items) {
         if (!isIn(*entry.card, items)) {
             m_leaving.push_back(entry);
             // What leaves is no longer to be met.
+            if (entry.card->id() == m_menuCard)
+                closeMenu();
             entry.card->setAttribute(Qt::WA_TransparentForMouseEvents);
         }
     }
@@ -382,6 +384,7 @@ void ShelfStack::showEvent(QShowEvent *event) {
 }
 
 void ShelfStack::hideEvent(QHideEvent *event) {
+    closeMenu();
     giveKeyboardBack();
     FloatingPanel::hideEvent(event);
 }
@@ -540,7 +543,7 @@ void ShelfStack::dragOut(const QUuid &id) {
 QMenu *ShelfStack::makeProjectMenu(const QUuid &id) {
     QMenu *menu = m_host.makeProjectMenu(id);
     if (menu)
-        followMenu(*menu);
+        followMenu(*menu, id);
     return menu;
 }
 
@@ -549,14 +552,21 @@ void ShelfStack::showMenu(ShelfCard &card, const QPoint &globalPlace) {
     if (!menu)
         return;
     dressMenu(*menu, theme());
-    followMenu(*menu);
+    followMenu(*menu, card.id());
     QObject::connect(menu, &QMenu::aboutToHide, menu, &QObject::deleteLater);
     menu->popup(globalPlace);
 }
 
-void ShelfStack::followMenu(QMenu &menu) {
+void ShelfStack::followMenu(QMenu &menu, const QUuid &card) {
+    m_menu = &menu;
+    m_menuCard = card;
     attend(Reason::menu, true);
     QObject::connect(&menu, &QMenu::aboutToHide, this, [this] { attend(Reason::menu, false); });
+}
+
+void ShelfStack::closeMenu() {
+    if (m_menu)
+        m_menu->close();
 }
 
 void ShelfStack::pushAside(ShelfCard &card, double distance) {

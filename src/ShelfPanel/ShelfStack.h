@@ -10,6 +10,7 @@
 #include "ShelfPanel/ShelfCard.h"
 #include "Support/TaskScope.h"
 
+#include <QMenu>
 #include <QPointer>
 #include <QScreen>
 #include <QTimer>
@@ -114,7 +115,8 @@ private:
     void giveKeyboardBack();
     void dragOut(const QUuid &id);
     void attend(Reason reason, bool attended);
-    void followMenu(QMenu &menu);
+    void followMenu(QMenu &menu, const QUuid &card);
+    void closeMenu();
 
     Host &m_host;
     /// The oldest first.
@@ -127,6 +129,9 @@ private:
     QPointer<QScreen> m_screen;
     std::set<Reason> m_reasons;
     KeyboardLoan m_keyboard;
+    /// The menu that is open, and the card that it is of.
+    QPointer<QMenu> m_menu;
+    QUuid m_menuCard;
     std::optional<CardFace> m_face;
     QTimer m_progressTimer;
     bool m_hasProgress = false;
