@@ -415,6 +415,12 @@ void ShelfStack::paintEvent(QPaintEvent *event) {
         }
     }
     QPainter painter(this);
+    QColor ground = theme().panel;
+    if (!isBlended()) {
+        ground.setAlpha(255);
+        // At a broken scale the shape may reach a pixel further than a card's ground.
+        painter.fillRect(event->rect(), ground);
+    }
     // All shadows lie below all cards. Between two cards they add up.
     const double strength = m_entries.size() + m_leaving.size() > 1 ? 0.75 : 1;
     for (const ShelfCard *card : shown) {
@@ -427,9 +433,6 @@ void ShelfStack::paintEvent(QPaintEvent *event) {
     }
     painter.setOpacity(1);
     painter.setRenderHint(QPainter::Antialiasing);
-    QColor ground = theme().panel;
-    if (!isBlended())
-        ground.setAlpha(255);
     for (const PanelButton *button : {m_older, m_newer}) {
         if (!button->isHidden() && event->region().intersects(button->geometry()))
             painter.fillPath(roundedPath(QRectF(button->geometry()), scrollButtonHeight / 2.0), ground);
