@@ -38,14 +38,6 @@ struct Bar {
             return menu;
         });
     }
-    PanelButton *control(const QString &label) {
-        for (QWidget *widget : QApplication::allWidgets()) {
-            auto *button = dynamic_cast<PanelButton *>(widget);
-            if (button && button->isVisible() && button->accessibleName() == label)
-                return button;
-        }
-        return nullptr;
-    }
 
     GallerySound sound;
     std::shared_ptr<ToolBarState> state = std::make_shared<ToolBarState>();
@@ -67,7 +59,7 @@ std::vector<Scene> barScenes(StillCapture &stills, Settings &settings, Clock &cl
                      }};
     };
     const auto withMenu = [](const QString &label) {
-        return [label](Bar &bar) { bar.control(label)->openMenu(); };
+        return [label](Bar &) { controlNamed(label)->openMenu(); };
     };
     const auto microphone = [](Bar &bar) {
         bar.state->micEnabled = true;

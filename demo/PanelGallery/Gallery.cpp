@@ -4,6 +4,7 @@
 #include "Gallery.h"
 
 #include "Backdrop.h"
+#include "Panels/PanelButton.h"
 #include "Support/SystemClock.h"
 
 #include <QApplication>
@@ -48,6 +49,15 @@ Task<> grabScenes(std::vector<Scene> scenes, QString folder, std::stop_token sto
         while (QWidget *popup = QApplication::activePopupWidget())
             popup->close();
     }
+}
+
+PanelButton *controlNamed(const QString &label) {
+    for (QWidget *widget : QApplication::allWidgets()) {
+        auto *button = dynamic_cast<PanelButton *>(widget);
+        if (button && button->isVisible() && button->accessibleName() == label)
+            return button;
+    }
+    return nullptr;
 }
 
 } // namespace vantrell::gallery

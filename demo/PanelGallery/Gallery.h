@@ -12,6 +12,10 @@
 #include <stop_token>
 #include <vector>
 
+namespace vantrell {
+class PanelButton;
+}
+
 namespace vantrell::gallery {
 
 /// One state of one panel.
@@ -24,5 +28,8 @@ struct Scene {
 /// Shows the scenes one after another in front of what is on the screen and writes a picture of each,
 /// "name.png", into the folder.
 Task<> grabScenes(std::vector<Scene> scenes, QString folder, std::stop_token stop);
+
+/// The visible control with that label; null when there is none.
+PanelButton *controlNamed(const QString &label);
 
 } // namespace vantrell::gallery

@@ -6,6 +6,7 @@
 #include "Scenes.h"
 
 #include <QApplication>
+#include <QHelpEvent>
 
 namespace vantrell::gallery {
 
@@ -37,13 +38,12 @@ std::vector<Scene> hudScenes(StillCapture &stills, Settings &settings, Clock &cl
         scene("running", true, [](Hud &) {}),
         scene("near-limit", false, [](Hud &hud) { hud.state->elapsedSeconds = 1152; }),
         scene("paused", true, [](Hud &hud) { hud.state->isPaused = true; }),
-        scene("delete-asked", true,
+        scene("delete-asked", true, [](Hud &) { controlNamed("Delete")->click(); }),
+        scene("tip", true,
               [](Hud &) {
-                  for (QWidget *widget : QApplication::allWidgets()) {
-                      auto *button = dynamic_cast<PanelButton *>(widget);
-                      if (button && button->isVisible() && button->accessibleName() == "Delete")
-                          button->click();
-                  }
+                  PanelButton *stop = controlNamed("Stop");
+                  QHelpEvent pointedAt(QEvent::ToolTip, stop->rect().center(), QPoint());
+                  QCoreApplication::sendEvent(stop, &pointedAt);
               }),
     };
 }

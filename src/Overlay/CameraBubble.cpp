@@ -21,8 +21,8 @@ namespace {
 constexpr std::array<int, 3> diameters{120, 168, 240};
 constexpr int usualSize = 1;
 constexpr double rim = 3;
-constexpr int distance = 24;
-constexpr int buttonHeight = 40;
+constexpr int bubbleDistance = 24;
+constexpr int bubbleButtonHeight = 40;
 constexpr const char *sizeKey = "panel.bubble.size";
 constexpr const char *mirrorKey = "panel.bubble.mirror";
 
@@ -42,8 +42,8 @@ public:
         m_mirror.setCheckable(true);
         m_mirror.setChecked(m_isMirrored);
         for (PanelButton *button : {&m_resize, &m_mirror}) {
-            button->setHeight(buttonHeight);
-            button->setRadius(buttonHeight / 2.0);
+            button->setHeight(bubbleButtonHeight);
+            button->setRadius(bubbleButtonHeight / 2.0);
             button->setKind(PanelButton::Kind::filled);
             button->hide();
         }
@@ -94,7 +94,7 @@ protected:
             painter.setPen(Qt::NoPen);
             painter.setBrush(theme().panel);
             const QRectF both = QRectF(m_resize.geometry() | m_mirror.geometry());
-            painter.drawRoundedRect(both, buttonHeight / 2.0, buttonHeight / 2.0);
+            painter.drawRoundedRect(both, bubbleButtonHeight / 2.0, bubbleButtonHeight / 2.0);
         }
     }
 
@@ -102,9 +102,10 @@ protected:
         FloatingPanel::resizeEvent(event);
         m_picture = {};
         const QRect panel = panelRect();
-        const int top = panel.bottom() + 1 - buttonHeight - panel.height() / 10;
-        m_resize.setGeometry(panel.center().x() - buttonHeight, top, buttonHeight, buttonHeight);
-        m_mirror.setGeometry(panel.center().x(), top, buttonHeight, buttonHeight);
+        const int top = panel.bottom() + 1 - bubbleButtonHeight - panel.height() / 10;
+        m_resize.setGeometry(panel.center().x() - bubbleButtonHeight, top, bubbleButtonHeight,
+                             bubbleButtonHeight);
+        m_mirror.setGeometry(panel.center().x(), top, bubbleButtonHeight, bubbleButtonHeight);
     }
 
     void enterEvent(QEnterEvent *) override { showButtons(true); }
@@ -171,7 +172,7 @@ void CameraBubble::show(const Display &display) {
     const QScreen *screen = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)));
     const QRect room = screen->availableGeometry();
     const QSize size = window.panelSize();
-    const QPoint first(room.left() + distance, room.bottom() + 1 - distance - size.height());
+    const QPoint first(room.left() + bubbleDistance, room.bottom() + 1 - bubbleDistance - size.height());
     window.placePanel(m_panel->placement.restore(*screen, size).value_or(first));
     window.showPanel();
 }

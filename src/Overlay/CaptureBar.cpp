@@ -16,7 +16,7 @@ namespace vantrell {
 namespace {
 
 /// From the display's lower edge, where nobody has put it elsewhere.
-constexpr int bottomDistance = 36;
+constexpr int barDistance = 36;
 
 } // namespace
 
@@ -68,8 +68,7 @@ void CaptureBar::show(std::shared_ptr<ToolBarState> state, const std::optional<s
     panel.observation = state->observe([window = panel.window] { window->refresh(); });
     const QRect room = screen->availableGeometry();
     const QSize size = panel.window->panelRect().size();
-    const QPoint first(room.center().x() - size.width() / 2,
-                       room.bottom() + 1 - bottomDistance - size.height());
+    const QPoint first(room.center().x() - size.width() / 2, room.bottom() + 1 - barDistance - size.height());
     panel.window->placePanel(panel.placement.restore(*screen, size).value_or(first));
     panel.window->showPanel();
     panel.backdrop.start();

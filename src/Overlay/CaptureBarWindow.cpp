@@ -18,8 +18,8 @@ namespace vantrell {
 
 namespace {
 
-constexpr int padding = 6;
-constexpr int gap = 4;
+constexpr int barPadding = 6;
+constexpr int barGap = 4;
 constexpr int controlHeight = 44;
 constexpr int updateHeight = 40;
 constexpr int screenMargin = 4;
@@ -50,18 +50,18 @@ CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, Clock &clock)
     setWindowTitle(tr("Capture bar"));
     setAccessibleName(windowTitle());
     auto *column = new QVBoxLayout(this);
-    const int margin = shadowMargin() + padding;
+    const int margin = shadowMargin() + barPadding;
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(0);
     column->setSizeConstraint(QLayout::SetFixedSize);
     m_updateRow = new QWidget(this);
     auto *updateRow = new QHBoxLayout(m_updateRow);
-    updateRow->setContentsMargins(8, 0, 0, padding);
-    updateRow->setSpacing(gap);
+    updateRow->setContentsMargins(8, 0, 0, barPadding);
+    updateRow->setSpacing(barGap);
     buildUpdateRow(*updateRow);
     column->addWidget(m_updateRow);
     m_controls = new QHBoxLayout;
-    m_controls->setSpacing(gap);
+    m_controls->setSpacing(barGap);
     buildControls(*m_controls);
     column->addLayout(m_controls);
 }
@@ -212,7 +212,7 @@ void CaptureBarWindow::fit() {
         applyRoom();
         // Asked alone: the window's own layout would make the window as large before it is known to fit.
         m_controls->invalidate();
-        if (m_controls->sizeHint().width() + 2 * (padding + screenMargin) <= m_screenWidth)
+        if (m_controls->sizeHint().width() + 2 * (barPadding + screenMargin) <= m_screenWidth)
             break;
     }
     layout()->activate();

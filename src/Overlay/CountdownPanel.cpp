@@ -18,7 +18,6 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <utility>
 
@@ -33,8 +32,12 @@ constexpr double ringWidth = 4;
 constexpr double ringInset = 9;
 constexpr int numberSize = 68;
 constexpr auto ringInterval = 40ms;
-/// Who paints nothing for so long has nothing to paint; the second time, when somebody has painted once.
-constexpr std::array<std::chrono::milliseconds, 2> framePatience{200ms, 40ms};
+/// A compositor paints for certain, sooner or later. Where there is none, who paints nothing for so long has
+/// nothing to paint.
+constexpr auto compositorPatience = 1000ms;
+constexpr auto applicationPatience = 200ms;
+/// For what comes after the first painting.
+constexpr auto secondPatience = 40ms;
 
 constexpr std::uint32_t escapeKey = 0xff1b;
 constexpr std::uint32_t returnKey = 0xff0d;
@@ -150,8 +153,8 @@ Task<> resolveAfter(std::chrono::milliseconds patience, Clock *clock, OneShot<bo
 }
 
 /// Waits until the place was painted twice: the first time may have been on its way before.
-Task<> waitForFrames(QRect pixels, Clock &clock, std::stop_token stop) {
-    for (const std::chrono::milliseconds patience : framePatience) {
+Task<> waitForFrames(QRect pixels, std::chrono::milliseconds first, Clock &clock, std::stop_token stop) {
+    for (const std::chrono::milliseconds patience : {first, std::chrono::milliseconds(secondPatience)}) {
         const OneShot<bool> painted;
         const Observation watch =
             DesktopLink::instance().watchForPainting(pixels, [painted] { painted.resolve(true); });
@@ -200,12 +203,13 @@ Task<bool> countDown(int seconds, Display display, Clock &clock, std::stop_token
     const QRect pixels = pixelsOf(window);
     // A compositor may let a window that goes fade for a while: it has nothing on it when it goes. Without
     // one the application below has to paint anew.
-    if (window.isBlended())
+    const bool isBlended = window.isBlended();
+    if (isBlended)
         window.clear();
     else
         window.hide();
     DesktopLink::instance().sync();
-    co_await waitForFrames(pixels, clock, stop);
+    co_await waitForFrames(pixels, isBlended ? compositorPatience : applicationPatience, clock, stop);
     window.hide();
     DesktopLink::instance().sync();
     co_return end && !stop.stop_requested() && *end != End::cancelled;

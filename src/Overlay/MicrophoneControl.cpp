@@ -99,7 +99,8 @@ QString MicrophoneControl::deviceName() const {
     const std::optional<std::string> &id = m_state->micDeviceId;
     if (id) {
         const auto known = m_names.find(*id);
-        return oneLine(QString::fromStdString(known == m_names.end() ? *id : known->second));
+        return oneLine(
+            QString::fromStdString(known == m_names.end() ? tr("Microphone").toStdString() : known->second));
     }
     const auto standard = std::ranges::find(m_microphones, true, &Microphone::isDefault);
     return standard == m_microphones.end() ? tr("Default") : oneLine(QString::fromStdString(standard->name));

@@ -17,6 +17,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <optional>
 #include <utility>
 
 namespace vantrell {
@@ -26,10 +27,10 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int hudHeight = 48;
-constexpr int padding = 4;
-constexpr int buttonHeight = hudHeight - 2 * padding;
+constexpr int hudPadding = 4;
+constexpr int hudButtonHeight = hudHeight - 2 * hudPadding;
 /// From the display's lower edge, where nobody has put it elsewhere: a line of text fits below.
-constexpr int bottomDistance = 64;
+constexpr int hudDistance = 64;
 constexpr auto deletePatience = 3s;
 
 /// Also follows the panel while it is dragged.
@@ -75,7 +76,7 @@ public:
         window->setWindowTitle(tr("Recording"));
         window->setAccessibleName(window->windowTitle());
         auto *row = new QHBoxLayout(window);
-        const int margin = window->shadowMargin() + padding;
+        const int margin = window->shadowMargin() + hudPadding;
         row->setContentsMargins(margin, margin, margin, margin);
         row->setSpacing(2);
         row->setSizeConstraint(QLayout::SetFixedSize);
@@ -111,8 +112,8 @@ public:
     }
 
     static void dress(PanelButton &button) {
-        button.setHeight(buttonHeight);
-        button.setRadius(buttonHeight / 2.0);
+        button.setHeight(hudButtonHeight);
+        button.setRadius(hudButtonHeight / 2.0);
     }
 
     /// The last thing that a handler does: the panel may be gone afterwards.
@@ -133,26 +134,40 @@ public:
         refresh();
     }
 
+    /// All that is shown but the level, which changes by itself ten times a second.
+    struct Shown {
+        QString time;
+        bool isPaused = false;
+        bool isNearCap = false;
+        bool asksToDelete = false;
+        bool isOnLight = false;
+        bool operator==(const Shown &) const = default;
+    };
+
     void refresh() {
-        window->setOnLightBackdrop(state->onLightBackdrop);
         const bool isPaused = state->isPaused;
-        const QString time = QString::fromStdString(timeLabel(state->elapsedSeconds));
+        if (meter)
+            meter->setLevel(isPaused ? 0 : double(state->micLevel));
+        const Shown now{QString::fromStdString(timeLabel(state->elapsedSeconds)), isPaused,
+                        state->isNearCap(), deleteAsked.isActive(), state->onLightBackdrop};
+        if (shown == now)
+            return;
+        shown = now;
+        window->setOnLightBackdrop(now.isOnLight);
         const QString help = QString::fromStdString(state->stopHelp());
-        stop->setWords(time);
+        stop->setWords(now.time);
         stop->setHelp(help);
         //: The recorded time, and what the button does.
-        stop->setAccessibleDescription(tr("%1. %2").arg(time, help));
+        stop->setAccessibleDescription(tr("%1. %2").arg(now.time, help));
         stop->setKind(isPaused ? PanelButton::Kind::filled : PanelButton::Kind::recording);
         pause->setLabel(isPaused ? tr("Resume") : tr("Pause"));
         pause->setSymbol(isPaused ? Symbol::play : Symbol::pause);
         pause->setKind(isPaused ? PanelButton::Kind::accent : PanelButton::Kind::plain);
-        if (meter)
-            meter->setLevel(isPaused ? 0 : double(state->micLevel));
-        const bool asks = deleteAsked.isActive();
-        remove->setWarning(asks);
-        remove->setKind(asks ? PanelButton::Kind::filled : PanelButton::Kind::plain);
-        remove->setHelp(asks ? tr("Click again to delete the recording") : QString());
-        setNote(asks ? remove->toolTip() : state->isNearCap() && !isPaused ? help : QString());
+        remove->setWarning(now.asksToDelete);
+        remove->setKind(now.asksToDelete ? PanelButton::Kind::filled : PanelButton::Kind::plain);
+        remove->setHelp(now.asksToDelete ? tr("Click again to delete the recording") : QString());
+        setNote(now.asksToDelete ? remove->toolTip() : now.isNearCap && !isPaused ? help : QString());
+        pill.setOnLightBackdrop(now.isOnLight);
     }
 
     void setNote(const QString &text) {
@@ -164,7 +179,6 @@ public:
     }
 
     void placePill() {
-        pill.setOnLightBackdrop(state->onLightBackdrop);
         if (note.isEmpty() || !window->isVisible())
             pill.hide();
         else
@@ -177,7 +191,7 @@ public:
         const QRect room = screen->availableGeometry();
         const QSize size = window->panelRect().size();
         const QPoint first(room.center().x() - size.width() / 2,
-                           room.bottom() + 1 - bottomDistance - size.height());
+                           room.bottom() + 1 - hudDistance - size.height());
         window->placePanel(placement.restore(*screen, size).value_or(first));
         window->showPanel();
         placePill();
@@ -200,6 +214,7 @@ public:
     PanelButton *remove = nullptr;
     QTimer deleteAsked;
     QString note;
+    std::optional<Shown> shown;
     Observation observation;
     BackdropMonitor backdrop;
 };

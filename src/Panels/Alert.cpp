@@ -22,8 +22,8 @@ namespace vantrell {
 
 namespace {
 
-constexpr int textWidth = 400;
-constexpr int margin = 24;
+constexpr int alertTextWidth = 400;
+constexpr int alertMargin = 24;
 
 class AlertWindow final : public QDialog {
 public:
@@ -33,7 +33,7 @@ public:
         setAccessibleName(message);
         setAttribute(Qt::WA_QuitOnClose, false);
         auto *column = new QVBoxLayout(this);
-        column->setContentsMargins(margin, margin, margin, margin);
+        column->setContentsMargins(alertMargin, alertMargin, alertMargin, alertMargin);
         column->setSpacing(8);
         column->addWidget(text(message, panelFont(16, QFont::DemiBold), Theme::ofDesktop().text));
         if (!informative.isEmpty())
@@ -74,7 +74,7 @@ private:
         label->setTextFormat(Qt::PlainText);
         label->setWordWrap(true);
         label->setFont(font);
-        label->setFixedWidth(textWidth);
+        label->setFixedWidth(alertTextWidth);
         QPalette palette = label->palette();
         palette.setColor(QPalette::WindowText, ink);
         label->setPalette(palette);

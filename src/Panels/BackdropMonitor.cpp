@@ -6,9 +6,11 @@
 #include "Panels/FloatingPanel.h"
 #include "Support/Geometry.h"
 
+#include <QApplication>
 #include <QScreen>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <vector>
 
@@ -18,24 +20,41 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// While the backdrop has changed lately, and when it has not for `calmLooks` looks.
 constexpr auto interval = 500ms;
+constexpr auto calmInterval = 2000ms;
+constexpr int calmLooks = 6;
 /// What a panel that is dark waits for before it turns light, and the other way round: between them lies what
 /// changes nothing, so that a film behind it does not make it flicker.
 constexpr double turnsLight = 0.66;
 constexpr double turnsDark = 0.5;
 
-/// The strips above and below the panel where its shadow has all but ended, in the desktop's pixels.
+/// Another panel of ours lies there: it is not the backdrop.
+bool isOurs(const QRect &strip, const FloatingPanel &panel) {
+    return std::ranges::any_of(QApplication::topLevelWidgets(), [&](const QWidget *window) {
+        const auto *other = dynamic_cast<const FloatingPanel *>(window);
+        return other && other != &panel && other->isVisible() && other->panelFrame().intersects(strip);
+    });
+}
+
+/// Two strips where the panel's shadow has all but ended, in the desktop's pixels: above and below it, beside
+/// it where those cannot be seen.
 std::vector<PixelRect> stripsAround(const FloatingPanel &panel) {
     constexpr int from = 18;
-    constexpr int height = 12;
+    constexpr int depth = 12;
+    constexpr std::size_t enough = 2;
     const QScreen *screen = panel.screen();
     const QRect room = screen->geometry();
     const QRect frame = panel.panelFrame();
     const double scale = screen->devicePixelRatio();
+    const std::array<QRect, 4> places{QRect(frame.left(), frame.top() - from - depth, frame.width(), depth),
+                                      QRect(frame.left(), frame.bottom() + 1 + from, frame.width(), depth),
+                                      QRect(frame.left() - from - depth, frame.top(), depth, frame.height()),
+                                      QRect(frame.right() + 1 + from, frame.top(), depth, frame.height())};
     std::vector<PixelRect> strips;
-    for (const int top : {frame.top() - from - height, frame.bottom() + 1 + from}) {
-        const QRect strip = QRect(frame.left(), top, frame.width(), height) & room;
-        if (strip.isEmpty())
+    for (const QRect &place : places) {
+        const QRect strip = place & room;
+        if (strips.size() == enough || strip.isEmpty() || isOurs(strip, panel))
             continue;
         const QPoint inside = strip.topLeft() - room.topLeft();
         PixelRect pixels = toPixels(
@@ -65,6 +84,7 @@ void BackdropMonitor::stop() {
 }
 
 Task<> BackdropMonitor::watch(std::stop_token stop) {
+    int looks = 0;
     while (!stop.stop_requested()) {
         double sum = 0;
         int count = 0;
@@ -80,10 +100,14 @@ Task<> BackdropMonitor::watch(std::stop_token stop) {
         }
         const bool isLight = count > 0 ? sum / count > (m_isLight ? turnsDark : turnsLight) : m_isLight;
         if (isLight != m_isLight) {
+            looks = 0;
             m_isLight = isLight;
             m_changed(isLight);
         }
-        if (stop.stop_requested() || !co_await m_clock.sleep(interval, stop))
+        if (stop.stop_requested())
+            co_return;
+        const bool isCalm = ++looks > calmLooks;
+        if (!co_await m_clock.sleep(isCalm ? calmInterval : interval, stop))
             co_return;
     }
 }

@@ -16,8 +16,9 @@ namespace vantrell {
 
 class FloatingPanel;
 
-/// Tells whether the screen behind a panel is light: looks at the strips right above and below it, twice a
-/// second, while the panel is shown. Where the screen cannot be read it stays as it is. Main thread.
+/// Tells whether the screen behind a panel is light: looks at strips right above and below it while
+/// the panel is shown, twice a second at most, less often where nothing changes. Where the screen cannot be
+/// read it stays as it is. Main thread.
 class BackdropMonitor {
 public:
     /// All outlive the monitor. `changed` may hide the panel, but not destroy the monitor.

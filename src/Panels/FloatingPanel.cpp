@@ -3,6 +3,8 @@
 
 #include "Panels/FloatingPanel.h"
 
+#include "Panels/PanelTip.h"
+
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
@@ -27,7 +29,19 @@ FloatingPanel::FloatingPanel(Options options)
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_QuitOnClose, false);
+    // Panels are never the active window.
+    setAttribute(Qt::WA_AlwaysShowToolTips);
     setFocusPolicy(Qt::NoFocus);
+
+    const auto follow = [this](QScreen *screen) {
+        QObject::connect(screen, &QScreen::availableGeometryChanged, this, [this] { stayOnScreen(); });
+    };
+    for (QScreen *screen : QGuiApplication::screens())
+        follow(screen);
+    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, this, follow);
+    // When the windows that were on it have been told.
+    QObject::connect(
+        qGuiApp, &QGuiApplication::screenRemoved, this, [this] { stayOnScreen(); }, Qt::QueuedConnection);
 }
 
 FloatingPanel::~FloatingPanel() = default;
@@ -85,6 +99,8 @@ QRect FloatingPanel::panelFrame() const {
 }
 
 bool FloatingPanel::event(QEvent *event) {
+    if (handleTipEvent(*this, *event))
+        return true;
     if (event->type() == QEvent::WinIdChange && internalWinId() != 0) {
         DesktopLink::instance().markAsOwn(DesktopLink::WindowId(internalWinId()));
         shapeWindow();
@@ -121,6 +137,10 @@ void FloatingPanel::resizeEvent(QResizeEvent *event) {
     m_picture = {};
     shapeWindow();
     // What has grown must not reach beyond the screen.
+    stayOnScreen();
+}
+
+void FloatingPanel::stayOnScreen() {
     if (isVisible() && !m_drag)
         placePanel(panelFrame().topLeft());
 }

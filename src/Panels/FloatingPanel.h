@@ -80,6 +80,7 @@ private:
     PanelShape shape() const;
     void shapeWindow();
     void redraw();
+    void stayOnScreen();
     void fadeIn();
 
     const Options m_options;

@@ -7,17 +7,14 @@
 #include "Panels/PanelFont.h"
 #include "Panels/PanelMenu.h"
 #include "Panels/PanelShape.h"
+#include "Panels/PanelTip.h"
 
 #include <QAccessible>
 #include <QFontMetricsF>
-#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
 #include <QPointer>
-#include <QScreen>
-#include <QStyle>
-#include <QToolTip>
 
 #include <algorithm>
 #include <cmath>
@@ -27,7 +24,7 @@ namespace vantrell {
 namespace {
 
 constexpr double symbolSize = 20;
-constexpr double gap = 8;
+constexpr double symbolGap = 8;
 constexpr double sidePadding = 11;
 constexpr double menuMark = 12;
 /// Lines of text have room of their own above and below.
@@ -51,25 +48,27 @@ void PanelButton::setLabel(const QString &label) {
     if (accessibleName() == label)
         return;
     setAccessibleName(label);
-    updateTip();
+    tellTip();
 }
 
 void PanelButton::setHelp(const QString &help) {
     if (m_help == help)
         return;
     m_help = help;
-    updateTip();
+    tellTip();
 }
 
-void PanelButton::updateTip() {
+void PanelButton::tellTip() {
     const QString tip = m_help.isEmpty() ? accessibleName() : m_help;
     setAccessibleDescription(m_help);
-    setToolTip(tip);
-    if (QToolTip::isVisible() && underMouse())
-        QToolTip::showText(QCursor::pos(), tip, this);
+    // What is written on it needs no tip.
+    setToolTip(tip == m_words ? QString() : tip);
+    updateTip(*this);
 }
 
 void PanelButton::setKind(Kind kind) {
+    if (m_kind == kind)
+        return;
     m_kind = kind;
     update();
 }
@@ -86,9 +85,13 @@ void PanelButton::setWords(const QString &words, const QString &secondLine) {
     const QString line = oneLine(words);
     if (m_words == line && m_secondLine == secondLine)
         return;
+    const QSize before = sizeHint();
     m_words = line;
     m_secondLine = secondLine;
-    updateGeometry();
+    tellTip();
+    // A time that runs does not change the layout.
+    if (sizeHint() != before)
+        updateGeometry();
     update();
 }
 
@@ -183,7 +186,7 @@ QSize PanelButton::sizeHint() const {
     if (m_symbol)
         width += symbolSize;
     if (!m_words.isEmpty())
-        width += textWidth() + (m_symbol ? gap : 0);
+        width += textWidth() + (m_symbol ? symbolGap : 0);
     if (m_menuMaker && !m_words.isEmpty())
         width += menuMark + 4;
     return {std::max(m_height, int(std::ceil(width))), m_height};
@@ -256,7 +259,7 @@ void PanelButton::paintEvent(QPaintEvent *) {
         const QRectF place = placed({x, (area.height() - symbolSize) / 2, symbolSize, symbolSize});
         painter.drawPixmap(place.topLeft(),
                            symbolPixmap(*m_symbol, colors.ink, symbolSize, devicePixelRatioF()));
-        x += symbolSize + gap;
+        x += symbolSize + symbolGap;
     }
     if (hasWords) {
         const double width = textWidth();
@@ -309,6 +312,8 @@ void PanelButton::keyPressEvent(QKeyEvent *event) {
 }
 
 bool PanelButton::event(QEvent *event) {
+    if (handleTipEvent(*this, *event))
+        return true;
     if (event->type() == QEvent::FontChange || event->type() == QEvent::ApplicationFontChange)
         updateGeometry();
     return QAbstractButton::event(event);

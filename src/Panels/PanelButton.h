@@ -78,7 +78,7 @@ private:
     QFont secondFont() const;
     QString elided(const QString &text, const QFont &font) const;
     double textWidth() const;
-    void updateTip();
+    void tellTip();
 
     Kind m_kind = Kind::plain;
     std::optional<Symbol> m_symbol;

@@ -25,7 +25,7 @@ namespace {
 
 constexpr int itemHeight = 40;
 constexpr int separatorHeight = 11;
-constexpr int padding = 6;
+constexpr int menuPadding = 6;
 /// Where the words begin: behind the check mark.
 constexpr int wordsInset = 38;
 constexpr int endInset = 18;
@@ -46,7 +46,7 @@ public:
             return 0;
         case PM_MenuHMargin:
         case PM_MenuVMargin:
-            return padding;
+            return menuPadding;
         case PM_SubMenuOverlap:
             return -2;
         default:
@@ -150,7 +150,7 @@ private:
         const bool isEnabled = item.state & State_Enabled;
         const bool isSelected = (item.state & State_Selected) && !isSection;
         if (isSelected && isEnabled)
-            painter.fillPath(roundedPath(area, menuRadius - padding + 1), m_theme.selected);
+            painter.fillPath(roundedPath(area, menuRadius - menuPadding + 1), m_theme.selected);
         const QColor ink = isEnabled && !isSection ? m_theme.text : m_theme.quietText;
         const double scale = painter.device()->devicePixelRatio();
         if (item.checked) {

@@ -96,7 +96,8 @@ QPixmap PanelShape::picture(const Theme &theme, bool isBlended) const {
         painter.fillPath(roundedPath(panel, radius), ground);
     } else {
         ground.setAlpha(255);
-        painter.fillRect(panel, ground);
+        // The window's shape cuts it; at odd scales an edge of its own would be half transparent.
+        painter.fillRect(QRectF(QPointF(0, 0), QSizeF(window)), ground);
     }
     const bool isStrong = theme.hairline.alpha() == 255;
     const double width = isStrong ? 1.5 : std::max(1.0, std::floor(scale)) / scale;

@@ -14,8 +14,8 @@ namespace vantrell {
 namespace {
 
 constexpr int pillHeight = 28;
-constexpr int sidePadding = 12;
-constexpr int distance = 6;
+constexpr int pillPadding = 12;
+constexpr int pillDistance = 6;
 
 } // namespace
 
@@ -26,17 +26,25 @@ PillPanel::PillPanel()
 void PillPanel::setText(const QString &text) {
     m_label->setText(text);
     const QSize needed = m_label->sizeHint();
-    resizePanel({needed.width() + 2 * sidePadding, std::max(pillHeight, needed.height() + 8)});
-    m_label->setGeometry(panelRect().adjusted(sidePadding, 0, -sidePadding, 0));
+    resizePanel({needed.width() + 2 * pillPadding, std::max(pillHeight, needed.height() + 8)});
+    m_label->setGeometry(panelRect().adjusted(pillPadding, 0, -pillPadding, 0));
 }
 
 void PillPanel::showBelow(const QRect &frame) {
-    const QSize size = panelRect().size();
-    const int below = frame.bottom() + 1 + distance;
-    const QScreen *screen = screenAt(frame.center());
-    const bool fits = below + size.height() <= screen->availableGeometry().bottom() + 1;
-    placePanel(
-        {frame.center().x() - size.width() / 2, fits ? below : frame.top() - distance - size.height()});
+    const int height = panelRect().height();
+    const int below = frame.bottom() + 1 + pillDistance;
+    const bool fits = below + height <= screenAt(frame.center())->availableGeometry().bottom() + 1;
+    showAt(frame, fits ? below : frame.top() - pillDistance - height);
+}
+
+void PillPanel::showAbove(const QRect &frame) {
+    const int above = frame.top() - pillDistance - panelRect().height();
+    const bool fits = above >= screenAt(frame.center())->availableGeometry().top();
+    showAt(frame, fits ? above : frame.bottom() + 1 + pillDistance);
+}
+
+void PillPanel::showAt(const QRect &frame, int top) {
+    placePanel({frame.center().x() - panelRect().width() / 2, top});
     showPanel();
 }
 

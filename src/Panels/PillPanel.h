@@ -18,8 +18,12 @@ public:
     void setText(const QString &text);
     /// In the middle below the rectangle, in Qt's coordinates; above it where there is no room below.
     void showBelow(const QRect &frame);
+    /// In the middle above it; below it where there is no room above.
+    void showAbove(const QRect &frame);
 
 private:
+    void showAt(const QRect &frame, int top);
+
     PanelLabel *m_label;
 };
 

@@ -90,7 +90,7 @@ protected:
     PluggedSound sound;
     std::vector<std::string> calls;
     std::shared_ptr<ToolBarState> state = std::make_shared<ToolBarState>();
-    X11Application editor{{.pixels = {100, 50, 500, 300}}};
+    X11Application editor{{.pixels = {100, 50, 900, 600}}};
     std::unique_ptr<CaptureBar> bar =
         std::make_unique<CaptureBar>(CaptureBar::Services{sound, stills, settings, clock});
 };

@@ -87,7 +87,7 @@ protected:
 };
 
 TEST_F(RecordingHUDTest, isWorkedByThePointerWhileSomebodyElseHasTheKeyboard) {
-    X11Application editor({.pixels = {100, 50, 500, 300}});
+    X11Application editor({.pixels = {100, 50, 900, 600}});
     xdotool({"mousemove", "150", "150", "click", "1"});
     ASSERT_TRUE(eventually([&] { return DesktopLink::instance().focusedWindow() == editor.window(); }));
     state->onPauseToggle = [&] {

@@ -4,6 +4,7 @@
 #include "Panels/BackdropMonitor.h"
 
 #include "Panels/FloatingPanel.h"
+#include "Panels/PillPanel.h"
 #include "Platform/X11/X11StillCapture.h"
 #include "TestSupport/Desktop/X11Painter.h"
 #include "TestSupport/ManualClock.h"
@@ -26,6 +27,10 @@ TEST(BackdropMonitorTest, seesWhetherTheScreenIsLightAndDoesNotWaverInBetween) {
     panel.resizePanel({300, 60});
     panel.placePanel({300, 300});
     panel.showPanel();
+    // Another panel right below it is dark as long as nobody tells it otherwise.
+    PillPanel note;
+    note.setText("Auto-stops at 20:00, your plan's recording limit");
+    note.showBelow(panel.panelFrame());
     std::vector<bool> seen;
     BackdropMonitor monitor(panel, stills, clock, [&](bool isLight) { seen.push_back(isLight); });
     // What it sees when it looks next.

@@ -104,6 +104,24 @@ TEST_F(FloatingPanelTest, isDraggedWithinTheScreenAndRemembersItsPlace) {
     EXPECT_FALSE(placement.restore(screen, size));
 }
 
+TEST_F(FloatingPanelTest, comesToTheScreenThatIsLeftWhenItsOwnGoes) {
+    const auto xrandr = [](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), "xrandr");
+        EXPECT_EQ(ChildProcess(arguments).waitForExit(), 0);
+    };
+    xrandr({"--setmonitor", "LEFT", "600/150x700/180+0+0", "screen"});
+    xrandr({"--setmonitor", "RIGHT", "600/150x700/180+600+0", "none"});
+    ASSERT_TRUE(eventually([] { return QGuiApplication::screens().size() == 2; }));
+    panel.placePanel({900, 300});
+    panel.showPanel();
+    EXPECT_EQ(panel.panelFrame().topLeft(), QPoint(900, 300));
+    xrandr({"--delmonitor", "RIGHT"});
+    EXPECT_TRUE(eventually([this] { return panel.panelFrame() == QRect(400, 300, 200, 60); }))
+        << panel.panelFrame().x();
+    xrandr({"--delmonitor", "LEFT"});
+    EXPECT_TRUE(eventually([] { return QGuiApplication::primaryScreen()->geometry().width() == 1200; }));
+}
+
 } // namespace
 
 } // namespace vantrell::testing
