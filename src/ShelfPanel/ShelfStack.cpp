@@ -385,6 +385,7 @@ void ShelfStack::showEvent(QShowEvent *event) {
 
 void ShelfStack::hideEvent(QHideEvent *event) {
     closeMenu();
+    m_tip.reset();
     giveKeyboardBack();
     FloatingPanel::hideEvent(event);
 }
@@ -565,6 +566,17 @@ void ShelfStack::followMenu(QMenu &menu, const QUuid &card) {
     m_menuCard = card;
     attend(Reason::menu, true);
     QObject::connect(&menu, &QMenu::aboutToHide, this, [this] { attend(Reason::menu, false); });
+}
+
+void ShelfStack::showTip(const ShelfCard &card, const QStringList &paragraphs) {
+    if (paragraphs.isEmpty()) {
+        if (m_tip)
+            m_tip->hide();
+        return;
+    }
+    if (!m_tip)
+        m_tip = std::make_unique<CardTip>();
+    m_tip->showBeside(bodyOf(card).translated(pos()), paragraphs, theme().isLight);
 }
 
 void ShelfStack::closeMenu() {

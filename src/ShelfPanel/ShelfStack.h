@@ -6,6 +6,7 @@
 #include "Panels/FloatingPanel.h"
 #include "ShelfPanel/CardFace.h"
 #include "ShelfPanel/CardThumbnail.h"
+#include "ShelfPanel/CardTip.h"
 #include "ShelfPanel/KeyboardLoan.h"
 #include "ShelfPanel/ShelfCard.h"
 #include "Support/TaskScope.h"
@@ -17,6 +18,7 @@
 #include <QVariantAnimation>
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <set>
 #include <stop_token>
@@ -91,6 +93,7 @@ private:
     void showMenu(ShelfCard &card, const QPoint &globalPlace) override;
     void pushAside(ShelfCard &card, double distance) override;
     void letGo(ShelfCard &card, bool dismisses) override;
+    void showTip(const ShelfCard &card, const QStringList &paragraphs) override;
     void outlineChanged() override;
 
     void matchCards(const std::vector<ShelfItem> &items);
@@ -133,6 +136,8 @@ private:
     QPointer<QMenu> m_menu;
     QUuid m_menuCard;
     std::optional<CardFace> m_face;
+    /// Made when it is first needed.
+    std::unique_ptr<CardTip> m_tip;
     QTimer m_progressTimer;
     bool m_hasProgress = false;
     QVariantAnimation m_motion;
