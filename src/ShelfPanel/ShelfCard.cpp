@@ -61,11 +61,6 @@ bool isOnlyProgress(const ShelfItem &before, const ShelfItem &now) {
            steadyParts(before) == steadyParts(now) && before.placeholderName == now.placeholderName;
 }
 
-/// Names may hold what looks like markup.
-QString asTip(const QString &text) {
-    return "<p>" + text.toHtmlEscaped() + "</p>";
-}
-
 } // namespace
 
 ShelfCard::ShelfCard(const ShelfItem &item, Owner &owner, QWidget *parent)
@@ -213,7 +208,7 @@ void ShelfCard::arrange() {
     setAccessibleName(oneLine(QString::fromStdString(m_item.title())));
     setAccessibleDescription(status);
     const bool isWhole = m_title == title.text && m_statusLines.join(' ') == status;
-    setToolTip(isWhole ? QString() : asTip(title.text) + asTip(status));
+    m_tip = isWhole ? QStringList() : QStringList{title.text, status};
     update();
 }
 
@@ -242,9 +237,15 @@ void ShelfCard::updateDismissButton() {
 }
 
 bool ShelfCard::event(QEvent *event) {
+    if (event->type() == QEvent::ToolTip) {
+        m_owner.showTip(*this, m_tip);
+        return true;
+    }
     const bool isUsed = QWidget::event(event);
     if (event->type() == QEvent::Enter || event->type() == QEvent::Leave)
         updateDismissButton();
+    if (event->type() == QEvent::Leave || event->type() == QEvent::MouseButtonPress)
+        m_owner.showTip(*this, {});
     return isUsed;
 }
 

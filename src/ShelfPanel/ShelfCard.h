@@ -36,6 +36,8 @@ public:
         /// The card is pushed so many points to the right of its place, and let go.
         virtual void pushAside(ShelfCard &card, double distance) = 0;
         virtual void letGo(ShelfCard &card, bool dismisses) = 0;
+        /// The pointer rests on the card, which has no room for these; hides it when there are none.
+        virtual void showTip(const ShelfCard &card, const QStringList &paragraphs) = 0;
         /// The dismiss button has come or gone.
         virtual void outlineChanged() = 0;
 
@@ -105,6 +107,7 @@ private:
     bool m_isRecovered = false;
     QString m_title;
     QStringList m_statusLines;
+    QStringList m_tip;
     QRect m_thumbnailRect;
     QRect m_titleRect;
     QRect m_statusRect;

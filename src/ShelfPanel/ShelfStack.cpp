@@ -141,6 +141,8 @@ void ShelfStack::matchCards(const std::vector<ShelfItem> &items) {
         if (!isIn(*entry.card, items)) {
             m_leaving.push_back(entry);
             // What leaves is no longer to be met.
+            if (entry.card->id() == m_menuCard)
+                closeMenu();
             entry.card->setAttribute(Qt::WA_TransparentForMouseEvents);
         }
     }
@@ -382,6 +384,8 @@ void ShelfStack::showEvent(QShowEvent *event) {
 }
 
 void ShelfStack::hideEvent(QHideEvent *event) {
+    closeMenu();
+    m_tip.reset();
     giveKeyboardBack();
     FloatingPanel::hideEvent(event);
 }
@@ -412,6 +416,12 @@ void ShelfStack::paintEvent(QPaintEvent *event) {
         }
     }
     QPainter painter(this);
+    QColor ground = theme().panel;
+    if (!isBlended()) {
+        ground.setAlpha(255);
+        // At a broken scale the shape may reach a pixel further than a card's ground.
+        painter.fillRect(event->rect(), ground);
+    }
     // All shadows lie below all cards. Between two cards they add up.
     const double strength = m_entries.size() + m_leaving.size() > 1 ? 0.75 : 1;
     for (const ShelfCard *card : shown) {
@@ -424,9 +434,6 @@ void ShelfStack::paintEvent(QPaintEvent *event) {
     }
     painter.setOpacity(1);
     painter.setRenderHint(QPainter::Antialiasing);
-    QColor ground = theme().panel;
-    if (!isBlended())
-        ground.setAlpha(255);
     for (const PanelButton *button : {m_older, m_newer}) {
         if (!button->isHidden() && event->region().intersects(button->geometry()))
             painter.fillPath(roundedPath(QRectF(button->geometry()), scrollButtonHeight / 2.0), ground);
@@ -540,7 +547,7 @@ void ShelfStack::dragOut(const QUuid &id) {
 QMenu *ShelfStack::makeProjectMenu(const QUuid &id) {
     QMenu *menu = m_host.makeProjectMenu(id);
     if (menu)
-        followMenu(*menu);
+        followMenu(*menu, id);
     return menu;
 }
 
@@ -549,14 +556,32 @@ void ShelfStack::showMenu(ShelfCard &card, const QPoint &globalPlace) {
     if (!menu)
         return;
     dressMenu(*menu, theme());
-    followMenu(*menu);
+    followMenu(*menu, card.id());
     QObject::connect(menu, &QMenu::aboutToHide, menu, &QObject::deleteLater);
     menu->popup(globalPlace);
 }
 
-void ShelfStack::followMenu(QMenu &menu) {
+void ShelfStack::followMenu(QMenu &menu, const QUuid &card) {
+    m_menu = &menu;
+    m_menuCard = card;
     attend(Reason::menu, true);
     QObject::connect(&menu, &QMenu::aboutToHide, this, [this] { attend(Reason::menu, false); });
+}
+
+void ShelfStack::showTip(const ShelfCard &card, const QStringList &paragraphs) {
+    if (paragraphs.isEmpty()) {
+        if (m_tip)
+            m_tip->hide();
+        return;
+    }
+    if (!m_tip)
+        m_tip = std::make_unique<CardTip>();
+    m_tip->showBeside(bodyOf(card).translated(pos()), paragraphs, theme().isLight);
+}
+
+void ShelfStack::closeMenu() {
+    if (m_menu)
+        m_menu->close();
 }
 
 void ShelfStack::pushAside(ShelfCard &card, double distance) {

@@ -6,16 +6,19 @@
 #include "Panels/FloatingPanel.h"
 #include "ShelfPanel/CardFace.h"
 #include "ShelfPanel/CardThumbnail.h"
+#include "ShelfPanel/CardTip.h"
 #include "ShelfPanel/KeyboardLoan.h"
 #include "ShelfPanel/ShelfCard.h"
 #include "Support/TaskScope.h"
 
+#include <QMenu>
 #include <QPointer>
 #include <QScreen>
 #include <QTimer>
 #include <QVariantAnimation>
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <set>
 #include <stop_token>
@@ -90,6 +93,7 @@ private:
     void showMenu(ShelfCard &card, const QPoint &globalPlace) override;
     void pushAside(ShelfCard &card, double distance) override;
     void letGo(ShelfCard &card, bool dismisses) override;
+    void showTip(const ShelfCard &card, const QStringList &paragraphs) override;
     void outlineChanged() override;
 
     void matchCards(const std::vector<ShelfItem> &items);
@@ -114,7 +118,8 @@ private:
     void giveKeyboardBack();
     void dragOut(const QUuid &id);
     void attend(Reason reason, bool attended);
-    void followMenu(QMenu &menu);
+    void followMenu(QMenu &menu, const QUuid &card);
+    void closeMenu();
 
     Host &m_host;
     /// The oldest first.
@@ -127,7 +132,12 @@ private:
     QPointer<QScreen> m_screen;
     std::set<Reason> m_reasons;
     KeyboardLoan m_keyboard;
+    /// The menu that is open, and the card that it is of.
+    QPointer<QMenu> m_menu;
+    QUuid m_menuCard;
     std::optional<CardFace> m_face;
+    /// Made when it is first needed.
+    std::unique_ptr<CardTip> m_tip;
     QTimer m_progressTimer;
     bool m_hasProgress = false;
     QVariantAnimation m_motion;

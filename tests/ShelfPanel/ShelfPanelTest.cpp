@@ -98,9 +98,16 @@ protected:
         session.run({"xdotool", "mouseup", "1"});
     }
 
+    void startCompositor() {
+        compositor = std::make_unique<ChildProcess>(
+            std::vector<std::string>{"picom", "--backend", "xrender", "--config", "/dev/null"});
+        EXPECT_TRUE(shelf.says("blended", "1"));
+    }
+
     X11Session session{{.width = 1000, .height = 700, .windowManager = true}};
     Talker neighbour{NEIGHBOUR};
     Talker shelf{SHELF_HOST};
+    std::unique_ptr<ChildProcess> compositor;
 };
 
 TEST_F(ShelfPanelTest, cardsDoWhatTheirButtonsSay) {
@@ -147,6 +154,8 @@ TEST_F(ShelfPanelTest, keysGoToTheShelfOnlyForAsLongAsItIsAskedTo) {
 }
 
 TEST_F(ShelfPanelTest, aPointerOverTheShelfKeepsItsCardsAndMeetsNothingBesideThem) {
+    // Without one the window is cut to its cards anyway.
+    startCompositor();
     shelf.ask("add Older");
     shelf.ask("add Newer");
     shelf.ask("done");
@@ -182,6 +191,7 @@ TEST_F(ShelfPanelTest, cardsAreDraggedOutAsFilesAndAwayToTheRight) {
 }
 
 TEST_F(ShelfPanelTest, whatIsTypedElsewhereArrivesWholeWhateverTheShelfShows) {
+    startCompositor();
     std::string text;
     for (int i = 0; i < 12; ++i)
         text += "The quick brown fox " + std::to_string(i) + ". ";

@@ -7,6 +7,7 @@
 
 #include "CommandSocket.h"
 
+#include "Panels/DesktopLink.h"
 #include "Platform/NullCaptureBackend.h"
 #include "ShelfPanel/ShelfPanel.h"
 #include "TestSupport/ManualClock.h"
@@ -82,6 +83,8 @@ public:
         } else if (command == "attended") {
             return QString::number(
                 std::ranges::any_of(QApplication::topLevelWidgets(), &QWidget::underMouse));
+        } else if (command == "blended") {
+            return QString::number(DesktopLink::instance().isComposited());
         } else if (command == "menu") {
             const QWidget *menu = QApplication::activePopupWidget();
             return menu ? menu->actions().front()->text() : QString();
@@ -106,6 +109,12 @@ private:
 
     /// "x y" of the middle of what has that accessible name, once it can be seen and has come to rest.
     static QString whereIs(const QString &name) {
+        // Cards fade while they move.
+        const auto isMoving = [](const QWidget *widget) {
+            return widget->isVisible() && widget->graphicsEffect();
+        };
+        if (std::ranges::any_of(QApplication::allWidgets(), isMoving))
+            return {};
         for (const QWidget *widget : QApplication::allWidgets()) {
             const QPoint middle = widget->mapToGlobal(widget->rect().center());
             if (widget->accessibleName() == name && widget->isVisible())
