@@ -5,6 +5,7 @@
 
 #include "App/ApplicationIcon.h"
 #include "App/Relaunch.h"
+#include "App/ReplacePath.h"
 #include "Platform/ApplicationIdentity.h"
 #include "Platform/DesktopEntryFile.h"
 #include "Support/AtomicFile.h"
@@ -46,20 +47,6 @@ bool isReadOnly(const fs::path &path) {
 
 std::unexpected<PlatformError> failure(const std::string &what, const std::error_code &code) {
     return std::unexpected(PlatformError::fromErrno(what, code.value()));
-}
-
-/// Puts `fresh` where `place` is, whatever lies there, and removes that.
-std::expected<void, PlatformError> putInPlace(const fs::path &fresh, const fs::path &place) {
-    std::error_code error;
-    if (!fs::exists(fs::symlink_status(place, error))) {
-        if (::rename(fresh.c_str(), place.c_str()) != 0)
-            return std::unexpected(PlatformError::fromErrno("put the copy in place", errno));
-        return {};
-    }
-    if (::renameat2(AT_FDCWD, fresh.c_str(), AT_FDCWD, place.c_str(), RENAME_EXCHANGE) != 0)
-        return std::unexpected(PlatformError::fromErrno("replace the installed copy", errno));
-    fs::remove_all(fresh, error);
-    return {};
 }
 
 } // namespace
@@ -152,7 +139,7 @@ std::expected<fs::path, PlatformError> InstallLocation::install() const {
         fs::remove_all(fresh, error);
         return std::unexpected(copied.error());
     }
-    if (const auto placed = putInPlace(fresh, destination()); !placed) {
+    if (const auto placed = replacePath(fresh, destination()); !placed) {
         fs::remove_all(fresh, error);
         return std::unexpected(placed.error());
     }
