@@ -84,7 +84,7 @@ Task<std::expected<void, UpdateError>> fetchInto(HttpClient *http, Clock *clock,
     auto created = co_await runBlocking([file] { return DiskFile::create(file); }, stop);
     if (!created)
         co_return failure(created.error());
-    const auto target = std::make_shared<const DiskFile>(std::move(*created));
+    const auto target = std::make_shared<DiskFile>(std::move(*created));
     for (std::int64_t offset = 0; offset < release.size;) {
         auto piece = co_await fetchPiece(http, clock, release, address, offset, stop);
         if (!piece)
@@ -104,6 +104,8 @@ Task<std::expected<void, UpdateError>> fetchInto(HttpClient *http, Clock *clock,
         [target, release, file]() -> std::expected<void, UpdateError> {
             if (const auto synced = target->sync(); !synced)
                 return failure(Kind::notPlaced, synced.error());
+            // What is open for writing cannot be started, and this work may go later than its result comes.
+            target->close();
             return verifyRelease(release, file);
         },
         stop);

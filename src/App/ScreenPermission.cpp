@@ -14,8 +14,8 @@ namespace vantrell {
 namespace {
 
 constexpr const char *primedKey = "screenPermissionPrimed";
-constexpr auto lookInterval = 1s;
-constexpr int mostLooks = 300;
+constexpr auto grantLookInterval = 1s;
+constexpr int mostGrantLooks = 300;
 
 void logStillDenied() {
     qCInfo(logApp, "screen permission not granted");
@@ -92,12 +92,12 @@ void ScreenPermission::startWatching(std::function<void()> onStillDenied) {
 }
 
 Task<> ScreenPermission::watch(std::function<void()> onStillDenied, std::stop_token stop) {
-    for (int look = 0; look < mostLooks; ++look) {
+    for (int look = 0; look < mostGrantLooks; ++look) {
         if (m_access.isGranted()) {
             relaunch();
             co_return;
         }
-        if (!co_await m_clock.sleep(lookInterval, stop))
+        if (!co_await m_clock.sleep(grantLookInterval, stop))
             co_return;
     }
     onStillDenied();

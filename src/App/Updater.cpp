@@ -34,7 +34,7 @@ namespace fs = std::filesystem;
 using Kind = UpdateError::Kind;
 
 constexpr auto firstLook = 1min;
-constexpr auto lookInterval = 24h;
+constexpr auto updateLookInterval = 24h;
 constexpr auto busyLook = 1s;
 
 std::unexpected<UpdateError> notPlaced(PlatformError reason) {
@@ -124,7 +124,7 @@ void Updater::start() {
 Task<> Updater::lookDaily(std::stop_token stop) {
     std::chrono::milliseconds pause = firstLook;
     while (co_await m_clock.sleep(pause, stop)) {
-        pause = lookInterval;
+        pause = updateLookInterval;
         if (m_isInSession || m_staged)
             continue;
         const Found found = co_await findNewest(stop);

@@ -13,22 +13,23 @@ namespace vantrell {
 
 namespace {
 
-const QString path = QStringLiteral("/org/freedesktop/Notifications");
-const QString interfaceName = QStringLiteral("org.freedesktop.Notifications");
+const QString notificationsPath = QStringLiteral("/org/freedesktop/Notifications");
+const QString notificationsName = QStringLiteral("org.freedesktop.Notifications");
 
 } // namespace
 
-DesktopNotifier::DesktopNotifier(QDBusConnection session) : m_client(std::move(session), interfaceName) {
-    m_client.onSignal(path, interfaceName, QStringLiteral("ActionInvoked"),
+DesktopNotifier::DesktopNotifier(QDBusConnection session) : m_client(std::move(session), notificationsName) {
+    m_client.onSignal(notificationsPath, notificationsName, QStringLiteral("ActionInvoked"),
                       [this](const QDBusMessage &message) {
                           acted(message.arguments().value(0).toUInt(),
                                 message.arguments().value(1).toString().toStdString());
                       });
-    m_client.onSignal(
-        path, interfaceName, QStringLiteral("NotificationClosed"), [this](const QDBusMessage &message) {
-            if (const auto found = find(message.arguments().value(0).toUInt()); found != m_shown.end())
-                m_shown.erase(found);
-        });
+    m_client.onSignal(notificationsPath, notificationsName, QStringLiteral("NotificationClosed"),
+                      [this](const QDBusMessage &message) {
+                          if (const auto found = find(message.arguments().value(0).toUInt());
+                              found != m_shown.end())
+                              m_shown.erase(found);
+                      });
     m_client.onPresence([this](bool isPresent) {
         ++m_daemon;
         m_hasActions = false;
@@ -49,7 +50,7 @@ DesktopNotifier::~DesktopNotifier() {
 }
 
 void DesktopNotifier::askCapabilities() {
-    m_client.call({path, interfaceName, "GetCapabilities", {}, true},
+    m_client.call({notificationsPath, notificationsName, "GetCapabilities", {}, true},
                   [this, daemon = m_daemon](const BusClient::Answer &answer) {
                       if (daemon != m_daemon)
                           return;
@@ -93,8 +94,8 @@ void DesktopNotifier::send(Id id) {
     constexpr int asLongAsTheDaemonLikes = -1;
     constexpr int never = 0;
     m_client.call(
-        {path,
-         interfaceName,
+        {notificationsPath,
+         notificationsName,
          "Notify",
          {QString::fromUtf8(applicationName), uint(0), QString::fromUtf8(applicationId),
           QString::fromStdString(notification.title), m_understandsMarkup ? body.toHtmlEscaped() : body,
@@ -129,7 +130,7 @@ void DesktopNotifier::withdraw(Id id) {
 }
 
 void DesktopNotifier::close(std::uint32_t number) {
-    m_client.call({path, interfaceName, "CloseNotification", {number}});
+    m_client.call({notificationsPath, notificationsName, "CloseNotification", {number}});
 }
 
 std::map<Notifier::Id, DesktopNotifier::Shown>::iterator DesktopNotifier::find(std::uint32_t number) {

@@ -14,7 +14,7 @@ namespace vantrell {
 
 namespace {
 
-const QString reason = QStringLiteral("Recording the screen");
+const QString idleReason = QStringLiteral("Recording the screen");
 
 } // namespace
 
@@ -23,7 +23,7 @@ IdleService IdleService::screenSaver() {
             "/org/freedesktop/ScreenSaver",
             "org.freedesktop.ScreenSaver",
             "Inhibit",
-            {QString::fromUtf8(applicationId), reason},
+            {QString::fromUtf8(applicationId), idleReason},
             "UnInhibit"};
 }
 
@@ -33,14 +33,17 @@ IdleService IdleService::gnomeSession() {
             "/org/gnome/SessionManager",
             "org.gnome.SessionManager",
             "Inhibit",
-            {QString::fromUtf8(applicationId), uint(0), reason, notIdleAndNoSuspend},
+            {QString::fromUtf8(applicationId), uint(0), idleReason, notIdleAndNoSuspend},
             "Uninhibit"};
 }
 
 IdleService IdleService::powerManagement() {
-    return {"org.freedesktop.PowerManagement",          "/org/freedesktop/PowerManagement/Inhibit",
-            "org.freedesktop.PowerManagement.Inhibit",  "Inhibit",
-            {QString::fromUtf8(applicationId), reason}, "UnInhibit"};
+    return {"org.freedesktop.PowerManagement",
+            "/org/freedesktop/PowerManagement/Inhibit",
+            "org.freedesktop.PowerManagement.Inhibit",
+            "Inhibit",
+            {QString::fromUtf8(applicationId), idleReason},
+            "UnInhibit"};
 }
 
 IdleService IdleService::portal() {
@@ -49,7 +52,7 @@ IdleService IdleService::portal() {
             "/org/freedesktop/portal/desktop",
             "org.freedesktop.portal.Inhibit",
             "Inhibit",
-            {QString(), notIdleAndNoSuspend, QVariantMap{{"reason", reason}}},
+            {QString(), notIdleAndNoSuspend, QVariantMap{{"reason", idleReason}}},
             {}};
 }
 
