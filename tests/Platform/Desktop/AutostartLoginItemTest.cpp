@@ -83,7 +83,8 @@ TEST_F(AutostartLoginItemTest, inASandboxIsWhatThePortalGrants) {
     const std::string sender = bus.connection().baseService().mid(1).replace('.', '_').toStdString();
     const std::string request = "/org/freedesktop/portal/desktop/request/" + sender + "/autostart";
     portal.addMethod("RequestBackground", "sa{sv}", "o",
-                     "ret = '" + request + "'\nself.AddObject(ret, 'org.freedesktop.portal.Request', {}, [])");
+                     "ret = '" + request +
+                         "'\nself.AddObject(ret, 'org.freedesktop.portal.Request', {}, [])");
     options.portal = bus.connection();
     AutostartLoginItem item(options);
     ASSERT_TRUE(item.setEnabled(true));

@@ -138,9 +138,11 @@ TEST_F(LogindSessionMonitorTest, keepsTheScreenOnByWhoeverWouldBlankIt) {
 
     // All that the new one gave is given back, whatever overtook what.
     monitor->keepAwake(true);
-    ASSERT_TRUE(eventually([&] { return gnome.calls("Inhibit").size() == 2 && !second->calls("Inhibit").empty(); }));
+    ASSERT_TRUE(
+        eventually([&] { return gnome.calls("Inhibit").size() == 2 && !second->calls("Inhibit").empty(); }));
     monitor->keepAwake(false);
-    ASSERT_TRUE(eventually([&] { return second->calls("UnInhibit").size() == second->calls("Inhibit").size(); }));
+    ASSERT_TRUE(
+        eventually([&] { return second->calls("UnInhibit").size() == second->calls("Inhibit").size(); }));
     EXPECT_EQ(second->calls("UnInhibit").back().value(0).toUInt(), 41u);
 }
 
