@@ -51,6 +51,9 @@ public:
 
     void present() {
         m_default->setFocus();
+        // Mapped at its full size: a window manager places what it sees first.
+        layout()->activate();
+        adjustSize();
         show();
         markAsOwnWindow(*this);
         raise();
