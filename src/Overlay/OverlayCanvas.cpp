@@ -63,7 +63,8 @@ struct OverlayCanvas::Server {
     xcb_gcontext_t screenContext = XCB_NONE;
 
     bool learn(xcb_visualid_t visual);
-    void put(xcb_drawable_t target, xcb_gcontext_t context, int depth, const QImage &image) const;
+    void put(xcb_drawable_t target, xcb_gcontext_t context, int depth, const QImage &image,
+             const QPoint &corner = {}) const;
 };
 
 bool OverlayCanvas::Server::learn(xcb_visualid_t visual) {
@@ -92,14 +93,15 @@ bool OverlayCanvas::Server::learn(xcb_visualid_t visual) {
     return windowFormat != 0 && alphaFormat != 0;
 }
 
-void OverlayCanvas::Server::put(xcb_drawable_t target, xcb_gcontext_t context, int depth,
-                                const QImage &image) const {
+void OverlayCanvas::Server::put(xcb_drawable_t target, xcb_gcontext_t context, int depth, const QImage &image,
+                                const QPoint &corner) const {
     const int rows = std::max<int>(1, bandBytes / int(image.bytesPerLine()));
     for (int top = 0; top < image.height(); top += rows) {
         const int height = std::min(rows, image.height() - top);
         xcb_put_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, target, context, std::uint16_t(image.width()),
-                      std::uint16_t(height), 0, std::int16_t(top), 0, std::uint8_t(depth),
-                      std::uint32_t(image.bytesPerLine() * height), image.constScanLine(top));
+                      std::uint16_t(height), std::int16_t(corner.x()), std::int16_t(corner.y() + top), 0,
+                      std::uint8_t(depth), std::uint32_t(image.bytesPerLine() * height),
+                      image.constScanLine(top));
     }
 }
 
@@ -145,28 +147,23 @@ OverlayCanvas::~OverlayCanvas() {
     xcb_flush(m_server->connection);
 }
 
-void OverlayCanvas::makePixmap() {
-    if (m_pixmap != XCB_NONE)
-        return;
-    m_pixmap = xcb_generate_id(m_server->connection);
-    xcb_create_pixmap(m_server->connection, std::uint8_t(m_server->rootDepth), m_pixmap, m_server->root,
-                      std::uint16_t(m_display.width), std::uint16_t(m_display.height));
-}
-
 void OverlayCanvas::freezeScreen() {
-    makePixmap();
+    if (m_pixmap == XCB_NONE) {
+        m_pixmap = xcb_generate_id(m_server->connection);
+        xcb_create_pixmap(m_server->connection, std::uint8_t(m_server->rootDepth), m_pixmap, m_server->root,
+                          std::uint16_t(m_display.width), std::uint16_t(m_display.height));
+    }
     xcb_copy_area(m_server->connection, m_server->root, m_pixmap, m_server->screenContext,
                   std::int16_t(m_display.x), std::int16_t(m_display.y), 0, 0, std::uint16_t(m_display.width),
                   std::uint16_t(m_display.height));
     xcb_flush(m_server->connection);
 }
 
-void OverlayCanvas::setPicture(const QImage &picture) {
-    if (m_server->rootDepth != 24 && m_server->rootDepth != 32)
+void OverlayCanvas::setPicture(const QImage &picture, const QPoint &corner) {
+    if (m_pixmap == XCB_NONE || m_server->rootDepth != 24)
         return;
-    makePixmap();
     m_server->put(m_pixmap, m_server->screenContext, m_server->rootDepth,
-                  picture.convertToFormat(QImage::Format_RGB32));
+                  picture.convertToFormat(QImage::Format_RGB32), corner);
     xcb_flush(m_server->connection);
 }
 

@@ -31,8 +31,8 @@ public:
 
     /// Keeps the screen as it is now, for a window that nothing blends.
     void freezeScreen();
-    /// Keeps that picture of it instead.
-    void setPicture(const QImage &picture);
+    /// Keeps that picture of a part of it instead.
+    void setPicture(const QImage &picture, const QPoint &corner);
     /// A part of what was kept; null when nothing was. One round trip.
     QImage pixels(const QRect &part) const;
 
@@ -44,7 +44,6 @@ private:
 
     OverlayCanvas(std::unique_ptr<Server> server, const PixelRect &display, bool isBlended);
     void paintRect(const QRect &rect, const QRegion &chromeThere, const OverlayScene &scene, double scale);
-    void makePixmap();
 
     std::unique_ptr<Server> m_server;
     const PixelRect m_display;

@@ -51,9 +51,40 @@ QScreen *screenOf(const Display &display) {
     return placed != screens.end() ? *placed : QGuiApplication::primaryScreen();
 }
 
-bool hasOwnWindows() {
-    return std::ranges::any_of(QApplication::topLevelWidgets(),
-                               [](const QWidget *widget) { return widget->isVisible(); });
+/// The smallest rectangle that holds them, in the desktop's pixels.
+PixelRect visibleOwnWindows(const std::vector<Display> &displays) {
+    PixelRect all;
+    for (const QWidget *widget : QApplication::topLevelWidgets()) {
+        if (!widget->isVisible())
+            continue;
+        const QRect frame = widget->geometry();
+        for (const Display &display : displays) {
+            const PixelRect place =
+                inPixelsOf(display, {frame.x() - display.frame.x, frame.y() - display.frame.y,
+                                     double(frame.width()), double(frame.height())});
+            if (!place.isEmpty())
+                all = united(all, place);
+        }
+    }
+    return all;
+}
+
+/// The part of the desktop on which windows are not as they were, with their frames.
+PixelRect changedPart(const std::vector<WindowDescription> &before,
+                      const std::vector<WindowDescription> &now) {
+    constexpr int frame = 64;
+    PixelRect all;
+    for (const auto *windows : {&before, &now}) {
+        const auto &others = windows == &before ? now : before;
+        for (const WindowDescription &window : *windows) {
+            const auto same = std::ranges::find(others, window.id, &WindowDescription::id);
+            const PixelRect &place = window.pixels;
+            if (same == others.end() || same->pixels != place || others.size() == windows->size())
+                all = united(all, {place.x - frame, place.y - frame, place.width + 2 * frame,
+                                   place.height + 2 * frame});
+        }
+    }
+    return all;
 }
 
 } // namespace
@@ -69,9 +100,9 @@ struct SelectionOverlayController::Private {
     ~Private();
 
     void build();
-    Task<> showOnPictures(std::stop_token stop);
-    /// For each view, one of the screen without our own windows.
-    Task<> takePictures(std::stop_token stop);
+    /// Brings what has changed on a part of the desktop into the picture that the views lie on, without our
+    /// own windows.
+    Task<> retakePicture(PixelRect area, std::stop_token stop);
     void show();
     void wire(SelectionView &view);
     void dismissViews();
@@ -163,39 +194,32 @@ void SelectionOverlayController::Private::build() {
         wire(*views.back());
         views.back()->setTool(tool);
     }
-    if (!isBlended && hasOwnWindows()) {
-        // They must not be in the picture.
-        scope.start(this, &Private::showOnPictures);
-        return;
-    }
+    const PixelRect ownWindows = visibleOwnWindows(displays);
     if (!isBlended)
         for (const View &view : views)
             view->freezeScreen();
     show();
+    // Those are in the picture too, where for now they lie over it.
+    if (!isBlended && !ownWindows.isEmpty())
+        scope.start(this, &Private::retakePicture, ownWindows);
 }
 
-Task<> SelectionOverlayController::Private::showOnPictures(std::stop_token stop) {
-    for (const View &view : views)
-        view->freezeScreen();
-    co_await takePictures(stop);
-    if (!stop.stop_requested())
-        show();
-}
-
-Task<> SelectionOverlayController::Private::takePictures(std::stop_token stop) {
-    std::vector<Task<StillCapture::Result>> pictures;
-    for (const View &view : views)
-        pictures.push_back(services.stills.captureArea(view->display().pixels, stop));
-    for (std::size_t place = 0; place < pictures.size(); ++place) {
-        const auto picture = co_await pictures[place];
-        if (stop.stop_requested())
-            co_return;
-        if (picture) {
-            views[place]->setPicture(*picture);
-        } else if (const auto *error = std::get_if<PlatformError>(&picture.error())) {
-            qCCritical(logCapture, "overlay has no picture of the screen: %s", error->message.c_str());
-        }
+Task<> SelectionOverlayController::Private::retakePicture(PixelRect area, std::stop_token stop) {
+    const auto picture = co_await services.stills.captureArea(area, stop);
+    if (stop.stop_requested())
+        co_return;
+    if (!picture) {
+        if (const auto *error = std::get_if<PlatformError>(&picture.error()))
+            qCWarning(logCapture, "overlay's picture of the screen is old: %s", error->message.c_str());
+        co_return;
     }
+    // What lies beyond the displays' bounds was left out.
+    PixelRect bounds;
+    for (const Display &display : displays)
+        bounds = united(bounds, display.pixels);
+    const PixelRect taken = intersection(bounds, area);
+    for (const View &view : views)
+        view->setPicture(*picture, {taken.x - view->display().pixels.x, taken.y - view->display().pixels.y});
 }
 
 void SelectionOverlayController::Private::show() {
@@ -390,13 +414,14 @@ void SelectionOverlayController::Private::refreshWindows() {
     if (*windows == picker.windows() && !windows->empty())
         return;
     const bool hadWindows = !picker.windows().empty();
+    const PixelRect changed = changedPart(picker.windows(), *windows);
     picker.setWindows(std::move(*windows));
     if (!picker.lit())
         followPointer();
     showWindows();
     // A window that opened or moved is not in the picture that the overlay lies on.
-    if (hadWindows && !isBlended)
-        scope.start(this, &Private::takePictures);
+    if (hadWindows && !isBlended && !changed.isEmpty())
+        scope.start(this, &Private::retakePicture, changed);
 }
 
 void SelectionOverlayController::Private::showWindows() {

@@ -73,11 +73,14 @@ void SelectionView::freezeScreen() {
         m_canvas->freezeScreen();
 }
 
-void SelectionView::setPicture(const QImage &picture) {
-    if (m_canvas)
-        m_canvas->setPicture(picture);
+void SelectionView::setPicture(const QImage &picture, const QPoint &corner) {
+    const QRect part =
+        picture.rect().translated(corner) & QRect(0, 0, m_display.pixels.width, m_display.pixels.height);
+    if (!m_canvas || part.isEmpty())
+        return;
+    m_canvas->setPicture(picture.copy(part.translated(-corner)), part.topLeft());
     m_loupePicture = {};
-    update();
+    update(pointsCovering(part, scale()));
 }
 
 void SelectionView::setTool(ToolMode tool) {

@@ -35,9 +35,10 @@ public:
     ~SelectionView() override;
 
     const Display &display() const { return m_display; }
-    /// The picture that it lies on: of the screen as it is now, or one that was taken.
+    /// The picture that it lies on: of the screen as it is now, and then parts of it that were taken anew,
+    /// from that pixel of the display on.
     void freezeScreen();
-    void setPicture(const QImage &picture);
+    void setPicture(const QImage &picture, const QPoint &corner);
     /// Drawn by the X server: Qt has no engine for it.
     QPaintEngine *paintEngine() const override { return nullptr; }
     void setTool(ToolMode tool);

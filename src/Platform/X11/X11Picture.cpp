@@ -56,8 +56,8 @@ struct SharedMemory {
 /// large screen takes a third of the time. None where that does not work.
 std::optional<QImage> readShared(const X11Connection &connection, xcb_drawable_t drawable,
                                  const PixelRect &part, QImage::Format format) {
-    const int bytesPerPixel = QImage::toPixelFormat(format).bitsPerPixel() / 8;
-    const auto stride = std::size_t((part.width * bytesPerPixel + 3) / 4 * 4);
+    const int pixelBytes = QImage::toPixelFormat(format).bitsPerPixel() / 8;
+    const auto stride = std::size_t((part.width * pixelBytes + 3) / 4 * 4);
     auto segment = ShmSegment::create(connection, stride * std::size_t(part.height));
     if (!segment)
         return std::nullopt;

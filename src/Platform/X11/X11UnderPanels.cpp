@@ -22,7 +22,7 @@ constexpr double idleSeconds = 2;
 /// How long a program may take to draw what was covered, and what has just come.
 constexpr double patience = 3;
 constexpr double newPatience = 0.15;
-constexpr int mostLooks = 5;
+constexpr int mostReadings = 5;
 constexpr int bytesPerPixel = 4;
 
 QRect toQt(const PixelRect &rect) {
@@ -190,7 +190,7 @@ std::vector<X11UnderPanels::Layer> X11UnderPanels::layersUnder(int margin, QRegi
 }
 
 void X11UnderPanels::update(double now, const std::function<void(const PixelRect &)> &stale) {
-    for (int left = mostLooks; m_isOutdated && left > 0; --left) {
+    for (int left = mostReadings; m_isOutdated && left > 0; --left) {
         m_isOutdated = false;
         m_havePanelsChanged = false;
         m_stack.update();
