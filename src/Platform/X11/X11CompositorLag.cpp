@@ -9,7 +9,7 @@ namespace vantrell {
 
 namespace {
 
-constexpr double patience = 0.03;
+constexpr double compositorPatience = 0.03;
 
 } // namespace
 
@@ -28,11 +28,11 @@ QRegion X11CompositorLag::release(const QRegion &onRoot) {
 }
 
 std::optional<double> X11CompositorLag::looksAt() const {
-    return m_since ? std::optional(*m_since + patience) : std::nullopt;
+    return m_since ? std::optional(*m_since + compositorPatience) : std::nullopt;
 }
 
 bool X11CompositorLag::look(double now) {
-    if (!m_since || now < *m_since + patience)
+    if (!m_since || now < *m_since + compositorPatience)
         return false;
     m_since.reset();
     m_awaited = QRegion();

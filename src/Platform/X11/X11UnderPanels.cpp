@@ -20,10 +20,10 @@ constexpr int nearPanel = 96;
 /// A panel that is hidden and shown again costs nobody a repaint.
 constexpr double idleSeconds = 2;
 /// How long a program may take to draw what was covered, and what has just come.
-constexpr double patience = 3;
-constexpr double newPatience = 0.15;
-constexpr int mostReadings = 5;
-constexpr int bytesPerPixel = 4;
+constexpr double repaintPatience = 3;
+constexpr double newWindowPatience = 0.15;
+constexpr int mostRounds = 5;
+constexpr int pixelBytes = 4;
 
 QRect toQt(const PixelRect &rect) {
     return {rect.x, rect.y, rect.width, rect.height};
@@ -190,7 +190,7 @@ std::vector<X11UnderPanels::Layer> X11UnderPanels::layersUnder(int margin, QRegi
 }
 
 void X11UnderPanels::update(double now, const std::function<void(const PixelRect &)> &stale) {
-    for (int left = mostReadings; m_isOutdated && left > 0; --left) {
+    for (int left = mostRounds; m_isOutdated && left > 0; --left) {
         m_isOutdated = false;
         m_havePanelsChanged = false;
         m_stack.update();
@@ -253,7 +253,7 @@ void X11UnderPanels::missWhatIsCovered(X11CoveredWindow &covered, double now) co
         isAbove |= window.id == covered.window();
     }
     covered.miss((above & toQt(place)).translated(-place.x, -place.y), now,
-                 m_compositor.isRunning() ? newPatience : patience);
+                 m_compositor.isRunning() ? newWindowPatience : repaintPatience);
 }
 
 void X11UnderPanels::releaseAll() {
@@ -363,11 +363,11 @@ bool X11UnderPanels::answer() {
 
 void X11UnderPanels::draw(const PixelRect &part, std::uint8_t *pixels, std::ptrdiff_t stride) const {
     const auto at = [&](int x, int y) {
-        return pixels + (y - part.y) * stride + std::ptrdiff_t(x - part.x) * bytesPerPixel;
+        return pixels + (y - part.y) * stride + std::ptrdiff_t(x - part.x) * pixelBytes;
     };
     for (const QRect &rect : m_composed &toQt(part)) {
         for (int y = rect.top(); y <= rect.bottom(); ++y)
-            std::memset(at(rect.x(), y), 0, std::size_t(rect.width()) * bytesPerPixel);
+            std::memset(at(rect.x(), y), 0, std::size_t(rect.width()) * pixelBytes);
     }
     for (std::size_t i = 0; i < m_pieces.size(); ++i) {
         const PixelRect &place = m_pieces[i].place;
@@ -377,10 +377,10 @@ void X11UnderPanels::draw(const PixelRect &part, std::uint8_t *pixels, std::ptrd
             const std::uint8_t *from = m_read[i].pixels + y * m_read[i].stride;
             std::uint8_t *to = at(place.x, place.y + y);
             if (!m_layers[m_pieces[i].layer].blends) {
-                std::memcpy(to, from, std::size_t(place.width) * bytesPerPixel);
+                std::memcpy(to, from, std::size_t(place.width) * pixelBytes);
                 continue;
             }
-            for (int x = 0; x < place.width; ++x, from += bytesPerPixel, to += bytesPerPixel) {
+            for (int x = 0; x < place.width; ++x, from += pixelBytes, to += pixelBytes) {
                 std::uint32_t over = 0;
                 std::memcpy(&over, from, sizeof over);
                 blendOver(over, to);

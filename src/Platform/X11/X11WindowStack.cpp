@@ -24,8 +24,8 @@ const Event &as(const xcb_generic_event_t &event) {
 }
 
 /// The bounding shape, relative to the corner of the window's border.
-std::optional<QRegion> shapeOf(const xcb_shape_get_rectangles_reply_t *reply, const PixelRect &place,
-                               int border) {
+std::optional<QRegion> boundingShape(const xcb_shape_get_rectangles_reply_t *reply, const PixelRect &place,
+                                     int border) {
     if (!reply)
         return std::nullopt;
     QRegion shape;
@@ -244,7 +244,7 @@ void X11WindowStack::examine() {
         window.hasPixels = attributes && geometry && attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT &&
                            m_connection->hasBgrxPixels(attributes->visual);
         window.hasAlpha = geometry && geometry->depth == alphaDepth;
-        window.shape = shapeOf(shape.get(), window.place, window.border);
+        window.shape = boundingShape(shape.get(), window.place, window.border);
         // It covers nothing.
         if (attributes && attributes->_class == XCB_WINDOW_CLASS_INPUT_ONLY)
             window.shape = QRegion();

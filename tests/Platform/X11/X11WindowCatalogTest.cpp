@@ -77,11 +77,11 @@ TEST_F(X11WindowCatalogTest, listsWindowsOfApplicationsTopmostFirstWithoutTheirF
 
 TEST_F(X11WindowCatalogTest, leavesOutPanelsTheDesktopMinimisedWindowsAndOurOwn) {
     const auto at = [](int x) { return X11Application::Options{.pixels = {x, 100, 60, 50}}; };
-    X11Application dock(at(10)), desktop(at(110)), minimised(at(210)), own(at(310)), ordinary(at(410));
+    X11Application dock(at(10)), desktop(at(110)), minimised(at(210)), ours(at(310)), ordinary(at(410));
     X11Application menu({.pixels = {510, 100, 60, 50}, .overridesRedirect = true});
     dock.setNumbers("_NET_WM_WINDOW_TYPE", "ATOM", {dock.atom("_NET_WM_WINDOW_TYPE_DOCK")});
     desktop.setNumbers("_NET_WM_WINDOW_TYPE", "ATOM", {desktop.atom("_NET_WM_WINDOW_TYPE_DESKTOP")});
-    own.setNumbers("_NET_WM_PID", "CARDINAL", {std::uint32_t(::getpid())});
+    ours.setNumbers("_NET_WM_PID", "CARDINAL", {std::uint32_t(::getpid())});
     EXPECT_EQ(session.run({"xdotool", "windowminimize", std::to_string(minimised.window())}), 0);
     expectListed({ordinary.window()});
 }
