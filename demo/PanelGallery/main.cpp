@@ -46,8 +46,8 @@ int main(int argc, char **argv) {
     SystemClock clock;
     X11StillCapture stills;
     std::vector<Scene> scenes = otherScenes(settings, clock);
-    for (const auto &more : {barScenes(stills, settings, clock), hudScenes(stills, settings, clock),
-                             shelfScenes(stills, clock)})
+    for (const auto &more :
+         {barScenes(stills, settings, clock), hudScenes(stills, settings, clock), shelfScenes(stills, clock)})
         scenes.insert(scenes.end(), more.begin(), more.end());
     std::erase_if(scenes,
                   [&parser](const Scene &scene) { return !scene.name.startsWith(parser.value("only")); });

@@ -10,7 +10,7 @@
 namespace vantrell {
 
 X11CoveredWindow::X11CoveredWindow(const X11Connection &connection, xcb_window_t window, X11Damage damage)
-    : m_connection(&connection), m_window(window), m_damage(std::move(damage)) {}
+    : m_connection(&connection), m_window(window), m_damage(damage) {}
 
 std::optional<X11CoveredWindow> X11CoveredWindow::keepWhole(const X11Connection &connection,
                                                             xcb_window_t window) {
