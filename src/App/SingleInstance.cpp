@@ -28,10 +28,10 @@ QString busName() {
     return QString::fromLatin1(applicationBus::name);
 }
 
-QDBusMessage callOf(const QString &interface, const QString &method, QVariantList arguments) {
+QDBusMessage callOf(const QString &interface, const QString &method, const QVariantList &arguments) {
     QDBusMessage call = QDBusMessage::createMethodCall(busName(), QString::fromLatin1(applicationBus::path),
                                                        interface, method);
-    call.setArguments(std::move(arguments));
+    call.setArguments(arguments);
     call.setAutoStartService(false);
     return call;
 }
@@ -63,7 +63,7 @@ Task<bool> SingleInstance::isSameCopy(std::stop_token) const {
 
 Task<> SingleInstance::tell(QString method, QVariantList arguments, QString interface,
                             std::stop_token stop) const {
-    const QDBusMessage call = callOf(interface, method, std::move(arguments));
+    const QDBusMessage call = callOf(interface, method, arguments);
     // One that has only just been started answers that it is starting: a moment later it does as it is told.
     for (int attempt = 0; attempt < quitPolls; ++attempt) {
         const QDBusMessage answer = co_await m_bus.asyncCall(call, answerPatienceMs);

@@ -33,7 +33,7 @@ Task<std::expected<QDBusMessage, Cancelled>> ask(std::string method, QVariantLis
     QDBusMessage message = QDBusMessage::createMethodCall(
         busName(), QString::fromLatin1(applicationBus::path), QString::fromLatin1(applicationBus::interface),
         QString::fromStdString(method));
-    message.setArguments(std::move(arguments));
+    message.setArguments(arguments);
     message.setAutoStartService(false);
     QDBusPendingCallWatcher watcher(QDBusConnection::sessionBus().asyncCall(message, INT_MAX));
     const OneShot<QDBusMessage> answered;

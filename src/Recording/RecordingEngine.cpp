@@ -214,7 +214,8 @@ Task<std::expected<CaptureResult, Failure>> RecordingEngine::package(std::vector
 
 Task<std::expected<std::filesystem::path, Failure>> RecordingEngine::joinedMovie(std::stop_token stop) {
     if (m_finished.size() == 1)
-        co_return m_finished.front().fileURL;
+        // A copy by hand: a task takes what it returns, also from a member.
+        co_return std::filesystem::path(m_finished.front().fileURL);
     std::vector<std::filesystem::path> files;
     for (const RecordedSegment &segment : m_finished)
         files.push_back(segment.fileURL);
