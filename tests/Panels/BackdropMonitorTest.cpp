@@ -21,6 +21,7 @@ using ::testing::ElementsAre;
 
 TEST(BackdropMonitorTest, seesWhetherTheScreenIsLightAndDoesNotWaverInBetween) {
     X11Painter painter;
+    painter.openWindow({0, 0, 1200, 700}, "Backdrop");
     X11StillCapture stills;
     ManualClock clock;
     FloatingPanel panel{FloatingPanel::Options{}};

@@ -43,14 +43,16 @@ QImage picture() {
 class Host {
 public:
     Host() {
-        store.onVisibilityChange = [this](bool visible) { shelf.setVisible(visible); };
-        store.onOpen = [this](const ShelfItem &item) { note("open " + item.title()); };
-        store.onRetry = [this](const ShelfItem &item) { note("retry " + item.title()); };
-        shelf.projects = [] { return std::vector<TargetProject>{{"p1", "Team & talks"}, {"p2", "Private"}}; };
-        shelf.onProjectChosen = [this](const QUuid &id, const std::string &project) {
-            note("project " + project + " for " + store.find(id)->title());
+        m_store.onVisibilityChange = [this](bool visible) { m_shelf.setVisible(visible); };
+        m_store.onOpen = [this](const ShelfItem &item) { note("open " + item.title()); };
+        m_store.onRetry = [this](const ShelfItem &item) { note("retry " + item.title()); };
+        m_shelf.projects = [] {
+            return std::vector<TargetProject>{{"p1", "Team & talks"}, {"p2", "Private"}};
         };
-        shelf.pageOf = [](const ShelfItem &) { return std::string("https://example.org/editor/1"); };
+        m_shelf.onProjectChosen = [this](const QUuid &id, const std::string &project) {
+            note("project " + project + " for " + m_store.find(id)->title());
+        };
+        m_shelf.pageOf = [](const ShelfItem &) { return std::string("https://example.org/editor/1"); };
     }
 
     QString answer(const QStringList &words) {
@@ -60,26 +62,26 @@ public:
             CaptureResult made{.fileURL = "/tmp/a film \xff.mov", .name = rest.toStdString()};
             made.previewImage = picture();
             made.durationMs = 41000;
-            store.add(std::make_shared<const CaptureResult>(std::move(made)));
+            m_store.add(std::make_shared<const CaptureResult>(std::move(made)));
         } else if (command == "add-damaged") {
             CaptureResult made{.name = QString(rest).replace("\\n", "\n").toStdString()};
             made.thumbnailJPEG = "\xff\xd8 no picture";
-            store.add(std::make_shared<const CaptureResult>(std::move(made)));
+            m_store.add(std::make_shared<const CaptureResult>(std::move(made)));
         } else if (command == "clear") {
-            while (!store.items().empty())
-                store.remove(newest());
+            while (!m_store.items().empty())
+                m_store.remove(newest());
         } else if (command == "upload") {
-            store.update(newest(), ShelfItem::Uploading{words[1].toDouble()});
+            m_store.update(newest(), ShelfItem::Uploading{words[1].toDouble()});
         } else if (command == "done") {
-            store.update(newest(), ShelfItem::Done{"p1"});
+            m_store.update(newest(), ShelfItem::Done{"p1"});
         } else if (command == "fail") {
-            store.update(newest(), ShelfItem::Failed{rest.toStdString()});
+            m_store.update(newest(), ShelfItem::Failed{rest.toStdString()});
         } else if (command == "needs-project") {
-            store.update(newest(), ShelfItem::NeedsProject{});
+            m_store.update(newest(), ShelfItem::NeedsProject{});
         } else if (command == "advance") {
-            clock.advance(std::chrono::milliseconds(words[1].toInt()));
+            m_clock.advance(std::chrono::milliseconds(words[1].toInt()));
         } else if (command == "keyboard") {
-            shelf.takeKeyboard();
+            m_shelf.takeKeyboard();
         } else if (command == "attended") {
             return QString::number(
                 std::ranges::any_of(QApplication::topLevelWidgets(), &QWidget::underMouse));
@@ -90,7 +92,7 @@ public:
             return menu ? menu->actions().front()->text() : QString();
         } else if (command == "cards") {
             QStringList titles;
-            for (const ShelfItem &item : store.items())
+            for (const ShelfItem &item : m_store.items())
                 titles += QString::fromStdString(item.title());
             return titles.join(", ");
         } else if (command == "where") {
@@ -104,7 +106,7 @@ public:
     }
 
 private:
-    QUuid newest() const { return store.items().back().id; }
+    QUuid newest() const { return m_store.items().back().id; }
     void note(const std::string &what) { m_happened += QString::fromStdString(what); }
 
     /// "x y" of the middle of what has that accessible name, once it can be seen and has come to rest.
@@ -123,11 +125,11 @@ private:
         return {};
     }
 
-    ManualClock clock;
-    ShelfStore store{clock};
-    NullCaptureBackend capture{"none"};
-    NoFiles files;
-    ShelfPanel shelf{{store, capture, files}};
+    ManualClock m_clock;
+    ShelfStore m_store{m_clock};
+    NullCaptureBackend m_capture{"none"};
+    NoFiles m_files;
+    ShelfPanel m_shelf{{m_store, m_capture, m_files}};
     QStringList m_happened;
 };
 
