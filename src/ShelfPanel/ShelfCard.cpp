@@ -98,7 +98,7 @@ bool ShelfCard::setItem(const ShelfItem &item) {
     }
     m_pending.reset();
     const bool isSame = steadyParts(m_item) == steadyParts(item) && m_item.status == item.status &&
-                        m_item.placeholderName == item.placeholderName;
+                        m_item.placeholderName == item.placeholderName && m_item.note == item.note;
     m_item = item;
     if (!isSame)
         arrange();
@@ -166,7 +166,10 @@ void ShelfCard::arrange() {
     arrangeAction();
     const QRect inner = body().adjusted(padding, padding, -padding, -padding);
     const CardTitle title = cardTitle(m_item);
-    const QString status = oneLine(QString::fromStdString(m_item.statusText()));
+    QString status = oneLine(QString::fromStdString(m_item.statusText()));
+    // Why it is shorter or more silent than expected is worth a second line once it has arrived.
+    if (!m_item.note.empty() && m_item.isDone())
+        status += QStringLiteral(". ") + oneLine(QString::fromStdString(m_item.note));
     const bool hasBar = std::holds_alternative<ShelfItem::Uploading>(m_item.status);
     const bool hasAction = !m_action->isHidden();
     const QFontMetricsF titleMetrics(titleFont());
