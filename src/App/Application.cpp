@@ -45,8 +45,12 @@ Task<int> Application::run(std::stop_token stop) {
     m_bus = std::make_unique<BusObject>(bus, runningExecutable());
     bus.registerVirtualObject(QString::fromLatin1(applicationBus::path), m_bus.get());
     m_instance = std::make_unique<SingleInstance>(bus, runningExecutable(), m_clock);
-    if (co_await m_instance->claim(stop) != SingleInstance::Claim::granted)
+    if (co_await m_instance->claim(stop) != SingleInstance::Claim::granted) {
+        // Without a bus the other one cannot be told to show itself.
+        if (!bus.isConnected())
+            co_return failStart("Vantrell Capture is running already");
         co_return 0;
+    }
 
     m_settings = std::make_unique<CaptureSettings>();
     m_desktop = loadDesktopServices();
