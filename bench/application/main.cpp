@@ -26,6 +26,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <map>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -96,12 +98,18 @@ public:
 
     void idle(int seconds) {
         launchWithoutPanels();
-        const ProcessTreeUse before = useOf(pid_t(m_app.processId()));
+        const std::map<std::string, ThreadUse> before = threads();
         std::this_thread::sleep_for(std::chrono::seconds(seconds));
-        const ProcessTreeUse after = useOf(pid_t(m_app.processId()));
+        ThreadUse used;
+        // A thread that has ended meanwhile has taken its counts along.
+        for (const auto &[thread, now] : threads()) {
+            const auto then = before.find(thread);
+            used.switches += now.switches - (then == before.end() ? 0 : then->second.switches);
+            used.cpuSeconds += now.cpuSeconds - (then == before.end() ? 0 : then->second.cpuSeconds);
+        }
         std::printf("idle for %d s                pss %.1f MiB   %.2f wake-ups/s   cpu %.3f %%\n", seconds,
-                    after.pssMiB, double(after.voluntarySwitches - before.voluntarySwitches) / seconds,
-                    (after.cpuSeconds - before.cpuSeconds) / seconds * 100);
+                    useOf(pid_t(m_app.processId())).pssMiB, used.switches / seconds,
+                    used.cpuSeconds / seconds * 100);
         std::fflush(stdout);
     }
 
@@ -140,6 +148,24 @@ public:
     }
 
 private:
+    struct ThreadUse {
+        double switches = 0;
+        double cpuSeconds = 0;
+    };
+    std::map<std::string, ThreadUse> threads() const {
+        std::map<std::string, ThreadUse> all;
+        const std::string tasks = "/proc/" + std::to_string(m_app.processId()) + "/task";
+        for (const auto &thread : std::filesystem::directory_iterator(tasks)) {
+            ThreadUse &use = all[thread.path().filename().string()];
+            std::ifstream(thread.path() / "schedstat") >> use.cpuSeconds;
+            use.cpuSeconds /= 1e9;
+            std::ifstream status(thread.path() / "status");
+            for (std::string word; status >> word;)
+                if (word == "voluntary_ctxt_switches:")
+                    status >> use.switches;
+        }
+        return all;
+    }
     static QDBusMessage message(const char *method, const QVariantList &arguments = {}) {
         QDBusMessage made = QDBusMessage::createMethodCall(applicationBus::name, applicationBus::path,
                                                            applicationBus::interface, method);

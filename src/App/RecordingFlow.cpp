@@ -15,6 +15,8 @@
 
 #include <cmath>
 
+#include <malloc.h>
+
 using namespace std::chrono_literals;
 
 namespace vantrell {
@@ -266,6 +268,13 @@ Task<> RecordingFlow::finalizeInTurn(std::shared_ptr<RecordingEngine> engine, QU
 
 void RecordingFlow::finalized() {
     --m_finalizing;
+    // Pictures and movies leave holes in the memory of many threads, which would stay until the next one.
+    if (!isRecording() && !isFinalizingRecording())
+        m_scope.start(
+            [](RecordingFlow *, std::stop_token stop) -> Task<> {
+                co_await runBlocking([] { ::malloc_trim(0); }, stop);
+            },
+            this);
     changed();
 }
 
