@@ -223,6 +223,33 @@ TEST_F(ApplicationTest, takesOverWhatACommandUploads) {
     quit();
 }
 
+TEST_F(ApplicationTest, stopsBeforeThePlansLimitAndKeepsWhatARevokedKeyCannotSend) {
+    service.configure({{"maxVideoDurationMs", 3000}});
+    launch();
+    record();
+    // By itself.
+    EXPECT_TRUE(reaches("idle"));
+    expectArrived(1);
+    EXPECT_LT(service.captures(key).at(0).at("durationMs").get<int>(), 3000);
+
+    const std::string other = service.createKey();
+    service.revokeKey(key);
+    record();
+    call("Stop");
+    ASSERT_TRUE(reaches("idle"));
+    EXPECT_TRUE(eventually([&] {
+        const QDBusReply<QVariantMap> now = call("Status");
+        return !now.value().value(QStringLiteral("connected")).toBool();
+    }));
+    quit();
+    app.set("VANTRELL_API_KEY", other);
+    launch();
+    CaptureProgram command(app);
+    EXPECT_EQ(command.run({"resume"}).exitCode, 0);
+    EXPECT_EQ(service.captures(other).size(), 2u);
+    quit();
+}
+
 TEST_F(ApplicationTest, keepsWhatIsRecordedWithoutAnAccount) {
     app.set("VANTRELL_API_KEY", "");
     launch();
