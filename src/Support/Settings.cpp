@@ -3,8 +3,10 @@
 
 #include "Support/Settings.h"
 
+#include <QFile>
 #include <QSettings>
 #include <QStandardPaths>
+#include <QStringDecoder>
 
 #include <map>
 
@@ -26,7 +28,16 @@ std::filesystem::path Settings::defaultFile() {
 }
 
 bool Settings::isReadable(const std::filesystem::path &file) {
-    const QSettings settings(QString::fromStdString(file.string()), QSettings::IniFormat);
+    QFile text(QString::fromStdString(file.string()));
+    if (text.open(QFile::ReadOnly)) {
+        // The library takes whatever bytes there are for keys and values.
+        const QByteArray bytes = text.readAll();
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        const QString decoded = decoder(bytes);
+        if (decoder.hasError() || bytes.contains('\0'))
+            return false;
+    }
+    const QSettings settings(text.fileName(), QSettings::IniFormat);
     return settings.status() == QSettings::NoError;
 }
 
