@@ -10,6 +10,8 @@
 #include "Support/FilePath.h"
 #include "Support/Log.h"
 
+#include <utility>
+
 namespace vantrell {
 
 namespace {
@@ -21,6 +23,7 @@ constexpr const char *nothingToUpload = "Nothing to upload. The recording never 
 
 void CaptureHandover::deliver(std::shared_ptr<const CaptureResult> capture, std::optional<QUuid> shelfId,
                               std::filesystem::path recoverable) {
+    m_taken.insert(realPath(capture->fileURL));
     UploadRun &uploads = m_services.uploads;
     const QUuid card = shelfId ? *shelfId : uploads.shelf().add(capture);
     if (m_services.account.isPaired())
@@ -67,10 +70,12 @@ void CaptureHandover::retryWith(const ShelfItem &item, const std::string &projec
 }
 
 void CaptureHandover::offerRecovered(std::set<std::filesystem::path> taken) {
-    m_scope.start(this, &CaptureHandover::recoverAll, std::move(taken));
+    m_taken.merge(taken);
+    if (!std::exchange(m_isRecovering, true))
+        m_scope.start(this, &CaptureHandover::recoverAll);
 }
 
-Task<> CaptureHandover::recoverAll(std::set<std::filesystem::path> taken, std::stop_token stop) {
+Task<> CaptureHandover::recoverAll(std::stop_token stop) {
     const auto found =
         co_await runBlocking([] { return RecordingRecovery::abandoned(CaptureStorage::directory()); }, stop);
     if (!found)
@@ -90,12 +95,14 @@ Task<> CaptureHandover::recoverAll(std::set<std::filesystem::path> taken, std::s
         }
         if (!*recovered)
             continue;
-        if (taken.contains(realPath((*recovered)->fileURL))) {
+        // It was handed over, but its journal not forgotten yet.
+        if (m_taken.contains(realPath((*recovered)->fileURL))) {
             co_await runBlocking([what] { RecordingRecovery::forget(what); }, stop);
             continue;
         }
         deliver(std::make_shared<const CaptureResult>(std::move(**recovered)), std::nullopt, what);
     }
+    m_isRecovering = false;
 }
 
 } // namespace vantrell

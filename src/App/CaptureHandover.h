@@ -50,15 +50,18 @@ public:
     /// The same with a project that was chosen on the card alone.
     void retryWith(const ShelfItem &item, const std::string &projectId);
 
-    /// Makes cards of what crashes have left, but not of what is on its way already: `taken` are the files of
-    /// the journal as the program found it.
+    /// Makes cards of what crashes have left, but not of what is on its way already or was: `taken` are the
+    /// files of the journal as the program found it. Does nothing while it is at it.
     void offerRecovered(std::set<std::filesystem::path> taken);
 
 private:
     Task<> forgetWhenSafe(std::filesystem::path recoverable, std::stop_token stop);
-    Task<> recoverAll(std::set<std::filesystem::path> taken, std::stop_token stop);
+    Task<> recoverAll(std::stop_token stop);
 
     const Services m_services;
+    /// The files that the upload journal has, or has had in this run of the program.
+    std::set<std::filesystem::path> m_taken;
+    bool m_isRecovering = false;
     TaskScope m_scope;
 };
 

@@ -153,6 +153,9 @@ TEST_F(ApplicationTest, losesNothingHoweverItEnds) {
     int recordings = 0;
     const auto startOver = [&] {
         launch();
+        // Asked for while it is at it, and once more.
+        call("Recover");
+        call("Recover");
         expectArrived(recordings);
     };
     launch();
