@@ -27,6 +27,8 @@ struct CaptureRequest {
     };
     /// The desktop's own dialog asks the user.
     struct LetDesktopAsk {
+        enum class Kind { display = 1, window };
+        Kind kind = Kind::display;
         /// What was chosen in an earlier run is taken again without asking.
         std::optional<std::string> restoreToken;
     };

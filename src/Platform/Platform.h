@@ -4,6 +4,8 @@
 #pragma once
 
 #include "Platform/AudioBackend.h"
+#include "Platform/CameraBackend.h"
+#include "Platform/CameraSessionFactory.h"
 #include "Platform/CaptureBackend.h"
 #include "Platform/CaptureStreamFactory.h"
 #include "Platform/InputMonitor.h"
@@ -22,6 +24,9 @@ struct Platform {
     std::unique_ptr<CaptureStreamFactory> streams;
     std::unique_ptr<InputMonitor> input;
     std::unique_ptr<StillCapture> stills;
+    std::unique_ptr<CameraBackend> cameras;
+    /// Takes its pictures from `cameras`.
+    std::unique_ptr<CameraSessionFactory> cameraSessions;
 };
 
 } // namespace vantrell
