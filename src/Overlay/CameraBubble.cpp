@@ -77,6 +77,8 @@ public:
     /// The newest picture, about as large as the bubble.
     void setPicture(const QImage &picture) {
         m_picture = m_isMirrored ? picture.mirrored(true, false) : picture;
+        if (!accessibleDescription().isEmpty())
+            setAccessibleDescription({});
         update(panelRect());
     }
     /// Instead of a picture.
