@@ -211,7 +211,9 @@ TEST_F(ApplicationTest, losesNothingHoweverItEnds) {
     for (int round = 0; round < rounds; ++round) {
         for (const int number : {SIGTERM, SIGKILL, SIGHUP}) {
             record();
-            const auto wait = std::chrono::milliseconds(std::uniform_int_distribution(300, 2500)(random));
+            // A killed process may take the last two seconds with it, and so all of a shorter recording.
+            const auto wait = std::chrono::milliseconds(std::uniform_int_distribution(300, 2500)(random) +
+                                                        (number == SIGKILL ? 2000 : 0));
             // A moment of the recording's life, whichever: nothing is waited for.
             std::this_thread::sleep_for(wait);
             const bool isStopped = random() % 2 == 0;
