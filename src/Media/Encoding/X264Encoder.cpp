@@ -4,7 +4,7 @@
 #include "Media/Encoding/X264Encoder.h"
 
 #include "Media/Encoding/EncoderLoad.h"
-#include "Media/Encoding/H264Units.h"
+#include "Media/Encoding/X264Library.h"
 #include "Platform/ScreenError.h"
 #include "Support/HostTime.h"
 #include "Support/Log.h"
@@ -12,33 +12,13 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdarg>
-#include <cstdio>
 #include <optional>
 #include <thread>
 #include <utility>
 
-extern "C" {
-#include <x264.h>
-}
-
 namespace vantrell {
 
 namespace {
-
-struct CloseEncoder {
-    void operator()(x264_t *encoder) const { x264_encoder_close(encoder); }
-};
-
-void logFromX264(void *, int level, const char *format, va_list arguments) {
-    if (level > X264_LOG_ERROR)
-        return;
-    char text[256];
-    std::vsnprintf(text, sizeof text, format, arguments);
-    qCWarning(logCapture, "x264: %s", text);
-}
-
-constexpr std::uint8_t h273Bt709 = 1;
 
 constexpr int mostSlices = 4;
 
@@ -51,25 +31,10 @@ int slicesHere() {
 /// Whatever the number of slices, the movie's sample description is the same. Large pictures are encoded with
 /// a little less care.
 x264_param_t parametersFor(PixelSize encoded, int slices) {
-    x264_param_t p;
-    x264_param_default_preset(&p, "superfast", nullptr);
-    p.i_width = encoded.width;
-    p.i_height = encoded.height;
-    p.i_csp = X264_CSP_NV12;
-    p.pf_log = logFromX264;
-    p.i_log_level = X264_LOG_ERROR;
-
-    // A frame must not wait for the next one, which may come minutes later.
-    p.b_vfr_input = 0;
-    p.i_bframe = 0;
-    p.rc.i_lookahead = 0;
-    p.i_sync_lookahead = 0;
-    p.rc.b_mb_tree = 0;
+    x264_param_t p = x264Parameters(encoded, ColourMatrix::bt709);
     const bool isLarge = X264Encoder::isLarge(encoded);
     p.i_threads = slices;
     p.b_sliced_threads = slices > 1;
-    p.i_timebase_num = 1;
-    p.i_timebase_den = X264Encoder::timeScale;
     p.i_fps_num = 60;
     p.i_fps_den = 1;
 
@@ -95,41 +60,13 @@ x264_param_t parametersFor(PixelSize encoded, int slices) {
     p.analyse.b_fast_pskip = isLarge;
     p.analyse.b_transform_8x8 = !isLarge;
 
-    // Key frames are asked for by time, by the caller.
-    p.i_keyint_max = X264_KEYINT_MAX_INFINITE;
-    p.i_scenecut_threshold = 0;
-
-    p.b_annexb = 0;
-    p.b_repeat_headers = 0;
-    p.b_aud = 0;
-
-    p.vui.b_fullrange = 0;
-    p.vui.i_colorprim = h273Bt709;
-    p.vui.i_transfer = h273Bt709;
-    p.vui.i_colmatrix = h273Bt709;
     x264_param_apply_profile(&p, "high");
     return p;
 }
 
-using EncoderPointer = std::unique_ptr<x264_t, CloseEncoder>;
-
-EncoderPointer openEncoder(PixelSize encoded, int slices) {
+X264Ptr openEncoder(PixelSize encoded, int slices) {
     x264_param_t parameters = parametersFor(encoded, slices);
-    return EncoderPointer(x264_encoder_open(&parameters));
-}
-
-x264_picture_t pictureOf(const Nv12Frame &frame, std::int64_t presentationTime) {
-    x264_picture_t picture;
-    x264_picture_init(&picture);
-    picture.i_pts = presentationTime;
-    picture.img.i_csp = X264_CSP_NV12;
-    picture.img.i_plane = 2;
-    // The encoder only reads the planes.
-    picture.img.plane[0] = const_cast<std::uint8_t *>(frame.luma());
-    picture.img.plane[1] = const_cast<std::uint8_t *>(frame.chroma());
-    picture.img.i_stride[0] = int(frame.stride());
-    picture.img.i_stride[1] = int(frame.stride());
-    return picture;
+    return X264Ptr(x264_encoder_open(&parameters));
 }
 
 /// Encodes two grey pictures: the memory of a fresh encoder comes with the first ones, which then take
@@ -137,7 +74,7 @@ x264_picture_t pictureOf(const Nv12Frame &frame, std::int64_t presentationTime) 
 void warmUp(x264_t &encoder, PixelSize encoded) {
     const Nv12Frame grey(encoded);
     for (int i = 0; i < 2; ++i) {
-        x264_picture_t picture = pictureOf(grey, i);
+        x264_picture_t picture = x264Picture(grey, i);
         picture.i_type = i == 0 ? X264_TYPE_IDR : X264_TYPE_P;
         x264_nal_t *units = nullptr;
         int count = 0;
@@ -159,14 +96,14 @@ public:
 
     bool isReady() const { return m_isReady; }
     /// Null when it could not be opened.
-    EncoderPointer take() {
+    X264Ptr take() {
         m_thread.join();
         return std::move(m_encoder);
     }
 
 private:
     std::atomic<bool> m_isReady = false;
-    EncoderPointer m_encoder;
+    X264Ptr m_encoder;
     WorkerThread m_thread;
 };
 
@@ -175,9 +112,9 @@ private:
 struct X264Encoder::State {
     /// True when the next picture has to be a key frame, because another encoder begins.
     bool chooseSlices(bool keyFrame);
-    bool goOver(EncoderPointer next, int nextSlices);
+    bool goOver(X264Ptr next, int nextSlices);
 
-    EncoderPointer encoder;
+    X264Ptr encoder;
     int slices = 1;
     /// The one with slices, while it may soon be needed.
     std::unique_ptr<PreparedEncoder> prepared;
@@ -201,12 +138,12 @@ bool X264Encoder::State::chooseSlices(bool keyFrame) {
         prepared = std::make_unique<PreparedEncoder>(encoded, slicesHere());
     if (!load->needsSlices() || !prepared || !prepared->isReady())
         return false;
-    EncoderPointer next = prepared->take();
+    X264Ptr next = prepared->take();
     prepared.reset();
     return goOver(std::move(next), slicesHere());
 }
 
-bool X264Encoder::State::goOver(EncoderPointer next, int nextSlices) {
+bool X264Encoder::State::goOver(X264Ptr next, int nextSlices) {
     if (!next) {
         load.reset();
         return false;
@@ -231,7 +168,7 @@ std::expected<std::unique_ptr<X264Encoder>, PlatformError> X264Encoder::create(P
     const BlockMap blocks(picture);
     auto state =
         std::make_unique<State>(State{.quantizer = QuantizerControl(blocks.columns() * blocks.rows())});
-    state->encoded = {(picture.width + 1) / 2 * 2, (picture.height + 1) / 2 * 2};
+    state->encoded = x264EncodedSize(picture);
     if (isLarge(state->encoded))
         state->slices = slicesHere();
     else if (slicesHere() > 1)
@@ -241,22 +178,10 @@ std::expected<std::unique_ptr<X264Encoder>, PlatformError> X264Encoder::create(P
         return std::unexpected(
             screenError(ScreenErrorCode::encoderFailed, "The video encoder could not be started"));
 
-    x264_nal_t *units = nullptr;
-    int count = 0;
-    if (x264_encoder_headers(state->encoder.get(), &units, &count) < 0)
-        return std::unexpected(
-            screenError(ScreenErrorCode::encoderFailed, "The video encoder could not be started"));
-    constexpr int lengthBytes = 4;
-    H264Unit sps;
-    H264Unit pps;
-    for (const x264_nal_t &unit : std::span(units, std::size_t(count))) {
-        const H264Unit payload(unit.p_payload + lengthBytes, std::size_t(unit.i_payload - lengthBytes));
-        if (unit.i_type == NAL_SPS)
-            sps = payload;
-        else if (unit.i_type == NAL_PPS)
-            pps = payload;
-    }
-    state->configuration = avcConfiguration(sps, pps);
+    auto configuration = x264Configuration(*state->encoder);
+    if (!configuration)
+        return std::unexpected(configuration.error());
+    state->configuration = std::move(*configuration);
     return std::unique_ptr<X264Encoder>(new X264Encoder(std::move(state)));
 }
 
@@ -270,7 +195,7 @@ std::expected<EncodedFrame, PlatformError> X264Encoder::encode(const Nv12Frame &
     std::ranges::transform(changed.marks(), hints.begin(),
                            [](std::uint8_t mark) { return std::uint8_t(mark ? 0 : X264_MBINFO_CONSTANT); });
 
-    x264_picture_t picture = pictureOf(frame, presentationTime);
+    x264_picture_t picture = x264Picture(frame, presentationTime);
     picture.i_qpplus1 = m_state->quantizer.quantizer(keyFrame) + 1;
     picture.i_type = keyFrame ? X264_TYPE_IDR : X264_TYPE_P;
     picture.prop.mb_info = hints.data();
