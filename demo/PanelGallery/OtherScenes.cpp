@@ -94,8 +94,8 @@ std::vector<Scene> otherScenes(Settings &settings, Clock &clock) {
             {"countdown", [&clock] { return countdownScene(clock); }},
             {"bubble", bubble(Camera::running)},
             {"bubble-starting", bubble(Camera::starting)},
-            {"bubble-unplugged", bubble(Camera::missing, "The camera was disconnected")},
-            {"bubble-in-use", bubble(Camera::missing, "The camera is in use by another program")},
+            {"bubble-unplugged", bubble(Camera::missing, "Disconnected")},
+            {"bubble-in-use", bubble(Camera::missing, "In use elsewhere")},
             {"alert", alertScene}};
 }
 

@@ -33,6 +33,17 @@ constexpr const char *screenshotCard = "Screenshot";
 /// The plan's limits are asked for at the start of a recording for this long; later ones still count.
 constexpr auto limitsPatience = 3s;
 
+/// Why there is no picture, in as few words as the bubble has room for.
+std::string bubbleWords(const PlatformError &problem) {
+    if (isCameraError(problem, CameraErrorCode::unplugged))
+        return "Disconnected";
+    if (isCameraError(problem, CameraErrorCode::inUse))
+        return "In use elsewhere";
+    if (isCameraError(problem, CameraErrorCode::noPicture))
+        return "No picture";
+    return "No camera";
+}
+
 /// What the usage events call the tool that led to it.
 ToolMode toolOf(const SelectionOutcome &outcome) {
     if (std::holds_alternative<SelectionOutcome::Region>(outcome.picked))
@@ -188,7 +199,7 @@ Task<> RecordingFlow::startCamera(std::shared_ptr<RecordingEngine> engine, Displ
         co_return;
     if (!opened) {
         m_cameraProblem = std::get<PlatformError>(opened.error());
-        bubble->problem = m_cameraProblem->description();
+        bubble->problem = bubbleWords(*m_cameraProblem);
         bubble->camera = CameraBubbleState::Camera::missing;
         if (co_await m_services.clock.sleep(cameraProblemShown, stop))
             m_services.ui.hideCameraBubble();
@@ -213,7 +224,7 @@ void RecordingFlow::followCamera(const std::shared_ptr<CameraBubbleState> &bubbl
     };
     m_camera->onProblem = [bubble](const std::optional<PlatformError> &problem) {
         using Camera = CameraBubbleState::Camera;
-        bubble->problem = problem ? problem->description() : std::string();
+        bubble->problem = problem ? bubbleWords(*problem) : std::string();
         bubble->camera = problem ? Camera::missing : Camera::running;
     };
     bubble->camera = CameraBubbleState::Camera::running;
@@ -295,7 +306,7 @@ RecordingFlow::Taken RecordingFlow::takeOut() {
     ++m_finalizing;
     // At the same moment as the screen, however long that takes to end.
     if (m_camera)
-        m_camera->endFile();
+        m_camera->release();
     return {std::exchange(m_engine, nullptr), std::exchange(m_camera, nullptr),
             std::exchange(m_cameraProblem, std::nullopt)};
 }

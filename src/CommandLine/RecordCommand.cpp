@@ -164,7 +164,7 @@ Task<> RecordRun::openCamera(std::stop_token stop) {
 
 Task<ExitCode> RecordRun::save(std::optional<Failure> endedBecause, std::stop_token stop) {
     if (m_camera)
-        m_camera->endFile();
+        m_camera->release();
     auto outcome = co_await m_engine->stop(stop);
     if (!outcome) {
         qCCritical(logCapture, "record stop failed: %s", description(outcome.error()).c_str());

@@ -152,8 +152,11 @@ void CameraEngine::fileEnded(const std::shared_ptr<File> &file, const std::optio
     if (m_current == file)
         m_current.reset();
     file->ended.resolve(true);
-    // It may have come back while its last file was still being finished.
-    lookForCamera();
+    if (m_isReleased)
+        close();
+    else
+        // It may have come back while its last file was still being finished.
+        lookForCamera();
 }
 
 void CameraEngine::cameraEnded(PlatformError error) {
@@ -198,6 +201,13 @@ void CameraEngine::endFile() {
     if (m_session)
         m_session->stopRecording();
     m_scope.start(this, &CameraEngine::watch, m_current);
+}
+
+void CameraEngine::release() {
+    endFile();
+    m_isReleased = true;
+    if (!m_current)
+        close();
 }
 
 Task<> CameraEngine::watch(std::shared_ptr<File> file, std::stop_token stop) {

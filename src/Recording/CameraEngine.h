@@ -57,6 +57,9 @@ public:
     /// Ends it and waits until it is whole, at most 15 seconds. The camera stays switched on.
     Task<> finishFile(std::stop_token stop);
 
+    /// Ends it for good and switches the camera off as soon as the file is whole; returns at once.
+    void release();
+
     /// Ends the recording and makes the capture: one movie in step with the screen's, which was joined from
     /// `screen`. None when there is nothing, or nothing that can be read: the log says what.
     Task<std::optional<CaptureResult>> stop(std::vector<RecordedSegment> screen, std::stop_token stop);
@@ -100,6 +103,7 @@ private:
     /// Somebody wants a file to be recorded, whether or not the camera is there.
     bool m_isWanted = false;
     std::optional<PlatformError> m_problem;
+    bool m_isReleased = false;
     bool m_isSessionStuck = false;
     int m_previewPixels = 0;
     std::function<void()> m_previewChanged;
