@@ -17,6 +17,23 @@ x264_param_t cameraParameters(PixelSize encoded, ColourMatrix matrix) {
     p.b_sliced_threads = 0;
     p.i_fps_num = 30;
     p.i_fps_den = 1;
+
+    // Measured on somebody who talks, with a small sensor's noise and without: what searches and divides more
+    // finely spends its time and its bytes on noise, and the result is further from the picture without noise
+    // and not nearer to that with it. The deblocking filter and the arithmetic coder are worth their time;
+    // large transforms cost nothing. What stands still keeps the key frame's picture, which is therefore
+    // finer.
+    p.i_frame_reference = 1;
+    p.analyse.inter = 0;
+    p.analyse.intra = 0;
+    p.analyse.b_transform_8x8 = 1;
+    p.analyse.i_me_method = X264_ME_DIA;
+    p.analyse.i_subpel_refine = 0;
+    p.analyse.i_weighted_pred = X264_WEIGHTP_NONE;
+    p.rc.i_rc_method = X264_RC_CRF;
+    p.rc.f_rf_constant = 22;
+    p.rc.f_ip_factor = 2;
+    p.rc.i_aq_mode = X264_AQ_NONE;
     x264_param_apply_profile(&p, "high");
     return p;
 }
