@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/Encoding/BandEncoder.h"
+
+#include "Media/Encoding/BandPlan.h"
+#include "Media/H264/H264Units.h"
+#include "Support/Log.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vantrell {
+
+BandEncoder::BandEncoder(PixelSize picture, Options options, std::unique_ptr<SlicedX264> whole)
+    : m_options(std::move(options)), m_whole(std::move(whole)),
+      m_configuration(avcConfiguration(m_whole->instance().sequenceParameters(),
+                                       m_whole->instance().pictureParameters())),
+      m_stream(StreamFacts::of(m_whole->instance())),
+      m_quantizer(BlockMap(picture).columns() * BlockMap(picture).rows()), m_touched(picture) {
+    m_coarseness.resize(m_touched.marks().size());
+    if (m_stream)
+        m_stream->margin = m_options.margin;
+}
+
+std::expected<std::unique_ptr<BandEncoder>, PlatformError> BandEncoder::create(PixelSize picture,
+                                                                               Options options) {
+    auto whole = SlicedX264::create(picture, options.isLarge.value_or(SlicedX264::isLarge(picture)));
+    if (!whole)
+        return std::unexpected(whole.error());
+    return std::unique_ptr<BandEncoder>(new BandEncoder(picture, std::move(options), std::move(*whole)));
+}
+
+bool BandEncoder::usesBands() {
+    if (!m_stream)
+        return false;
+    if (!m_mayUseBands) {
+        m_mayUseBands = m_options.mayUseBands();
+        if (m_mayUseBands == true)
+            m_small = std::make_unique<SmallEncoders>(*m_stream, 2 * int(m_coarseness.size()),
+                                                      m_options.preparation);
+    }
+    return m_small != nullptr;
+}
+
+void BandEncoder::giveUp(const char *why) {
+    qCWarning(logCapture, "not encoding in bands any more: %s", why);
+    m_stream.reset();
+    m_small.reset();
+}
+
+std::expected<EncodedFrame, PlatformError> BandEncoder::encode(const Nv12Frame &frame,
+                                                               const BlockMap &changed,
+                                                               std::int64_t presentationTime, bool keyFrame) {
+    const bool usedBands = m_small != nullptr;
+    const int quantizer = m_quantizer.quantizer(keyFrame);
+    findTouched(changed, quantizer);
+    bool isKey = false;
+    if (!usesBands() || keyFrame || !encodeInBands(frame, quantizer)) {
+        // A picture that was begun in bands may have been the last of them.
+        const bool begins = usedBands && !m_small;
+        const auto encoded = encodeWhole(frame, quantizer, keyFrame || begins);
+        if (!encoded)
+            return std::unexpected(encoded.error());
+        isKey = *encoded;
+    }
+    for (std::size_t i = 0; i < m_coarseness.size(); ++i) {
+        if (m_touched.marks()[i] || isKey)
+            m_coarseness[i] = std::uint8_t(quantizer);
+    }
+    m_coarsest = isKey ? quantizer : std::max(m_coarsest, quantizer);
+    m_quantizer.frameEncoded(double(presentationTime) / timeScale, changed.count(), m_data.size(), isKey);
+    return EncodedFrame{m_data, presentationTime, isKey};
+}
+
+void BandEncoder::findTouched(const BlockMap &changed, int quantizer) {
+    m_touched = changed;
+    if (m_coarsest <= quantizer)
+        return;
+    for (int row = 0; row < m_touched.rows(); ++row) {
+        for (int column = 0; column < m_touched.columns(); ++column) {
+            if (m_coarseness[std::size_t(row) * std::size_t(m_touched.columns()) + std::size_t(column)] >
+                quantizer)
+                m_touched.markBlock(column, row);
+        }
+    }
+    m_coarsest = quantizer;
+}
+
+bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
+    const auto bands = planBands(m_touched);
+    if (!bands || reconstruction().isNull())
+        return false;
+    const auto encoders = m_small->forPlaces(*bands);
+    if (m_small->hasFailed()) {
+        giveUp("the encoder of a band could not be made");
+        return false;
+    }
+    if (encoders.size() != bands->size())
+        return false;
+    for (std::size_t i = 0; i < encoders.size(); ++i) {
+        const auto encoded = encoders[i]->encode(frame, (*bands)[i], m_touched, quantizer, reconstruction());
+        if (!encoded) {
+            giveUp(encoded.error().message.c_str());
+            return false;
+        }
+    }
+    ++m_frameNumber;
+    writeSlices(encoders);
+    // Only now: each of them referred to what its neighbours were before.
+    for (const SmallEncoder *encoder : encoders)
+        encoder->reconstructIn(reconstruction());
+    ++m_picturesInBands;
+    return true;
+}
+
+void BandEncoder::writeSlices(const std::vector<SmallEncoder *> &encoders) {
+    m_data.clear();
+    const int columns = m_touched.columns();
+    int next = 0;
+    const auto skipTo = [&](int block) {
+        if (block > next)
+            m_skips.append(m_data, m_stream->layout, next, block - next, m_frameNumber);
+    };
+    for (const SmallEncoder *encoder : encoders) {
+        const BlockArea &place = encoder->place();
+        const int begin = place.row * columns + place.column;
+        skipTo(begin);
+        encoder->appendTo(m_data, m_frameNumber);
+        next = begin + place.count();
+    }
+    skipTo(columns * m_touched.rows());
+}
+
+std::expected<bool, PlatformError> BandEncoder::encodeWhole(const Nv12Frame &frame, int quantizer,
+                                                            bool keyFrame) {
+    const auto run = [&](bool key) {
+        m_hints.resize(m_touched.marks().size());
+        std::ranges::transform(m_touched.marks(), m_hints.begin(), [](std::uint8_t mark) {
+            return mark ? std::uint8_t(0) : X264Instance::constantHint;
+        });
+        return m_whole->encode(frame, m_hints, quantizer, key,
+                               m_small ? SlicedX264::Change::carriedOver : SlicedX264::Change::withKeyFrame);
+    };
+    auto picture = run(keyFrame);
+    if (picture && m_stream && !takeOver(picture->data, picture->isKey)) {
+        giveUp("a slice is not understood");
+        if (!picture->isKey)
+            picture = run(true);
+    }
+    if (!picture)
+        return std::unexpected(picture.error());
+    if (!m_stream)
+        m_data.assign(picture->data.begin(), picture->data.end());
+    return picture->isKey;
+}
+
+bool BandEncoder::takeOver(std::span<const std::uint8_t> data, bool isKey) {
+    const std::uint32_t frameNumber = isKey ? 0 : m_frameNumber + 1;
+    const std::uint32_t keyId = isKey ? m_keyId ^ 1 : m_keyId;
+    m_data.clear();
+    for (const H264Unit unit : splitSized(data)) {
+        const H264UnitType type = typeOf(unit);
+        if (type != H264UnitType::slice && type != H264UnitType::keySlice)
+            continue;
+        const auto slice = parseSlice(unit, m_stream->layout);
+        if (!slice || slice->header.isKey != isKey)
+            return false;
+        SliceHeader header = slice->header;
+        header.frameNumber = frameNumber;
+        header.keyId = keyId;
+        appendSliceWithHeader(m_data, m_stream->layout, header, unit, *slice);
+    }
+    m_frameNumber = frameNumber;
+    m_keyId = keyId;
+    return !m_data.empty();
+}
+
+} // namespace vantrell

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Media/Encoding/QuantizerControl.h"
+#include "Media/Encoding/SlicedX264.h"
+#include "Media/Encoding/SmallEncoders.h"
+#include "Media/Encoding/VideoEncoder.h"
+#include "Media/H264/SkipSlices.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace vantrell {
+
+/// H.264 whose cost follows what changed and not the screen's size. Where little changed, only bands and
+/// strips around that are encoded, by small encoders of their own, as slices of the picture; all between
+/// them are slices that say "as before". Where much changed, and for key frames, one encoder takes the whole
+/// picture. Its reconstruction is kept as a decoder's: what the small ones make is written into it.
+///
+/// That relies on where libx264 keeps its reference pictures, which it shows but does not promise, and so on
+/// a trial (BandTrials). Without, and once anything is odd, it is the one encoder.
+class BandEncoder final : public VideoEncoder {
+public:
+    struct Options {
+        /// Asked before each picture until it answers. False: never bands.
+        std::function<std::optional<bool>()> mayUseBands;
+        SmallEncoders::Preparation preparation = SmallEncoders::Preparation::aside;
+        /// As pictures of a size are, if not of this one's.
+        std::optional<bool> isLarge;
+        /// Of the small encoders: another one than the library's gives wrong pictures.
+        int margin = ReconstructedPicture::margin;
+    };
+
+    static std::expected<std::unique_ptr<BandEncoder>, PlatformError> create(PixelSize picture,
+                                                                             Options options);
+
+    const std::vector<std::uint8_t> &codecConfiguration() const override { return m_configuration; }
+    PixelSize encodedSize() const override { return m_whole->size(); }
+    std::expected<EncodedFrame, PlatformError> encode(const Nv12Frame &frame, const BlockMap &changed,
+                                                      std::int64_t presentationTime, bool keyFrame) override;
+
+    /// What a decoder shows after the last picture. Valid until the next one.
+    const ReconstructedPicture &reconstruction() const { return m_whole->instance().reconstruction(); }
+    /// Of the pictures so far, those that were encoded in bands.
+    std::int64_t picturesInBands() const { return m_picturesInBands; }
+
+private:
+    BandEncoder(PixelSize picture, Options options, std::unique_ptr<SlicedX264> whole);
+
+    bool usesBands();
+    /// Adds what is coarser than the next picture will be.
+    void findTouched(const BlockMap &changed, int quantizer);
+    /// False when the picture has to be encoded as a whole.
+    bool encodeInBands(const Nv12Frame &frame, int quantizer);
+    void writeSlices(const std::vector<SmallEncoder *> &encoders);
+    std::expected<bool, PlatformError> encodeWhole(const Nv12Frame &frame, int quantizer, bool keyFrame);
+    bool takeOver(std::span<const std::uint8_t> data, bool isKey);
+    /// From the next key frame on, which is due now, there is only the one encoder.
+    void giveUp(const char *why);
+
+    const Options m_options;
+    const std::unique_ptr<SlicedX264> m_whole;
+    const std::vector<std::uint8_t> m_configuration;
+    /// Present as long as slices can be rewritten.
+    std::optional<StreamFacts> m_stream;
+    std::optional<bool> m_mayUseBands;
+    /// Present while bands are used.
+    std::unique_ptr<SmallEncoders> m_small;
+    SkipSlices m_skips;
+    QuantizerControl m_quantizer;
+    /// Of the last picture in which each block was encoded.
+    std::vector<std::uint8_t> m_coarseness;
+    int m_coarsest = 0;
+    /// Blocks that are to be encoded.
+    BlockMap m_touched;
+    std::uint32_t m_frameNumber = 0;
+    std::uint32_t m_keyId = 0;
+    std::int64_t m_picturesInBands = 0;
+    std::vector<std::uint8_t> m_hints;
+    std::vector<std::uint8_t> m_data;
+};
+
+} // namespace vantrell
