@@ -12,6 +12,20 @@
 
 namespace vantrell {
 
+namespace {
+
+// Seconds that a block has to stand still before it is made finer: a moment where a film or a page stopped, a
+// little longer where letters are typed, which would be encoded twice.
+constexpr double restOfCoarse = 0.3;
+constexpr double restOfFine = 0.6;
+
+/// What the small encoders may be in all, of the whole picture; more than any plan asks for.
+constexpr double keptShare = 0.75;
+/// Macroblocks, besides.
+constexpr int fewestKept = 512;
+
+} // namespace
+
 BandEncoder::BandEncoder(PixelSize picture, Options options, std::unique_ptr<SlicedX264> whole)
     : m_options(std::move(options)), m_whole(std::move(whole)),
       m_configuration(avcConfiguration(m_whole->instance().sequenceParameters(),
@@ -19,6 +33,7 @@ BandEncoder::BandEncoder(PixelSize picture, Options options, std::unique_ptr<Sli
       m_stream(StreamFacts::of(m_whole->instance())),
       m_quantizer(BlockMap(picture).columns() * BlockMap(picture).rows()), m_touched(picture) {
     m_coarseness.resize(m_touched.marks().size());
+    m_changedAt.resize(m_touched.marks().size());
     if (m_stream)
         m_stream->margin = m_options.margin;
 }
@@ -37,8 +52,8 @@ bool BandEncoder::usesBands() {
     if (!m_mayUseBands) {
         m_mayUseBands = m_options.mayUseBands();
         if (m_mayUseBands == true)
-            m_small = std::make_unique<SmallEncoders>(*m_stream, 2 * int(m_coarseness.size()),
-                                                      m_options.preparation);
+            m_small = std::make_unique<SmallEncoders>(
+                *m_stream, int(double(m_coarseness.size()) * keptShare) + fewestKept, m_options.preparation);
     }
     return m_small != nullptr;
 }
@@ -52,39 +67,73 @@ void BandEncoder::giveUp(const char *why) {
 std::expected<EncodedFrame, PlatformError> BandEncoder::encode(const Nv12Frame &frame,
                                                                const BlockMap &changed,
                                                                std::int64_t presentationTime, bool keyFrame) {
-    const bool usedBands = m_small != nullptr;
+    const double seconds = double(presentationTime) / timeScale;
     const int quantizer = m_quantizer.quantizer(keyFrame);
-    findTouched(changed, quantizer);
-    bool isKey = false;
-    if (!usesBands() || keyFrame || !encodeInBands(frame, quantizer)) {
-        // A picture that was begun in bands may have been the last of them.
-        const bool begins = usedBands && !m_small;
-        const auto encoded = encodeWhole(frame, quantizer, keyFrame || begins);
-        if (!encoded)
-            return std::unexpected(encoded.error());
-        isKey = *encoded;
-    }
+    m_touched = changed;
+    const auto isKey = encodeTouched(frame, quantizer, keyFrame);
+    if (!isKey)
+        return std::unexpected(isKey.error());
+    remember(changed, quantizer, seconds, *isKey);
+    m_quantizer.frameEncoded(seconds, changed.count(), m_data.size(), *isKey);
+    return EncodedFrame{m_data, presentationTime, *isKey};
+}
+
+std::expected<bool, PlatformError> BandEncoder::encodeTouched(const Nv12Frame &frame, int quantizer,
+                                                              bool keyFrame) {
+    const bool usedBands = m_small != nullptr;
+    if (usesBands() && !keyFrame && encodeInBands(frame, quantizer))
+        return false;
+    // A picture that was begun in bands may have been the last of them.
+    const bool begins = usedBands && !m_small;
+    return encodeWhole(frame, quantizer, keyFrame || begins);
+}
+
+void BandEncoder::remember(const BlockMap &changed, int quantizer, double seconds, bool isKey) {
     for (std::size_t i = 0; i < m_coarseness.size(); ++i) {
         if (m_touched.marks()[i] || isKey)
             m_coarseness[i] = std::uint8_t(quantizer);
+        if (changed.marks()[i])
+            m_changedAt[i] = float(seconds);
     }
-    m_coarsest = isKey ? quantizer : std::max(m_coarsest, quantizer);
-    m_quantizer.frameEncoded(double(presentationTime) / timeScale, changed.count(), m_data.size(), isKey);
-    return EncodedFrame{m_data, presentationTime, isKey};
+    if (quantizer <= QuantizerControl::atRest || !changed.any())
+        return;
+    const double rest = quantizer > QuantizerControl::finest ? restOfCoarse : restOfFine;
+    const auto due = std::int64_t((seconds + rest) * timeScale);
+    m_refinesAt = std::min(m_refinesAt.value_or(due), due);
 }
 
-void BandEncoder::findTouched(const BlockMap &changed, int quantizer) {
-    m_touched = changed;
-    if (m_coarsest <= quantizer)
-        return;
-    for (int row = 0; row < m_touched.rows(); ++row) {
-        for (int column = 0; column < m_touched.columns(); ++column) {
-            if (m_coarseness[std::size_t(row) * std::size_t(m_touched.columns()) + std::size_t(column)] >
-                quantizer)
-                m_touched.markBlock(column, row);
+bool BandEncoder::findCoarse(double seconds) {
+    m_touched.clear();
+    m_refinesAt.reset();
+    bool found = false;
+    const auto columns = std::size_t(m_touched.columns());
+    for (std::size_t i = 0; i < m_coarseness.size(); ++i) {
+        if (m_coarseness[i] <= QuantizerControl::atRest)
+            continue;
+        if (seconds - double(m_changedAt[i]) >= restOfCoarse) {
+            m_touched.markBlock(int(i % columns), int(i / columns));
+            found = true;
+        } else {
+            m_refinesAt = std::int64_t((seconds + restOfFine) * timeScale);
         }
     }
-    m_coarsest = quantizer;
+    return found;
+}
+
+std::expected<std::optional<EncodedFrame>, PlatformError> BandEncoder::refine(const Nv12Frame &frame,
+                                                                              std::int64_t presentationTime) {
+    const double seconds = double(presentationTime) / timeScale;
+    if (!m_quantizer.isCalm(seconds)) {
+        m_refinesAt = presentationTime + std::int64_t(restOfCoarse * timeScale);
+        return std::nullopt;
+    }
+    if (!findCoarse(seconds))
+        return std::nullopt;
+    const auto isKey = encodeTouched(frame, QuantizerControl::atRest, false);
+    if (!isKey)
+        return std::unexpected(isKey.error());
+    remember(BlockMap(frame.picture()), QuantizerControl::atRest, seconds, *isKey);
+    return EncodedFrame{m_data, presentationTime, *isKey};
 }
 
 bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {

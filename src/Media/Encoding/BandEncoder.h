@@ -41,6 +41,9 @@ public:
     PixelSize encodedSize() const override { return m_whole->size(); }
     std::expected<EncodedFrame, PlatformError> encode(const Nv12Frame &frame, const BlockMap &changed,
                                                       std::int64_t presentationTime, bool keyFrame) override;
+    std::optional<std::int64_t> refinesAt() const override { return m_refinesAt; }
+    std::expected<std::optional<EncodedFrame>, PlatformError> refine(const Nv12Frame &frame,
+                                                                     std::int64_t presentationTime) override;
 
     /// What a decoder shows after the last picture. Valid until the next one.
     const ReconstructedPicture &reconstruction() const { return m_whole->instance().reconstruction(); }
@@ -51,8 +54,11 @@ private:
     BandEncoder(PixelSize picture, Options options, std::unique_ptr<SlicedX264> whole);
 
     bool usesBands();
-    /// Adds what is coarser than the next picture will be.
-    void findTouched(const BlockMap &changed, int quantizer);
+    /// Encodes the blocks of `m_touched`, in bands where that is cheaper; true for a key frame.
+    std::expected<bool, PlatformError> encodeTouched(const Nv12Frame &frame, int quantizer, bool keyFrame);
+    /// Marks what has stood still and can become finer; false when there is nothing.
+    bool findCoarse(double seconds);
+    void remember(const BlockMap &changed, int quantizer, double seconds, bool isKey);
     /// False when the picture has to be encoded as a whole.
     bool encodeInBands(const Nv12Frame &frame, int quantizer);
     void writeSlices(const std::vector<SmallEncoder *> &encoders);
@@ -71,9 +77,10 @@ private:
     std::unique_ptr<SmallEncoders> m_small;
     SkipSlices m_skips;
     QuantizerControl m_quantizer;
-    /// Of the last picture in which each block was encoded.
+    /// For each block the quantizer that it was encoded with last, and when it changed last, in seconds.
     std::vector<std::uint8_t> m_coarseness;
-    int m_coarsest = 0;
+    std::vector<float> m_changedAt;
+    std::optional<std::int64_t> m_refinesAt;
     /// Blocks that are to be encoded.
     BlockMap m_touched;
     std::uint32_t m_frameNumber = 0;

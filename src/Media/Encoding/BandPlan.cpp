@@ -18,8 +18,8 @@ constexpr int callCost = 75;
 /// Of the bytes that a strip's slice and the one behind it begin with, and of what rows that do not see each
 /// other lose.
 constexpr int sliceCost = 75;
-/// Bands have to save that much of the whole picture's cost.
-constexpr double worthwhileShare = 0.85;
+/// Bands that cost more than that of the whole picture are not worth their copies and their memory.
+constexpr double worthwhileShare = 0.6;
 constexpr std::size_t mostStrips = 16;
 
 // Encoders are kept for each shape, so that there are few.

@@ -25,6 +25,28 @@ PlatformError bandsUnfit(std::string why) {
     return screenError(ScreenErrorCode::encoderFailed, std::move(why));
 }
 
+/// Bands and strips in the middle and at every edge, in every direction, up to where they may refer to.
+void moveSomewhere(TrialScreen &screen, int number) {
+    const auto [width, height] = screen.frame().picture();
+    const int distance = 2 + number * 6 % 18;
+    const int right = number % 4 < 2 ? distance : -distance;
+    const int down = number % 2 == 0 ? distance : -distance;
+    const int middle = height / 2 / blockEdge * blockEdge;
+    switch (number % 5) {
+    case 0:
+        return screen.moveUnder({0, middle - blockEdge, width, 2 * blockEdge}, 0, down);
+    case 1:
+        return screen.moveUnder({width / 2, middle, 6 * blockEdge, blockEdge}, right, 0);
+    case 2:
+        return screen.moveUnder({width / 3, middle, 6 * blockEdge, blockEdge}, 0, down);
+    case 3:
+        return screen.moveUnder({0, 0, width, 2 * blockEdge}, right, down);
+    default:
+        return screen.moveUnder({width - 6 * blockEdge, height - 2 * blockEdge, 6 * blockEdge, 2 * blockEdge},
+                                right, down);
+    }
+}
+
 } // namespace
 
 bool equalsDecoded(const ReconstructedPicture &picture, const AVFrame &decoded) {
@@ -48,10 +70,10 @@ bool equalsDecoded(const ReconstructedPicture &picture, const AVFrame &decoded) 
 }
 
 std::expected<void, PlatformError> BandTrial::run(const std::atomic<bool> &isStopping) const {
-    constexpr int edge = BlockMap::blockSize;
-    const int most = mostRows * edge;
-    const PixelSize size{picture.width,
-                         picture.height <= most ? picture.height : most - edge + picture.height % edge};
+    const int most = mostRows * blockEdge;
+    const PixelSize size{picture.width, picture.height <= most
+                                            ? picture.height
+                                            : most - blockEdge + picture.height % blockEdge};
     const auto encoder = BandEncoder::create(size, {.mayUseBands = [] { return true; },
                                                     .preparation = SmallEncoders::Preparation::atOnce,
                                                     .isLarge = isLarge,
@@ -65,7 +87,9 @@ std::expected<void, PlatformError> BandTrial::run(const std::atomic<bool> &isSto
     for (int i = 0; i < trialPictures; ++i) {
         if (isStopping)
             return std::unexpected(bandsUnfit("The trial was not finished"));
-        if (i > 0)
+        if (i % 2 == 1)
+            moveSomewhere(screen, i / 2);
+        else if (i > 0)
             screen.step();
         const auto encoded =
             (*encoder)->encode(screen.frame(), screen.changed(),

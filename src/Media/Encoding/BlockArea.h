@@ -3,7 +3,12 @@
 
 #pragma once
 
+#include "Support/BlockMap.h"
+
 namespace vantrell {
+
+/// Pixels of a macroblock's side.
+inline constexpr int blockEdge = BlockMap::blockSize;
 
 /// A rectangle of macroblocks.
 struct BlockArea {

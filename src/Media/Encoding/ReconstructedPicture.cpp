@@ -3,15 +3,11 @@
 
 #include "Media/Encoding/ReconstructedPicture.h"
 
-#include "Support/BlockMap.h"
-
 #include <cstring>
 
 namespace vantrell {
 
 namespace {
-
-constexpr int blockEdge = BlockMap::blockSize;
 
 /// Chroma has half as many rows, of as many bytes.
 struct ReconstructedPlane {

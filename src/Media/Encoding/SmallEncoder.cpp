@@ -12,11 +12,9 @@ namespace vantrell {
 
 namespace {
 
-constexpr int edge = BlockMap::blockSize;
-
 /// The margins are there, as far as can be seen from outside.
 bool hasMargins(const ReconstructedPicture &picture) {
-    const std::ptrdiff_t row = picture.columns * edge + 2 * ReconstructedPicture::margin;
+    const std::ptrdiff_t row = picture.columns * blockEdge + 2 * ReconstructedPicture::margin;
     return !picture.isNull() && picture.chroma && picture.lumaStride >= row && picture.chromaStride >= row;
 }
 
@@ -34,7 +32,7 @@ std::optional<StreamFacts> StreamFacts::of(const X264Instance &whole) {
 
 std::unique_ptr<SmallEncoder> SmallEncoder::create(const StreamFacts &stream, int columns, int rows) {
     auto instance = X264Instance::open(
-        {.size = {columns * edge, rows * edge}, .isFast = stream.isFast, .level = stream.level});
+        {.size = {columns * blockEdge, rows * blockEdge}, .isFast = stream.isFast, .level = stream.level});
     if (!instance || instance->pictureParameters() != stream.pictureParameters)
         return nullptr;
     const auto own = layoutOf(instance->sequenceParameters(), instance->pictureParameters());

@@ -3,14 +3,14 @@
 
 #include "Media/Encoding/TrialScreen.h"
 
+#include "Media/Encoding/BlockArea.h"
+
 #include <algorithm>
 #include <cstring>
 
 namespace vantrell {
 
 namespace {
-
-constexpr int blockEdge = BlockMap::blockSize;
 
 int wholeBlocksOf(int pixels) {
     return (pixels + blockEdge - 1) / blockEdge * blockEdge;
@@ -119,6 +119,14 @@ void TrialScreen::repeatEdges() {
     }
 }
 
+void TrialScreen::moveUnder(const PixelRect &part, int right, int down) {
+    m_changed.clear();
+    const auto [width, height] = m_frame.picture();
+    const PixelRect everything{0, 0, width, height};
+    shift(intersection(part, everything), right, down, everything);
+    repeatEdges();
+}
+
 void TrialScreen::step() {
     m_changed.clear();
     const auto [width, height] = m_frame.picture();
@@ -145,9 +153,7 @@ void TrialScreen::step() {
         rect = place(width, height);
         shift(rect, 0, 2 * signedDistance, rect);
         break;
-    // Seen through a hole: what comes in was outside before, where bands and strips refer to what is not
-    // theirs.
-    case 6:
+    case 6: // as in moveUnder
         shift(place(width, 100), signedDistance, distance, everything);
         break;
     case 7:

@@ -20,6 +20,10 @@ public:
     /// What happens next; `changed` has it.
     void step();
 
+    /// Instead: what is seen through this part of the picture moves, and what was beside it comes in. That is
+    /// where a band or a strip refers to what is not its own.
+    void moveUnder(const PixelRect &part, int right, int down);
+
     const Nv12Frame &frame() const { return m_frame; }
     const BlockMap &changed() const { return m_changed; }
 

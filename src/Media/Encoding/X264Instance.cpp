@@ -6,7 +6,6 @@
 #include "Media/Encoding/QuantizerControl.h"
 #include "Media/Encoding/VideoEncoder.h"
 #include "Platform/ScreenError.h"
-#include "Support/BlockMap.h"
 #include "Support/Log.h"
 
 #include <cstdarg>
@@ -96,8 +95,8 @@ x264_param_t parametersFor(const X264Instance::Options &options) {
 
 X264Instance::X264Instance(const Options &options, std::unique_ptr<x264_t, Close> encoder)
     : m_options(options), m_encoder(std::move(encoder)) {
-    m_reconstruction.columns = (options.size.width + BlockMap::blockSize - 1) / BlockMap::blockSize;
-    m_reconstruction.rows = (options.size.height + BlockMap::blockSize - 1) / BlockMap::blockSize;
+    m_reconstruction.columns = (options.size.width + blockEdge - 1) / blockEdge;
+    m_reconstruction.rows = (options.size.height + blockEdge - 1) / blockEdge;
 }
 
 std::unique_ptr<X264Instance> X264Instance::open(const Options &options) {
@@ -139,7 +138,6 @@ std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const N
                                                                          const BlockArea &place,
                                                                          std::vector<std::uint8_t> &hints,
                                                                          int quantizer, bool isKey) {
-    constexpr int edge = BlockMap::blockSize;
     x264_picture_t picture;
     x264_picture_init(&picture);
     picture.i_pts = m_pictures++;
@@ -150,10 +148,10 @@ std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const N
     picture.img.i_csp = X264_CSP_NV12;
     picture.img.i_plane = 2;
     // The encoder only reads the planes.
-    picture.img.plane[0] =
-        const_cast<std::uint8_t *>(frame.luma() + place.row * edge * frame.stride() + place.column * edge);
-    picture.img.plane[1] = const_cast<std::uint8_t *>(frame.chroma() + place.row * edge / 2 * frame.stride() +
-                                                      place.column * edge);
+    picture.img.plane[0] = const_cast<std::uint8_t *>(frame.luma() + place.row * blockEdge * frame.stride() +
+                                                      place.column * blockEdge);
+    picture.img.plane[1] = const_cast<std::uint8_t *>(
+        frame.chroma() + place.row * blockEdge / 2 * frame.stride() + place.column * blockEdge);
     picture.img.i_stride[0] = int(frame.stride());
     picture.img.i_stride[1] = int(frame.stride());
 

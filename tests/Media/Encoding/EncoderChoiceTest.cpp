@@ -5,8 +5,8 @@
 
 #include "Media/Encoding/EncoderChoice.h"
 #include "Media/Encoding/EncoderTrial.h"
-#include "Media/H264/H264Units.h"
 #include "Media/Encoding/X264Encoder.h"
+#include "Media/H264/H264Units.h"
 #include "Media/Movie/MovieWriter.h"
 #include "Support/HostTime.h"
 #include "TestSupport/RunTask.h"
