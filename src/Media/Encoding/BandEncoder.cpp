@@ -5,9 +5,14 @@
 
 #include "Media/Encoding/BandPlan.h"
 #include "Media/H264/H264Units.h"
+#include "Support/HostTime.h"
 #include "Support/Log.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <latch>
+#include <thread>
 #include <utility>
 
 namespace vantrell {
@@ -24,6 +29,46 @@ constexpr double keptShare = 0.75;
 /// Macroblocks, besides.
 constexpr int fewestKept = 512;
 
+/// Macroblocks for which it pays to wake another thread.
+constexpr int muchWork = 300;
+
+int touchedIn(const BlockArea &band, const BlockMap &touched) {
+    int count = 0;
+    for (int row = band.row; row < band.bottom(); ++row) {
+        for (int column = band.column; column < band.right(); ++column)
+            count += touched.isMarked(column, row);
+    }
+    return count;
+}
+
+/// Where the bands of a second thread begin, which is to do as much as the first; the end when there is not
+/// enough to do.
+std::size_t secondHalf(const std::vector<BlockArea> &bands, const BlockMap &touched) {
+    if (bands.size() < 2)
+        return bands.size();
+    std::vector<int> before{0};
+    for (const BlockArea &band : bands)
+        before.push_back(before.back() + touchedIn(band, touched));
+    const int all = before.back();
+    const auto middle =
+        std::ranges::min_element(before, {}, [all](int first) { return std::abs(2 * first - all); });
+    return std::min(*middle, all - *middle) < muchWork ? bands.size() : std::size_t(middle - before.begin());
+}
+
+/// Bands of even height in which there may be much to do.
+void halveLarge(std::vector<BlockArea> &bands) {
+    constexpr int large = 16;
+    for (std::size_t i = 0; i < bands.size(); ++i) {
+        BlockArea &band = bands[i];
+        if (band.rows < large || band.rows % 2 != 0)
+            continue;
+        band.rows /= 2;
+        BlockArea lower = band;
+        lower.row += band.rows;
+        bands.insert(bands.begin() + std::ptrdiff_t(++i), lower);
+    }
+}
+
 } // namespace
 
 BandEncoder::BandEncoder(PixelSize picture, Options options, std::unique_ptr<SlicedX264> whole)
@@ -34,8 +79,8 @@ BandEncoder::BandEncoder(PixelSize picture, Options options, std::unique_ptr<Sli
       m_quantizer(BlockMap(picture).columns() * BlockMap(picture).rows()), m_touched(picture) {
     m_coarseness.resize(m_touched.marks().size());
     m_changedAt.resize(m_touched.marks().size());
-    if (m_stream)
-        m_stream->margin = m_options.margin;
+    if (constexpr int threads = 2; int(std::thread::hardware_concurrency()) >= threads)
+        m_load.emplace(threads);
 }
 
 std::expected<std::unique_ptr<BandEncoder>, PlatformError> BandEncoder::create(PixelSize picture,
@@ -53,7 +98,8 @@ bool BandEncoder::usesBands() {
         m_mayUseBands = m_options.mayUseBands();
         if (m_mayUseBands == true)
             m_small = std::make_unique<SmallEncoders>(
-                *m_stream, int(double(m_coarseness.size()) * keptShare) + fewestKept, m_options.preparation);
+                *m_stream, m_options.makeSmall, int(double(m_coarseness.size()) * keptShare) + fewestKept,
+                m_options.preparation);
     }
     return m_small != nullptr;
 }
@@ -137,9 +183,11 @@ std::expected<std::optional<EncodedFrame>, PlatformError> BandEncoder::refine(co
 }
 
 bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
-    const auto bands = planBands(m_touched);
+    auto bands = planBands(m_touched);
     if (!bands || reconstruction().isNull())
         return false;
+    if (m_isHalving)
+        halveLarge(*bands);
     const auto encoders = m_small->forPlaces(*bands);
     if (m_small->hasFailed()) {
         giveUp("the encoder of a band could not be made");
@@ -147,12 +195,9 @@ bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
     }
     if (encoders.size() != bands->size())
         return false;
-    for (std::size_t i = 0; i < encoders.size(); ++i) {
-        const auto encoded = encoders[i]->encode(frame, (*bands)[i], m_touched, quantizer, reconstruction());
-        if (!encoded) {
-            giveUp(encoded.error().message.c_str());
-            return false;
-        }
+    if (const auto failure = encodeAll(encoders, *bands, frame, quantizer)) {
+        giveUp(failure->message.c_str());
+        return false;
     }
     ++m_frameNumber;
     writeSlices(encoders);
@@ -161,6 +206,37 @@ bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
         encoder->reconstructIn(reconstruction());
     ++m_picturesInBands;
     return true;
+}
+
+std::optional<PlatformError> BandEncoder::encodeAll(const std::vector<SmallEncoder *> &encoders,
+                                                    const std::vector<BlockArea> &bands,
+                                                    const Nv12Frame &frame, int quantizer) {
+    const double begin = hostNow();
+    std::array<std::optional<PlatformError>, 2> failures;
+    const auto work = [&](std::size_t first, std::size_t last, std::optional<PlatformError> &failure) {
+        for (std::size_t i = first; i < last && !failure; ++i) {
+            const auto encoded = encoders[i]->encode(frame, bands[i], m_touched, quantizer, reconstruction());
+            if (!encoded)
+                failure = encoded.error();
+        }
+    };
+    const std::size_t half = m_load ? secondHalf(bands, m_touched) : bands.size();
+    if (half < bands.size()) {
+        std::latch done(1);
+        m_second.post([&] {
+            work(half, bands.size(), failures[1]);
+            done.count_down();
+        });
+        work(0, half, failures[0]);
+        done.wait();
+    } else {
+        work(0, bands.size(), failures[0]);
+    }
+    if (m_load) {
+        m_load->frameEncoded(begin, hostNow());
+        m_isHalving = m_isHalving ? !m_load->canDoWithoutSlices() : m_load->needsSlices();
+    }
+    return failures[0] ? failures[0] : failures[1];
 }
 
 void BandEncoder::writeSlices(const std::vector<SmallEncoder *> &encoders) {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Media/Encoding/EncoderLoad.h"
 #include "Media/Encoding/QuantizerControl.h"
 #include "Media/Encoding/SlicedX264.h"
 #include "Media/Encoding/SmallEncoders.h"
@@ -30,8 +31,7 @@ public:
         SmallEncoders::Preparation preparation = SmallEncoders::Preparation::aside;
         /// As pictures of a size are, if not of this one's.
         std::optional<bool> isLarge;
-        /// Of the small encoders: another one than the library's gives wrong pictures.
-        int margin = ReconstructedPicture::margin;
+        SmallEncoderFactory makeSmall = SmallEncoder::create;
     };
 
     static std::expected<std::unique_ptr<BandEncoder>, PlatformError> create(PixelSize picture,
@@ -61,6 +61,10 @@ private:
     void remember(const BlockMap &changed, int quantizer, double seconds, bool isKey);
     /// False when the picture has to be encoded as a whole.
     bool encodeInBands(const Nv12Frame &frame, int quantizer);
+    /// By one thread or two; why one of them failed.
+    std::optional<PlatformError> encodeAll(const std::vector<SmallEncoder *> &encoders,
+                                           const std::vector<BlockArea> &bands, const Nv12Frame &frame,
+                                           int quantizer);
     void writeSlices(const std::vector<SmallEncoder *> &encoders);
     std::expected<bool, PlatformError> encodeWhole(const Nv12Frame &frame, int quantizer, bool keyFrame);
     bool takeOver(std::span<const std::uint8_t> data, bool isKey);
@@ -75,6 +79,10 @@ private:
     std::optional<bool> m_mayUseBands;
     /// Present while bands are used.
     std::unique_ptr<SmallEncoders> m_small;
+    /// Present where two threads can share the bands of a picture.
+    std::optional<EncoderLoad> m_load;
+    /// One thread does not keep up: large bands are halved.
+    bool m_isHalving = false;
     SkipSlices m_skips;
     QuantizerControl m_quantizer;
     /// For each block the quantizer that it was encoded with last, and when it changed last, in seconds.
@@ -88,6 +96,8 @@ private:
     std::int64_t m_picturesInBands = 0;
     std::vector<std::uint8_t> m_hints;
     std::vector<std::uint8_t> m_data;
+    /// The second thread.
+    SerialWorker m_second;
 };
 
 } // namespace vantrell

@@ -77,7 +77,7 @@ std::expected<void, PlatformError> BandTrial::run(const std::atomic<bool> &isSto
     const auto encoder = BandEncoder::create(size, {.mayUseBands = [] { return true; },
                                                     .preparation = SmallEncoders::Preparation::atOnce,
                                                     .isLarge = isLarge,
-                                                    .margin = margin});
+                                                    .makeSmall = makeSmall});
     if (!encoder)
         return std::unexpected(encoder.error());
     TrialDecoder decoder;

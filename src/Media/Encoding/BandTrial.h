@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Media/Encoding/ReconstructedPicture.h"
+#include "Media/Encoding/SmallEncoders.h"
 #include "Media/Libav/FFmpegPointers.h"
 #include "Support/Geometry.h"
 #include "Support/PlatformError.h"
@@ -22,8 +22,7 @@ struct BandTrial {
     PixelSize picture;
     /// Encoded as pictures of more than that size are.
     bool isLarge = false;
-    /// See BandEncoder.
-    int margin = ReconstructedPicture::margin;
+    SmallEncoderFactory makeSmall = SmallEncoder::create;
 
     /// Has a band encoder encode pictures of letters, windows that move and films, decodes them and compares
     /// them bit for bit with what the encoder takes for their reconstruction: with another library, or

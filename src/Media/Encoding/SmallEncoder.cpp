@@ -12,6 +12,8 @@ namespace vantrell {
 
 namespace {
 
+constexpr int mostCarefulBlocks = 1024;
+
 /// The margins are there, as far as can be seen from outside.
 bool hasMargins(const ReconstructedPicture &picture) {
     const std::ptrdiff_t row = picture.columns * blockEdge + 2 * ReconstructedPicture::margin;
@@ -31,8 +33,12 @@ std::optional<StreamFacts> StreamFacts::of(const X264Instance &whole) {
 }
 
 std::unique_ptr<SmallEncoder> SmallEncoder::create(const StreamFacts &stream, int columns, int rows) {
-    auto instance = X264Instance::open(
-        {.size = {columns * blockEdge, rows * blockEdge}, .isFast = stream.isFast, .level = stream.level});
+    // There is always time for the details of a line of text.
+    auto instance =
+        X264Instance::open({.size = {columns * blockEdge, rows * blockEdge},
+                            .isFast = stream.isFast,
+                            .dropsSmallDifferences = stream.isFast && columns * rows > mostCarefulBlocks,
+                            .level = stream.level});
     if (!instance || instance->pictureParameters() != stream.pictureParameters)
         return nullptr;
     const auto own = layoutOf(instance->sequenceParameters(), instance->pictureParameters());

@@ -25,7 +25,7 @@ std::vector<SmallEncoder *> SmallEncoders::forPlaces(std::span<const BlockArea> 
         const Shape shape{place.columns, place.rows};
         Entry *entry = unused(shape);
         if (!entry && (m_preparation == Preparation::atOnce || place.count() <= smallBlocks)) {
-            add(SmallEncoder::create(m_stream, shape.columns, shape.rows));
+            add(m_make(m_stream, shape.columns, shape.rows));
             entry = unused(shape);
         }
         if (entry) {
@@ -55,7 +55,7 @@ SmallEncoders::Entry *SmallEncoders::unused(const Shape &shape) {
 void SmallEncoders::prepare(const Shape &shape) {
     m_awaited.push_back(shape);
     m_worker.post([this, shape] {
-        auto encoder = SmallEncoder::create(m_stream, shape.columns, shape.rows);
+        auto encoder = m_make(m_stream, shape.columns, shape.rows);
         const std::scoped_lock lock(m_mutex);
         m_prepared.push_back(std::move(encoder));
     });

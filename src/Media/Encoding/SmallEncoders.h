@@ -6,12 +6,17 @@
 #include "Media/Encoding/SmallEncoder.h"
 #include "Support/SerialWorker.h"
 
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <span>
 #include <vector>
 
 namespace vantrell {
+
+/// Makes the encoder of a band of so many columns and rows, as SmallEncoder::create does. Reentrant.
+using SmallEncoderFactory =
+    std::function<std::unique_ptr<SmallEncoder>(const StreamFacts &stream, int columns, int rows)>;
 
 /// The encoders of bands, one for each shape and place of a picture, made when they are first needed: small
 /// ones at once, large ones on a thread of their own, and until then there is none. Those that were not
@@ -21,8 +26,9 @@ public:
     enum class Preparation { aside = 1, atOnce };
 
     /// `stream` and the size of what all of them may keep, in macroblocks.
-    SmallEncoders(StreamFacts stream, int mostBlocks, Preparation preparation)
-        : m_stream(std::move(stream)), m_mostBlocks(mostBlocks), m_preparation(preparation) {}
+    SmallEncoders(StreamFacts stream, SmallEncoderFactory make, int mostBlocks, Preparation preparation)
+        : m_stream(std::move(stream)), m_make(std::move(make)), m_mostBlocks(mostBlocks),
+          m_preparation(preparation) {}
 
     /// One for each place, in their order and each another one. Empty when not all are ready: they will be.
     /// Valid until the next call.
@@ -49,6 +55,7 @@ private:
     void makeRoom();
 
     const StreamFacts m_stream;
+    const SmallEncoderFactory m_make;
     const int m_mostBlocks;
     const Preparation m_preparation;
     std::vector<Entry> m_entries;

@@ -70,9 +70,9 @@ x264_param_t parametersFor(const X264Instance::Options &options) {
     p.analyse.i_subpel_refine = 0;
     p.b_deblocking_filter = 0;
     p.analyse.i_luma_deadzone[0] = 22;
-    p.analyse.b_dct_decimate = options.isFast;
+    p.analyse.b_dct_decimate = options.dropsSmallDifferences;
     p.analyse.i_chroma_qp_offset = 4;
-    p.analyse.b_fast_pskip = options.isFast;
+    p.analyse.b_fast_pskip = options.dropsSmallDifferences;
     p.analyse.b_transform_8x8 = !options.isFast;
 
     // Key frames are asked for by time, by the caller.

@@ -30,8 +30,10 @@ public:
         PixelSize size;
         /// More than one: as many slices, each on a thread of its own.
         int slices = 1;
-        /// Encodes with a little less care.
+        /// Encodes with a little less care, as the stream's picture parameters say.
         bool isFast = false;
+        /// Drops what differs little.
+        bool dropsSmallDifferences = isFast;
         /// level_idc of the stream; 0: as the size asks for.
         int level = 0;
     };

@@ -23,28 +23,55 @@ BandEncoder::Options bandsAtOnce() {
     return {.mayUseBands = [] { return true; }, .preparation = SmallEncoders::Preparation::atOnce};
 }
 
+/// The band encoder and a decoder side by side.
+class Witness {
+public:
+    explicit Witness(PixelSize size, BandEncoder::Options options = bandsAtOnce())
+        : encoder(*BandEncoder::create(size, std::move(options))) {
+        EXPECT_TRUE(decoder.open(encoder->codecConfiguration()));
+    }
+    /// The decoder's picture is the encoder's; the frame is of the asked kind.
+    ::testing::AssertionResult agrees(const std::expected<EncodedFrame, PlatformError> &encoded, bool isKey) {
+        if (!encoded)
+            return ::testing::AssertionFailure() << encoded.error().message;
+        if (encoded->isKeyFrame != isKey)
+            return ::testing::AssertionFailure() << "key frame: " << encoded->isKeyFrame;
+        const auto decoded = decoder.decode(encoded->data);
+        if (!decoded)
+            return ::testing::AssertionFailure() << decoded.error().message;
+        if (!equalsDecoded(encoder->reconstruction(), **decoded))
+            return ::testing::AssertionFailure() << "another picture";
+        return ::testing::AssertionSuccess();
+    }
+
+    std::unique_ptr<BandEncoder> encoder;
+    TrialDecoder decoder;
+};
+
 /// Encodes so many pictures of what happens on a screen and holds each against the decoder's.
 void compareWithDecoder(PixelSize size, int pictures, std::uint32_t seed) {
     SCOPED_TRACE(std::to_string(size.width) + "x" + std::to_string(size.height) + " seed " +
                  std::to_string(seed));
-    const auto encoder = *BandEncoder::create(size, bandsAtOnce());
-    TrialDecoder decoder;
-    ASSERT_TRUE(decoder.open(encoder->codecConfiguration()));
+    Witness witness(size);
     TrialScreen screen(size, seed);
     for (int i = 0; i < pictures; ++i) {
         if (i > 0)
             screen.step();
         // Key frames at odd distances, two in a row too, and all quantizers: films make them coarser.
         const bool isKey = i % 97 == 0 || i % 97 == 1 || i % 41 == 40;
-        const auto encoded = encoder->encode(screen.frame(), screen.changed(), i * 1500, isKey);
-        ASSERT_TRUE(encoded) << encoded.error().message;
-        ASSERT_EQ(encoded->isKeyFrame, isKey);
-        const auto decoded = decoder.decode(encoded->data);
-        ASSERT_TRUE(decoded) << "picture " << i << ": " << decoded.error().message;
-        ASSERT_TRUE(equalsDecoded(encoder->reconstruction(), **decoded)) << "picture " << i;
+        ASSERT_TRUE(
+            witness.agrees(witness.encoder->encode(screen.frame(), screen.changed(), i * 1500, isKey), isKey))
+            << "picture " << i;
+        // Now and then it rests.
+        if (const auto time = witness.encoder->refinesAt(); time && i % 7 == 0) {
+            const auto refined = witness.encoder->refine(screen.frame(), *time);
+            ASSERT_TRUE(refined);
+            ASSERT_TRUE(!*refined || witness.agrees(**refined, false)) << "refined " << i;
+        }
     }
     const bool hasBands = size.width > 256 && size.height > 256;
-    EXPECT_TRUE(!hasBands || encoder->picturesInBands() > pictures / 4) << encoder->picturesInBands();
+    EXPECT_TRUE(!hasBands || witness.encoder->picturesInBands() > pictures / 4)
+        << witness.encoder->picturesInBands();
 }
 
 TEST(BandEncoder, isSeenByADecoderAsItReckonsItself) {
@@ -56,6 +83,29 @@ TEST(BandEncoder, isSeenByADecoderAsItReckonsItself) {
         compareWithDecoder(size, pictures, seed++);
 }
 
+TEST(BandEncoder, goesOnWithAKeyFrameAndOneEncoderOnceABandFails) {
+    const PixelSize size{640, 480};
+    auto options = bandsAtOnce();
+    options.makeSmall = [](const StreamFacts &stream, int columns, int rows) {
+        return rows < 12 ? SmallEncoder::create(stream, columns, rows) : nullptr;
+    };
+    Witness witness(size, options);
+    TrialScreen screen(size, 3);
+    bool failed = false;
+    for (int i = 0; i < 60; ++i) {
+        if (i > 0)
+            screen.step();
+        const auto before = witness.encoder->picturesInBands();
+        const auto encoded = witness.encoder->encode(screen.frame(), screen.changed(), i * 1500, i == 0);
+        ASSERT_TRUE(encoded);
+        ASSERT_TRUE(witness.agrees(encoded, encoded->isKeyFrame)) << i;
+        EXPECT_FALSE(failed && (encoded->isKeyFrame || witness.encoder->picturesInBands() > before));
+        failed |= i > 0 && encoded->isKeyFrame;
+    }
+    EXPECT_TRUE(failed);
+    EXPECT_GT(witness.encoder->picturesInBands(), 0);
+}
+
 TEST(BandTrial, passesThisLibraryAndRefusesOneThatKeepsItsPicturesElsewhere) {
     const std::atomic<bool> isStopping = false;
     for (const PixelSize size : {PixelSize{1920, 1080}, PixelSize{641, 99}}) {
@@ -63,9 +113,13 @@ TEST(BandTrial, passesThisLibraryAndRefusesOneThatKeepsItsPicturesElsewhere) {
             BandTrial trial{.picture = size, .isLarge = isLarge};
             const auto tried = trial.run(isStopping);
             EXPECT_TRUE(tried) << tried.error().message;
-            for (trial.margin = 0; trial.margin < 16; trial.margin += 4) {
+            for (const int margin : {0, 4, 8, 12}) {
+                trial.makeSmall = [margin](StreamFacts stream, int columns, int rows) {
+                    stream.margin = margin;
+                    return SmallEncoder::create(stream, columns, rows);
+                };
                 const auto refused = trial.run(isStopping);
-                ASSERT_FALSE(refused) << size.width << " " << isLarge << " " << trial.margin;
+                ASSERT_FALSE(refused) << size.width << " " << isLarge << " " << margin;
                 EXPECT_EQ(refused.error().message, "Bands do not fit together");
             }
         }
