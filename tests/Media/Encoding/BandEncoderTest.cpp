@@ -87,14 +87,16 @@ TEST(BandEncoder, goesOnWithAKeyFrameAndOneEncoderOnceABandFails) {
     const PixelSize size{640, 480};
     auto options = bandsAtOnce();
     options.makeSmall = [](const StreamFacts &stream, int columns, int rows) {
-        return rows < 12 ? SmallEncoder::create(stream, columns, rows) : nullptr;
+        return rows < 6 ? SmallEncoder::create(stream, columns, rows) : nullptr;
     };
     Witness witness(size, options);
     TrialScreen screen(size, 3);
     bool failed = false;
     for (int i = 0; i < 60; ++i) {
-        if (i > 0)
+        if (i > 10)
             screen.step();
+        else if (i > 0)
+            screen.moveUnder({320, 240, 48, 16}, 2, 2);
         const auto before = witness.encoder->picturesInBands();
         const auto encoded = witness.encoder->encode(screen.frame(), screen.changed(), i * 1500, i == 0);
         ASSERT_TRUE(encoded);
