@@ -3,7 +3,9 @@
 
 #include "Media/Encoding/EncoderChoice.h"
 
+#include "Media/Encoding/BandEncoder.h"
 #include "Media/Encoding/EncoderTrial.h"
+#include "Media/Encoding/SlicedX264.h"
 #include "Media/Encoding/X264CameraEncoder.h"
 #include "Media/Encoding/X264Encoder.h"
 #include "Support/Log.h"
@@ -21,6 +23,9 @@ namespace {
 const std::string quantizer = "21";
 /// A camera's noise needs no such care.
 const std::string cameraQuantizer = "26";
+
+/// Smaller pictures cost no more than a band.
+constexpr int fewestBlocksForBands = 256;
 
 std::vector<std::string> renderNodes() {
     std::vector<std::string> nodes;
@@ -66,7 +71,7 @@ EncoderChoice::create(PixelSize picture, PictureContent content, ColourMatrix ma
     const bool isCamera = content == PictureContent::camera;
     const bool wantsHardware =
         m_preference == EncoderPreference::hardware ||
-        (m_preference == EncoderPreference::automatic && (isCamera || X264Encoder::isLarge(picture)));
+        (m_preference == EncoderPreference::automatic && (isCamera || SlicedX264::isLarge(picture)));
     if (wantsHardware && m_hardwareWorks) {
         if (auto encoder = createHardware(picture, content, matrix))
             return encoder;
@@ -74,7 +79,16 @@ EncoderChoice::create(PixelSize picture, PictureContent content, ColourMatrix ma
     }
     if (isCamera)
         return X264CameraEncoder::create(picture, matrix);
-    return X264Encoder::create(picture);
+    return createSoftware(picture);
+}
+
+std::expected<std::unique_ptr<VideoEncoder>, PlatformError> EncoderChoice::createSoftware(PixelSize picture) {
+    const BlockMap blocks(picture);
+    if (blocks.columns() * blocks.rows() < fewestBlocksForBands)
+        return X264Encoder::create(picture);
+    // The encoder may outlive the choice.
+    return BandEncoder::create(
+        picture, {.mayUseBands = [trials = m_bandTrials, picture] { return trials->result(picture); }});
 }
 
 std::unique_ptr<VideoEncoder> EncoderChoice::createHardware(PixelSize picture, PictureContent content,

@@ -19,9 +19,10 @@ x264_param_t cameraParameters(PixelSize encoded, ColourMatrix matrix) {
     p.i_fps_den = 1;
 
     // Measured on somebody who talks, with a small sensor's noise and without: what searches and divides more
-    // finely spends its time and its bytes on noise, and the result is further from the picture without noise and
-    // not nearer to that with it. The deblocking filter and the arithmetic coder are worth their time; large
-    // transforms cost nothing. What stands still keeps the key frame's picture, which is therefore finer.
+    // finely spends its time and its bytes on noise, and the result is further from the picture without noise
+    // and not nearer to that with it. The deblocking filter and the arithmetic coder are worth their time;
+    // large transforms cost nothing. What stands still keeps the key frame's picture, which is therefore
+    // finer.
     p.i_frame_reference = 1;
     p.analyse.inter = 0;
     p.analyse.intra = 0;

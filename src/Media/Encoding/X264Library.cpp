@@ -3,8 +3,8 @@
 
 #include "Media/Encoding/X264Library.h"
 
-#include "Media/Encoding/H264Units.h"
 #include "Media/Encoding/VideoEncoder.h"
+#include "Media/H264/H264Units.h"
 #include "Platform/ScreenError.h"
 #include "Support/Log.h"
 

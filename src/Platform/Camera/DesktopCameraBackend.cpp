@@ -3,10 +3,12 @@
 
 #include "Platform/Camera/DesktopCameraBackend.h"
 
+#include "Platform/Camera/CameraPortal.h"
 #include "Platform/Camera/DesktopCameraSource.h"
 #include "Platform/Camera/PipeWireCameraWatch.h"
 #include "Platform/Camera/V4l2CameraList.h"
 #include "Platform/CameraError.h"
+#include "Platform/Desktop/Sandbox.h"
 #include "Support/BlockingWork.h"
 #include "Support/EventLoop.h"
 
@@ -59,6 +61,21 @@ private:
 } // namespace
 
 DesktopCameraBackend::DesktopCameraBackend(Access access) : m_access(std::move(access)) {}
+
+std::unique_ptr<DesktopCameraBackend> DesktopCameraBackend::create() {
+    if (isSandboxed())
+        return throughPortal(QDBusConnection::sessionBus());
+    return std::make_unique<DesktopCameraBackend>(
+        Access{.remote = {}, .ask = {}, .kernel = std::make_shared<V4l2Kernel>()});
+}
+
+std::unique_ptr<DesktopCameraBackend> DesktopCameraBackend::throughPortal(const QDBusConnection &bus) {
+    const auto portal = std::make_shared<CameraPortal>(bus);
+    return std::make_unique<DesktopCameraBackend>(
+        Access{.remote = portal->remote(),
+               .ask = [portal](std::stop_token stop) { return portal->requestAccess(stop); },
+               .kernel = nullptr});
+}
 
 Task<Listed> DesktopCameraBackend::cameras(std::stop_token stop) {
     auto listed = co_await runBlocking(

@@ -7,13 +7,15 @@
 #include "Platform/Camera/V4l2Kernel.h"
 #include "Platform/CameraBackend.h"
 
+#include <QDBusConnection>
+
 #include <functional>
 #include <memory>
 
 namespace vantrell {
 
-/// The cameras of a Linux desktop: those of its PipeWire server, through the portal where the program runs in a
-/// sandbox, or the kernel's own where no server shows any. Never both, so that no camera is there twice.
+/// The cameras of a Linux desktop: those of its PipeWire server, through the portal where the program runs in
+/// a sandbox, or the kernel's own where no server shows any. Never both, so that no camera is there twice.
 class DesktopCameraBackend final : public CameraBackend {
 public:
     struct Access {
@@ -27,6 +29,8 @@ public:
 
     /// As this process finds its desktop.
     static std::unique_ptr<DesktopCameraBackend> create();
+    /// Through the portal, whose user is asked.
+    static std::unique_ptr<DesktopCameraBackend> throughPortal(const QDBusConnection &bus);
 
     Task<std::expected<std::vector<Camera>, PlatformError>> cameras(std::stop_token stop) override;
     Observation observeCameras(std::function<void()> changed) override;

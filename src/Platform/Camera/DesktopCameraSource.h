@@ -13,8 +13,8 @@
 
 namespace vantrell {
 
-/// A camera of the desktop's PipeWire server where that shows any, else one of the kernel's: which of the two is
-/// decided when it is started.
+/// A camera of the desktop's PipeWire server where that shows any, else one of the kernel's: which of the two
+/// is decided when it is started.
 class DesktopCameraSource final : public CameraSource {
 public:
     DesktopCameraSource(PipeWireRemote remote, std::shared_ptr<V4l2Kernel> kernel,
