@@ -144,10 +144,6 @@ Task<> RecordRun::startEngine(std::stop_token stop) {
 
 /// Without a camera the screen is recorded all the same, and the result says what is missing.
 Task<> RecordRun::openCamera(std::stop_token stop) {
-    if (!m_platform.cameras || !m_platform.cameraSessions) {
-        m_cameraProblem = cameraError(CameraErrorCode::noCameraServer);
-        co_return;
-    }
     if (!co_await m_platform.cameras->requestAccess(stop)) {
         qCInfo(logCapture, "camera skipped: granted=%d", 0);
         m_cameraProblem = cameraError(CameraErrorCode::accessRefused);
