@@ -43,7 +43,7 @@ Task<> CameraFlow::run(std::shared_ptr<RecordingEngine> engine, Display display,
     if (stop.stop_requested())
         co_return;
     if (!granted) {
-        qCInfo(logCapture, "camera skipped: granted=%d", 0);
+        qCInfo(logCapture, "camera skipped: granted=false");
         m_problem = cameraError(CameraErrorCode::accessRefused);
         co_return;
     }
