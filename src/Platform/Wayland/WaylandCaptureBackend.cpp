@@ -76,6 +76,11 @@ std::shared_ptr<CaptureSource> WaylandCaptureBackend::chosenWindow(std::uint32_t
     return found == m_windows.end() ? nullptr : found->second.lock();
 }
 
+bool WaylandCaptureBackend::isRemembered(const PixelRect &area, const std::vector<Display> &displays) {
+    const Display &display = displayHolding(displays, area);
+    return intersection(area, display.pixels) == area && m_tokens.ofDisplay(display.id);
+}
+
 std::expected<WaylandCaptureBackend::Wanted, PlatformError>
 WaylandCaptureBackend::wantedBy(const CaptureRequest &request, const std::vector<Display> &displays) {
     Wanted wanted;

@@ -197,7 +197,8 @@ std::vector<Display> Listing::displays() const {
         }
         Display display;
         display.id = output->name.empty() ? "output-" + std::to_string(output->global) : output->name;
-        display.name = output->description.empty() ? display.id : output->description;
+        const bool isDescribed = output->description.find_first_not_of(' ') != std::string::npos;
+        display.name = isDescribed ? output->description : display.id;
         display.frame = toPoints(logical, 1);
         display.pixels = {0, 0, size.width, size.height};
         display.scale = logical.width > 0 ? double(size.width) / logical.width : 1;

@@ -113,14 +113,18 @@ Task<StillCapture::Result> WaylandStillCapture::captureArea(PixelRect area, std:
     const auto wanted = areaOnDisplays(*displays, area);
     if (!wanted)
         co_return std::unexpected(Error(wanted.error()));
+    // What the user has agreed to share is there without another question, and without the pointer.
+    if (m_backend.isRemembered(*wanted, *displays)) {
+        auto shared = co_await fromCast(*wanted, stop);
+        if (shared || std::holds_alternative<Cancelled>(shared.error()))
+            co_return shared;
+    }
     const auto desktop = co_await wholeDesktop(stop);
     if (desktop)
         co_return co_await runBlocking(
             [picture = *desktop, all = *displays, part = *wanted] { return cutOut(picture, all, part); },
             stop);
-    if (std::holds_alternative<Cancelled>(desktop.error()))
-        co_return std::unexpected(desktop.error());
-    co_return co_await fromCast(*wanted, stop);
+    co_return std::unexpected(desktop.error());
 }
 
 Task<StillCapture::Result> WaylandStillCapture::wholeDesktop(std::stop_token stop) {
