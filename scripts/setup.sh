@@ -23,7 +23,8 @@ desktop_packages=(xvfb openbox dbus xauth x11-utils x11-xserver-utils xdotool hs
 test_packages=(
   ffmpeg mpv chromium gstreamer1.0-plugins-base-apps gstreamer1.0-plugins-good gstreamer1.0-libav
   gnome-keyring libsecret-tools python3-dbusmock desktop-file-utils glib-networking picom sox
-  pipewire pipewire-pulse wireplumber pulseaudio-utils
+  pipewire pipewire-bin pipewire-pulse wireplumber pulseaudio-utils
+  at-spi2-core gir1.2-atspi-2.0 python3-gi
 )
 
 # install_packages <package>... installs what is missing, with apt.
