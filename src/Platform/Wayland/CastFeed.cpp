@@ -325,8 +325,8 @@ CastFeed::Look CastFeed::look() {
         look.size = m_current->crop.size();
         look.format = m_current->format.pixels;
         look.stride = m_mapping.stride();
-        look.pixels = m_mapping.pixels() + m_current->crop.y * look.stride +
-                      std::ptrdiff_t(m_current->crop.x) * 4;
+        look.pixels =
+            m_mapping.pixels() + m_current->crop.y * look.stride + std::ptrdiff_t(m_current->crop.x) * 4;
     }
     return look;
 }

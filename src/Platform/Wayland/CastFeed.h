@@ -39,8 +39,8 @@ class CastFeed {
 public:
     using Failure = std::variant<PlatformError, Cancelled>;
 
-    /// `remote`: a connected PipeWire socket; absent: the desktop's own server. `wantsPointer`: the pointer is
-    /// told apart from the pictures.
+    /// `remote`: a connected PipeWire socket; absent: the desktop's own server. `wantsPointer`: the pointer
+    /// is told apart from the pictures.
     static std::expected<std::shared_ptr<CastFeed>, PlatformError>
     open(std::optional<UniqueFd> remote, std::uint32_t node, bool wantsPointer);
     ~CastFeed();

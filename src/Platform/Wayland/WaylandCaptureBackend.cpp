@@ -178,9 +178,10 @@ Task<CaptureBackend::Choice> WaylandCaptureBackend::share(Wanted wanted, std::ve
     co_return Chosen{captureOf(std::move(wanted), std::move(session), *feed, *picture)};
 }
 
-std::shared_ptr<WaylandCapture>
-WaylandCaptureBackend::captureOf(Wanted wanted, std::unique_ptr<ScreenCastSession> session,
-                                 std::shared_ptr<CastFeed> feed, PixelSize picture) {
+std::shared_ptr<WaylandCapture> WaylandCaptureBackend::captureOf(Wanted wanted,
+                                                                 std::unique_ptr<ScreenCastSession> session,
+                                                                 std::shared_ptr<CastFeed> feed,
+                                                                 PixelSize picture) {
     CaptureSource::Facts facts{wanted.kind, wanted.display, {}, wanted.place, wanted.display.scale};
     std::optional<PipeWireFrameSource::Cut> cut;
     if (wanted.kind == CaptureKind::area) {

@@ -26,8 +26,7 @@ class WaylandCaptureBackend final : public CaptureBackend {
 public:
     /// `displays` lists the monitors.
     explicit WaylandCaptureBackend(
-        QDBusConnection bus,
-        std::function<std::expected<std::vector<Display>, PlatformError>()> displays);
+        QDBusConnection bus, std::function<std::expected<std::vector<Display>, PlatformError>()> displays);
     ~WaylandCaptureBackend() override;
 
     std::expected<std::vector<Display>, PlatformError> displays() override { return m_displays(); }

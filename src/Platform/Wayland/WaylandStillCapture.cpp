@@ -129,8 +129,8 @@ Task<StillCapture::Result> WaylandStillCapture::captureArea(PixelRect area, std:
 
 Task<StillCapture::Result> WaylandStillCapture::wholeDesktop(std::stop_token stop) {
     // It may ask for the permission, once.
-    PortalRequests::Request request{QStringLiteral("Screenshot"), QStringLiteral("Screenshot"), {}, {},
-                                    std::nullopt};
+    PortalRequests::Request request{
+        QStringLiteral("Screenshot"), QStringLiteral("Screenshot"), {}, {}, std::nullopt};
     request.arguments = QVariantList{QString()};
     request.options.insert(QStringLiteral("interactive"), false);
     const auto answer = co_await m_backend.portal().ask(std::move(request), stop);

@@ -51,7 +51,8 @@ protected:
     }
 
     /// What a request comes to; a failure is shown.
-    static std::shared_ptr<CaptureSource> share(WaylandCaptureBackend &backend, const CaptureRequest &request) {
+    static std::shared_ptr<CaptureSource> share(WaylandCaptureBackend &backend,
+                                                const CaptureRequest &request) {
         auto choice = runTask(backend.choose(request, {}));
         if (choice)
             return std::move(choice->source);
@@ -96,9 +97,8 @@ protected:
 };
 
 /// The number in each picture of a movie, in order, each once, and when it was shown.
-std::vector<std::pair<std::uint32_t, double>> numbersIn(const std::filesystem::path &movie,
-                                                        int x = CastScreen::numberX,
-                                                        int y = CastScreen::numberY) {
+std::vector<std::pair<std::uint32_t, double>>
+numbersIn(const std::filesystem::path &movie, int x = CastScreen::numberX, int y = CastScreen::numberY) {
     std::vector<std::pair<std::uint32_t, double>> numbers;
     forEachPicture(movie, [&](const MoviePicture &picture) {
         const auto number = framecode::read(picture.luma + y * picture.lumaStride + x, picture.lumaStride);
@@ -207,7 +207,8 @@ TEST_F(CastRecording, asksOnceForEachDisplay) {
     EXPECT_EQ(shared->facts().display->id, "RIGHT");
     EXPECT_EQ(m_desktop.dialogs(), 2);
     shared.reset();
-    // What is remembered for the left one is another display now: it is asked for anew, and the answer counts.
+    // What is remembered for the left one is another display now: it is asked for anew, and the answer
+    // counts.
     shared = share(*backend, {CaptureRequest::WholeDisplay{"LEFT"}});
     ASSERT_TRUE(shared);
     EXPECT_EQ(shared->facts().display->id, "RIGHT");
@@ -316,9 +317,10 @@ TEST_F(CastRecording, saysWhyNothingIsShared) {
     m_desktop.script.response = 0;
     m_desktop.script.sourceTypes = 1;
     m_ground.killPortal();
-    EXPECT_EQ(failure(*backend, wholeDisplay),
-              "The desktop's portal is missing: install xdg-desktop-portal and the part of it for this desktop, "
-              "then log in again");
+    EXPECT_EQ(
+        failure(*backend, wholeDisplay),
+        "The desktop's portal is missing: install xdg-desktop-portal and the part of it for this desktop, "
+        "then log in again");
     m_ground.startPortal("double", {"ScreenCast"});
     EXPECT_EQ(failure(*backend, someWindow), "This desktop shares whole displays only, no single windows");
     m_screen.close();

@@ -174,9 +174,10 @@ void CastScreen::Implementation::send() {
         crop->region = region(picture());
     if (auto *damage = find(SPA_META_VideoDamage, static_cast<spa_meta_region *>(nullptr))) {
         const PixelRect shown = picture();
-        damage[0].region = std::exchange(isAllDue, false)
-                               ? region(shown)
-                               : region({shown.x + numberX, shown.y + numberY, framecode::width, framecode::height});
+        damage[0].region =
+            std::exchange(isAllDue, false)
+                ? region(shown)
+                : region({shown.x + numberX, shown.y + numberY, framecode::width, framecode::height});
         damage[1].region = {};
     }
     tellPointer(buffer);
@@ -197,8 +198,8 @@ void CastScreen::Implementation::paint(std::uint8_t *pixels) const {
             std::fill_n(row + shown.x, shown.width, coded(ground));
     }
     const std::ptrdiff_t stride = std::ptrdiff_t(options.buffer.width) * 4;
-    framecode::draw(number,
-                    pixels + (shown.y + numberY) * stride + std::ptrdiff_t(shown.x + numberX) * 4, stride);
+    framecode::draw(number, pixels + (shown.y + numberY) * stride + std::ptrdiff_t(shown.x + numberX) * 4,
+                    stride);
 }
 
 void CastScreen::Implementation::tellPointer(spa_buffer &buffer) {
