@@ -101,6 +101,8 @@ private:
     };
     /// From here on nothing is being recorded, as far as anybody can see.
     Taken takeOut();
+    /// Recorded anew, it is the same thing again, without asking.
+    void rememberChoice(const CaptureSource &source);
     void installHUD(const Display &display);
     void followCap();
 
