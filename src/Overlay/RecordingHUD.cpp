@@ -188,7 +188,7 @@ public:
     void show(const Display &display) {
         window->adjustSize();
         const QScreen *screen = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)));
-        const QRect room = screen->availableGeometry();
+        const QRect room = PanelShell::instance().room(*screen);
         const QSize size = window->panelRect().size();
         const QPoint first(room.center().x() - size.width() / 2,
                            room.bottom() + 1 - hudDistance - size.height());

@@ -11,6 +11,7 @@
 #include "Overlay/WindowPicker.h"
 #include "Panels/DesktopLink.h"
 #include "Panels/FloatingPanel.h"
+#include "Panels/PanelShell.h"
 #include "Platform/DisplayLayout.h"
 #include "Support/Log.h"
 #include "Support/TaskScope.h"
@@ -225,9 +226,7 @@ Task<> SelectionOverlayController::Private::retakePicture(PixelRect area, std::s
 void SelectionOverlayController::Private::show() {
     seedAreaIfNeeded();
     for (const View &view : views) {
-        markAsOwnWindow(*view);
-        view->show();
-        view->raise();
+        view->present();
     }
     if (tool == ToolMode::window) {
         refreshWindows();
@@ -592,7 +591,7 @@ void SelectionOverlayController::Private::finish(SelectionOutcome outcome) {
     // First the focus: left to itself the server would give it to anybody.
     keyboard.giveBack();
     dismissViews();
-    DesktopLink::instance().sync();
+    PanelShell::instance().sync();
     kept.reset();
     picker = {};
     const bool isCancelled = outcome.isCancelled();

@@ -7,12 +7,14 @@
 #include "Overlay/OverlayText.h"
 #include "Overlay/QtGeometry.h"
 #include "Panels/PanelFont.h"
+#include "Panels/PanelShell.h"
 #include "Platform/DisplayLayout.h"
 
 #include <QAccessible>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QScreen>
 
 #include <algorithm>
@@ -44,10 +46,11 @@ Qt::CursorShape resizeCursor(const AreaZone::Resize &zone, const Rect &selection
 } // namespace
 
 SelectionView::SelectionView(const Display &display, QScreen *screen, bool isBlended)
-    : m_display(display), m_isBlended(isBlended), m_area({display.frame.width, display.frame.height}) {
+    : m_display(display), m_isBlended(isBlended), m_hasServer(OverlayCanvas::hasServer()),
+      m_area({display.frame.width, display.frame.height}) {
     installOverlayAccessibility();
-    setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
-    setAttribute(Qt::WA_PaintOnScreen);
+    setWindowFlags(PanelShell::instance().flags(PanelShell::Role::overlay));
+    setAttribute(Qt::WA_PaintOnScreen, m_hasServer);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_NoSystemBackground);
     setAttribute(Qt::WA_InputMethodEnabled, false);
@@ -62,11 +65,21 @@ SelectionView::SelectionView(const Display &display, QScreen *screen, bool isBle
     setGeometry(int(display.frame.x), int(display.frame.y), int(std::ceil(display.frame.width)),
                 int(std::ceil(display.frame.height)));
     setFixedSize(size());
-    m_canvas = OverlayCanvas::create(*this, display.pixels, isBlended);
+    if (m_hasServer)
+        m_canvas = OverlayCanvas::create(*this, display.pixels, isBlended);
+    PanelShell::instance().adopt(*this, PanelShell::Role::overlay);
     m_scene = scene();
 }
 
 SelectionView::~SelectionView() = default;
+
+void SelectionView::present() {
+    if (PanelShell::instance().placesWindows())
+        show();
+    else
+        showFullScreen();
+    PanelShell::instance().raise(*this);
+}
 
 void SelectionView::freezeScreen() {
     if (m_canvas)
@@ -313,8 +326,12 @@ void SelectionView::addHints(OverlayScene &scene) const {
 }
 
 void SelectionView::paintEvent(QPaintEvent *event) {
-    if (m_canvas)
+    if (m_canvas) {
         m_canvas->paint(pixelsCovering(event->region(), scale()), m_scene, scale());
+    } else if (!m_hasServer) {
+        QPainter painter(this);
+        m_scene.paint(painter, event->region(), scale());
+    }
 }
 
 // What the pointer does

@@ -39,8 +39,10 @@ public:
     /// from that pixel of the display on.
     void freezeScreen();
     void setPicture(const QImage &picture, const QPoint &corner);
-    /// Drawn by the X server: Qt has no engine for it.
-    QPaintEngine *paintEngine() const override { return nullptr; }
+    /// None where the X server draws.
+    QPaintEngine *paintEngine() const override { return m_hasServer ? nullptr : QWidget::paintEngine(); }
+    /// Covers its screen.
+    void present();
     void setTool(ToolMode tool);
 
     const AreaSelection &area() const { return m_area; }
@@ -118,6 +120,7 @@ private:
 
     const Display m_display;
     const bool m_isBlended;
+    const bool m_hasServer;
     std::unique_ptr<OverlayCanvas> m_canvas;
     ToolMode m_tool = ToolMode::area;
     AreaSelection m_area;

@@ -5,6 +5,7 @@
 
 #include "Panels/DesktopLink.h"
 #include "Panels/PanelShape.h"
+#include "Panels/PanelShell.h"
 #include "Panels/Theme.h"
 
 #include <QPixmap>
@@ -33,12 +34,15 @@ public:
         bool isMovable = true;
         /// Draws the panel's own shape; else the subclass draws all.
         bool drawsPanel = true;
+        PanelShell::Role role = PanelShell::Role::panel;
     };
     explicit FloatingPanel(Options options);
     ~FloatingPanel() override;
 
     /// Shown above everything without taking the focus; again above everything when it was shown already.
     void showPanel();
+    /// Above the other panels.
+    void raisePanel() { PanelShell::instance().raise(*this); }
     const Theme &theme() const { return Theme::of(m_onLightBackdrop); }
     void setOnLightBackdrop(bool light);
     QRect panelRect() const;

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Panels/PanelShell.h"
+
+#include "Panels/WaylandLink.h"
+#include "Panels/WaylandPanelShell.h"
+#include "Panels/X11PanelShell.h"
+
+#include <memory>
+
+namespace vantrell {
+
+PanelShell &PanelShell::instance() {
+    static const std::unique_ptr<PanelShell> shell = []() -> std::unique_ptr<PanelShell> {
+        if (WaylandLink *wayland = WaylandLink::instance())
+            return std::make_unique<WaylandPanelShell>(*wayland);
+        return std::make_unique<X11PanelShell>();
+    }();
+    return *shell;
+}
+
+} // namespace vantrell

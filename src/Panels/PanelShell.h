@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include <QRect>
+#include <QRegion>
+#include <Qt>
+
+class QScreen;
+class QWidget;
+
+namespace vantrell {
+
+/// How this session's desktop takes the windows of the panels: who places them, what of them the pointer
+/// meets, and how they come to the keyboard. X11 leaves all of it to the application; a Wayland compositor
+/// does as well where it has the layer shell, and else treats them as ordinary windows. Main thread.
+class PanelShell {
+public:
+    enum class Role {
+        /// Lies above other windows, without the keyboard.
+        panel = 1,
+        /// Covers its screen.
+        overlay,
+        /// Opened by a panel; goes when the user turns to something else.
+        menu,
+        /// A word about a panel, which the pointer does not meet.
+        tip,
+    };
+
+    /// The one of this process; made when it is first asked for.
+    static PanelShell &instance();
+    virtual ~PanelShell() = default;
+    PanelShell(const PanelShell &) = delete;
+    PanelShell &operator=(const PanelShell &) = delete;
+
+    /// What a window of that kind is made with.
+    virtual Qt::WindowFlags flags(Role role) const = 0;
+    /// Before the window is shown for the first time. `owner` is the panel that a menu or a tip belongs to.
+    virtual void adopt(QWidget &window, Role role, QWidget *owner = nullptr) = 0;
+    /// Windows lie where the application puts them; else the desktop chooses.
+    virtual bool placesWindows() const = 0;
+    /// Windows of this process can be left out of pictures.
+    virtual bool keepsOutOfPictures() const = 0;
+    /// A window's opacity can be changed while it is shown.
+    virtual bool canFade() const = 0;
+    /// Where on the screen nothing of the desktop's own lies, in Qt's coordinates.
+    virtual QRect room(const QScreen &screen) const = 0;
+    /// Above the other panels.
+    virtual void raise(QWidget &window) = 0;
+    /// What of the window there is at all, and what of it the pointer meets, in the device's pixels from its
+    /// corner; an empty region: everything.
+    virtual void setShape(QWidget &window, const QRegion &visible, const QRegion &touchable) = 0;
+
+    /// The desktop gives the window the keyboard until it is taken back; false where windows take the input
+    /// focus themselves. The last borrower has it, and after it the one before.
+    virtual bool lendKeyboard(QWidget &window) = 0;
+    virtual void takeKeyboardBack(QWidget &window) = 0;
+
+    /// The desktop moves the window with the pointer that has been pressed in it; false where the application
+    /// does.
+    virtual bool beginDrag(QWidget &window) = 0;
+    /// The window is where it was last put: the pointer's places in it count from there.
+    virtual bool isSettled(const QWidget &window) const = 0;
+    /// Returns when the desktop has done all that was asked for.
+    virtual void sync() = 0;
+
+protected:
+    PanelShell() = default;
+};
+
+} // namespace vantrell
