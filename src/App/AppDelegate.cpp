@@ -147,6 +147,7 @@ void AppDelegate::wire() {
         publishToBar();
         rebuildMenu();
     }));
+    m_hotKeys.onChange([this] { rebuildMenu(); });
     m_hotKeys.install([this](HotKeys::Action action) {
         switch (action) {
         case HotKeys::Action::captureArea:
@@ -330,6 +331,14 @@ StatusMenuState AppDelegate::menuState() const {
     state.availableUpdateVersion = m_availableUpdateVersion;
     state.canCheckForUpdates = m_updater.canCheckForUpdates();
     state.launchesAtLogin = m_services.desktop.loginItem->isEnabled();
+    using Action = HotKeys::Action;
+    const std::optional<PlatformError> noKeys = m_hotKeys.problem();
+    for (const auto &[action, key] : {std::pair(Action::captureArea, &state.keys.area),
+                                      std::pair(Action::captureWindow, &state.keys.window),
+                                      std::pair(Action::toggleRecording, &state.keys.toggle)})
+        *key = noKeys ? std::string() : m_hotKeys.assigned(action).value_or(*key);
+    if (noKeys)
+        state.takenHotKeys.emplace_back("Hot keys are bound in the desktop's settings");
     for (const auto &[action, error] : m_hotKeys.failedHotKeys())
         state.takenHotKeys.push_back(std::string("Another program holds the keys of ") + titleOf(action));
     return state;

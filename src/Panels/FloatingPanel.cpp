@@ -153,23 +153,23 @@ void FloatingPanel::changeEvent(QEvent *event) {
 
 void FloatingPanel::mousePressEvent(QMouseEvent *event) {
     if (m_options.isMovable && event->button() == Qt::LeftButton)
-        m_drag = Drag{event->globalPosition().toPoint(),
-                      event->globalPosition().toPoint() - panelFrame().topLeft()};
+        m_drag = Drag{{pos(), event->globalPosition().toPoint(), event->position().toPoint(), {}, {}}};
 }
 
 void FloatingPanel::mouseMoveEvent(QMouseEvent *event) {
     if (!m_drag)
         return;
-    const QPoint pointer = event->globalPosition().toPoint();
-    if ((pointer - m_drag->pressed).manhattanLength() >= QApplication::startDragDistance())
-        m_drag->isMoving = true;
-    if (!m_drag->isMoving)
+    m_drag->places.now = event->globalPosition().toPoint();
+    m_drag->places.nowInside = event->position().toPoint();
+    const QPoint way = m_drag->places.now - m_drag->places.pressed;
+    if (!m_drag->isMoving && way.manhattanLength() < QApplication::startDragDistance())
         return;
+    m_drag->isMoving = true;
     PanelShell &shell = PanelShell::instance();
     if (shell.beginDrag(*this))
         m_drag.reset();
-    else if (shell.isSettled(*this))
-        placePanel(pointer - m_drag->offset);
+    else if (const auto corner = shell.dragged(*this, m_drag->places))
+        placePanel(*corner + QPoint(shadowMargin(), shadowMargin()));
 }
 
 void FloatingPanel::mouseReleaseEvent(QMouseEvent *event) {

@@ -76,8 +76,7 @@ protected:
 
 private:
     struct Drag {
-        QPoint pressed;
-        QPoint offset;
+        PanelShell::Drag places;
         bool isMoving = false;
     };
 

@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QPlatformSurfaceEvent>
 #include <QScreen>
 #include <QWidget>
 
@@ -30,9 +31,9 @@ constexpr int ignoresOthers = -1;
 struct LayerWindow::Listeners {
     static LayerWindow &self(void *data) { return *static_cast<LayerWindow *>(data); }
 
-    static void configure(void *data, zwlr_layer_surface_v1 *layer, std::uint32_t serial, std::uint32_t,
+    static void configure(void *data, zwlr_layer_surface_v1 *surface, std::uint32_t serial, std::uint32_t,
                           std::uint32_t) {
-        zwlr_layer_surface_v1_ack_configure(layer, serial);
+        zwlr_layer_surface_v1_ack_configure(surface, serial);
         self(data).m_isConfigured = true;
     }
     static void closed(void *data, zwlr_layer_surface_v1 *) { self(data).close(); }
@@ -42,8 +43,8 @@ struct LayerWindow::Listeners {
     }
     static void configurePopup(void *, xdg_popup *, std::int32_t, std::int32_t, std::int32_t, std::int32_t) {}
     static void popupDone(void *data, xdg_popup *) { self(data).close(); }
-    static void settled(void *data, wl_callback *callback, std::uint32_t) {
-        wl_callback_destroy(callback);
+    static void settled(void *data, wl_callback *done, std::uint32_t) {
+        wl_callback_destroy(done);
         self(data).m_settling = nullptr;
     }
 
@@ -227,7 +228,7 @@ void LayerWindow::settle() {
 
 void LayerWindow::close() {
     // The screen has gone, or the user has turned away from the menu.
-    QMetaObject::invokeMethod(&m_window, &QWindow::close, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, [this] { m_window.close(); }, Qt::QueuedConnection);
 }
 
 } // namespace vantrell

@@ -11,6 +11,13 @@
 
 namespace vantrell {
 
+void PanelShell::prepare() {
+    // Windows that bypass the window manager get no role of Qt's, and windows stay where they were put. X11
+    // does both of itself.
+    qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "1");
+    qputenv("QT_WAYLAND_DISABLE_FIXED_POSITIONS", "1");
+}
+
 PanelShell &PanelShell::instance() {
     static const std::unique_ptr<PanelShell> shell = []() -> std::unique_ptr<PanelShell> {
         if (WaylandLink *wayland = WaylandLink::instance())

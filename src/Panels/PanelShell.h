@@ -3,9 +3,12 @@
 
 #pragma once
 
+#include <QPoint>
 #include <QRect>
 #include <QRegion>
 #include <Qt>
+
+#include <optional>
 
 class QScreen;
 class QWidget;
@@ -28,6 +31,8 @@ public:
         tip,
     };
 
+    /// Before the application object is made: how Qt shall treat windows that the shell takes care of.
+    static void prepare();
     /// The one of this process; made when it is first asked for.
     static PanelShell &instance();
     virtual ~PanelShell() = default;
@@ -60,8 +65,17 @@ public:
     /// The desktop moves the window with the pointer that has been pressed in it; false where the application
     /// does.
     virtual bool beginDrag(QWidget &window) = 0;
-    /// The window is where it was last put: the pointer's places in it count from there.
-    virtual bool isSettled(const QWidget &window) const = 0;
+    /// A window that is dragged, by the places that the desktop has told of the pointer: on the desktop as Qt
+    /// counts them, and in the window.
+    struct Drag {
+        QPoint windowAtPress;
+        QPoint pressed;
+        QPoint pressedInside;
+        QPoint now;
+        QPoint nowInside;
+    };
+    /// Where its corner belongs; none while that cannot be told.
+    virtual std::optional<QPoint> dragged(const QWidget &window, const Drag &drag) = 0;
     /// Returns when the desktop has done all that was asked for.
     virtual void sync() = 0;
 

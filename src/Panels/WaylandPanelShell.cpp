@@ -65,7 +65,7 @@ void WaylandPanelShell::adopt(QWidget &window, Role role, QWidget *owner) {
 
 /// A menu is worked with keys too, and gets them as its panel does.
 void WaylandPanelShell::lendToMenusOf(QWidget &panel, QMenu &menu) {
-    const bool hasIt = std::ranges::find(m_borrowers, &panel) != m_borrowers.end();
+    const bool hasIt = std::ranges::any_of(m_borrowers, [&](const auto &one) { return one == &panel; });
     if (hasIt)
         return;
     lendKeyboard(panel);
@@ -119,7 +119,7 @@ bool WaylandPanelShell::lendKeyboard(QWidget &window) {
         if (LayerWindow *layer = LayerWindow::of(borrower->windowHandle()); layer && borrower != &window)
             layer->setKeyboard(false);
     }
-    std::erase(m_borrowers, &window);
+    std::erase_if(m_borrowers, [&](const auto &one) { return one == &window; });
     m_borrowers.emplace_back(&window);
     if (LayerWindow *layer = LayerWindow::of(window.windowHandle()))
         layer->setKeyboard(true);
@@ -131,7 +131,7 @@ bool WaylandPanelShell::lendKeyboard(QWidget &window) {
 void WaylandPanelShell::takeKeyboardBack(QWidget &window) {
     if (LayerWindow *layer = LayerWindow::of(window.windowHandle()))
         layer->setKeyboard(false);
-    std::erase(m_borrowers, &window);
+    std::erase_if(m_borrowers, [&](const auto &one) { return one == &window; });
     pruneBorrowers();
     if (!m_borrowers.empty())
         if (LayerWindow *layer = LayerWindow::of(m_borrowers.back()->windowHandle()))
@@ -142,9 +142,9 @@ bool WaylandPanelShell::beginDrag(QWidget &window) {
     return !m_hasLayers && window.windowHandle()->startSystemMove();
 }
 
-bool WaylandPanelShell::isSettled(const QWidget &window) const {
+std::optional<QPoint> WaylandPanelShell::dragged(const QWidget &window, const Drag &drag) {
     const LayerWindow *layer = LayerWindow::of(window.windowHandle());
-    return !layer || layer->isSettled();
+    return m_drag.place(window.pos(), drag, !layer || layer->isSettled());
 }
 
 void WaylandPanelShell::sync() {

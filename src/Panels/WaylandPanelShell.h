@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Panels/LayerDrag.h"
 #include "Panels/PanelShell.h"
 
 #include <QPointer>
@@ -10,6 +11,7 @@
 #include <QTimer>
 
 #include <map>
+#include <optional>
 #include <vector>
 
 class QMenu;
@@ -34,7 +36,7 @@ public:
     bool lendKeyboard(QWidget &window) override;
     void takeKeyboardBack(QWidget &window) override;
     bool beginDrag(QWidget &window) override;
-    bool isSettled(const QWidget &window) const override;
+    std::optional<QPoint> dragged(const QWidget &window, const Drag &drag) override;
     void sync() override;
 
 private:
@@ -46,6 +48,7 @@ private:
     /// How much room the screens have, for as long as that is likely to be true.
     mutable std::map<const QScreen *, QSize> m_rooms;
     mutable QTimer m_roomsAge;
+    LayerDrag m_drag;
     /// Who has borrowed the keyboard; the last one has it.
     std::vector<QPointer<QWidget>> m_borrowers;
 };

@@ -22,7 +22,9 @@ public:
     bool lendKeyboard(QWidget &) override { return false; }
     void takeKeyboardBack(QWidget &) override {}
     bool beginDrag(QWidget &) override { return false; }
-    bool isSettled(const QWidget &) const override { return true; }
+    std::optional<QPoint> dragged(const QWidget &, const Drag &drag) override {
+        return drag.windowAtPress + drag.now - drag.pressed;
+    }
     void sync() override;
 };
 
