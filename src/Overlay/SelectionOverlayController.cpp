@@ -248,10 +248,11 @@ void SelectionOverlayController::Private::wire(SelectionView &view) {
     view.onPointerMoved = [this] { followPointer(); };
     view.onPicked = [this](bool record) { pick(record); };
     view.onKey = [this, &view](QKeyEvent &event) { handleKey(view, event); };
-    view.onPixelsWanted = [this, &view](const QRect &pixels) {
-        if (!std::exchange(isFetchingPixels, true))
-            scope.start(this, &Private::fetchLoupePixels, QPointer<SelectionView>(&view), pixels);
-    };
+    if (services.stills.canWatch())
+        view.onPixelsWanted = [this, &view](const QRect &pixels) {
+            if (!std::exchange(isFetchingPixels, true))
+                scope.start(this, &Private::fetchLoupePixels, QPointer<SelectionView>(&view), pixels);
+        };
     view.barFrame = [this, &view] {
         const QRect bar = owner.barFrame ? owner.barFrame() : QRect();
         return bar.isEmpty() ? Rect() : fromQt(QRectF(bar.translated(-view.geometry().topLeft())));

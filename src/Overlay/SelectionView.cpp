@@ -218,7 +218,8 @@ void SelectionView::addArea(OverlayScene &scene) const {
 }
 
 std::optional<Loupe> SelectionView::loupe(const QRect &selected) const {
-    if (!isDragging() || std::holds_alternative<Drag::Move>(m_area.drag()->kind))
+    const bool hasPixels = m_isBlended ? bool(onPixelsWanted) : bool(m_canvas);
+    if (!hasPixels || !isDragging() || std::holds_alternative<Drag::Move>(m_area.drag()->kind))
         return std::nullopt;
     // The edge that follows the pointer, which it need not touch.
     const auto nearest = [](double at, int low, int high) {

@@ -208,10 +208,9 @@ void LayerWindow::setKeyboard(bool has) {
     commit();
 }
 
-void LayerWindow::raise() {
+void LayerWindow::comeAnew() {
     if (!m_layer || m_link.layerShellVersion() < ZWLR_LAYER_SURFACE_V1_SET_LAYER_SINCE_VERSION)
         return;
-    // What comes into a layer comes above what is there.
     zwlr_layer_surface_v1_set_layer(m_layer, ZWLR_LAYER_SHELL_V1_LAYER_TOP);
     commit();
     zwlr_layer_surface_v1_set_layer(m_layer, ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY);

@@ -38,7 +38,8 @@ public:
     /// The panel that a menu opens from.
     void setOwner(QWindow *owner) { m_owner = owner; }
     void setKeyboard(bool has);
-    void raise();
+    /// Leaves the layer and comes into it again: compositors stack by that.
+    void comeAnew();
     /// False while the compositor has not yet done what was asked of it before.
     bool isSettled() const { return !m_settling; }
 

@@ -89,7 +89,7 @@ QRect WaylandPanelShell::room(const QScreen &screen) const {
 
 void WaylandPanelShell::raise(QWidget &window) {
     if (LayerWindow *layer = LayerWindow::of(window.windowHandle()))
-        layer->raise();
+        m_order.raise(*layer);
     else
         window.raise();
 }

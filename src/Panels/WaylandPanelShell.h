@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Panels/LayerDrag.h"
+#include "Panels/LayerOrder.h"
 #include "Panels/PanelShell.h"
 
 #include <QPointer>
@@ -48,6 +49,7 @@ private:
     /// How much room the screens have, for as long as that is likely to be true.
     mutable std::map<const QScreen *, QSize> m_rooms;
     mutable QTimer m_roomsAge;
+    LayerOrder m_order;
     LayerDrag m_drag;
     /// Who has borrowed the keyboard; the last one has it.
     std::vector<QPointer<QWidget>> m_borrowers;
