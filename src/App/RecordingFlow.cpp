@@ -32,6 +32,9 @@ constexpr auto limitsPatience = 3s;
 ToolMode toolOf(const SelectionOutcome &outcome) {
     if (std::holds_alternative<SelectionOutcome::Region>(outcome.picked))
         return ToolMode::area;
+    if (const auto *picker = std::get_if<SelectionOutcome::DesktopPicker>(&outcome.picked))
+        return picker->what.kind == CaptureRequest::LetDesktopAsk::Kind::window ? ToolMode::window
+                                                                                : ToolMode::screen;
     return std::holds_alternative<SelectionOutcome::Window>(outcome.picked) ? ToolMode::window
                                                                             : ToolMode::screen;
 }
@@ -68,6 +71,8 @@ std::optional<RecordingFlow::Picked> RecordingFlow::requestOf(const SelectionOut
         return Picked{{CaptureRequest::WholeDisplay{whole->display.id}}, whole->display, whole->record};
     if (const auto *window = std::get_if<SelectionOutcome::Window>(&outcome.picked))
         return Picked{{CaptureRequest::Window{window->window.id}}, window->display, window->record};
+    if (const auto *picker = std::get_if<SelectionOutcome::DesktopPicker>(&outcome.picked))
+        return Picked{{picker->what}, picker->display, picker->record};
     return std::nullopt;
 }
 
@@ -105,7 +110,8 @@ Task<> RecordingFlow::start(SelectionOutcome outcome, bool skipCountdown, std::s
 
 Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome, bool skipCountdown,
                                                         std::stop_token stop) {
-    const auto picked = requestOf(outcome);
+    auto picked = requestOf(outcome);
+    picked->request.separatesPointer = m_services.settings.separateCursor();
     ServiceAccount &account = m_services.account;
     if (!account.limitsFetched() && account.isPaired()) {
         std::stop_source given;
@@ -118,6 +124,7 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
     if (!chosen)
         co_return std::unexpected(asFailure(std::move(chosen.error())));
     const std::shared_ptr<CaptureSource> source = chosen->source;
+    rememberChoice(*source);
     const Display display = source->facts().display.value_or(picked->display);
 
     const CaptureSettings &settings = m_services.settings;
@@ -159,6 +166,13 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
     if (settings.cameraEnabled())
         qCInfo(logCapture, "camera skipped: granted=%d", 0);
     co_return std::expected<void, Failure>();
+}
+
+void RecordingFlow::rememberChoice(const CaptureSource &source) {
+    if (auto *picker = m_activeRecordingOutcome
+                           ? std::get_if<SelectionOutcome::DesktopPicker>(&m_activeRecordingOutcome->picked)
+                           : nullptr)
+        picker->what.restoreToken = source.restoreToken();
 }
 
 void RecordingFlow::installHUD(const Display &display) {
@@ -322,9 +336,10 @@ void RecordingFlow::finishScreenshot(SelectionOutcome outcome) {
 }
 
 Task<> RecordingFlow::takeStill(SelectionOutcome outcome, std::stop_token stop) {
-    const auto picked = requestOf(outcome);
+    auto picked = requestOf(outcome);
     if (!picked)
         co_return;
+    picked->request.isForStill = true;
     std::string problem;
     if (const auto chosen = co_await m_services.platform.capture->choose(picked->request, stop)) {
         auto still = co_await ScreenshotEngine::capture(m_services.platform.stills.get(),

@@ -95,6 +95,8 @@ private:
     Task<> takeStill(SelectionOutcome outcome, std::stop_token stop);
     /// From here on nothing is being recorded, as far as anybody can see.
     std::shared_ptr<RecordingEngine> takeOut();
+    /// Recorded anew, it is the same thing again, without asking.
+    void rememberChoice(const CaptureSource &source);
     void installHUD(const Display &display);
     void followCap();
 
