@@ -17,7 +17,7 @@ build_packages=(
   libxcb1-dev libxcb-shm0-dev libxcb-damage0-dev libxcb-xfixes0-dev libxcb-composite0-dev libxcb-randr0-dev
   libxcb-shape0-dev libxcb-xinput-dev libxcb-xkb-dev libxcb-screensaver0-dev libxcb-icccm4-dev libxcb-ewmh-dev libxcb-image0-dev
   libxcb-render0-dev libxcb-util-dev libxcb-xtest0-dev libpulse-dev libpipewire-0.3-dev libsecret-1-dev libglib2.0-dev
-  libwayland-dev libwayland-bin wayland-protocols
+  libwayland-dev libwayland-bin wayland-protocols libxkbcommon-dev
 )
 # A desktop out of nothing, for the demo and the tests.
 desktop_packages=(xvfb openbox dbus xauth x11-utils x11-xserver-utils xdotool hsetroot procps openssl curl)

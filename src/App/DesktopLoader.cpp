@@ -9,10 +9,12 @@
 #include "Platform/Desktop/DesktopFileOpener.h"
 #include "Platform/Desktop/DesktopNotifier.h"
 #include "Platform/Desktop/LogindSessionMonitor.h"
+#include "Platform/Desktop/PortalColourScheme.h"
 #include "Platform/Desktop/PortalHotKeys.h"
 #include "Platform/NullHotKeys.h"
 #include "Platform/NullNotifier.h"
 #include "Platform/NullSessionMonitor.h"
+#include "Platform/Wayland/WaylandKeymap.h"
 #include "Platform/Wayland/WaylandScreenAccess.h"
 #include "Platform/X11/X11HotKeys.h"
 #include "Platform/X11/X11ScreenBlanking.h"
@@ -47,7 +49,7 @@ std::unique_ptr<HotKeyBackend> portalHotKeys(const QDBusConnection &bus) {
              {Key::digit8, QStringLiteral("capture-window"), QStringLiteral("Capture Window")},
              {Key::digit9, QStringLiteral("toggle-recording"), QStringLiteral("Start or Stop Recording")}},
             desktops.substr(desktops.rfind(':') + 1),
-            {}});
+            shiftedSymbol});
 }
 
 std::unique_ptr<HotKeyBackend> loadHotKeys(SessionKind session, const QDBusConnection &bus) {
@@ -93,6 +95,11 @@ DesktopServices loadDesktopServices() {
         services.screenAccess = std::make_unique<WaylandScreenAccess>(bus, desktopName());
     else
         services.screenAccess = std::make_unique<AlwaysGrantedScreenAccess>(desktopName());
+    // Elsewhere the panels look at the screen behind them.
+    if (session == SessionKind::wayland)
+        services.colours = std::make_unique<PortalColourScheme>(bus);
+    else
+        services.colours = std::make_unique<ColourScheme>();
     services.files = std::make_unique<DesktopFileOpener>(bus);
     return services;
 }

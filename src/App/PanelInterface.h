@@ -49,7 +49,8 @@ public:
     void finishSelection(SelectionOutcome outcome) override;
     bool isSelecting() const override { return m_overlay != nullptr; }
     Task<bool> countDown(int seconds, Display display, std::stop_token stop) override;
-    void showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) override;
+    void showHUD(std::shared_ptr<RecordingHUDState> state, const Recorded &recorded) override;
+    bool isHUDVisible() const override { return m_hud && m_isHUDVisible; }
     void hideHUD() override;
     void showShelf(bool visible) override { m_shelfPanel.setVisible(visible); }
     void focusShelf() override { m_shelfPanel.takeKeyboard(); }
@@ -68,6 +69,7 @@ private:
     std::unique_ptr<CaptureBar> m_captureBar;
     std::unique_ptr<SelectionOverlayController> m_overlay;
     std::unique_ptr<RecordingHUD> m_hud;
+    bool m_isHUDVisible = false;
 };
 
 } // namespace vantrell

@@ -97,7 +97,7 @@ private:
     std::shared_ptr<RecordingEngine> takeOut();
     /// Recorded anew, it is the same thing again, without asking.
     void rememberChoice(const CaptureSource &source);
-    void installHUD(const Display &display);
+    void installHUD(const UserInterface::Recorded &recorded);
     void followCap();
 
     /// Runs the operations of recordings one after another.

@@ -11,14 +11,17 @@
 #include "Panels/PillPanel.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QScreen>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace vantrell {
 
@@ -185,17 +188,40 @@ public:
             pill.showBelow(window->panelFrame());
     }
 
-    void show(const Display &display) {
+    /// Beside what is recorded, where its usual place is in the picture: below, above, at the sides, on
+    /// another display.
+    std::optional<QPoint> freePlace(const QScreen &screen, const QPoint &usual) const {
+        std::vector<QPoint> places{usual};
+        const QSize size = window->panelRect().size();
+        for (const QScreen *other : QGuiApplication::screens()) {
+            const QRect room = PanelShell::instance().room(*other);
+            const int right = room.right() + 1 - size.width(), bottom = room.bottom() + 1 - size.height();
+            if (other != &screen)
+                places.emplace_back(room.center().x() - size.width() / 2, bottom - hudDistance);
+            for (const int y : {room.top(), bottom}) {
+                const auto at = other == &screen ? places.begin() + 1 : places.end();
+                places.insert(at, {{room.center().x() - size.width() / 2, y}, {room.left(), y}, {right, y}});
+            }
+        }
+        const auto free =
+            std::ranges::find_if(places, [this](const QPoint &place) { return window->mayLieAt(place); });
+        return free == places.end() ? std::nullopt : std::optional(*free);
+    }
+
+    bool show(const Display &display) {
         window->adjustSize();
         const QScreen *screen = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)));
         const QRect room = PanelShell::instance().room(*screen);
         const QSize size = window->panelRect().size();
         const QPoint first(room.center().x() - size.width() / 2,
                            room.bottom() + 1 - hudDistance - size.height());
-        window->placePanel(placement.restore(*screen, size).value_or(first));
+        const auto place = freePlace(*screen, placement.restore(*screen, size).value_or(first));
+        if (!place || !window->placePanel(*place))
+            return false;
         window->showPanel();
         placePill();
         backdrop.start();
+        return true;
     }
 
     void hide() {
@@ -224,8 +250,8 @@ RecordingHUD::RecordingHUD(Services services, std::shared_ptr<RecordingHUDState>
 
 RecordingHUD::~RecordingHUD() = default;
 
-void RecordingHUD::show(const Display &display) {
-    m_panel->show(display);
+bool RecordingHUD::show(const Display &display) {
+    return m_panel->show(display);
 }
 
 void RecordingHUD::hide() {

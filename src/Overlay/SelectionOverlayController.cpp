@@ -194,6 +194,7 @@ void SelectionOverlayController::Private::build() {
         views.push_back(std::make_unique<SelectionView>(display, screenOf(display), isBlended));
         wire(*views.back());
         views.back()->setTool(tool);
+        views.back()->setDesktopPicks(services.capture.hasOwnPicker());
     }
     const PixelRect ownWindows = visibleOwnWindows(displays);
     if (!isBlended)
@@ -403,7 +404,7 @@ void SelectionOverlayController::Private::setTool(ToolMode wanted) {
 }
 
 void SelectionOverlayController::Private::refreshWindows() {
-    if (tool != ToolMode::window)
+    if (tool != ToolMode::window || services.capture.hasOwnPicker())
         return;
     auto windows = services.capture.windows();
     if (!windows) {
@@ -483,6 +484,13 @@ void SelectionOverlayController::Private::pick(bool record) {
 }
 
 void SelectionOverlayController::Private::pickWindow(bool record) {
+    if (services.capture.hasOwnPicker()) {
+        const SelectionView *view = activeView();
+        finish({SelectionOutcome::DesktopPicker{{CaptureRequest::LetDesktopAsk::Kind::window, std::nullopt},
+                                                view ? view->display() : displays.front(),
+                                                record}});
+        return;
+    }
     const WindowDescription *lit = picker.lit();
     if (!lit)
         return;

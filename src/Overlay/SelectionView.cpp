@@ -137,7 +137,7 @@ bool SelectionView::canAccept() const {
     case ToolMode::area:
         return m_buttons.has_value();
     case ToolMode::window:
-        return m_litWindow.has_value();
+        return m_litWindow || m_desktopPicks;
     case ToolMode::screen:
         break;
     }
@@ -147,10 +147,16 @@ bool SelectionView::canAccept() const {
 void SelectionView::accept(bool record) {
     if (m_tool == ToolMode::area)
         commitSelection(record);
-    else if (m_tool == ToolMode::window && m_litWindow && onPicked)
+    else if (m_tool == ToolMode::window && canAccept() && onPicked)
         onPicked(record);
     else if (m_tool == ToolMode::screen && onOutcome)
         onOutcome({SelectionOutcome::WholeDisplay{m_display, record}});
+}
+
+void SelectionView::setDesktopPicks(bool picks) {
+    m_desktopPicks = picks;
+    placeButtons();
+    refresh();
 }
 
 void SelectionView::setWindows(const WindowPicker &picker, const QImage &icon, const QRegion &visiblePart) {
@@ -274,6 +280,8 @@ void SelectionView::fetchLoupePixels(const QRect &shown) {
 }
 
 void SelectionView::addWindow(OverlayScene &scene) const {
+    if (m_desktopPicks)
+        scene.buttons = m_buttons;
     if (!m_litWindow)
         return;
     scene.lit = m_litPart;
@@ -325,6 +333,8 @@ void SelectionView::addHints(OverlayScene &scene) const {
     QString text = m_notice;
     if (text.isEmpty() && m_tool == ToolMode::area)
         text = overlayText("Drag anywhere to select an area");
+    else if (text.isEmpty() && m_tool == ToolMode::window && m_desktopPicks)
+        text = overlayText("Click, then choose a window in the desktop's dialog");
     else if (text.isEmpty() && m_tool == ToolMode::window)
         text = m_hasWindows ? overlayText("Click a window to record it")
                             : overlayText("There is no window to record");
@@ -382,7 +392,7 @@ void SelectionView::mousePressEvent(QMouseEvent *event) {
     if (event->button() != Qt::LeftButton || isDragging())
         return;
     setNotice({});
-    if (m_tool != ToolMode::area) {
+    if (m_tool != ToolMode::area && !buttonAt(m_mouse)) {
         m_isPicking = true;
         return;
     }
@@ -452,7 +462,7 @@ void SelectionView::mouseReleaseEvent(QMouseEvent *event) {
         const auto pressed = std::exchange(m_buttons->pressed, std::nullopt);
         refresh();
         if (pressed == buttonAt(m_mouse))
-            commitSelection(pressed == ActionButtons::Kind::record);
+            accept(pressed == ActionButtons::Kind::record);
         return;
     }
     if (std::exchange(m_isPicking, false) && onPicked)
@@ -483,9 +493,13 @@ void SelectionView::endDrag() {
 void SelectionView::placeButtons() {
     m_buttons.reset();
     m_area.captureButtonRect = m_area.recordButtonRect = std::nullopt;
-    if (m_tool == ToolMode::area && m_area.rect() && !isDragging()) {
-        m_buttons =
-            ActionButtons::placed(integral(*m_area.rect()), m_area.bounds(), barFrame ? barFrame() : Rect());
+    std::optional<Rect> beside;
+    if (m_tool == ToolMode::area && m_area.rect() && !isDragging())
+        beside = integral(*m_area.rect());
+    else if (m_tool == ToolMode::window && m_desktopPicks)
+        beside = Rect{m_area.bounds().width / 2, m_area.bounds().height / 2, 0, 0};
+    if (beside) {
+        m_buttons = ActionButtons::placed(*beside, m_area.bounds(), barFrame ? barFrame() : Rect());
         m_area.captureButtonRect = m_buttons->captureButton;
         m_area.recordButtonRect = m_buttons->recordButton;
     }

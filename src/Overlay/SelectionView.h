@@ -59,6 +59,8 @@ public:
     bool canAccept() const;
     void accept(bool record);
 
+    /// The window tool leaves it to the desktop's own dialog which window it is.
+    void setDesktopPicks(bool picks);
     /// The windows in the order of the desktop and which of them is lit.
     void setWindows(const WindowPicker &picker, const QImage &icon, const QRegion &visiblePart);
     /// The screen tool would take this display.
@@ -136,6 +138,7 @@ private:
     QRegion m_litPart;
     QImage m_windowIcon;
     bool m_hasWindows = true;
+    bool m_desktopPicks = false;
     bool m_isLit = false;
     QString m_notice;
     bool m_isHelpShown = false;

@@ -81,16 +81,25 @@ void FloatingPanel::resizePanel(const QSize &size) {
     resize(size + QSize(2 * shadowMargin(), 2 * shadowMargin()));
 }
 
-void FloatingPanel::placePanel(const QPoint &topLeft) {
+bool FloatingPanel::mayLieAt(const QPoint &topLeft) const {
+    const PanelShell &shell = PanelShell::instance();
+    return !shell.isPictureBlind() &&
+           shell.mayLieAt(QRect(topLeft - QPoint(shadowMargin(), shadowMargin()), size()));
+}
+
+bool FloatingPanel::placePanel(const QPoint &topLeft) {
     const QSize size = panelRect().size();
     QScreen *screen = screenAt(QRect(topLeft, size).center());
     const QRect room = PanelShell::instance().room(*screen);
     const int x = std::max(room.left(), std::min(topLeft.x(), room.right() + 1 - size.width()));
     const int y = std::max(room.top(), std::min(topLeft.y(), room.bottom() + 1 - size.height()));
+    if (!mayLieAt({x, y}))
+        return false;
     // First the screen: its scale is what the place is counted in.
     if (this->screen() != screen)
         setScreen(screen);
     move(QPoint(x, y) - QPoint(shadowMargin(), shadowMargin()));
+    return true;
 }
 
 QRect FloatingPanel::panelFrame() const {

@@ -50,8 +50,10 @@ public:
     /// Sizes the window so that the panel's own part is that large; its corner stays.
     void resizePanel(const QSize &size);
     /// The panel's own part at `topLeft` of the desktop, in Qt's coordinates; moved inside the screen's
-    /// available part.
-    void placePanel(const QPoint &topLeft);
+    /// available part. False where that would be in a picture: then it stays where it is.
+    bool placePanel(const QPoint &topLeft);
+    /// With the shadow it would lie in no picture there.
+    bool mayLieAt(const QPoint &topLeft) const;
     /// The panel's own part on the desktop, in Qt's coordinates.
     QRect panelFrame() const;
     /// A compositor blends the panel: what is drawn may be translucent.

@@ -27,4 +27,10 @@ PanelShell &PanelShell::instance() {
     return *shell;
 }
 
+void PanelShell::setInPicture(const QRegion &region) {
+    const QRegion now = keepsOutOfPictures() ? QRegion() : region;
+    if (std::exchange(m_inPicture, now) != now)
+        m_picture.notify();
+}
+
 } // namespace vantrell

@@ -3,12 +3,16 @@
 
 #pragma once
 
+#include "Support/Observers.h"
+
 #include <QPoint>
 #include <QRect>
 #include <QRegion>
 #include <Qt>
 
+#include <functional>
 #include <optional>
+#include <utility>
 
 class QScreen;
 class QWidget;
@@ -47,6 +51,8 @@ public:
     virtual bool placesWindows() const = 0;
     /// Windows of this process can be left out of pictures.
     virtual bool keepsOutOfPictures() const = 0;
+    /// The pointer's place is known wherever it is.
+    virtual bool knowsPointer() const = 0;
     /// A window's opacity can be changed while it is shown.
     virtual bool canFade() const = 0;
     /// Where on the screen nothing of the desktop's own lies, in Qt's coordinates.
@@ -79,8 +85,22 @@ public:
     /// Returns when the desktop has done all that was asked for.
     virtual void sync() = 0;
 
+    /// What of the desktop is being recorded with everything on it, in Qt's coordinates: no panel lies there
+    /// until it is empty again. Nothing where windows are kept out of pictures, or have no place to be told.
+    void setInPicture(const QRegion &region);
+    bool mayLieAt(const QRect &frame) const { return !m_inPicture.intersects(frame); }
+    /// Some place is recorded, and what lies there cannot be told.
+    bool isPictureBlind() const { return !m_inPicture.isEmpty() && !placesWindows(); }
+    [[nodiscard]] Observation observePicture(std::function<void()> changed) {
+        return m_picture.observe(std::move(changed));
+    }
+
 protected:
     PanelShell() = default;
+
+private:
+    QRegion m_inPicture;
+    Observers m_picture;
 };
 
 } // namespace vantrell

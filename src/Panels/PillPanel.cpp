@@ -44,8 +44,10 @@ void PillPanel::showAbove(const QRect &frame) {
 }
 
 void PillPanel::showAt(const QRect &frame, int top) {
-    placePanel({frame.center().x() - panelRect().width() / 2, top});
-    showPanel();
+    if (placePanel({frame.center().x() - panelRect().width() / 2, top}))
+        showPanel();
+    else
+        hide();
 }
 
 } // namespace vantrell

@@ -30,6 +30,7 @@ public:
     void adopt(QWidget &window, Role role, QWidget *owner) override;
     bool placesWindows() const override { return m_hasLayers; }
     bool keepsOutOfPictures() const override { return false; }
+    bool knowsPointer() const override { return false; }
     bool canFade() const override { return false; }
     QRect room(const QScreen &screen) const override;
     void raise(QWidget &window) override;

@@ -15,6 +15,7 @@ public:
     void adopt(QWidget &window, Role role, QWidget *owner) override;
     bool placesWindows() const override { return true; }
     bool keepsOutOfPictures() const override { return true; }
+    bool knowsPointer() const override { return true; }
     bool canFade() const override;
     QRect room(const QScreen &screen) const override;
     void raise(QWidget &window) override;

@@ -26,11 +26,11 @@ class WaylandCaptureBackend final : public CaptureBackend {
 public:
     /// `displays` lists the monitors.
     explicit WaylandCaptureBackend(
-        QDBusConnection bus,
-        std::function<std::expected<std::vector<Display>, PlatformError>()> displays);
+        QDBusConnection bus, std::function<std::expected<std::vector<Display>, PlatformError>()> displays);
     ~WaylandCaptureBackend() override;
 
     std::expected<std::vector<Display>, PlatformError> displays() override { return m_displays(); }
+    bool hasOwnPicker() const override { return true; }
     /// Always fails: only the desktop's own dialog knows them.
     std::expected<std::vector<WindowDescription>, PlatformError> windows() override;
     Task<Choice> choose(CaptureRequest request, std::stop_token stop) override;
