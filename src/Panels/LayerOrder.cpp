@@ -76,12 +76,13 @@ std::optional<int> swayVersion() {
 LayerOrder::LayerOrder() : m_isReversed(swayVersion().value_or(swayWithUsualOrder) < swayWithUsualOrder) {}
 
 void LayerOrder::raise(LayerWindow &window) {
+    const bool isHighest = !m_windows.empty() && m_windows.back() == &window;
     std::erase_if(m_windows, [&](const auto &known) { return !known || known == &window; });
     if (m_isReversed) {
         for (const auto &below : m_windows | std::views::reverse)
-            below->comeAnew();
-    } else {
-        window.comeAnew();
+            below->reenterLayer();
+    } else if (!window.takeFresh() && !isHighest) {
+        window.remap();
     }
     m_windows.emplace_back(&window);
 }

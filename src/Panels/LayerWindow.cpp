@@ -109,6 +109,7 @@ void LayerWindow::surfaceMade() {
     if (!m_window.isVisible())
         return;
     m_isConfigured = false;
+    m_isFresh = true;
     if (m_role == PanelShell::Role::menu && parentOfPopup())
         makePopup(surface);
     else
@@ -208,7 +209,22 @@ void LayerWindow::setKeyboard(bool has) {
     commit();
 }
 
-void LayerWindow::comeAnew() {
+void LayerWindow::remap() {
+    wl_surface *surface = WaylandLink::surfaceOf(m_window);
+    if (!m_layer || !surface)
+        return;
+    surfaceGone();
+    wl_surface_attach(surface, nullptr, 0, 0);
+    wl_surface_commit(surface);
+    surfaceMade();
+    m_isFresh = false;
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (widget->windowHandle() == &m_window)
+            widget->repaint();
+    }
+}
+
+void LayerWindow::reenterLayer() {
     if (!m_layer || m_link.layerShellVersion() < ZWLR_LAYER_SURFACE_V1_SET_LAYER_SINCE_VERSION)
         return;
     zwlr_layer_surface_v1_set_layer(m_layer, ZWLR_LAYER_SHELL_V1_LAYER_TOP);

@@ -10,6 +10,7 @@
 #include <QWindow>
 
 #include <cstdint>
+#include <utility>
 
 struct wl_callback;
 struct wl_surface;
@@ -38,8 +39,12 @@ public:
     /// The panel that a menu opens from.
     void setOwner(QWindow *owner) { m_owner = owner; }
     void setKeyboard(bool has);
-    /// Leaves the layer and comes into it again: compositors stack by that.
-    void comeAnew();
+    /// Leaves the layer for a moment: some compositors stack anew what comes into one.
+    void reenterLayer();
+    /// Leaves the screen for a moment, as a window that is opened.
+    void remap();
+    /// It has come onto the screen since this was asked last.
+    bool takeFresh() { return std::exchange(m_isFresh, false); }
     /// False while the compositor has not yet done what was asked of it before.
     bool isSettled() const { return !m_settling; }
 
@@ -70,6 +75,7 @@ private:
     xdg_popup *m_popup = nullptr;
     wl_callback *m_settling = nullptr;
     bool m_isConfigured = false;
+    bool m_isFresh = false;
     bool m_hasKeyboard = false;
     /// The screen that the surface is bound to.
     QPointer<QScreen> m_screen;
