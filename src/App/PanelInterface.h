@@ -5,6 +5,7 @@
 
 #include "App/StatusItem.h"
 #include "App/UserInterface.h"
+#include "Overlay/CameraBubble.h"
 #include "Overlay/CaptureBar.h"
 #include "Overlay/RecordingHUD.h"
 #include "Overlay/SelectionOverlayController.h"
@@ -52,6 +53,8 @@ public:
     void showHUD(std::shared_ptr<RecordingHUDState> state, const Recorded &recorded) override;
     bool isHUDVisible() const override { return m_hud && m_isHUDVisible; }
     void hideHUD() override;
+    void showCameraBubble(std::shared_ptr<CameraBubbleState> state, const Display &display) override;
+    void hideCameraBubble() override;
     void showShelf(bool visible) override { m_shelfPanel.setVisible(visible); }
     void focusShelf() override { m_shelfPanel.takeKeyboard(); }
     bool isShelfVisible() const override { return m_shelfPanel.isVisible(); }
@@ -70,6 +73,7 @@ private:
     std::unique_ptr<SelectionOverlayController> m_overlay;
     std::unique_ptr<RecordingHUD> m_hud;
     bool m_isHUDVisible = false;
+    std::unique_ptr<CameraBubble> m_cameraBubble;
 };
 
 } // namespace vantrell

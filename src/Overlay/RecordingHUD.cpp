@@ -11,17 +11,14 @@
 #include "Panels/PillPanel.h"
 
 #include <QCoreApplication>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QPointer>
 #include <QScreen>
 #include <QTimer>
 
-#include <algorithm>
 #include <chrono>
 #include <optional>
 #include <utility>
-#include <vector>
 
 namespace vantrell {
 
@@ -188,26 +185,6 @@ public:
             pill.showBelow(window->panelFrame());
     }
 
-    /// Beside what is recorded, where its usual place is in the picture: below, above, at the sides, on
-    /// another display.
-    std::optional<QPoint> freePlace(const QScreen &screen, const QPoint &usual) const {
-        std::vector<QPoint> places{usual};
-        const QSize size = window->panelRect().size();
-        for (const QScreen *other : QGuiApplication::screens()) {
-            const QRect room = PanelShell::instance().room(*other);
-            const int right = room.right() + 1 - size.width(), bottom = room.bottom() + 1 - size.height();
-            if (other != &screen)
-                places.emplace_back(room.center().x() - size.width() / 2, bottom - hudDistance);
-            for (const int y : {room.top(), bottom}) {
-                const auto at = other == &screen ? places.begin() + 1 : places.end();
-                places.insert(at, {{room.center().x() - size.width() / 2, y}, {room.left(), y}, {right, y}});
-            }
-        }
-        const auto free =
-            std::ranges::find_if(places, [this](const QPoint &place) { return window->mayLieAt(place); });
-        return free == places.end() ? std::nullopt : std::optional(*free);
-    }
-
     bool show(const Display &display) {
         window->adjustSize();
         const QScreen *screen = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)));
@@ -215,7 +192,8 @@ public:
         const QSize size = window->panelRect().size();
         const QPoint first(room.center().x() - size.width() / 2,
                            room.bottom() + 1 - hudDistance - size.height());
-        const auto place = freePlace(*screen, placement.restore(*screen, size).value_or(first));
+        const auto place =
+            placeOutOfPicture(*window, *screen, placement.restore(*screen, size).value_or(first));
         if (!place || !window->placePanel(*place))
             return false;
         window->showPanel();

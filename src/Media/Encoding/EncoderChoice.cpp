@@ -3,7 +3,10 @@
 
 #include "Media/Encoding/EncoderChoice.h"
 
+#include "Media/Encoding/BandEncoder.h"
 #include "Media/Encoding/EncoderTrial.h"
+#include "Media/Encoding/SlicedX264.h"
+#include "Media/Encoding/X264CameraEncoder.h"
 #include "Media/Encoding/X264Encoder.h"
 #include "Support/Log.h"
 
@@ -18,6 +21,11 @@ namespace {
 
 /// As fine as the software encoder's pictures at equal size.
 const std::string quantizer = "21";
+/// A camera's noise needs no such care.
+const std::string cameraQuantizer = "26";
+
+/// Smaller pictures cost no more than a band.
+constexpr int fewestBlocksForBands = 256;
 
 std::vector<std::string> renderNodes() {
     std::vector<std::string> nodes;
@@ -58,21 +66,38 @@ std::vector<LibavEncoder::Codec> hardwareEncoders() {
     return encoders;
 }
 
-std::expected<std::unique_ptr<VideoEncoder>, PlatformError> EncoderChoice::create(PixelSize picture) {
+std::expected<std::unique_ptr<VideoEncoder>, PlatformError>
+EncoderChoice::create(PixelSize picture, PictureContent content, ColourMatrix matrix) {
+    const bool isCamera = content == PictureContent::camera;
     const bool wantsHardware =
         m_preference == EncoderPreference::hardware ||
-        (m_preference == EncoderPreference::automatic && X264Encoder::isLarge(picture));
+        (m_preference == EncoderPreference::automatic && (isCamera || SlicedX264::isLarge(picture)));
     if (wantsHardware && m_hardwareWorks) {
-        if (auto encoder = createHardware(picture))
+        if (auto encoder = createHardware(picture, content, matrix))
             return encoder;
         m_hardwareWorks = false;
     }
-    return X264Encoder::create(picture);
+    if (isCamera)
+        return X264CameraEncoder::create(picture, matrix);
+    return createSoftware(picture);
 }
 
-std::unique_ptr<VideoEncoder> EncoderChoice::createHardware(PixelSize picture) {
-    for (const LibavEncoder::Codec &codec : m_hardware) {
-        auto encoder = LibavEncoder::create(codec, picture);
+std::expected<std::unique_ptr<VideoEncoder>, PlatformError> EncoderChoice::createSoftware(PixelSize picture) {
+    const BlockMap blocks(picture);
+    if (blocks.columns() * blocks.rows() < fewestBlocksForBands)
+        return X264Encoder::create(picture);
+    // The encoder may outlive the choice.
+    return BandEncoder::create(
+        picture, {.mayUseBands = [trials = m_bandTrials, picture] { return trials->result(picture); }});
+}
+
+std::unique_ptr<VideoEncoder> EncoderChoice::createHardware(PixelSize picture, PictureContent content,
+                                                            ColourMatrix matrix) {
+    for (LibavEncoder::Codec codec : m_hardware) {
+        for (auto &[name, value] : codec.options)
+            if (name == "qp" && content == PictureContent::camera)
+                value = cameraQuantizer;
+        auto encoder = LibavEncoder::create(codec, picture, matrix);
         const auto tried = encoder ? tryEncoder(**encoder, picture)
                                    : std::expected<void, PlatformError>(std::unexpect, encoder.error());
         if (tried) {

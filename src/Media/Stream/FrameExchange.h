@@ -45,6 +45,8 @@ public:
 
     /// Capture thread: a picture that may be written; blocks until there is one. None after `abandon`.
     Slot *acquire();
+    /// Capture thread: the same without waiting; null as well when all pictures wait for the encoder.
+    Slot *tryAcquire();
     /// Capture thread: the latest picture; null before the first `submit`.
     Slot *latest() const { return m_latest; }
     /// Capture thread: hands an acquired picture over, which becomes the latest.
@@ -56,6 +58,9 @@ public:
 
     /// Encode thread: blocks until there is a job; none when all are done and the exchange is closed.
     std::optional<Job> next();
+    /// Encode thread: as `next`, but when nothing has come until `deadline` (host time), the picture of the
+    /// job before once more, unchanged. That job is done.
+    std::optional<Job> next(double deadline, const Job &before);
     /// Encode thread: the job's picture may be written again.
     void done(const Job &job);
     /// Encode thread: nothing more is taken.
