@@ -25,6 +25,7 @@ test_packages=(
   ffmpeg mpv chromium gstreamer1.0-plugins-base-apps gstreamer1.0-plugins-good gstreamer1.0-libav
   gnome-keyring libsecret-tools python3-dbusmock desktop-file-utils glib-networking picom sox
   pipewire pipewire-bin pipewire-pulse wireplumber pulseaudio-utils
+  sway xdg-desktop-portal xdg-desktop-portal-wlr grim wtype qt6-wayland
   at-spi2-core gir1.2-atspi-2.0 python3-gi
 )
 

@@ -14,8 +14,9 @@ SessionKind sessionKind() {
     if (forced == "wayland")
         return SessionKind::wayland;
     // A Wayland session with XWayland has a DISPLAY too, but that one shows X11 windows only.
-    const bool isWayland = !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
-                           (qgetenv("XDG_SESSION_TYPE") == "wayland" || qEnvironmentVariableIsEmpty("DISPLAY"));
+    const bool isWayland =
+        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+        (qgetenv("XDG_SESSION_TYPE") == "wayland" || qEnvironmentVariableIsEmpty("DISPLAY"));
     if (forced != "x11" && isWayland)
         return SessionKind::wayland;
     return SessionKind::x11;

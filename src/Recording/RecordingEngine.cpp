@@ -123,8 +123,8 @@ Task<std::expected<void, Failure>> RecordingEngine::openSegment(std::stop_token 
     if (m_ports.source->tellsPointer())
         segment->onPointerMoved = [this](double hostTime, const Point &onPicture) {
             if (const auto place = m_ports.source->place())
-                m_eventRecorder.pointerReported(
-                    hostTime, {place->x + onPicture.x * place->width, place->y + onPicture.y * place->height});
+                m_eventRecorder.pointerReported(hostTime, {place->x + onPicture.x * place->width,
+                                                           place->y + onPicture.y * place->height});
         };
     segment->onFirstFrame = [this](double hostTime) { m_journal->addAnchor(hostTime); };
     // Named before it exists: a movie that is there and not named would not be found again.

@@ -23,6 +23,9 @@ constexpr std::size_t mostDamage = 256;
 constexpr int largestCursor = 256;
 constexpr std::chrono::seconds firstPicturePatience(10);
 constexpr double pictureLimit = 5;
+/// How long a compositor may take for a picture before it is asked again, and how often it is.
+constexpr std::chrono::milliseconds askInterval(600);
+constexpr int mostAsking = 6;
 
 PlatformError sharingEnded() {
     return screenError(ScreenErrorCode::sharingEnded, "The desktop ended the sharing of the screen");
@@ -60,6 +63,7 @@ CastFeed::open(std::optional<UniqueFd> remote, std::uint32_t node, bool wantsPoi
 
 CastFeed::~CastFeed() {
     const PipeWireLoop::Lock lock(m_loop);
+    m_patience.reset();
     m_retry.reset();
     m_newest.reset();
     m_mapping.close();
@@ -87,6 +91,7 @@ std::expected<void, PlatformError> CastFeed::connect(std::optional<UniqueFd> rem
         if (!makeStream(true))
             end(noPicture());
     });
+    m_patience = std::make_unique<PipeWireTimer>(m_loop, [this] { askAgain(); });
     if (!makeStream(false))
         return std::unexpected(noPicture());
     return {};
@@ -154,6 +159,26 @@ void CastFeed::formatChanged(const spa_pod &pod) {
     wishes.damageRegions = mostDamageRegions;
     wishes.cursorPixels = m_wantsPointer ? largestCursor : 0;
     m_stream->agree(wishes);
+    expectPicture();
+}
+
+void CastFeed::expectPicture() {
+    m_asked = 0;
+    m_patience->cancel();
+    m_patience->start(askInterval);
+}
+
+void CastFeed::askAgain() {
+    bool hasPicture = false;
+    {
+        const std::scoped_lock lock(m_mutex);
+        hasPicture = m_newest || m_current;
+    }
+    if (hasPicture || !m_isActive || ++m_asked > mostAsking)
+        return;
+    m_stream->setActive(false);
+    m_stream->setActive(true);
+    m_patience->start(askInterval);
 }
 
 void CastFeed::arrived() {
@@ -258,8 +283,10 @@ void CastFeed::setActive(bool active) {
         m_isFresh = false;
     }
     const PipeWireLoop::Lock lock(m_loop);
-    if (m_stream)
-        m_stream->setActive(active);
+    m_isActive = active;
+    m_stream->setActive(active);
+    if (active)
+        expectPicture();
 }
 
 void CastFeed::end(PlatformError why) {
@@ -298,8 +325,8 @@ CastFeed::Look CastFeed::look() {
         look.size = m_current->crop.size();
         look.format = m_current->format.pixels;
         look.stride = m_mapping.stride();
-        look.pixels = m_mapping.pixels() + m_current->crop.y * look.stride +
-                      std::ptrdiff_t(m_current->crop.x) * 4;
+        look.pixels =
+            m_mapping.pixels() + m_current->crop.y * look.stride + std::ptrdiff_t(m_current->crop.x) * 4;
     }
     return look;
 }

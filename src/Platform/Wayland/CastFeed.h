@@ -39,8 +39,8 @@ class CastFeed {
 public:
     using Failure = std::variant<PlatformError, Cancelled>;
 
-    /// `remote`: a connected PipeWire socket; absent: the desktop's own server. `wantsPointer`: the pointer is
-    /// told apart from the pictures.
+    /// `remote`: a connected PipeWire socket; absent: the desktop's own server. `wantsPointer`: the pointer
+    /// is told apart from the pictures.
     static std::expected<std::shared_ptr<CastFeed>, PlatformError>
     open(std::optional<UniqueFd> remote, std::uint32_t node, bool wantsPointer);
     ~CastFeed();
@@ -94,6 +94,9 @@ private:
     void noteDamage(const PipeWireBuffer &buffer, const PixelRect &crop);
     void bufferGoes(const pw_buffer *buffer);
     void stateChanged(pw_stream_state state, const char *error);
+    /// Has the compositor begin anew when it sent its only picture before we could take it.
+    void askAgain();
+    void expectPicture();
 
     /// A buffer with what was true when it came.
     struct Held {
@@ -141,6 +144,9 @@ private:
     PipeWireListener m_registryListener;
     std::unique_ptr<PipeWireVideoStream> m_stream;
     std::unique_ptr<PipeWireTimer> m_retry;
+    std::unique_ptr<PipeWireTimer> m_patience;
+    int m_asked = 0;
+    bool m_isActive = true;
     bool m_isDmaBufOffered = false;
     bool m_hasFormat = false;
 };

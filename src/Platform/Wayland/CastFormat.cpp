@@ -44,11 +44,10 @@ std::vector<std::uint64_t> buildFormat(bool linearDmaBuf) {
         spa_pod_builder_prop(&builder, SPA_FORMAT_VIDEO_modifier, SPA_POD_PROP_FLAG_MANDATORY);
         spa_pod_builder_long(&builder, linearModifier);
     }
-    spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_size,
-                        SPA_POD_CHOICE_RANGE_Rectangle(&usual, &smallest, &largest),
-                        SPA_FORMAT_VIDEO_framerate, SPA_POD_CHOICE_RANGE_Fraction(&never, &never, &any),
-                        SPA_FORMAT_VIDEO_maxFramerate,
-                        SPA_POD_CHOICE_RANGE_Fraction(&fastest, &slowest, &fastest), 0);
+    spa_pod_builder_add(
+        &builder, SPA_FORMAT_VIDEO_size, SPA_POD_CHOICE_RANGE_Rectangle(&usual, &smallest, &largest),
+        SPA_FORMAT_VIDEO_framerate, SPA_POD_CHOICE_RANGE_Fraction(&never, &never, &any),
+        SPA_FORMAT_VIDEO_maxFramerate, SPA_POD_CHOICE_RANGE_Fraction(&fastest, &slowest, &fastest), 0);
     spa_pod_builder_pop(&builder, &object);
     return memory;
 }

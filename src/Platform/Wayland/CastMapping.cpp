@@ -27,8 +27,8 @@ bool CastMapping::open(const PipeWireBuffer &buffer, PixelSize size) {
     const std::ptrdiff_t stride = data.chunk->stride == 0 ? row : data.chunk->stride;
     if (stride < row)
         return false;
-    const std::size_t end = data.chunk->offset + std::size_t(stride) * std::size_t(size.height - 1) +
-                            std::size_t(row);
+    const std::size_t end =
+        data.chunk->offset + std::size_t(stride) * std::size_t(size.height - 1) + std::size_t(row);
     const auto *memory = static_cast<const std::uint8_t *>(data.data);
     if (data.type != SPA_DATA_DmaBuf && (!memory || end > data.maxsize))
         return false;

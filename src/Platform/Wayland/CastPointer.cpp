@@ -47,8 +47,8 @@ bool CastPointer::take(const PipeWireBuffer &buffer) {
         if (cursor.bitmap_offset >= sizeof(spa_meta_cursor))
             takeShape(cursor, meta->size);
     }
-    m_picture.rect = m_isShown ? PixelRect{m_x - m_shape.x, m_y - m_shape.y, m_shape.width, m_shape.height}
-                               : PixelRect{};
+    m_picture.rect =
+        m_isShown ? PixelRect{m_x - m_shape.x, m_y - m_shape.y, m_shape.width, m_shape.height} : PixelRect{};
     return m_isShown != before.m_isShown || m_x != before.m_x || m_y != before.m_y ||
            m_picture.rect != before.m_picture.rect || m_picture.shape != before.m_picture.shape;
 }

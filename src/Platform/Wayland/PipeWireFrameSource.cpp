@@ -61,9 +61,9 @@ PixelRect PipeWireFrameSource::viewOf(PixelSize picture) const {
     const PixelRect &part = m_cut->part;
     const int x = int(std::lround(part.x * across));
     const int y = int(std::lround(part.y * down));
-    return intersection({x, y, int(std::lround(part.right() * across)) - x,
-                         int(std::lround(part.bottom() * down)) - y},
-                        whole);
+    return intersection(
+        {x, y, int(std::lround(part.right() * across)) - x, int(std::lround(part.bottom() * down)) - y},
+        whole);
 }
 
 std::expected<FrameWait, PlatformError> PipeWireFrameSource::wait(double notBefore,
@@ -116,8 +116,7 @@ void PipeWireFrameSource::markChanges(const CastFeed::Look &look, const PixelRec
 }
 
 void PipeWireFrameSource::makePatches(const CastFeed::Look &look, const PixelRect &view) {
-    const std::uint8_t *pixels =
-        look.pixels + view.y * look.stride + std::ptrdiff_t(view.x) * castPixelBytes;
+    const std::uint8_t *pixels = look.pixels + view.y * look.stride + std::ptrdiff_t(view.x) * castPixelBytes;
     const auto at = [&](const PixelRect &rect) {
         return pixels + rect.y * look.stride + std::ptrdiff_t(rect.x) * castPixelBytes;
     };

@@ -64,7 +64,8 @@ std::optional<Point> pairOf(const QVariant &value) {
     return Point{double(first), double(second)};
 }
 
-/// The bus refuses a whole message for a token of another shape; ours come from the desktop, but lie in a file.
+/// The bus refuses a whole message for a token of another shape; ours come from the desktop, but lie in a
+/// file.
 bool isWellFormed(const std::string &token) {
     return !QUuid::fromString(QString::fromStdString(token)).isNull();
 }
@@ -102,8 +103,8 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
     select.arguments = QVariantList{sessionPath};
     select.options.insert(QStringLiteral("types"), wanted);
     select.options.insert(QStringLiteral("multiple"), false);
-    const auto cursor = cursorChoice(offered->value(QStringLiteral("AvailableCursorModes")).toUInt(),
-                                     wish.separatesPointer);
+    const auto cursor =
+        cursorChoice(offered->value(QStringLiteral("AvailableCursorModes")).toUInt(), wish.separatesPointer);
     session->m_pointer = cursor.pointer;
     if (version >= versionWithCursorModes && cursor.bit != 0)
         select.options.insert(QStringLiteral("cursor_mode"), cursor.bit);
@@ -159,8 +160,7 @@ bool ScreenCastSession::takeStreams(const QVariantMap &results) {
     return isFound;
 }
 
-Task<std::expected<Session::Remote, Session::Failure>>
-ScreenCastSession::openRemote(std::stop_token stop) {
+Task<std::expected<Session::Remote, Session::Failure>> ScreenCastSession::openRemote(std::stop_token stop) {
     QVariantList arguments{QVariant::fromValue(QDBusObjectPath(m_path)), QVariantMap()};
     const auto answer =
         co_await m_portal.call(screenCast, QStringLiteral("OpenPipeWireRemote"), std::move(arguments), stop);

@@ -13,8 +13,7 @@ WaylandCapture::WaylandCapture(std::unique_ptr<ScreenCastSession> session, std::
                                Facts facts, std::optional<PipeWireFrameSource::Cut> cut)
     : m_session(std::move(session)), m_feed(std::move(feed)), m_facts(std::move(facts)), m_cut(cut) {
     m_session->onClosed([feed = m_feed] {
-        feed->end(
-            screenError(ScreenErrorCode::sharingEnded, "The desktop ended the sharing of the screen"));
+        feed->end(screenError(ScreenErrorCode::sharingEnded, "The desktop ended the sharing of the screen"));
     });
     m_feed->setActive(false);
 }

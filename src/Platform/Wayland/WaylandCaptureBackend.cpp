@@ -76,6 +76,11 @@ std::shared_ptr<CaptureSource> WaylandCaptureBackend::chosenWindow(std::uint32_t
     return found == m_windows.end() ? nullptr : found->second.lock();
 }
 
+bool WaylandCaptureBackend::isRemembered(const PixelRect &area, const std::vector<Display> &displays) {
+    const Display &display = displayHolding(displays, area);
+    return intersection(area, display.pixels) == area && m_tokens.ofDisplay(display.id);
+}
+
 std::expected<WaylandCaptureBackend::Wanted, PlatformError>
 WaylandCaptureBackend::wantedBy(const CaptureRequest &request, const std::vector<Display> &displays) {
     Wanted wanted;
@@ -173,9 +178,10 @@ Task<CaptureBackend::Choice> WaylandCaptureBackend::share(Wanted wanted, std::ve
     co_return Chosen{captureOf(std::move(wanted), std::move(session), *feed, *picture)};
 }
 
-std::shared_ptr<WaylandCapture>
-WaylandCaptureBackend::captureOf(Wanted wanted, std::unique_ptr<ScreenCastSession> session,
-                                 std::shared_ptr<CastFeed> feed, PixelSize picture) {
+std::shared_ptr<WaylandCapture> WaylandCaptureBackend::captureOf(Wanted wanted,
+                                                                 std::unique_ptr<ScreenCastSession> session,
+                                                                 std::shared_ptr<CastFeed> feed,
+                                                                 PixelSize picture) {
     CaptureSource::Facts facts{wanted.kind, wanted.display, {}, wanted.place, wanted.display.scale};
     std::optional<PipeWireFrameSource::Cut> cut;
     if (wanted.kind == CaptureKind::area) {

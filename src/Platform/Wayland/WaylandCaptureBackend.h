@@ -37,6 +37,8 @@ public:
 
     /// The window that was chosen under that number, as long as somebody has it.
     std::shared_ptr<CaptureSource> chosenWindow(std::uint32_t id) const;
+    /// The area lies on one display, which is shared without asking.
+    bool isRemembered(const PixelRect &area, const std::vector<Display> &displays);
     PortalRequests &portal() { return m_portal; }
 
 private:

@@ -56,7 +56,8 @@ private:
 };
 
 std::unexpected<PlatformError> unreachable() {
-    return std::unexpected(screenError(ScreenErrorCode::connectionLost, "The Wayland compositor does not answer"));
+    return std::unexpected(
+        screenError(ScreenErrorCode::connectionLost, "The Wayland compositor does not answer"));
 }
 
 const wl_output_listener outputEvents{
@@ -75,11 +76,11 @@ const wl_output_listener outputEvents{
                 static_cast<Output *>(data)->mode = {width, height};
         },
     .done = [](void *, wl_output *) {},
-    .scale =
-        [](void *data, wl_output *, std::int32_t scale) { static_cast<Output *>(data)->wholeScale = scale; },
+    .scale = [](void *data, wl_output *,
+                std::int32_t scale) { static_cast<Output *>(data)->wholeScale = scale; },
     .name = [](void *data, wl_output *, const char *name) { static_cast<Output *>(data)->name = name; },
-    .description =
-        [](void *data, wl_output *, const char *text) { static_cast<Output *>(data)->description = text; },
+    .description = [](void *data, wl_output *,
+                      const char *text) { static_cast<Output *>(data)->description = text; },
 };
 
 const XdgOutputEvents xdgEvents{
@@ -151,10 +152,11 @@ std::expected<std::vector<Display>, PlatformError> Listing::run() {
     if (!m_display)
         return unreachable();
     static const wl_registry_listener events{
-        .global = [](void *data, wl_registry *registry, std::uint32_t global, const char *interface,
-                     std::uint32_t version) {
-            static_cast<Listing *>(data)->found(registry, global, interface, version);
-        },
+        .global =
+            [](void *data, wl_registry *registry, std::uint32_t global, const char *interface,
+               std::uint32_t version) {
+                static_cast<Listing *>(data)->found(registry, global, interface, version);
+            },
         .global_remove = [](void *, wl_registry *, std::uint32_t) {},
     };
     wl_registry *registry = wl_display_get_registry(m_display.get());
@@ -197,7 +199,8 @@ std::vector<Display> Listing::displays() const {
         }
         Display display;
         display.id = output->name.empty() ? "output-" + std::to_string(output->global) : output->name;
-        display.name = output->description.empty() ? display.id : output->description;
+        const bool isDescribed = output->description.find_first_not_of(' ') != std::string::npos;
+        display.name = isDescribed ? output->description : display.id;
         display.frame = toPoints(logical, 1);
         display.pixels = {0, 0, size.width, size.height};
         display.scale = logical.width > 0 ? double(size.width) / logical.width : 1;

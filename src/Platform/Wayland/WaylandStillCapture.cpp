@@ -113,20 +113,24 @@ Task<StillCapture::Result> WaylandStillCapture::captureArea(PixelRect area, std:
     const auto wanted = areaOnDisplays(*displays, area);
     if (!wanted)
         co_return std::unexpected(Error(wanted.error()));
+    // What the user has agreed to share is there without another question, and without the pointer.
+    if (m_backend.isRemembered(*wanted, *displays)) {
+        auto shared = co_await fromCast(*wanted, stop);
+        if (shared || std::holds_alternative<Cancelled>(shared.error()))
+            co_return shared;
+    }
     const auto desktop = co_await wholeDesktop(stop);
     if (desktop)
         co_return co_await runBlocking(
             [picture = *desktop, all = *displays, part = *wanted] { return cutOut(picture, all, part); },
             stop);
-    if (std::holds_alternative<Cancelled>(desktop.error()))
-        co_return std::unexpected(desktop.error());
-    co_return co_await fromCast(*wanted, stop);
+    co_return std::unexpected(desktop.error());
 }
 
 Task<StillCapture::Result> WaylandStillCapture::wholeDesktop(std::stop_token stop) {
     // It may ask for the permission, once.
-    PortalRequests::Request request{QStringLiteral("Screenshot"), QStringLiteral("Screenshot"), {}, {},
-                                    std::nullopt};
+    PortalRequests::Request request{
+        QStringLiteral("Screenshot"), QStringLiteral("Screenshot"), {}, {}, std::nullopt};
     request.arguments = QVariantList{QString()};
     request.options.insert(QStringLiteral("interactive"), false);
     const auto answer = co_await m_backend.portal().ask(std::move(request), stop);

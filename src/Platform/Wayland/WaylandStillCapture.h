@@ -8,9 +8,8 @@
 
 namespace vantrell {
 
-/// Stills through the desktop's portals: parts of the desktop out of its own picture of the whole, windows as
-/// one picture of what its dialog shared. Where the desktop takes no stills, one picture of a shared display,
-/// if that needs no dialog.
+/// Stills through the desktop's portals: one picture of a display that its user has agreed to share, else a
+/// part of the desktop's own picture of the whole; windows as one picture of what its dialog shared.
 class WaylandStillCapture final : public StillCapture {
 public:
     /// The backend outlives it.

@@ -27,17 +27,20 @@ const std::array managerRequests{
 };
 const std::array outputRequests{wl_message{"destroy", "", types(noTypes)}};
 const std::array outputEvents{
-    wl_message{"logical_position", "ii", types(noTypes)}, wl_message{"logical_size", "ii", types(noTypes)},
-    wl_message{"done", "", types(noTypes)},               wl_message{"name", "2s", types(noTypes)},
+    wl_message{"logical_position", "ii", types(noTypes)},
+    wl_message{"logical_size", "ii", types(noTypes)},
+    wl_message{"done", "", types(noTypes)},
+    wl_message{"name", "2s", types(noTypes)},
     wl_message{"description", "2s", types(noTypes)},
 };
 
 } // namespace
 
-const wl_interface xdgOutputManagerInterface{
-    "zxdg_output_manager_v1", 3, int(managerRequests.size()), managerRequests.data(), 0, nullptr};
-const wl_interface xdgOutputInterface{"zxdg_output_v1",     3, int(outputRequests.size()),
-                                      outputRequests.data(), int(outputEvents.size()), outputEvents.data()};
+const wl_interface xdgOutputManagerInterface{"zxdg_output_manager_v1", 3, int(managerRequests.size()),
+                                             managerRequests.data(),   0, nullptr};
+const wl_interface xdgOutputInterface{"zxdg_output_v1",           3,
+                                      int(outputRequests.size()), outputRequests.data(),
+                                      int(outputEvents.size()),   outputEvents.data()};
 
 wl_proxy *xdgOutputOf(wl_proxy *manager, wl_output *output, const XdgOutputEvents &events, void *data) {
     wl_proxy *made = wl_proxy_marshal_flags(manager, getXdgOutput, &xdgOutputInterface,

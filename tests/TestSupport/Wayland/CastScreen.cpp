@@ -44,6 +44,9 @@ struct CastScreen::Implementation {
     // With the loop's lock.
     std::uint32_t number = 0;
     bool isPictureDue = true;
+    bool isPointerDue = false;
+    /// Tries again, as a compositor does with its next frame.
+    std::unique_ptr<PipeWireTimer> retry;
     bool isAllDue = true;
     std::optional<PixelRect> pointer;
     bool isPointerToldWhole = false;
@@ -53,15 +56,17 @@ struct CastScreen::Implementation {
     void offerFormat(bool again);
     void agree();
     void stateChanged(pw_stream_state state);
-    void process();
+    void send();
     void paint(std::uint8_t *pixels) const;
     void tellPointer(spa_buffer &buffer);
     PixelRect picture() const {
         return options.crop.value_or(PixelRect{0, 0, options.buffer.width, options.buffer.height});
     }
     void trigger() {
-        if (isStreaming)
-            pw_stream_trigger_process(stream.get());
+        if (!isStreaming || !(isPictureDue || isPointerDue))
+            return;
+        send();
+        retry->start(std::chrono::milliseconds(16));
     }
 };
 
@@ -75,13 +80,13 @@ void CastScreen::Implementation::connect() {
                 if (id == SPA_PARAM_Format && parameter)
                     static_cast<Implementation *>(self)->agree();
             },
-        .process = [](void *self) { static_cast<Implementation *>(self)->process(); },
     };
     const PipeWireLoop::Lock lock(loop);
     auto opened = PipeWireConnection::open(loop, std::nullopt, [] {});
     if (!opened)
         throw std::runtime_error(opened.error().message);
     connection = std::move(*opened);
+    retry = std::make_unique<PipeWireTimer>(loop, [this] { trigger(); });
     stream.reset(pw_stream_new(connection->core(), "cast-screen",
                                pw_properties_new(PW_KEY_MEDIA_CLASS, "Stream/Output/Video", PW_KEY_NODE_NAME,
                                                  "cast-screen", PW_KEY_MEDIA_ROLE, "Screen", nullptr)));
@@ -140,10 +145,11 @@ void CastScreen::Implementation::stateChanged(pw_stream_state state) {
     trigger();
 }
 
-void CastScreen::Implementation::process() {
+void CastScreen::Implementation::send() {
     pw_buffer *taken = pw_stream_dequeue_buffer(stream.get());
     if (!taken)
         return;
+    isPointerDue = false;
     spa_buffer &buffer = *taken->buffer;
     spa_data &data = buffer.datas[0];
     const bool hasPicture = std::exchange(isPictureDue, false);
@@ -168,9 +174,10 @@ void CastScreen::Implementation::process() {
         crop->region = region(picture());
     if (auto *damage = find(SPA_META_VideoDamage, static_cast<spa_meta_region *>(nullptr))) {
         const PixelRect shown = picture();
-        damage[0].region = std::exchange(isAllDue, false)
-                               ? region(shown)
-                               : region({shown.x + numberX, shown.y + numberY, framecode::width, framecode::height});
+        damage[0].region =
+            std::exchange(isAllDue, false)
+                ? region(shown)
+                : region({shown.x + numberX, shown.y + numberY, framecode::width, framecode::height});
         damage[1].region = {};
     }
     tellPointer(buffer);
@@ -191,8 +198,8 @@ void CastScreen::Implementation::paint(std::uint8_t *pixels) const {
             std::fill_n(row + shown.x, shown.width, coded(ground));
     }
     const std::ptrdiff_t stride = std::ptrdiff_t(options.buffer.width) * 4;
-    framecode::draw(number,
-                    pixels + (shown.y + numberY) * stride + std::ptrdiff_t(shown.x + numberX) * 4, stride);
+    framecode::draw(number, pixels + (shown.y + numberY) * stride + std::ptrdiff_t(shown.x + numberX) * 4,
+                    stride);
 }
 
 void CastScreen::Implementation::tellPointer(spa_buffer &buffer) {
@@ -228,6 +235,7 @@ CastScreen::CastScreen(const Options &options) : m_implementation(std::make_uniq
 CastScreen::~CastScreen() {
     close();
     const PipeWireLoop::Lock lock(m_implementation->loop);
+    m_implementation->retry.reset();
     m_implementation->connection.reset();
 }
 
@@ -250,12 +258,14 @@ void CastScreen::show(std::uint32_t number) {
 void CastScreen::movePointer(int x, int y) {
     const PipeWireLoop::Lock lock(m_implementation->loop);
     m_implementation->pointer = PixelRect{x, y, pointerSide, pointerSide};
+    m_implementation->isPointerDue = true;
     m_implementation->trigger();
 }
 
 void CastScreen::hidePointer() {
     const PipeWireLoop::Lock lock(m_implementation->loop);
     m_implementation->pointer.reset();
+    m_implementation->isPointerDue = true;
     m_implementation->trigger();
 }
 

@@ -100,7 +100,8 @@ PortalDouble::PortalDouble(PortalGround &ground, const Script &given)
 }
 
 PortalDouble::~PortalDouble() {
-    m_bus.unregisterObject(QStringLiteral("/org/freedesktop/portal/desktop"), QDBusConnection::UnregisterTree);
+    m_bus.unregisterObject(QStringLiteral("/org/freedesktop/portal/desktop"),
+                           QDBusConnection::UnregisterTree);
     QDBusConnection::disconnectFromBus(m_bus.name());
 }
 

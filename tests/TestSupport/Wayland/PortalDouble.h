@@ -3,9 +3,11 @@
 
 #pragma once
 
+#include "Support/Geometry.h"
 #include "TestSupport/Wayland/PortalGround.h"
 
 #include <QDBusConnection>
+#include <QDBusMessage>
 #include <QDBusVirtualObject>
 #include <QStringList>
 #include <QVariantMap>

@@ -50,8 +50,7 @@ void PortalGround::require(const std::function<bool()> &condition, const char *c
 }
 
 void PortalGround::startPipeWire() {
-    m_pipeWire.push_back(
-        std::make_unique<ChildProcess>(std::vector<std::string>{"pipewire"}, environment()));
+    m_pipeWire.push_back(std::make_unique<ChildProcess>(std::vector<std::string>{"pipewire"}, environment()));
     require([this] { return std::filesystem::exists(m_folder / "pipewire-0"); }, "no pipewire");
     m_pipeWire.push_back(
         std::make_unique<ChildProcess>(std::vector<std::string>{"wireplumber"}, environment()));

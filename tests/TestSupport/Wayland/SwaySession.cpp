@@ -53,8 +53,8 @@ void SwaySession::startSway() {
         std::ofstream out(configuration);
         for (int i = 0; i < m_options.outputs; ++i)
             out << "output HEADLESS-" << i + 1 << " resolution " << m_options.width << "x" << m_options.height
-                << " position " << i * int(m_options.width / m_options.scale) << " 0 scale " << m_options.scale
-                << " bg #306090 solid_color\n";
+                << " position " << i * int(m_options.width / m_options.scale) << " 0 scale "
+                << m_options.scale << " bg #306090 solid_color\n";
         out << "default_border none\nfocus_follows_mouse no\nxwayland disable\nseat seat0 fallback true\n"
             << "for_window [title=\"numbers\"] fullscreen enable\n";
     }
@@ -94,7 +94,9 @@ void SwaySession::startBackend() {
 }
 
 int SwaySession::tell(const std::string &command) const {
-    return ChildProcess({"swaymsg", "-s", m_control, "--", command}, environment()).waitForExit().value_or(-1);
+    return ChildProcess({"swaymsg", "-s", m_control, "--", command}, environment())
+        .waitForExit()
+        .value_or(-1);
 }
 
 void SwaySession::showNumbers(double rate) {

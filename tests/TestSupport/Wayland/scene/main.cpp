@@ -13,8 +13,9 @@
 #include <cstdlib>
 #include <cstring>
 
-// A window that shows numbers as frame codes, one after another, and tells when it painted each: "12 3456.789" with
-// the host time in seconds. Arguments: numbers a second (0: one number only), colour of the ground, title.
+// A window that shows numbers as frame codes, one after another, and tells when it painted each: "12
+// 3456.789" with the host time in seconds. Arguments: numbers a second (0: one number only), colour of the
+// ground, title.
 
 namespace {
 
@@ -40,7 +41,9 @@ protected:
     }
 
 private:
-    static QRect place() { return {32, 48, vantrell::testing::framecode::width, vantrell::testing::framecode::height}; }
+    static QRect place() {
+        return {32, 48, vantrell::testing::framecode::width, vantrell::testing::framecode::height};
+    }
 
     QColor m_ground;
     std::uint32_t m_number = 0;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-/* Loaded into xdg-desktop-portal-wlr 0.7 on a compositor that draws without a graphics card: that version casts a
- * screen only after it was told of a DMA-BUF format, which such a compositor never tells of. Behind each offer of
- * shared memory one is made up; no modifiers are found for it, and shared memory is taken. */
+/* Loaded into xdg-desktop-portal-wlr 0.7 on a compositor that draws without a graphics card: that version
+ * casts a screen only after it was told of a DMA-BUF format, which such a compositor never tells of. Behind
+ * each offer of shared memory one is made up; no modifiers are found for it, and shared memory is taken. */
 #define _GNU_SOURCE
 #include <dlfcn.h>
 #include <stdint.h>
@@ -33,7 +33,8 @@ static void on_buffer(void *data, struct wl_proxy *frame, uint32_t format, uint3
     theirs->linux_dmabuf(data, frame, xrgb8888, width, height);
 }
 
-__attribute__((visibility("default"))) int wl_proxy_add_listener(struct wl_proxy *proxy, void (**events)(void), void *data) {
+__attribute__((visibility("default"))) int wl_proxy_add_listener(struct wl_proxy *proxy,
+                                                                 void (**events)(void), void *data) {
     typedef int (*add_listener)(struct wl_proxy *, void (**)(void), void *);
     static add_listener next;
     if (!next)
