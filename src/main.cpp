@@ -3,11 +3,13 @@
 
 #include "App/Application.h"
 #include "App/PlatformLoader.h"
+#include "App/SessionKind.h"
 #include "Auth/KeyProvider.h"
 #include "CommandLine/Arguments.h"
 #include "CommandLine/Run.h"
 #include "CommandLine/UnixSignals.h"
 #include "Media/Libav/FFmpegLog.h"
+#include "Panels/PanelShell.h"
 #include "Support/Log.h"
 #include "Support/SystemClock.h"
 #include "Support/TaskScope.h"
@@ -33,6 +35,11 @@ int runApplication(int argc, char **argv, std::optional<std::string> environment
     }
     static constexpr std::initializer_list<int> ends{SIGINT, SIGTERM, SIGHUP};
     UnixSignals::block(ends);
+    // Left to itself Qt takes the X server that some Wayland sessions have beside their compositor, whose
+    // windows are out of our panels' reach there.
+    if (sessionKind() == SessionKind::wayland && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "wayland;xcb");
+    PanelShell::prepare();
     QApplication qt(argc, argv);
     QApplication::setApplicationName("vantrell-capture");
     QApplication::setDesktopFileName("app.vantrell.Capture");

@@ -285,6 +285,7 @@ QVariantMap BusObject::statusMap() const {
         state = QStringLiteral("starting");
     else if (recording.isFinalizingRecording())
         state = QStringLiteral("finalizing");
+    const std::optional<PlatformError> noKeys = m_delegate->hotKeys().problem();
     QStringList failedKeys;
     for (const auto &[action, error] : m_delegate->hotKeys().failedHotKeys())
         failedKeys.append(QString::fromLatin1(nameOf(action)));
@@ -292,7 +293,8 @@ QVariantMap BusObject::statusMap() const {
             {QStringLiteral("connected"), m_delegate->account().isPaired()},
             {QStringLiteral("uploading"), m_delegate->uploadingCount()},
             {QStringLiteral("tray"), textOf(m_ui->trayHost().value_or(""))},
-            {QStringLiteral("failedHotKeys"), failedKeys}};
+            {QStringLiteral("failedHotKeys"), failedKeys},
+            {QStringLiteral("hotKeysHint"), textOf(noKeys ? noKeys->message : std::string())}};
 }
 
 void BusObject::tellStatus() {

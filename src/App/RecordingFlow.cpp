@@ -163,7 +163,12 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
         co_return started;
     m_engine = engine;
     m_hudState = hudState;
-    installHUD(display);
+    UserInterface::Recorded recorded{display, std::nullopt};
+    if (source->facts().kind == CaptureKind::display)
+        recorded.place = display.pixels;
+    else if (source->facts().kind == CaptureKind::area)
+        recorded.place = source->facts().place;
+    installHUD(recorded);
     Analytics::shared().track(
         "cap.recording_started",
         {{"tool", toolName(outcome)}, {"camera", settings.cameraEnabled()}, {"mic", settings.micEnabled()}});
@@ -179,7 +184,7 @@ void RecordingFlow::rememberChoice(const CaptureSource &source) {
         picker->what.restoreToken = source.restoreToken();
 }
 
-void RecordingFlow::installHUD(const Display &display) {
+void RecordingFlow::installHUD(const UserInterface::Recorded &recorded) {
     m_hudState->onStop = [this] { stopRecording(); };
     m_hudState->onPauseToggle = [this] { togglePause(); };
     m_hudState->onRestart = [this] { discardRecording(true); };
@@ -187,7 +192,7 @@ void RecordingFlow::installHUD(const Display &display) {
     // The plan's limit may arrive late, and may change.
     m_accountObservation = m_services.account.observe([this] { followCap(); });
     m_hudState->startTimer();
-    m_services.ui.showHUD(m_hudState, display);
+    m_services.ui.showHUD(m_hudState, recorded);
 }
 
 void RecordingFlow::followCap() {

@@ -5,6 +5,7 @@
 
 #include "App/MenuBuilder.h"
 #include "App/StatusBarLogo.h"
+#include "Panels/PanelShell.h"
 
 #include <QCursor>
 #include <QMenu>
@@ -82,7 +83,11 @@ void StatusItem::activated(int reason) {
             onClick();
         return;
     }
-    m_menu->popup(QCursor::pos());
+    // Where the pointer is known a menu comes up there; else the bar has it.
+    if (PanelShell::instance().knowsPointer())
+        m_menu->popup(QCursor::pos());
+    else if (onOpen)
+        onOpen();
 }
 
 } // namespace vantrell

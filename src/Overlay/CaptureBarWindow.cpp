@@ -328,10 +328,12 @@ void CaptureBarWindow::takeKeyboard() {
     const auto chosen =
         std::ranges::find_if(m_tools, [](const Tool &tool) { return tool.button->isChecked(); });
     (chosen == m_tools.end() ? m_tools.front() : *chosen).button->setFocus(Qt::TabFocusReason);
-    desktop.focus(DesktopLink::WindowId(winId()));
+    if (!PanelShell::instance().lendKeyboard(*this))
+        desktop.focus(DesktopLink::WindowId(winId()));
 }
 
 void CaptureBarWindow::giveKeyboardBack() {
+    PanelShell::instance().takeKeyboardBack(*this);
     DesktopLink &desktop = DesktopLink::instance();
     const DesktopLink::WindowId before = std::exchange(m_keyboardBefore, 0);
     // Somebody else may have taken it meanwhile.

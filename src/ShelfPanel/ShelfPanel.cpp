@@ -6,6 +6,7 @@
 #include "Panels/BackdropMonitor.h"
 #include "Panels/PanelFont.h"
 #include "Panels/PanelPlacement.h"
+#include "Panels/PanelShell.h"
 #include "ShelfPanel/ShelfStack.h"
 #include "ShelfPanel/ShelfText.h"
 #include "Support/Log.h"
@@ -26,6 +27,7 @@ namespace vantrell {
 struct ShelfPanel::Panel final : ShelfStack::Host {
     Panel(ShelfPanel &shelf, Services given) : owner(shelf), services(given) {
         observation = services.store.observe([this] { itemsChanged(); });
+        picture = PanelShell::instance().observePicture([this] { keepOutOfPicture(); });
         for (const auto changed : {&QGuiApplication::screenAdded, &QGuiApplication::screenRemoved,
                                    &QGuiApplication::primaryScreenChanged})
             QObject::connect(qGuiApp, changed, &context, [this] { place(); });
@@ -37,7 +39,7 @@ struct ShelfPanel::Panel final : ShelfStack::Host {
             place();
         }
         stack->setItems(services.store.items());
-        stack->showPanel();
+        keepOutOfPicture();
         if (!backdrop && services.stills && services.clock) {
             backdrop.emplace(*stack, *services.stills, *services.clock,
                              [this](bool isLight) { stack->setOnLightBackdrop(isLight); });
@@ -53,6 +55,16 @@ struct ShelfPanel::Panel final : ShelfStack::Host {
         // Not inside a call of its own: one of its buttons may have led here.
         retired = std::move(stack);
         QTimer::singleShot(0, &context, [this] { retired.reset(); });
+    }
+
+    /// What is being recorded there shows no cards: they come back when it is over.
+    void keepOutOfPicture() {
+        if (!stack)
+            return;
+        if (stack->mayLieAt(stack->panelFrame().topLeft()))
+            stack->showPanel();
+        else
+            stack->hide();
     }
 
     /// The display that the shelf shall be on, or what has become of it.
@@ -172,6 +184,7 @@ struct ShelfPanel::Panel final : ShelfStack::Host {
     std::optional<BackdropMonitor> backdrop;
     QMetaObject::Connection roomChanged;
     Observation observation;
+    Observation picture;
     /// What the connections end with.
     QObject context;
 };

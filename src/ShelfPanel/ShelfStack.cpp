@@ -197,7 +197,7 @@ void ShelfStack::setDisplay(QScreen *screen) {
 int ShelfStack::roomForCards() const {
     if (!m_screen)
         return 1;
-    const QRect free = m_screen->availableGeometry();
+    const QRect free = PanelShell::instance().room(*m_screen);
     const double height = shelfPanelFrame(count(), {double(free.x()), double(free.y()), double(free.width()),
                                                     double(free.height())})
                               .height;
@@ -290,7 +290,7 @@ void ShelfStack::placeAll() {
 void ShelfStack::fitWindow() {
     if (!m_screen)
         return;
-    const QRect free = m_screen->availableGeometry();
+    const QRect free = PanelShell::instance().room(*m_screen);
     const Rect frame = shelfPanelFrame(
         count(), {double(free.x()), double(free.y()), double(free.width()), double(free.height())});
     double top = 0;
@@ -351,8 +351,7 @@ void ShelfStack::outlineChanged() {
     // Of a window without cards there is nothing to meet, but an empty region means all of it.
     if (region.isEmpty())
         region = QRect(0, 0, 1, 1);
-    DesktopLink::instance().setShape(DesktopLink::WindowId(internalWinId()), isBlended() ? QRegion() : region,
-                                     region);
+    PanelShell::instance().setShape(*this, isBlended() ? QRegion() : region, region);
 }
 
 bool ShelfStack::event(QEvent *event) {
@@ -558,6 +557,7 @@ void ShelfStack::showMenu(ShelfCard &card, const QPoint &globalPlace) {
     dressMenu(*menu, theme());
     followMenu(*menu, card.id());
     QObject::connect(menu, &QMenu::aboutToHide, menu, &QObject::deleteLater);
+    PanelShell::instance().adopt(*menu, PanelShell::Role::menu, this);
     menu->popup(globalPlace);
 }
 
