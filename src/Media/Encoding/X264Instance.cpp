@@ -26,7 +26,6 @@ void logFromX264(void *, int level, const char *format, va_list arguments) {
 
 constexpr std::uint8_t h273Bt709 = 1;
 constexpr std::size_t lengthBytes = 4;
-constexpr int coarsestQuantizer = 51;
 
 /// Whatever the number of slices and the size, the picture parameters are the same.
 x264_param_t parametersFor(const X264Instance::Options &options) {
@@ -56,6 +55,7 @@ x264_param_t parametersFor(const X264Instance::Options &options) {
     // The constant-macroblock hints are silently ignored unless the reference is the frame right before, is
     // not weighted and its quantizer is not above the present one.
     p.analyse.b_mb_info = 1;
+    p.analyse.b_mb_info_update = 1;
     p.i_frame_reference = 1;
     p.analyse.i_weighted_pred = X264_WEIGHTP_NONE;
     p.rc.i_rc_method = X264_RC_CQP;
@@ -131,7 +131,7 @@ void X264Instance::warmUp(int pictures) {
     std::vector<std::uint8_t> hints(std::size_t(m_reconstruction.columns) *
                                     std::size_t(m_reconstruction.rows));
     for (int i = 0; i < pictures; ++i)
-        (void)encode(nothing, {}, hints, coarsestQuantizer, i == 0);
+        (void)encode(nothing, {}, hints, QuantizerControl::finestOfKeyFrames, i == 0);
 }
 
 std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const Nv12Frame &frame,

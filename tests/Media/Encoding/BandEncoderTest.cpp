@@ -75,12 +75,15 @@ void compareWithDecoder(PixelSize size, int pictures, std::uint32_t seed) {
 }
 
 TEST(BandEncoder, isSeenByADecoderAsItReckonsItself) {
-    const char *more = std::getenv("VANTRELL_BAND_PICTURES");
-    const int pictures = more ? std::atoi(more) : 200;
-    const std::vector<PixelSize> sizes{{640, 480}, {1280, 720}, {333, 517},   {1021, 65}, {16, 16},
-                                       {18, 600},  {2000, 16},  {1601, 1001}, {800, 31}};
-    for (std::uint32_t seed = 1; const PixelSize size : sizes)
-        compareWithDecoder(size, pictures, seed++);
+    const char *more = std::getenv("VANTRELL_BAND_TIMES");
+    const double times = more ? std::atof(more) : 1;
+    // The large ones take the way of large pictures.
+    const std::vector<std::pair<PixelSize, int>> sizes{
+        {{640, 480}, 400}, {{1280, 720}, 300}, {{333, 517}, 300}, {{1021, 65}, 300},
+        {{16, 16}, 200},   {{18, 600}, 200},   {{2000, 16}, 200}, {{800, 31}, 200},
+        {{7680, 64}, 60},  {{1601, 1001}, 60}, {{2561, 1441}, 20}};
+    for (std::uint32_t seed = 1; const auto &[size, pictures] : sizes)
+        compareWithDecoder(size, int(pictures * times), seed++);
 }
 
 TEST(BandEncoder, goesOnWithAKeyFrameAndOneEncoderOnceABandFails) {
