@@ -6,6 +6,7 @@
 #include "Analytics/Analytics.h"
 #include "Capture/CaptureStorage.h"
 #include "Capture/ScreenshotEngine.h"
+#include "Platform/CameraError.h"
 #include "Platform/Desktop/Trash.h"
 #include "Platform/DisplayLayout.h"
 #include "Recording/DiskSpace.h"
@@ -24,9 +25,24 @@ namespace vantrell {
 namespace {
 
 constexpr const char *recordingCard = "Screen recording";
+constexpr const char *cameraCard = "Camera recording";
+constexpr const char *cameraNotSaved = "Camera recording failed to save";
+/// How long the bubble says why there is no camera.
+constexpr auto cameraProblemShown = 8s;
 constexpr const char *screenshotCard = "Screenshot";
 /// The plan's limits are asked for at the start of a recording for this long; later ones still count.
 constexpr auto limitsPatience = 3s;
+
+/// Why there is no picture, in as few words as the bubble has room for.
+std::string bubbleWords(const PlatformError &problem) {
+    if (isCameraError(problem, CameraErrorCode::unplugged))
+        return "Disconnected";
+    if (isCameraError(problem, CameraErrorCode::inUse))
+        return "In use elsewhere";
+    if (isCameraError(problem, CameraErrorCode::noPicture))
+        return "No picture";
+    return "No camera";
+}
 
 /// What the usage events call the tool that led to it.
 ToolMode toolOf(const SelectionOutcome &outcome) {
@@ -134,6 +150,8 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
     options.systemAudioEnabled = settings.systemAudioEnabled();
     options.separateCursor = settings.separateCursor();
     options.autoCamera = settings.autoCamera();
+    if (settings.cameraEnabled())
+        options.recordingId = newRecordingId();
     Platform &platform = m_services.platform;
     const auto engine = std::make_shared<RecordingEngine>(
         RecordingPorts{*platform.streams, source, *platform.input, m_services.clock}, std::move(options));
@@ -155,10 +173,61 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
     Analytics::shared().track(
         "cap.recording_started",
         {{"tool", toolName(outcome)}, {"camera", settings.cameraEnabled()}, {"mic", settings.micEnabled()}});
-    // No desktop of ours gives cameras yet.
+    // Not waited for: the desktop may ask its user for minutes.
     if (settings.cameraEnabled())
-        qCInfo(logCapture, "camera skipped: granted=%d", 0);
+        m_cameraScope.start(this, &RecordingFlow::startCamera, engine, display);
     co_return std::expected<void, Failure>();
+}
+
+Task<> RecordingFlow::startCamera(std::shared_ptr<RecordingEngine> engine, Display display,
+                                  std::stop_token stop) {
+    Platform &platform = m_services.platform;
+    const bool granted = platform.cameras && co_await platform.cameras->requestAccess(stop);
+    if (stop.stop_requested())
+        co_return;
+    if (!granted) {
+        qCInfo(logCapture, "camera skipped: granted=%d", 0);
+        m_cameraProblem = cameraError(CameraErrorCode::accessRefused);
+        co_return;
+    }
+    const auto bubble = std::make_shared<CameraBubbleState>();
+    m_services.ui.showCameraBubble(bubble, display);
+    const CameraPorts ports{*platform.cameras, *platform.cameraSessions, m_services.clock};
+    const auto camera = std::make_shared<CameraEngine>(ports, m_services.settings.cameraDeviceId());
+    const auto opened = co_await camera->open(stop);
+    if (stop.stop_requested())
+        co_return;
+    if (!opened) {
+        m_cameraProblem = std::get<PlatformError>(opened.error());
+        bubble->problem = bubbleWords(*m_cameraProblem);
+        bubble->camera = CameraBubbleState::Camera::missing;
+        if (co_await m_services.clock.sleep(cameraProblemShown, stop))
+            m_services.ui.hideCameraBubble();
+        co_return;
+    }
+    m_camera = camera;
+    followCamera(bubble);
+    // While it is being paused or resumed, that begins the first file.
+    if (!engine->isPaused() && !m_isTogglingPause)
+        camera->start(engine->journal());
+}
+
+void RecordingFlow::followCamera(const std::shared_ptr<CameraBubbleState> &bubble) {
+    const std::weak_ptr camera = m_camera;
+    bubble->showPreview = [camera](int squarePixels, std::function<void()> newer) {
+        if (const auto engine = camera.lock())
+            engine->showPreview(squarePixels, std::move(newer));
+    };
+    bubble->preview = [camera] {
+        const auto engine = camera.lock();
+        return engine ? engine->preview() : QImage();
+    };
+    m_camera->onProblem = [bubble](const std::optional<PlatformError> &problem) {
+        using Camera = CameraBubbleState::Camera;
+        bubble->problem = problem ? bubbleWords(*problem) : std::string();
+        bubble->camera = problem ? Camera::missing : Camera::running;
+    };
+    bubble->camera = CameraBubbleState::Camera::running;
 }
 
 void RecordingFlow::installHUD(const Display &display) {
@@ -198,12 +267,21 @@ Task<> RecordingFlow::pauseInTurn(std::stop_token stop) {
     const std::shared_ptr<RecordingHUDState> hud = m_hudState;
     if (engine && !stop.stop_requested()) {
         const bool resumes = engine->isPaused();
-        if (!resumes)
+        if (!resumes) {
             hud->pause();
+            if (m_camera)
+                m_camera->endFile();
+        }
         const auto toggled = resumes ? co_await engine->resume(stop) : co_await engine->pause(stop);
         if (!toggled && !std::holds_alternative<Cancelled>(toggled.error()))
             qCCritical(logCapture, "pause failed: %s", description(toggled.error()).c_str());
-        // A stop may have come meanwhile.
+        // A stop may have come meanwhile, and a camera.
+        if (const auto camera = m_camera; camera && m_engine == engine) {
+            if (!engine->isPaused())
+                camera->start(engine->journal());
+            else
+                co_await camera->finishFile(stop);
+        }
         if (m_engine == engine) {
             hud->isPaused = engine->isPaused();
             if (!engine->isPaused())
@@ -215,8 +293,10 @@ Task<> RecordingFlow::pauseInTurn(std::stop_token stop) {
     done.resolve(true);
 }
 
-std::shared_ptr<RecordingEngine> RecordingFlow::takeOut() {
+RecordingFlow::Taken RecordingFlow::takeOut() {
     m_accountObservation.reset();
+    m_cameraScope.cancel();
+    m_services.ui.hideCameraBubble();
     m_hudState->stop();
     m_services.ui.hideHUD();
     // Its own timer may have asked for this, and a button of the panel: it goes when they have returned.
@@ -224,46 +304,83 @@ std::shared_ptr<RecordingEngine> RecordingFlow::takeOut() {
                      std::stop_token stop) -> Task<> { co_await clock->sleep(0ms, stop); },
                   std::exchange(m_hudState, nullptr), &m_services.clock);
     ++m_finalizing;
-    return std::exchange(m_engine, nullptr);
+    // At the same moment as the screen, however long that takes to end.
+    if (m_camera)
+        m_camera->release();
+    return {std::exchange(m_engine, nullptr), std::exchange(m_camera, nullptr),
+            std::exchange(m_cameraProblem, std::nullopt)};
 }
 
 void RecordingFlow::stopRecording(const std::optional<Failure> &sessionError) {
     if (!m_engine)
         return;
-    std::shared_ptr<RecordingEngine> engine = takeOut();
-    const QUuid card = m_services.shelf.addProcessing(recordingCard);
-    m_scope.start(this, &RecordingFlow::finalizeInTurn, std::move(engine), card, sessionError);
+    Taken taken = takeOut();
+    Cards cards;
+    cards.screen = m_services.shelf.addProcessing(recordingCard);
+    if (taken.camera)
+        cards.camera = m_services.shelf.addProcessing(cameraCard);
+    m_scope.start(this, &RecordingFlow::finalizeInTurn, std::move(taken), cards, sessionError);
     changed();
 }
 
-Task<> RecordingFlow::finalizeInTurn(std::shared_ptr<RecordingEngine> engine, QUuid card,
-                                     std::optional<Failure> cause, std::stop_token stop) {
+Task<> RecordingFlow::finalizeInTurn(Taken taken, Cards cards, std::optional<Failure> cause,
+                                     std::stop_token stop) {
     const OneShot<bool> done = co_await enterQueue(stop);
-    auto outcome = co_await engine->stop(stop);
+    auto segments = co_await finalizeScreen(taken, cards.screen, std::move(cause), stop);
+    if (taken.camera && !stop.stop_requested())
+        co_await finalizeCamera(taken, cards.camera, std::move(segments), stop);
     if (stop.stop_requested())
         co_return;
-    if (outcome) {
-        if (outcome->isPartial)
-            qCCritical(logCapture, "recording salvaged partially, final segment lost");
-        const double seconds = double(outcome->capture.durationMs.value_or(0)) / 1000;
-        Analytics::shared().track(
-            "cap.recording_completed",
-            {{"duration_sec", std::int64_t(std::llround(seconds))}, {"partial", outcome->isPartial}});
-        if (cause)
-            m_services.shelf.setNote(card, description(*cause));
-        else if (outcome->soundProblem)
-            m_services.shelf.setNote(card, "Recorded without sound: " + outcome->soundProblem->description());
-        const auto capture = std::make_shared<const CaptureResult>(std::move(outcome->capture));
-        m_services.shelf.attach(capture, card);
-        m_services.handover.deliver(capture, card, outcome->journal);
-        co_await m_services.handover.safe(stop);
-    } else {
+    done.resolve(true);
+    finalized();
+}
+
+Task<std::vector<RecordedSegment>>
+RecordingFlow::finalizeScreen(Taken taken, QUuid card, std::optional<Failure> cause, std::stop_token stop) {
+    auto outcome = co_await taken.engine->stop(stop);
+    if (stop.stop_requested())
+        co_return std::vector<RecordedSegment>();
+    if (!outcome) {
         qCCritical(logCapture, "record stop failed: %s", description(outcome.error()).c_str());
         const std::string why = cause ? description(*cause) : description(outcome.error());
         m_services.shelf.update(card, ShelfItem::Failed{"Recording failed to save: " + why});
+        co_return std::vector<RecordedSegment>();
     }
-    done.resolve(true);
-    finalized();
+    if (outcome->isPartial)
+        qCCritical(logCapture, "recording salvaged partially, final segment lost");
+    const double seconds = double(outcome->capture.durationMs.value_or(0)) / 1000;
+    Analytics::shared().track(
+        "cap.recording_completed",
+        {{"duration_sec", std::int64_t(std::llround(seconds))}, {"partial", outcome->isPartial}});
+    if (cause)
+        m_services.shelf.setNote(card, description(*cause));
+    else if (outcome->soundProblem)
+        m_services.shelf.setNote(card, "Recorded without sound: " + outcome->soundProblem->description());
+    else if (taken.cameraProblem)
+        m_services.shelf.setNote(card, "Recorded without camera: " + taken.cameraProblem->description());
+    const auto capture = std::make_shared<const CaptureResult>(std::move(outcome->capture));
+    m_services.shelf.attach(capture, card);
+    m_services.handover.deliver(capture, card, outcome->journal);
+    co_await m_services.handover.safe(stop);
+    co_return std::move(outcome->segments);
+}
+
+Task<> RecordingFlow::finalizeCamera(Taken taken, QUuid card, std::vector<RecordedSegment> screen,
+                                     std::stop_token stop) {
+    const std::optional<PlatformError> problem = taken.camera->problem();
+    auto recorded = co_await taken.camera->stop(std::move(screen), stop);
+    if (stop.stop_requested())
+        co_return;
+    if (!recorded) {
+        m_services.shelf.update(card, ShelfItem::Failed{cameraNotSaved});
+        co_return;
+    }
+    if (problem)
+        m_services.shelf.setNote(card, problem->description());
+    const auto capture = std::make_shared<const CaptureResult>(std::move(*recorded));
+    m_services.shelf.attach(capture, card);
+    m_services.handover.deliver(capture, card, taken.engine->journal()->path(), RecordingLayer::camera);
+    co_await m_services.handover.safe(stop);
 }
 
 void RecordingFlow::finalized() {
@@ -282,15 +399,15 @@ void RecordingFlow::discardRecording(bool restart) {
     if (!m_engine)
         return;
     Analytics::shared().track("cap.recording_discarded");
-    std::shared_ptr<RecordingEngine> engine = takeOut();
-    m_scope.start(this, &RecordingFlow::discardInTurn, std::move(engine), restart);
+    m_scope.start(this, &RecordingFlow::discardInTurn, takeOut(), restart);
     changed();
 }
 
-Task<> RecordingFlow::discardInTurn(std::shared_ptr<RecordingEngine> engine, bool restart,
-                                    std::stop_token stop) {
+Task<> RecordingFlow::discardInTurn(Taken taken, bool restart, std::stop_token stop) {
     const OneShot<bool> done = co_await enterQueue(stop);
-    const auto outcome = co_await engine->stop(stop);
+    const auto outcome = co_await taken.engine->stop(stop);
+    if (taken.camera && !stop.stop_requested())
+        co_await taken.camera->cancel(stop);
     if (stop.stop_requested())
         co_return;
     if (!outcome) {
@@ -304,7 +421,7 @@ Task<> RecordingFlow::discardInTurn(std::shared_ptr<RecordingEngine> engine, boo
                 if (!moved)
                     std::filesystem::remove(file, failure);
                 if (!failure)
-                    RecordingRecovery::forget(journal);
+                    RecordingRecovery::forgetWhole(journal);
                 return failure;
             },
             stop);

@@ -12,6 +12,7 @@
 #include "Platform/CaptureRequest.h"
 #include "Platform/Platform.h"
 #include "Platform/SessionMonitor.h"
+#include "Recording/CameraEngine.h"
 #include "Recording/Failure.h"
 #include "Recording/RecordingEngine.h"
 #include "Session/CaptureSettings.h"
@@ -27,6 +28,7 @@
 #include <stop_token>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace vantrell {
 
@@ -93,22 +95,41 @@ private:
     Task<std::expected<void, Failure>> begin(SelectionOutcome outcome, bool skipCountdown,
                                              std::stop_token stop);
     Task<> takeStill(SelectionOutcome outcome, std::stop_token stop);
+    /// Beside a screen that is recorded already. Without a camera that goes on.
+    Task<> startCamera(std::shared_ptr<RecordingEngine> engine, Display display, std::stop_token stop);
+    void followCamera(const std::shared_ptr<CameraBubbleState> &bubble);
+    struct Taken {
+        std::shared_ptr<RecordingEngine> engine;
+        /// Null without one.
+        std::shared_ptr<CameraEngine> camera;
+        /// Why there is none, if one was wanted.
+        std::optional<PlatformError> cameraProblem;
+    };
     /// From here on nothing is being recorded, as far as anybody can see.
-    std::shared_ptr<RecordingEngine> takeOut();
+    Taken takeOut();
     void installHUD(const Display &display);
     void followCap();
 
     /// Runs the operations of recordings one after another.
     Task<OneShot<bool>> enterQueue(std::stop_token stop);
     Task<> pauseInTurn(std::stop_token stop);
-    Task<> finalizeInTurn(std::shared_ptr<RecordingEngine> engine, QUuid card, std::optional<Failure> cause,
-                          std::stop_token stop);
-    Task<> discardInTurn(std::shared_ptr<RecordingEngine> engine, bool restart, std::stop_token stop);
+    struct Cards {
+        QUuid screen;
+        QUuid camera;
+    };
+    Task<> finalizeInTurn(Taken taken, Cards cards, std::optional<Failure> cause, std::stop_token stop);
+    /// The movie's segments; none when it could not be saved.
+    Task<std::vector<RecordedSegment>> finalizeScreen(Taken taken, QUuid card, std::optional<Failure> cause,
+                                                      std::stop_token stop);
+    Task<> finalizeCamera(Taken taken, QUuid card, std::vector<RecordedSegment> screen, std::stop_token stop);
+    Task<> discardInTurn(Taken taken, bool restart, std::stop_token stop);
     void finalized();
     void changed();
 
     const Services m_services;
     std::shared_ptr<RecordingEngine> m_engine;
+    std::shared_ptr<CameraEngine> m_camera;
+    std::optional<PlatformError> m_cameraProblem;
     std::shared_ptr<RecordingHUDState> m_hudState;
     Observation m_accountObservation;
     std::optional<SelectionOutcome> m_activeRecordingOutcome;
@@ -118,6 +139,7 @@ private:
     /// The end of the operation that was queued last.
     std::optional<OneShot<bool>> m_recordingOpQueue;
     TaskScope m_startScope;
+    TaskScope m_cameraScope;
     TaskScope m_scope;
 };
 

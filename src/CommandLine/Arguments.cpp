@@ -33,10 +33,8 @@ const std::map<std::string, Takes> deliveryOptions{
 };
 
 const std::map<std::string, Takes> recordOptions{
-    {"--seconds", Takes::value},
-    {"--mic", Takes::optionalValue},
-    {"--system-audio", Takes::nothing},
-    {"--cursor", Takes::value},
+    {"--seconds", Takes::value},        {"--mic", Takes::optionalValue}, {"--system-audio", Takes::nothing},
+    {"--camera", Takes::optionalValue}, {"--cursor", Takes::value},
 };
 
 /// The words of one command, sorted into options and the rest.
@@ -182,6 +180,8 @@ Parsed parseRecord(const std::vector<std::string> &rest) {
     arguments.microphone = words->has("--mic");
     arguments.microphoneId = words->value("--mic");
     arguments.systemAudio = words->has("--system-audio");
+    arguments.camera = words->has("--camera");
+    arguments.cameraId = words->value("--camera");
     if (const auto cursor = words->value("--cursor")) {
         if (*cursor != "drawn" && *cursor != "separate")
             return usageError("--cursor is drawn or separate");
@@ -309,8 +309,8 @@ std::string usageText() {
   vantrell-capture toggle | pause | stop | quit
                                       what the hot keys and the tray do, for keys bound in the desktop
   vantrell-capture record [--display [ID] | --window ID | --area X,Y,W,H] [--seconds S]
-                          [--mic [ID]] [--system-audio] [--cursor drawn|separate]
-                          [--output DIR] [--upload [--project ID]]
+                          [--mic [ID]] [--system-audio] [--camera [ID]]
+                          [--cursor drawn|separate] [--output DIR] [--upload [--project ID]]
   vantrell-capture screenshot [--display [ID] | --window ID | --area X,Y,W,H]
                           [--output DIR] [--upload [--project ID]]
   vantrell-capture upload FILE... [--project ID]
