@@ -224,7 +224,9 @@ std::optional<PlatformError> BandEncoder::encodeAll(const std::vector<SmallEncod
     std::array<std::optional<PlatformError>, 2> failures;
     const auto work = [&](std::size_t first, std::size_t last, std::optional<PlatformError> &failure) {
         for (std::size_t i = first; i < last && !failure; ++i) {
-            const auto encoded = encoders[i]->encode(frame, bands[i], m_touched, quantizer, reconstruction());
+            // What changes in so few places is text or nearly: a film beside it does not blur it.
+            const int own = bands[i].rows == 1 ? std::min(quantizer, QuantizerControl::finest) : quantizer;
+            const auto encoded = encoders[i]->encode(frame, bands[i], m_touched, own, reconstruction());
             if (!encoded)
                 failure = encoded.error();
         }

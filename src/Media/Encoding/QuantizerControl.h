@@ -18,7 +18,7 @@ public:
     static constexpr int coarsest = 22;
     static constexpr int finestOfKeyFrames = 16;
     /// Of what has stood still for a moment.
-    static constexpr int atRest = 17;
+    static constexpr int atRest = 16;
 
     /// `blocks` is the picture's number of macroblocks.
     explicit QuantizerControl(int blocks) : m_blocks(blocks) {}

@@ -13,7 +13,7 @@ namespace vantrell {
 
 namespace {
 
-constexpr std::size_t lengthBytes = 4;
+constexpr std::size_t unitLengthBytes = 4;
 
 /// Whatever the number of slices and the size, the picture parameters are the same.
 x264_param_t parametersFor(const X264Instance::Options &options) {
@@ -79,7 +79,8 @@ bool X264Instance::learnParameters() {
     if (x264_encoder_headers(m_encoder.get(), &units, &count) < 0)
         return false;
     for (const x264_nal_t &unit : std::span(units, std::size_t(count))) {
-        const H264Unit payload(unit.p_payload + lengthBytes, std::size_t(unit.i_payload) - lengthBytes);
+        const H264Unit payload(unit.p_payload + unitLengthBytes,
+                               std::size_t(unit.i_payload) - unitLengthBytes);
         if (unit.i_type == NAL_SPS)
             m_sequenceParameters.assign(payload.begin(), payload.end());
         else if (unit.i_type == NAL_PPS)

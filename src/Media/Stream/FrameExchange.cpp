@@ -55,7 +55,7 @@ void FrameExchange::submit(Slot *slot, BlockMap changed, double hostTime) {
     m_latest = slot;
     {
         const std::scoped_lock lock(m_mutex);
-        m_jobs.push_back({slot, std::move(changed), hostTime});
+        m_jobs.push_back({.slot = slot, .changed = std::move(changed), .hostTime = hostTime});
     }
     m_changed.notify_all();
 }
@@ -95,7 +95,7 @@ std::optional<FrameExchange::Job> FrameExchange::next(double deadline, const Job
             break;
         if (!before.slot->isBusy) {
             before.slot->isBusy = true;
-            return Job{before.slot, BlockMap(m_picture), due};
+            return Job{before.slot, BlockMap(m_picture), due, true};
         }
     }
     return next();
