@@ -21,6 +21,8 @@ set(precompiled_headers
   <memory> <mutex> <optional> <span> <stop_token> <string> <string_view> <thread> <utility> <variant> <vector>)
 vantrell_precompile(vantrell_precompiled LINK Qt6::Gui QCoro6::Core nlohmann_json::nlohmann_json Threads::Threads
   HEADERS ${precompiled_headers})
-vantrell_precompile(vantrell_precompiled_tests LINK Qt6::Gui QCoro6::Core nlohmann_json::nlohmann_json Threads::Threads
-  GTest::gtest GTest::gmock
-  HEADERS ${precompiled_headers} <gtest/gtest.h> <gmock/gmock.h>)
+if(VANTRELL_DEVELOPMENT)
+  vantrell_precompile(vantrell_precompiled_tests LINK Qt6::Gui QCoro6::Core nlohmann_json::nlohmann_json Threads::Threads
+    GTest::gtest GTest::gmock
+    HEADERS ${precompiled_headers} <gtest/gtest.h> <gmock/gmock.h>)
+endif()
