@@ -11,7 +11,11 @@
 #include "Support/Log.h"
 
 #include <QDBusArgument>
+#include <QDBusConnectionInterface>
+#include <QDBusReply>
 #include <QUrl>
+
+#include <unistd.h>
 
 #include <algorithm>
 
@@ -122,7 +126,11 @@ bool BusObject::handleMessage(const QDBusMessage &message, const QDBusConnection
         return false;
     const QString interface = message.interface();
     Answer answer;
-    if (interface == QLatin1String("org.freedesktop.DBus.Properties")) {
+    if (!isOwnUser(message.service())) {
+        answer =
+            message.createErrorReply(QDBusError::AccessDenied,
+                                     QStringLiteral("Only the user of this session may use the application"));
+    } else if (interface == QLatin1String("org.freedesktop.DBus.Properties")) {
         answer = property(message);
     } else if (!m_delegate && interface == QLatin1String(applicationBus::standardInterface) &&
                m_early.size() < mostEarlyCalls) {
@@ -144,6 +152,17 @@ bool BusObject::handleMessage(const QDBusMessage &message, const QDBusConnection
     }
     if (answer)
         m_bus.send(*answer);
+    return true;
+}
+
+bool BusObject::isOwnUser(const QString &caller) {
+    // The bus never gives a name of this kind twice.
+    if (caller != m_knownCaller) {
+        const QDBusReply<uint> user = m_bus.interface()->serviceUid(caller);
+        if (!user.isValid() || user.value() != ::geteuid())
+            return false;
+        m_knownCaller = caller;
+    }
     return true;
 }
 

@@ -44,6 +44,8 @@ private:
     using Method = Answer (BusObject::*)(const QDBusMessage &);
 
     static const std::map<QString, Method> &methods();
+    /// The bus lets in whom its rules allow; the application serves its user alone.
+    bool isOwnUser(const QString &caller);
     Answer standardMethod(const QDBusMessage &call);
     Answer property(const QDBusMessage &call);
     bool activateAction(const QString &action);
@@ -76,6 +78,8 @@ private:
 
     QDBusConnection m_bus;
     const std::string m_executable;
+    /// The last caller that was let in.
+    QString m_knownCaller;
     AppDelegate *m_delegate = nullptr;
     Platform *m_platform = nullptr;
     UserInterface *m_ui = nullptr;

@@ -19,7 +19,7 @@ namespace {
 class ButtonElement final : public QAccessibleInterface, public QAccessibleActionInterface {
 public:
     ButtonElement(SelectionView *view, ActionButtons::Kind kind) : m_view(view), m_kind(kind) {
-        onPress = [view, kind] { view->commitSelection(kind == ActionButtons::Kind::record); };
+        onPress = [view, kind] { view->accept(kind == ActionButtons::Kind::record); };
     }
 
     std::function<void()> onPress;
@@ -49,7 +49,9 @@ public:
     }
     QAccessible::State state() const override {
         QAccessible::State state;
-        state.disabled = state.invisible = state.offscreen = !frame();
+        state.disabled = !isEnabled();
+        // Only a selection has them beside it.
+        state.invisible = state.offscreen = !frame();
         return state;
     }
 
@@ -57,9 +59,11 @@ public:
         return type == QAccessible::ActionInterface ? static_cast<QAccessibleActionInterface *>(this)
                                                     : nullptr;
     }
-    QStringList actionNames() const override { return frame() ? QStringList{pressAction()} : QStringList(); }
+    QStringList actionNames() const override {
+        return isEnabled() ? QStringList{pressAction()} : QStringList();
+    }
     void doAction(const QString &name) override {
-        if (name == pressAction() && frame())
+        if (name == pressAction() && isEnabled())
             onPress();
     }
     QStringList keyBindingsForAction(const QString &) const override {
@@ -68,6 +72,7 @@ public:
     }
 
 private:
+    bool isEnabled() const { return m_view && m_view->canAccept(); }
     std::optional<Rect> frame() const {
         if (!m_view)
             return std::nullopt;

@@ -119,6 +119,27 @@ void SelectionView::commitSelection(bool record) {
     onOutcome({SelectionOutcome::Region{*rect, m_display, record}});
 }
 
+bool SelectionView::canAccept() const {
+    switch (m_tool) {
+    case ToolMode::area:
+        return m_buttons.has_value();
+    case ToolMode::window:
+        return m_litWindow.has_value();
+    case ToolMode::screen:
+        break;
+    }
+    return true;
+}
+
+void SelectionView::accept(bool record) {
+    if (m_tool == ToolMode::area)
+        commitSelection(record);
+    else if (m_tool == ToolMode::window && m_litWindow && onPicked)
+        onPicked(record);
+    else if (m_tool == ToolMode::screen && onOutcome)
+        onOutcome({SelectionOutcome::WholeDisplay{m_display, record}});
+}
+
 void SelectionView::setWindows(const WindowPicker &picker, const QImage &icon, const QRegion &visiblePart) {
     m_hasWindows = !picker.windows().empty();
     const WindowDescription *lit = picker.lit();

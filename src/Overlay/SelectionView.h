@@ -52,6 +52,10 @@ public:
     void showMovedSelection(const std::optional<Rect> &rect);
     /// Reports the selection, when there is one.
     void commitSelection(bool record);
+    /// With every tool there is one thing to take on this display, or none: the selection, the lit window,
+    /// the display itself. For who has no pointer.
+    bool canAccept() const;
+    void accept(bool record);
 
     /// The windows in the order of the desktop and which of them is lit.
     void setWindows(const WindowPicker &picker, const QImage &icon, const QRegion &visiblePart);

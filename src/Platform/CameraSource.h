@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Platform/Camera.h"
 #include "Support/Geometry.h"
 #include "Support/PlatformError.h"
 
@@ -57,6 +58,9 @@ public:
 
     /// Returns at once. Call it once.
     virtual void start(CameraSourceHandlers handlers) = 0;
+
+    /// The camera whose pictures come. Meaningful once it is running; thread-safe.
+    virtual Camera camera() const = 0;
 };
 
 } // namespace vantrell

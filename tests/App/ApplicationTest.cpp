@@ -4,6 +4,7 @@
 #include "Session/ApplicationBus.h"
 #include "Support/AtomicFile.h"
 #include "TestSupport/Account/SessionBus.h"
+#include "TestSupport/ChildProcess.h"
 #include "TestSupport/Desktop/X11Session.h"
 #include "TestSupport/Network/LocalService.h"
 #include "TestSupport/Program/CaptureProgram.h"
@@ -63,6 +64,11 @@ protected:
         const QDBusMessage answer = call("Start", {QVariantMap()});
         ASSERT_NE(answer.type(), QDBusMessage::ErrorMessage) << answer.errorMessage().toStdString();
         ASSERT_TRUE(reaches("recording"));
+    }
+    void writeSettings(const std::string &line) {
+        const std::filesystem::path settings = app.folder() / "config/VantrellCapture/settings.ini";
+        std::filesystem::create_directories(settings.parent_path());
+        ASSERT_TRUE(writeFileAtomically(settings, "[General]\n" + line + "\n"));
     }
     int confirmed() {
         int count = 0;
@@ -146,6 +152,49 @@ TEST_F(ApplicationTest, recordsPausesAndUploads) {
     quit();
 }
 
+TEST_F(ApplicationTest, isWorkedByAssistiveTechnologyAlone) {
+    ChildProcess accessibility({"/usr/libexec/at-spi-bus-launcher", "--launch-immediately"},
+                               {{"DBUS_SESSION_BUS_ADDRESS", bus.address()}, {"DISPLAY", x11.display()}});
+    ASSERT_TRUE(eventually([&] { return bus.isOwned("org.a11y.Bus"); }));
+    app.set("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
+    writeSettings("micEnabled=true");
+    launch();
+    const ChildProcess::Environment session{{"DBUS_SESSION_BUS_ADDRESS", bus.address()},
+                                            {"DISPLAY", x11.display()}};
+    const std::filesystem::path said = app.folder() / "life.log";
+    ChildProcess user(
+        {"/bin/sh", "-c",
+         "exec /usr/bin/python3 -W ignore " VANTRELL_APP_TESTS "/life-by-actions.py 2>" + said.string()},
+        session);
+    EXPECT_EQ(user.waitForExit(), 0) << readFile(said).value_or("");
+    expectArrived(1);
+    quit();
+}
+
+TEST_F(ApplicationTest, keepsARecordingWhoseProjectIsDeletedMeanwhile) {
+    writeSettings("selectedProjectId=" + project);
+    launch();
+    record();
+    service.deleteProject(project);
+    call("Stop");
+    ASSERT_TRUE(reaches("idle"));
+    const auto cardState = [&] {
+        const auto cards = qdbus_cast<QList<QVariantMap>>(call("Items").arguments().value(0));
+        return cards.isEmpty() ? std::string()
+                               : cards.first().value(QStringLiteral("state")).toString().toStdString();
+    };
+    EXPECT_TRUE(eventually([&] { return cardState() == "needsProject" || cardState() == "failed"; }))
+        << cardState();
+    EXPECT_EQ(confirmed(), 0);
+    // Another one is chosen, here in an editor.
+    writeSettings("selectedProjectId=" + service.createProject("Other"));
+    CaptureProgram command(app);
+    const auto resumed = command.run({"resume", "--json"});
+    EXPECT_EQ(resumed.exitCode, 0) << resumed.errors;
+    expectArrived(1);
+    quit();
+}
+
 TEST_F(ApplicationTest, losesNothingHoweverItEnds) {
     std::mt19937 random(std::random_device{}());
     const char *const asked = std::getenv("VANTRELL_KILLS");
@@ -162,7 +211,9 @@ TEST_F(ApplicationTest, losesNothingHoweverItEnds) {
     for (int round = 0; round < rounds; ++round) {
         for (const int number : {SIGTERM, SIGKILL, SIGHUP}) {
             record();
-            const auto wait = std::chrono::milliseconds(std::uniform_int_distribution(300, 2500)(random));
+            // A killed process may take the last two seconds with it, and so all of a shorter recording.
+            const auto wait = std::chrono::milliseconds(std::uniform_int_distribution(300, 2500)(random) +
+                                                        (number == SIGKILL ? 2000 : 0));
             // A moment of the recording's life, whichever: nothing is waited for.
             std::this_thread::sleep_for(wait);
             const bool isStopped = random() % 2 == 0;

@@ -3,7 +3,9 @@
 
 #include "Media/Encoding/EncoderChoice.h"
 
+#include "Media/Encoding/BandEncoder.h"
 #include "Media/Encoding/EncoderTrial.h"
+#include "Media/Encoding/SlicedX264.h"
 #include "Media/Encoding/X264Encoder.h"
 #include "Support/Log.h"
 
@@ -18,6 +20,9 @@ namespace {
 
 /// As fine as the software encoder's pictures at equal size.
 const std::string quantizer = "21";
+
+/// Smaller pictures cost no more than a band.
+constexpr int fewestBlocksForBands = 256;
 
 std::vector<std::string> renderNodes() {
     std::vector<std::string> nodes;
@@ -59,15 +64,23 @@ std::vector<LibavEncoder::Codec> hardwareEncoders() {
 }
 
 std::expected<std::unique_ptr<VideoEncoder>, PlatformError> EncoderChoice::create(PixelSize picture) {
-    const bool wantsHardware =
-        m_preference == EncoderPreference::hardware ||
-        (m_preference == EncoderPreference::automatic && X264Encoder::isLarge(picture));
+    const bool wantsHardware = m_preference == EncoderPreference::hardware ||
+                               (m_preference == EncoderPreference::automatic && SlicedX264::isLarge(picture));
     if (wantsHardware && m_hardwareWorks) {
         if (auto encoder = createHardware(picture))
             return encoder;
         m_hardwareWorks = false;
     }
-    return X264Encoder::create(picture);
+    return createSoftware(picture);
+}
+
+std::expected<std::unique_ptr<VideoEncoder>, PlatformError> EncoderChoice::createSoftware(PixelSize picture) {
+    const BlockMap blocks(picture);
+    if (blocks.columns() * blocks.rows() < fewestBlocksForBands)
+        return X264Encoder::create(picture);
+    // The encoder may outlive the choice.
+    return BandEncoder::create(
+        picture, {.mayUseBands = [trials = m_bandTrials, picture] { return trials->result(picture); }});
 }
 
 std::unique_ptr<VideoEncoder> EncoderChoice::createHardware(PixelSize picture) {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Media/Encoding/BandTrials.h"
 #include "Media/Encoding/LibavEncoder.h"
 #include "Media/Encoding/VideoEncoder.h"
 
@@ -44,10 +45,12 @@ public:
 
 private:
     std::unique_ptr<VideoEncoder> createHardware(PixelSize picture);
+    std::expected<std::unique_ptr<VideoEncoder>, PlatformError> createSoftware(PixelSize picture);
 
     const EncoderPreference m_preference;
     const std::vector<LibavEncoder::Codec> m_hardware;
     std::atomic<bool> m_hardwareWorks;
+    const std::shared_ptr<BandTrials> m_bandTrials = std::make_shared<BandTrials>();
 };
 
 } // namespace vantrell

@@ -3,8 +3,7 @@
 
 #include "Media/Encoding/EncoderTrial.h"
 
-#include "Media/Libav/FFmpegError.h"
-#include "Media/Libav/FFmpegPointers.h"
+#include "Media/Encoding/TrialDecoder.h"
 #include "Platform/ScreenError.h"
 
 #include <algorithm>
@@ -72,47 +71,6 @@ double likeness(const AVFrame &decoded, const Nv12Frame &drawn) {
     return peakToNoise(worst);
 }
 
-class TrialDecoder {
-public:
-    std::expected<void, PlatformError> open(const std::vector<std::uint8_t> &configuration) {
-        const AVCodec *decoder = avcodec_find_decoder(AV_CODEC_ID_H264);
-        m_context.reset(decoder ? avcodec_alloc_context3(decoder) : nullptr);
-        if (!m_context || !m_packet || !m_frame)
-            return std::unexpected(ffmpegError("find the decoder", AVERROR_DECODER_NOT_FOUND));
-        m_context->extradata =
-            static_cast<std::uint8_t *>(av_mallocz(configuration.size() + AV_INPUT_BUFFER_PADDING_SIZE));
-        m_context->extradata_size = int(configuration.size());
-        if (!m_context->extradata)
-            return std::unexpected(ffmpegError("open the decoder", AVERROR(ENOMEM)));
-        std::ranges::copy(configuration, m_context->extradata);
-        m_context->flags |= AV_CODEC_FLAG_LOW_DELAY;
-        m_context->thread_count = 1;
-        m_context->log_level_offset = AV_LOG_INFO - AV_LOG_ERROR;
-        if (const int opened = avcodec_open2(m_context.get(), decoder, nullptr); opened < 0)
-            return std::unexpected(ffmpegError("open the decoder", opened));
-        return {};
-    }
-
-    /// The frame's picture, which is valid until the next call.
-    std::expected<const AVFrame *, PlatformError> decode(const EncodedFrame &frame) {
-        if (const int room = av_new_packet(m_packet.get(), int(frame.data.size())); room < 0)
-            return std::unexpected(ffmpegError("decode the trial", room));
-        std::ranges::copy(frame.data, m_packet->data);
-        const int sent = avcodec_send_packet(m_context.get(), m_packet.get());
-        av_packet_unref(m_packet.get());
-        if (sent < 0)
-            return std::unexpected(ffmpegError("decode the trial", sent));
-        if (const int received = avcodec_receive_frame(m_context.get(), m_frame.get()); received < 0)
-            return std::unexpected(ffmpegError("decode the trial", received));
-        return m_frame.get();
-    }
-
-private:
-    CodecContextPtr m_context;
-    PacketPtr m_packet{av_packet_alloc()};
-    FramePtr m_frame{av_frame_alloc()};
-};
-
 } // namespace
 
 std::expected<void, PlatformError> tryEncoder(VideoEncoder &encoder, PixelSize picture) {
@@ -135,7 +93,7 @@ std::expected<void, PlatformError> tryEncoder(VideoEncoder &encoder, PixelSize p
             if (const auto opened = decoder.open(encoder.codecConfiguration()); !opened)
                 return opened;
         }
-        const auto decoded = decoder.decode(*encoded);
+        const auto decoded = decoder.decode(encoded->data);
         if (!decoded)
             return std::unexpected(decoded.error());
         const AVFrame &frame = **decoded;

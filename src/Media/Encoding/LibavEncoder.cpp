@@ -3,7 +3,7 @@
 
 #include "Media/Encoding/LibavEncoder.h"
 
-#include "Media/Encoding/H264Units.h"
+#include "Media/H264/H264Units.h"
 #include "Media/Libav/FFmpegError.h"
 #include "Platform/ScreenError.h"
 

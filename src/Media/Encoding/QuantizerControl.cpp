@@ -30,11 +30,15 @@ int QuantizerControl::quantizer(bool isKeyFrame) const {
     return isKeyFrame ? m_quantizer - int(keyFrameSteps) : m_quantizer;
 }
 
+bool QuantizerControl::isCalm(double hostTime) const {
+    return hostTime - m_movedAt >= calmInterval;
+}
+
 void QuantizerControl::frameEncoded(double hostTime, int changedBlocks, std::size_t bytes, bool isKeyFrame) {
     if (isKeyFrame)
         return;
     if (changedBlocks < movingShare * m_blocks) {
-        if (hostTime - m_movedAt >= calmInterval) {
+        if (isCalm(hostTime)) {
             m_quantizer = finest;
             m_detail = plainDetail;
         }

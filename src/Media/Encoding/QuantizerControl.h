@@ -15,12 +15,17 @@ class QuantizerControl {
 public:
     static constexpr int finest = 19;
     static constexpr int coarsest = 27;
+    /// Of what has stood still for a moment.
+    static constexpr int atRest = 17;
 
     /// `blocks` is the picture's number of macroblocks.
     explicit QuantizerControl(int blocks) : m_blocks(blocks) {}
 
     /// For the next frame; a key frame, which everything after it builds on, gets a finer one.
     int quantizer(bool isKeyFrame) const;
+
+    /// Nothing large has moved for a while.
+    bool isCalm(double hostTime) const;
 
     /// What the frame that was just encoded took.
     void frameEncoded(double hostTime, int changedBlocks, std::size_t bytes, bool isKeyFrame);

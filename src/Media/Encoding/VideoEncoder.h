@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <expected>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -39,6 +40,16 @@ public:
     /// result's data is valid until the next call.
     virtual std::expected<EncodedFrame, PlatformError>
     encode(const Nv12Frame &frame, const BlockMap &changed, std::int64_t presentationTime, bool keyFrame) = 0;
+
+    /// The presentation time from which on what stands still is worth being encoded once more, finer
+    /// (`refine`); nothing while it is not.
+    virtual std::optional<std::int64_t> refinesAt() const { return std::nullopt; }
+
+    /// Encodes the frame that was encoded last once more. Nothing when it turns out not to be worth it.
+    virtual std::expected<std::optional<EncodedFrame>, PlatformError>
+    refine(const Nv12Frame & /*frame*/, std::int64_t /*presentationTime*/) {
+        return std::nullopt;
+    }
 };
 
 } // namespace vantrell

@@ -32,16 +32,33 @@ std::int64_t EncodeStage::ticks(double hostTime) const {
 }
 
 void EncodeStage::run() {
-    while (auto job = m_exchange.next()) {
+    while (auto job = next()) {
         std::int64_t time = ticks(job->hostTime);
         if (m_last)
             time = std::max(time, m_result.lastPresentationTime + 1);
-        const bool encoded = encode(*job, time);
+        const bool encoded = job->changed.any() ? encode(*job, time) : refine(*job, time);
         m_exchange.done(*job);
         m_last = std::move(job);
         if (!encoded)
             return;
     }
+}
+
+std::optional<FrameExchange::Job> EncodeStage::next() {
+    const auto refinesAt = m_encoder->refinesAt();
+    if (!m_last || !refinesAt)
+        return m_exchange.next();
+    return m_exchange.next(m_epoch + double(*refinesAt) / VideoEncoder::timeScale, *m_last);
+}
+
+bool EncodeStage::refine(const FrameExchange::Job &job, std::int64_t presentationTime) {
+    const auto frame = m_encoder->refine(job.slot->frame, presentationTime);
+    if (!frame) {
+        m_result.encoderBroke = true;
+        fail(frame.error());
+        return false;
+    }
+    return !*frame || write(**frame, job.hostTime);
 }
 
 bool EncodeStage::encode(const FrameExchange::Job &job, std::int64_t presentationTime) {
@@ -52,17 +69,21 @@ bool EncodeStage::encode(const FrameExchange::Job &job, std::int64_t presentatio
         fail(frame.error());
         return false;
     }
-    m_keyFrames.frameEncoded(job.hostTime, frame->data.size(), frame->isKeyFrame);
-    const auto written = m_movie.append(m_track, EncodedSample{.data = frame->data,
-                                                               .pts = frame->presentationTime,
-                                                               .dts = frame->presentationTime,
-                                                               .isKey = frame->isKeyFrame});
+    return write(*frame, job.hostTime);
+}
+
+bool EncodeStage::write(const EncodedFrame &frame, double hostTime) {
+    m_keyFrames.frameEncoded(hostTime, frame.data.size(), frame.isKeyFrame);
+    const auto written = m_movie.append(m_track, EncodedSample{.data = frame.data,
+                                                               .pts = frame.presentationTime,
+                                                               .dts = frame.presentationTime,
+                                                               .isKey = frame.isKeyFrame});
     if (!written) {
         fail(written.error());
         return false;
     }
     ++m_result.frames;
-    m_result.lastPresentationTime = presentationTime;
+    m_result.lastPresentationTime = frame.presentationTime;
     return true;
 }
 

@@ -49,6 +49,10 @@ public:
 
 private:
     void run();
+    /// What comes, or what came last once more when it is worth being refined.
+    std::optional<FrameExchange::Job> next();
+    bool refine(const FrameExchange::Job &job, std::int64_t presentationTime);
+    bool write(const EncodedFrame &frame, double hostTime);
     bool encode(const FrameExchange::Job &job, std::int64_t presentationTime);
     void hold(std::int64_t endTime);
     void fail(PlatformError error);

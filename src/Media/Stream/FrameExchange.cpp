@@ -3,7 +3,10 @@
 
 #include "Media/Stream/FrameExchange.h"
 
+#include "Support/HostTime.h"
+
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace vantrell {
@@ -70,6 +73,22 @@ std::optional<FrameExchange::Job> FrameExchange::next() {
     Job job = std::move(m_jobs.front());
     m_jobs.pop_front();
     return job;
+}
+
+std::optional<FrameExchange::Job> FrameExchange::next(double deadline, const Job &before) {
+    // The capture thread may be looking into the picture at this moment: a little later, then.
+    constexpr double patience = 0.01;
+    for (;; deadline = hostNow() + patience) {
+        std::unique_lock lock(m_mutex);
+        const std::chrono::duration<double> left(std::max(deadline - hostNow(), 0.0));
+        if (m_changed.wait_for(lock, left, [this] { return !m_jobs.empty() || m_closed; }))
+            break;
+        if (!before.slot->isBusy) {
+            before.slot->isBusy = true;
+            return Job{before.slot, BlockMap(m_picture), hostNow()};
+        }
+    }
+    return next();
 }
 
 void FrameExchange::done(const Job &job) {

@@ -56,6 +56,9 @@ public:
 
     /// Encode thread: blocks until there is a job; none when all are done and the exchange is closed.
     std::optional<Job> next();
+    /// Encode thread: as `next`, but when nothing has come until `deadline` (host time), the picture of the
+    /// job before once more, unchanged. That job is done.
+    std::optional<Job> next(double deadline, const Job &before);
     /// Encode thread: the job's picture may be written again.
     void done(const Job &job);
     /// Encode thread: nothing more is taken.

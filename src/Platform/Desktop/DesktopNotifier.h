@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/Desktop/BusClient.h"
+#include "Platform/Bus/BusClient.h"
 #include "Platform/Notifier.h"
 
 #include <QDBusConnection>

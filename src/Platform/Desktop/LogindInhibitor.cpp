@@ -4,7 +4,7 @@
 #include "Platform/Desktop/LogindInhibitor.h"
 
 #include "Platform/ApplicationIdentity.h"
-#include "Platform/Desktop/BusClient.h"
+#include "Platform/Bus/BusClient.h"
 #include "Support/Log.h"
 
 #include <utility>

@@ -5,8 +5,8 @@
 
 #include "Media/Encoding/EncoderChoice.h"
 #include "Media/Encoding/EncoderTrial.h"
-#include "Media/Encoding/H264Units.h"
 #include "Media/Encoding/X264Encoder.h"
+#include "Media/H264/H264Units.h"
 #include "Media/Movie/MovieWriter.h"
 #include "Support/HostTime.h"
 #include "TestSupport/RunTask.h"
@@ -168,7 +168,7 @@ TEST(X264Encoder, goesOverToSlicesAndBackWithinOneMovie) {
 }
 
 bool isSoftware(const std::unique_ptr<VideoEncoder> &encoder) {
-    return dynamic_cast<X264Encoder *>(encoder.get()) != nullptr;
+    return dynamic_cast<LibavEncoder *>(encoder.get()) == nullptr;
 }
 
 TEST(EncoderChoice, takesTheCardWhereItPaysAndWorks) {

@@ -39,7 +39,8 @@ void requireEventually(const std::function<bool()> &condition, const char *compl
 
 SoundSession::SoundSession()
     : m_environment(soundEnvironment(m_folder)),
-      m_server("PULSE_SERVER", "unix:" + (m_folder / "pulse/native").string()) {
+      m_server("PULSE_SERVER", "unix:" + (m_folder / "pulse/native").string()),
+      m_pipeWire("PIPEWIRE_REMOTE", (m_folder / "pipewire-0").string()) {
     std::filesystem::permissions(m_folder.path(), std::filesystem::perms::owner_all);
     m_bus = std::make_unique<ChildProcess>(
         std::vector<std::string>{"dbus-daemon", "--session", "--nofork", "--nopidfile",
@@ -116,6 +117,18 @@ void SoundSession::setDefaultSpeaker(const std::string &name) {
     requireEventually([&] { return tryControl("get-default-sink") == name + "\n"; }, "no default speaker");
 }
 
+void SoundSession::setDefaultCamera(const std::string &name) {
+    if (!tryRun("pw-metadata -n default 0 default.configured.video.source '{\"name\":\"" + name +
+                "\"}' Spa:String:JSON"))
+        throw std::runtime_error("cannot choose a default camera");
+    requireEventually(
+        [&] {
+            const auto told = tryRun("pw-metadata -n default 0 default.video.source");
+            return told && told->find("\"" + name + "\"") != std::string::npos;
+        },
+        "no default camera");
+}
+
 /// "<number> <source's number> ..." a recording program, "<number> <name> ..." a source.
 void SoundSession::waitUntilRecorded(const std::string &source) {
     requireEventually(
@@ -148,9 +161,12 @@ void SoundSession::control(const std::string &arguments) {
 }
 
 std::optional<std::string> SoundSession::tryControl(const std::string &arguments) {
+    return tryRun("pactl " + arguments);
+}
+
+std::optional<std::string> SoundSession::tryRun(const std::string &command) {
     const std::filesystem::path answer = m_folder / "answer";
-    const ChildProcess program({"sh", "-c", "timeout 10 pactl " + arguments + " >" + answer.string()},
-                               m_environment);
+    const ChildProcess program({"sh", "-c", "timeout 10 " + command + " >" + answer.string()}, m_environment);
     int status = 0;
     ::waitpid(program.pid(), &status, 0);
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)

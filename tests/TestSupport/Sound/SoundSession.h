@@ -16,7 +16,8 @@
 namespace vantrell::testing {
 
 /// A sound server of a test's own (PipeWire with its PulseAudio interface) without any hardware, gone with
-/// the object. While it lives, this process's PulseAudio programs and libraries find it and no other.
+/// the object. While it lives, this process's PulseAudio and PipeWire programs and libraries find it and no
+/// other: the same server has the cameras (VirtualCamera).
 class SoundSession {
 public:
     /// With the default output `speaker` and the default microphone `microphone`.
@@ -33,6 +34,7 @@ public:
     void plugSpeaker(const std::string &name);
     void setDefaultMicrophone(const std::string &name);
     void setDefaultSpeaker(const std::string &name);
+    void setDefaultCamera(const std::string &name);
 
     /// Waits until some program records from it; programs that follow the defaults take a moment.
     void waitUntilRecorded(const std::string &source);
@@ -50,10 +52,12 @@ private:
     std::string loadModule(const std::string &arguments);
     void control(const std::string &arguments);
     std::optional<std::string> tryControl(const std::string &arguments);
+    std::optional<std::string> tryRun(const std::string &command);
 
     TemporaryFolder m_folder;
     const ChildProcess::Environment m_environment;
     const ScopedEnvironment m_server;
+    const ScopedEnvironment m_pipeWire;
     std::unique_ptr<ChildProcess> m_bus;
     std::vector<std::unique_ptr<ChildProcess>> m_programs;
     /// Microphone to the server's number of the module that makes it.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Media/Encoding/H264Units.h"
+#include "Media/H264/H264Units.h"
 
 #include <algorithm>
 #include <array>
@@ -36,6 +36,21 @@ std::vector<H264Unit> splitByteStream(std::span<const std::uint8_t> stream) {
         if (end != begin)
             units.emplace_back(begin, end);
         begin = next.end();
+    }
+    return units;
+}
+
+std::vector<H264Unit> splitSized(std::span<const std::uint8_t> data) {
+    constexpr std::size_t lengthBytes = 4;
+    std::vector<H264Unit> units;
+    while (data.size() > lengthBytes) {
+        const std::size_t length = std::size_t(data[0]) << 24 | std::size_t(data[1]) << 16 |
+                                   std::size_t(data[2]) << 8 | std::size_t(data[3]);
+        data = data.subspan(lengthBytes);
+        if (length == 0 || length > data.size())
+            break;
+        units.push_back(data.first(length));
+        data = data.subspan(length);
     }
     return units;
 }

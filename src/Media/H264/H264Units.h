@@ -25,6 +25,10 @@ H264UnitType typeOf(H264Unit unit);
 /// The units of a byte stream with start codes (Annex B); they refer to `stream`.
 std::vector<H264Unit> splitByteStream(std::span<const std::uint8_t> stream);
 
+/// The units of a picture that lie behind their lengths of four bytes; they refer to `data`. Ends before what
+/// is cut off.
+std::vector<H264Unit> splitSized(std::span<const std::uint8_t> data);
+
 /// The avcC record of one pair of parameter sets, for units behind lengths of four bytes. The sequence
 /// parameters are at least four bytes long.
 std::vector<std::uint8_t> avcConfiguration(H264Unit sequenceParameters, H264Unit pictureParameters);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Platform/Desktop/BusClient.h"
+#include "Platform/Bus/BusClient.h"
 
-#include "Platform/Desktop/BusSignalReceiver.h"
+#include "Platform/Bus/BusSignalReceiver.h"
 
 #include <QDBusError>
 #include <QDBusPendingCallWatcher>

@@ -1,0 +1,304 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/Encoding/BandEncoder.h"
+
+#include "Media/Encoding/BandPlan.h"
+#include "Media/H264/H264Units.h"
+#include "Support/HostTime.h"
+#include "Support/Log.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <latch>
+#include <thread>
+#include <utility>
+
+namespace vantrell {
+
+namespace {
+
+// Seconds that a block has to stand still before it is made finer: a moment where a film or a page stopped, a
+// little longer where letters are typed, which would be encoded twice.
+constexpr double restOfCoarse = 0.3;
+constexpr double restOfFine = 0.6;
+
+/// What the small encoders may be in all, of the whole picture; more than any plan asks for.
+constexpr double keptShare = 0.75;
+/// Macroblocks, besides.
+constexpr int fewestKept = 512;
+
+/// Macroblocks for which it pays to wake another thread.
+constexpr int muchWork = 300;
+
+int touchedIn(const BlockArea &band, const BlockMap &touched) {
+    int count = 0;
+    for (int row = band.row; row < band.bottom(); ++row) {
+        for (int column = band.column; column < band.right(); ++column)
+            count += touched.isMarked(column, row);
+    }
+    return count;
+}
+
+/// Where the bands of a second thread begin, which is to do as much as the first; the end when there is not
+/// enough to do.
+std::size_t secondHalf(const std::vector<BlockArea> &bands, const BlockMap &touched) {
+    if (bands.size() < 2)
+        return bands.size();
+    std::vector<int> before{0};
+    for (const BlockArea &band : bands)
+        before.push_back(before.back() + touchedIn(band, touched));
+    const int all = before.back();
+    const auto middle =
+        std::ranges::min_element(before, {}, [all](int first) { return std::abs(2 * first - all); });
+    return std::min(*middle, all - *middle) < muchWork ? bands.size() : std::size_t(middle - before.begin());
+}
+
+/// Bands of even height in which there may be much to do.
+void halveLarge(std::vector<BlockArea> &bands) {
+    constexpr int large = 16;
+    for (std::size_t i = 0; i < bands.size(); ++i) {
+        BlockArea &band = bands[i];
+        if (band.rows < large || band.rows % 2 != 0)
+            continue;
+        band.rows /= 2;
+        BlockArea lower = band;
+        lower.row += band.rows;
+        bands.insert(bands.begin() + std::ptrdiff_t(++i), lower);
+    }
+}
+
+} // namespace
+
+BandEncoder::BandEncoder(PixelSize picture, Options options, std::unique_ptr<SlicedX264> whole)
+    : m_options(std::move(options)), m_whole(std::move(whole)),
+      m_configuration(avcConfiguration(m_whole->instance().sequenceParameters(),
+                                       m_whole->instance().pictureParameters())),
+      m_stream(StreamFacts::of(m_whole->instance())),
+      m_quantizer(BlockMap(picture).columns() * BlockMap(picture).rows()), m_touched(picture) {
+    m_coarseness.resize(m_touched.marks().size());
+    m_changedAt.resize(m_touched.marks().size());
+    if (constexpr int threads = 2; int(std::thread::hardware_concurrency()) >= threads)
+        m_load.emplace(threads);
+}
+
+std::expected<std::unique_ptr<BandEncoder>, PlatformError> BandEncoder::create(PixelSize picture,
+                                                                               Options options) {
+    auto whole = SlicedX264::create(picture, options.isLarge.value_or(SlicedX264::isLarge(picture)));
+    if (!whole)
+        return std::unexpected(whole.error());
+    return std::unique_ptr<BandEncoder>(new BandEncoder(picture, std::move(options), std::move(*whole)));
+}
+
+bool BandEncoder::usesBands() {
+    if (!m_stream)
+        return false;
+    if (!m_mayUseBands) {
+        m_mayUseBands = m_options.mayUseBands();
+        if (m_mayUseBands == true)
+            m_small = std::make_unique<SmallEncoders>(
+                *m_stream, m_options.makeSmall, int(double(m_coarseness.size()) * keptShare) + fewestKept,
+                m_options.preparation);
+    }
+    return m_small != nullptr;
+}
+
+void BandEncoder::giveUp(const char *why) {
+    qCWarning(logCapture, "not encoding in bands any more: %s", why);
+    m_stream.reset();
+    m_small.reset();
+}
+
+std::expected<EncodedFrame, PlatformError> BandEncoder::encode(const Nv12Frame &frame,
+                                                               const BlockMap &changed,
+                                                               std::int64_t presentationTime, bool keyFrame) {
+    const double seconds = double(presentationTime) / timeScale;
+    const int quantizer = m_quantizer.quantizer(keyFrame);
+    m_touched = changed;
+    const auto isKey = encodeTouched(frame, quantizer, keyFrame);
+    if (!isKey)
+        return std::unexpected(isKey.error());
+    remember(changed, quantizer, seconds, *isKey);
+    m_quantizer.frameEncoded(seconds, changed.count(), m_data.size(), *isKey);
+    return EncodedFrame{m_data, presentationTime, *isKey};
+}
+
+std::expected<bool, PlatformError> BandEncoder::encodeTouched(const Nv12Frame &frame, int quantizer,
+                                                              bool keyFrame) {
+    const bool usedBands = m_small != nullptr;
+    if (usesBands() && !keyFrame && encodeInBands(frame, quantizer))
+        return false;
+    // A picture that was begun in bands may have been the last of them.
+    const bool begins = usedBands && !m_small;
+    return encodeWhole(frame, quantizer, keyFrame || begins);
+}
+
+void BandEncoder::remember(const BlockMap &changed, int quantizer, double seconds, bool isKey) {
+    for (std::size_t i = 0; i < m_coarseness.size(); ++i) {
+        if (m_touched.marks()[i] || isKey)
+            m_coarseness[i] = std::uint8_t(quantizer);
+        if (changed.marks()[i])
+            m_changedAt[i] = float(seconds);
+    }
+    if (quantizer <= QuantizerControl::atRest || !changed.any())
+        return;
+    const double rest = quantizer > QuantizerControl::finest ? restOfCoarse : restOfFine;
+    const auto due = std::int64_t((seconds + rest) * timeScale);
+    m_refinesAt = std::min(m_refinesAt.value_or(due), due);
+}
+
+bool BandEncoder::findCoarse(double seconds) {
+    m_touched.clear();
+    m_refinesAt.reset();
+    bool found = false;
+    const auto columns = std::size_t(m_touched.columns());
+    for (std::size_t i = 0; i < m_coarseness.size(); ++i) {
+        if (m_coarseness[i] <= QuantizerControl::atRest)
+            continue;
+        if (seconds - double(m_changedAt[i]) >= restOfCoarse) {
+            m_touched.markBlock(int(i % columns), int(i / columns));
+            found = true;
+        } else {
+            m_refinesAt = std::int64_t((seconds + restOfFine) * timeScale);
+        }
+    }
+    return found;
+}
+
+std::expected<std::optional<EncodedFrame>, PlatformError> BandEncoder::refine(const Nv12Frame &frame,
+                                                                              std::int64_t presentationTime) {
+    const double seconds = double(presentationTime) / timeScale;
+    if (!m_quantizer.isCalm(seconds)) {
+        m_refinesAt = presentationTime + std::int64_t(restOfCoarse * timeScale);
+        return std::nullopt;
+    }
+    if (!findCoarse(seconds))
+        return std::nullopt;
+    const auto isKey = encodeTouched(frame, QuantizerControl::atRest, false);
+    if (!isKey)
+        return std::unexpected(isKey.error());
+    remember(BlockMap(frame.picture()), QuantizerControl::atRest, seconds, *isKey);
+    return EncodedFrame{m_data, presentationTime, *isKey};
+}
+
+bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
+    auto bands = planBands(m_touched);
+    if (!bands || reconstruction().isNull())
+        return false;
+    if (m_isHalving)
+        halveLarge(*bands);
+    const auto encoders = m_small->forPlaces(*bands);
+    if (m_small->hasFailed()) {
+        giveUp("the encoder of a band could not be made");
+        return false;
+    }
+    if (encoders.size() != bands->size())
+        return false;
+    if (const auto failure = encodeAll(encoders, *bands, frame, quantizer)) {
+        giveUp(failure->message.c_str());
+        return false;
+    }
+    ++m_frameNumber;
+    writeSlices(encoders);
+    // Only now: each of them referred to what its neighbours were before.
+    for (const SmallEncoder *encoder : encoders)
+        encoder->reconstructIn(reconstruction());
+    ++m_picturesInBands;
+    return true;
+}
+
+std::optional<PlatformError> BandEncoder::encodeAll(const std::vector<SmallEncoder *> &encoders,
+                                                    const std::vector<BlockArea> &bands,
+                                                    const Nv12Frame &frame, int quantizer) {
+    const double begin = hostNow();
+    std::array<std::optional<PlatformError>, 2> failures;
+    const auto work = [&](std::size_t first, std::size_t last, std::optional<PlatformError> &failure) {
+        for (std::size_t i = first; i < last && !failure; ++i) {
+            const auto encoded = encoders[i]->encode(frame, bands[i], m_touched, quantizer, reconstruction());
+            if (!encoded)
+                failure = encoded.error();
+        }
+    };
+    const std::size_t half = m_load ? secondHalf(bands, m_touched) : bands.size();
+    if (half < bands.size()) {
+        std::latch done(1);
+        m_second.post([&] {
+            work(half, bands.size(), failures[1]);
+            done.count_down();
+        });
+        work(0, half, failures[0]);
+        done.wait();
+    } else {
+        work(0, bands.size(), failures[0]);
+    }
+    if (m_load) {
+        m_load->frameEncoded(begin, hostNow());
+        m_isHalving = m_isHalving ? !m_load->canDoWithoutSlices() : m_load->needsSlices();
+    }
+    return failures[0] ? failures[0] : failures[1];
+}
+
+void BandEncoder::writeSlices(const std::vector<SmallEncoder *> &encoders) {
+    m_data.clear();
+    const int columns = m_touched.columns();
+    int next = 0;
+    const auto skipTo = [&](int block) {
+        if (block > next)
+            m_skips.append(m_data, m_stream->layout, next, block - next, m_frameNumber);
+    };
+    for (const SmallEncoder *encoder : encoders) {
+        const BlockArea &place = encoder->place();
+        const int begin = place.row * columns + place.column;
+        skipTo(begin);
+        encoder->appendTo(m_data, m_frameNumber);
+        next = begin + place.count();
+    }
+    skipTo(columns * m_touched.rows());
+}
+
+std::expected<bool, PlatformError> BandEncoder::encodeWhole(const Nv12Frame &frame, int quantizer,
+                                                            bool keyFrame) {
+    const auto run = [&](bool key) {
+        m_hints.resize(m_touched.marks().size());
+        std::ranges::transform(m_touched.marks(), m_hints.begin(), [](std::uint8_t mark) {
+            return mark ? std::uint8_t(0) : X264Instance::constantHint;
+        });
+        return m_whole->encode(frame, m_hints, quantizer, key,
+                               m_small ? SlicedX264::Change::carriedOver : SlicedX264::Change::withKeyFrame);
+    };
+    auto picture = run(keyFrame);
+    if (picture && m_stream && !takeOver(picture->data, picture->isKey)) {
+        giveUp("a slice is not understood");
+        if (!picture->isKey)
+            picture = run(true);
+    }
+    if (!picture)
+        return std::unexpected(picture.error());
+    if (!m_stream)
+        m_data.assign(picture->data.begin(), picture->data.end());
+    return picture->isKey;
+}
+
+bool BandEncoder::takeOver(std::span<const std::uint8_t> data, bool isKey) {
+    const std::uint32_t frameNumber = isKey ? 0 : m_frameNumber + 1;
+    const std::uint32_t keyId = isKey ? m_keyId ^ 1 : m_keyId;
+    m_data.clear();
+    for (const H264Unit unit : splitSized(data)) {
+        const H264UnitType type = typeOf(unit);
+        if (type != H264UnitType::slice && type != H264UnitType::keySlice)
+            continue;
+        const auto slice = parseSlice(unit, m_stream->layout);
+        if (!slice || slice->header.isKey != isKey)
+            return false;
+        SliceHeader header = slice->header;
+        header.frameNumber = frameNumber;
+        header.keyId = keyId;
+        appendSliceWithHeader(m_data, m_stream->layout, header, unit, *slice);
+    }
+    m_frameNumber = frameNumber;
+    m_keyId = keyId;
+    return !m_data.empty();
+}
+
+} // namespace vantrell

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Media/Encoding/BlockArea.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vantrell {
+
+/// An encoder's picture as a decoder will see it, which is what its next picture refers to: NV12 in whole
+/// macroblocks, with a margin all around that repeats the edge. Borrowed from the encoder.
+struct ReconstructedPicture {
+    /// Pixels of luma around the picture that an encoder refers to.
+    static constexpr int margin = 32;
+
+    std::uint8_t *luma = nullptr;
+    std::uint8_t *chroma = nullptr;
+    std::ptrdiff_t lumaStride = 0;
+    std::ptrdiff_t chromaStride = 0;
+    /// In macroblocks.
+    int columns = 0;
+    int rows = 0;
+
+    bool isNull() const { return luma == nullptr; }
+
+    /// Fills all of this picture, and its margin so far, with what lies in `whole` at `place`, which has this
+    /// picture's size, and around it.
+    void fillFrom(const ReconstructedPicture &whole, const BlockArea &place, int around = margin) const;
+
+    /// The other way round: writes this picture into `whole` at `place`, and the margin where both end at the
+    /// same edge.
+    void writeTo(const ReconstructedPicture &whole, const BlockArea &place) const;
+};
+
+} // namespace vantrell

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/Encoding/X264Instance.h"
+
+#include "Media/Encoding/QuantizerControl.h"
+#include "Media/Encoding/VideoEncoder.h"
+#include "Platform/ScreenError.h"
+#include "Support/Log.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <utility>
+
+namespace vantrell {
+
+namespace {
+
+void logFromX264(void *, int level, const char *format, va_list arguments) {
+    if (level > X264_LOG_ERROR)
+        return;
+    char text[256];
+    std::vsnprintf(text, sizeof text, format, arguments);
+    qCWarning(logCapture, "x264: %s", text);
+}
+
+constexpr std::uint8_t h273Bt709 = 1;
+constexpr std::size_t lengthBytes = 4;
+constexpr int coarsestQuantizer = 51;
+
+/// Whatever the number of slices and the size, the picture parameters are the same.
+x264_param_t parametersFor(const X264Instance::Options &options) {
+    x264_param_t p;
+    x264_param_default_preset(&p, "superfast", nullptr);
+    p.i_width = options.size.width;
+    p.i_height = options.size.height;
+    p.i_csp = X264_CSP_NV12;
+    p.pf_log = logFromX264;
+    p.i_log_level = X264_LOG_ERROR;
+    if (options.level > 0)
+        p.i_level_idc = options.level;
+
+    // A frame must not wait for the next one, which may come minutes later.
+    p.b_vfr_input = 0;
+    p.i_bframe = 0;
+    p.rc.i_lookahead = 0;
+    p.i_sync_lookahead = 0;
+    p.rc.b_mb_tree = 0;
+    p.i_threads = options.slices;
+    p.b_sliced_threads = options.slices > 1;
+    p.i_timebase_num = 1;
+    p.i_timebase_den = VideoEncoder::timeScale;
+    p.i_fps_num = 60;
+    p.i_fps_den = 1;
+
+    // The constant-macroblock hints are silently ignored unless the reference is the frame right before, is
+    // not weighted and its quantizer is not above the present one.
+    p.analyse.b_mb_info = 1;
+    p.i_frame_reference = 1;
+    p.analyse.i_weighted_pred = X264_WEIGHTP_NONE;
+    p.rc.i_rc_method = X264_RC_CQP;
+    p.rc.i_qp_constant = QuantizerControl::finest;
+    p.rc.i_aq_mode = X264_AQ_NONE;
+
+    // Measured on text, scrolling, film and full-screen motion: what moves on a screen moves by whole pixels,
+    // so the half-pixel planes, a third of a still frame's cost, pay only on film, and little there. Without
+    // the deblocking filter letters stay crisp, and it is cheaper. Bytes are better spent on brightness than
+    // on colour, and on small differences, which add up while a picture moves: they are neither dropped nor
+    // skipped.
+    p.analyse.i_subpel_refine = 0;
+    p.b_deblocking_filter = 0;
+    p.analyse.i_luma_deadzone[0] = 22;
+    p.analyse.b_dct_decimate = options.dropsSmallDifferences;
+    p.analyse.i_chroma_qp_offset = 4;
+    p.analyse.b_fast_pskip = options.dropsSmallDifferences;
+    p.analyse.b_transform_8x8 = !options.isFast;
+
+    // Key frames are asked for by time, by the caller.
+    p.i_keyint_max = X264_KEYINT_MAX_INFINITE;
+    p.i_scenecut_threshold = 0;
+
+    p.b_annexb = 0;
+    p.b_repeat_headers = 0;
+    p.b_aud = 0;
+
+    p.vui.b_fullrange = 0;
+    p.vui.i_colorprim = h273Bt709;
+    p.vui.i_transfer = h273Bt709;
+    p.vui.i_colmatrix = h273Bt709;
+    x264_param_apply_profile(&p, "high");
+    return p;
+}
+
+} // namespace
+
+X264Instance::X264Instance(const Options &options, std::unique_ptr<x264_t, Close> encoder)
+    : m_options(options), m_encoder(std::move(encoder)) {
+    m_reconstruction.columns = (options.size.width + blockEdge - 1) / blockEdge;
+    m_reconstruction.rows = (options.size.height + blockEdge - 1) / blockEdge;
+}
+
+std::unique_ptr<X264Instance> X264Instance::open(const Options &options) {
+    x264_param_t parameters = parametersFor(options);
+    std::unique_ptr<x264_t, Close> encoder(x264_encoder_open(&parameters));
+    if (!encoder)
+        return nullptr;
+    std::unique_ptr<X264Instance> instance(new X264Instance(options, std::move(encoder)));
+    return instance->learnParameters() ? std::move(instance) : nullptr;
+}
+
+bool X264Instance::learnParameters() {
+    x264_param_t used;
+    x264_encoder_parameters(m_encoder.get(), &used);
+    m_level = used.i_level_idc;
+    x264_nal_t *units = nullptr;
+    int count = 0;
+    if (x264_encoder_headers(m_encoder.get(), &units, &count) < 0)
+        return false;
+    for (const x264_nal_t &unit : std::span(units, std::size_t(count))) {
+        const H264Unit payload(unit.p_payload + lengthBytes, std::size_t(unit.i_payload) - lengthBytes);
+        if (unit.i_type == NAL_SPS)
+            m_sequenceParameters.assign(payload.begin(), payload.end());
+        else if (unit.i_type == NAL_PPS)
+            m_pictureParameters.assign(payload.begin(), payload.end());
+    }
+    return !m_sequenceParameters.empty() && !m_pictureParameters.empty();
+}
+
+void X264Instance::warmUp(int pictures) {
+    const Nv12Frame nothing(m_options.size);
+    std::vector<std::uint8_t> hints(std::size_t(m_reconstruction.columns) *
+                                    std::size_t(m_reconstruction.rows));
+    for (int i = 0; i < pictures; ++i)
+        (void)encode(nothing, {}, hints, coarsestQuantizer, i == 0);
+}
+
+std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const Nv12Frame &frame,
+                                                                         const BlockArea &place,
+                                                                         std::vector<std::uint8_t> &hints,
+                                                                         int quantizer, bool isKey) {
+    x264_picture_t picture;
+    x264_picture_init(&picture);
+    picture.i_pts = m_pictures++;
+    picture.i_qpplus1 = quantizer + 1;
+    picture.i_type = isKey ? X264_TYPE_IDR : X264_TYPE_P;
+    // Read until the frame is really encoded, which is before the call returns.
+    picture.prop.mb_info = hints.data();
+    picture.img.i_csp = X264_CSP_NV12;
+    picture.img.i_plane = 2;
+    // The encoder only reads the planes.
+    picture.img.plane[0] = const_cast<std::uint8_t *>(frame.luma() + place.row * blockEdge * frame.stride() +
+                                                      place.column * blockEdge);
+    picture.img.plane[1] = const_cast<std::uint8_t *>(
+        frame.chroma() + place.row * blockEdge / 2 * frame.stride() + place.column * blockEdge);
+    picture.img.i_stride[0] = int(frame.stride());
+    picture.img.i_stride[1] = int(frame.stride());
+
+    x264_nal_t *units = nullptr;
+    int count = 0;
+    x264_picture_t encoded;
+    const int size = x264_encoder_encode(m_encoder.get(), &units, &count, &picture, &encoded);
+    if (size <= 0)
+        return std::unexpected(screenError(ScreenErrorCode::encoderFailed, "The video encoder failed"));
+    const bool isShown = encoded.img.i_csp == X264_CSP_NV12 && encoded.img.i_plane == 2;
+    m_reconstruction.luma = isShown ? encoded.img.plane[0] : nullptr;
+    m_reconstruction.chroma = isShown ? encoded.img.plane[1] : nullptr;
+    m_reconstruction.lumaStride = encoded.img.i_stride[0];
+    m_reconstruction.chromaStride = encoded.img.i_stride[1];
+    return Picture{std::span(units[0].p_payload, std::size_t(size)), encoded.b_keyframe != 0};
+}
+
+} // namespace vantrell

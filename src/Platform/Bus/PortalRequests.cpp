@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/Bus/PortalRequests.h"
+
+#include "Support/Log.h"
+
+#include <QDBusArgument>
+#include <QDBusError>
+#include <QDBusObjectPath>
+#include <QTimer>
+
+#include <utility>
+
+#include <unistd.h>
+
+namespace vantrell {
+
+namespace {
+
+const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString portalPrefix = QStringLiteral("org.freedesktop.portal.");
+constexpr std::chrono::seconds callPatience(10);
+
+constexpr unsigned userCancelled = 1;
+
+QVariantMap mapOf(const QVariant &value) {
+    return value.canConvert<QDBusArgument>() ? qdbus_cast<QVariantMap>(value.value<QDBusArgument>())
+                                             : value.toMap();
+}
+
+/// The bus's own words for it are for developers.
+PlatformError portalErrorOf(const PlatformError &error) {
+    if (error.domain != "dbus")
+        return error;
+    qCInfo(logApp, "portal: %s", error.message.c_str());
+    switch (QDBusError::ErrorType(error.code)) {
+    case QDBusError::ServiceUnknown:
+    case QDBusError::UnknownInterface:
+    case QDBusError::UnknownMethod:
+    case QDBusError::UnknownObject:
+    case QDBusError::UnknownProperty:
+    case QDBusError::Disconnected:
+        return portalError(PortalErrorCode::missing);
+    case QDBusError::NoReply:
+    case QDBusError::Timeout:
+    case QDBusError::TimedOut:
+        return portalError(PortalErrorCode::silent);
+    default:
+        return portalError(PortalErrorCode::refused);
+    }
+}
+
+} // namespace
+
+PlatformError portalError(PortalErrorCode code) {
+    const char *sentence = "";
+    switch (code) {
+    case PortalErrorCode::missing:
+        sentence = "The desktop's portal is missing: install xdg-desktop-portal and the part of it for this "
+                   "desktop, then log in again";
+        break;
+    case PortalErrorCode::refused:
+        sentence = "The desktop refused it";
+        break;
+    case PortalErrorCode::silent:
+        sentence = "The desktop's portal does not answer";
+        break;
+    case PortalErrorCode::gone:
+        sentence = "The desktop's portal went away";
+        break;
+    }
+    return {portalErrorDomain, int(code), sentence};
+}
+
+bool isPortalError(const PlatformError &error, PortalErrorCode code) {
+    return error.domain == portalErrorDomain && error.code == int(code);
+}
+
+PortalRequests::PortalRequests(QDBusConnection bus)
+    : m_run(QString::number(::getpid())), m_client(std::move(bus), portalService) {
+    // For all requests at once and before the first is made: an answer may come before the call returns.
+    m_client.onSignal({}, portalPrefix + QStringLiteral("Request"), QStringLiteral("Response"),
+                      [this](const QDBusMessage &message) { responded(message); });
+    m_client.onSignal({}, portalPrefix + QStringLiteral("Session"), QStringLiteral("Closed"),
+                      [this](const QDBusMessage &message) {
+                          const auto closed = m_sessions.extract(message.path());
+                          if (closed)
+                              closed.mapped()();
+                      });
+    m_client.onPresence([this](bool isPresent) {
+        if (!isPresent)
+            serviceLost();
+    });
+}
+
+PortalRequests::~PortalRequests() = default;
+
+QString PortalRequests::newToken() {
+    return QStringLiteral("vantrell%1_%2").arg(m_run).arg(++m_tokens);
+}
+
+QString PortalRequests::requestPath(const QString &token) const {
+    const QString sender = m_client.bus().baseService().mid(1).replace(u'.', u'_');
+    return portalPath + QStringLiteral("/request/") + sender + u'/' + token;
+}
+
+void PortalRequests::responded(const QDBusMessage &message) {
+    const auto request = m_waiting.find(message.path());
+    const QVariantList arguments = message.arguments();
+    if (request == m_waiting.end() || arguments.size() < 2)
+        return;
+    const unsigned code = arguments[0].toUInt();
+    if (code == 0)
+        request->second.resolve(Answer{mapOf(arguments[1])});
+    else if (code == userCancelled)
+        request->second.resolve(std::unexpected(Failure(Cancelled{})));
+    else
+        request->second.resolve(std::unexpected(Failure(portalError(PortalErrorCode::refused))));
+}
+
+void PortalRequests::serviceLost() {
+    for (const auto &[path, answered] : m_waiting)
+        answered.resolve(std::unexpected(Failure(portalError(PortalErrorCode::gone))));
+}
+
+Task<std::expected<PortalRequests::Answer, PortalRequests::Failure>>
+PortalRequests::ask(Request request, std::stop_token stop) {
+    const QString token = newToken();
+    QString path = requestPath(token);
+    const OneShot<Response> answered;
+    m_waiting.emplace(path, answered);
+    QVariantMap options = request.options;
+    options.insert(QStringLiteral("handle_token"), token);
+    QVariantList arguments = request.arguments;
+    arguments.append(options);
+    const BusClient::Call asking{portalPath, portalPrefix + request.interface, request.member, arguments,
+                                 true};
+    m_client.call(
+        asking,
+        [answered](const BusClient::Answer &answer) {
+            if (!answer)
+                answered.resolve(std::unexpected(Failure(portalErrorOf(answer.error()))));
+        },
+        // The call itself returns before the dialog opens, but a backend that starts up is slow.
+        std::chrono::minutes(1));
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [answered] {
+        answered.resolve(std::unexpected(Failure(portalError(PortalErrorCode::silent))));
+    });
+    if (request.patience)
+        timer.start(*request.patience);
+    auto response = co_await answered.wait(stop);
+    m_waiting.erase(path);
+    const bool isOpen = !response || (!*response && std::holds_alternative<PlatformError>(response->error()));
+    if (isOpen)
+        m_client.call({path, portalPrefix + QStringLiteral("Request"), QStringLiteral("Close"), {}, false});
+    if (!response)
+        co_return std::unexpected(Failure(Cancelled{}));
+    co_return std::move(*response);
+}
+
+Task<std::expected<QVariantList, PortalRequests::Failure>>
+PortalRequests::call(QString interface, QString member, QVariantList arguments, std::stop_token stop) {
+    const OneShot<std::expected<QVariantList, PlatformError>> answered;
+    const BusClient::Call calling{portalPath, portalPrefix + interface, member, arguments, true};
+    m_client.call(
+        calling,
+        [answered](const BusClient::Answer &answer) {
+            if (answer)
+                answered.resolve(answer->arguments());
+            else
+                answered.resolve(std::unexpected(portalErrorOf(answer.error())));
+        },
+        callPatience);
+    auto answer = co_await answered.wait(stop);
+    if (!answer)
+        co_return std::unexpected(Failure(Cancelled{}));
+    if (!*answer)
+        co_return std::unexpected(Failure(answer->error()));
+    co_return std::move(**answer);
+}
+
+Task<std::expected<QVariantMap, PortalRequests::Failure>> PortalRequests::properties(QString interface,
+                                                                                     std::stop_token stop) {
+    const OneShot<std::expected<QVariantList, PlatformError>> answered;
+    const QVariantList arguments{portalPrefix + interface};
+    const BusClient::Call calling{portalPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+                                  QStringLiteral("GetAll"), arguments, true};
+    m_client.call(
+        calling,
+        [answered](const BusClient::Answer &answer) {
+            if (answer)
+                answered.resolve(answer->arguments());
+            else
+                answered.resolve(std::unexpected(portalErrorOf(answer.error())));
+        },
+        callPatience);
+    auto answer = co_await answered.wait(stop);
+    if (!answer)
+        co_return std::unexpected(Failure(Cancelled{}));
+    if (!*answer)
+        // The portals answer a question for an interface that they do not have with whatever error.
+        co_return std::unexpected(Failure(isPortalError(answer->error(), PortalErrorCode::refused)
+                                              ? portalError(PortalErrorCode::missing)
+                                              : answer->error()));
+    const QVariantMap found = (*answer)->isEmpty() ? QVariantMap() : mapOf((*answer)->front());
+    if (found.isEmpty())
+        co_return std::unexpected(Failure(portalError(PortalErrorCode::missing)));
+    co_return found;
+}
+
+void PortalRequests::onSessionClosed(const QString &session, std::function<void()> closed) {
+    m_sessions[session] = std::move(closed);
+}
+
+void PortalRequests::closeSession(const QString &session) {
+    m_sessions.erase(session);
+    m_client.call({session, portalPrefix + QStringLiteral("Session"), QStringLiteral("Close"), {}, false});
+}
+
+void PortalRequests::onSignal(const QString &interface, const QString &member,
+                              std::function<void(const QDBusMessage &)> handler) {
+    m_client.onSignal(portalPath, portalPrefix + interface, member, std::move(handler));
+}
+
+} // namespace vantrell

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Platform/Bus/BusClient.h"
+#include "Support/Cancelled.h"
+#include "Support/OneShot.h"
+#include "Support/PlatformError.h"
+#include "Support/Task.h"
+
+#include <QDBusConnection>
+#include <QString>
+#include <QVariant>
+
+#include <chrono>
+#include <expected>
+#include <functional>
+#include <map>
+#include <optional>
+#include <stop_token>
+#include <variant>
+
+namespace vantrell {
+
+/// The codes of a PlatformError whose domain is `portalErrorDomain`.
+enum class PortalErrorCode {
+    /// Nobody answers for the desktop's portals, or they do not have the one that was asked for.
+    missing = 1,
+    /// The desktop did not do it, and not because its user dismissed a dialog.
+    refused,
+    /// No answer in time.
+    silent,
+    /// It went away before it answered.
+    gone,
+};
+
+inline constexpr const char *portalErrorDomain = "portal";
+
+/// With the code's fixed sentence.
+PlatformError portalError(PortalErrorCode code);
+
+bool isPortalError(const PlatformError &error, PortalErrorCode code);
+
+/// The desktop's portals (org.freedesktop.portal.Desktop): methods whose answer comes later, after a dialog
+/// or without one, properties, and the ends of their sessions. Main thread; outlives the tasks it returns.
+class PortalRequests {
+public:
+    explicit PortalRequests(QDBusConnection bus);
+    ~PortalRequests();
+    PortalRequests(const PortalRequests &) = delete;
+    PortalRequests &operator=(const PortalRequests &) = delete;
+
+    using Failure = std::variant<PlatformError, Cancelled>;
+    /// What an answer holds.
+    struct Answer {
+        QVariantMap results;
+    };
+    struct Request {
+        /// Behind "org.freedesktop.portal.".
+        QString interface;
+        QString member;
+        /// What stands before the options.
+        QVariantList arguments;
+        /// Without the request's own token.
+        QVariantMap options;
+        /// Absent: it may open a dialog, which stays as long as its user likes.
+        std::optional<std::chrono::milliseconds> patience = std::chrono::seconds(10);
+    };
+    /// Cancelled when the user dismissed the dialog, or when the wait is stopped, which closes the dialog.
+    Task<std::expected<Answer, Failure>> ask(Request request, std::stop_token stop);
+
+    /// A method that answers at once; the answer's arguments.
+    Task<std::expected<QVariantList, Failure>> call(QString interface, QString member, QVariantList arguments,
+                                                    std::stop_token stop);
+
+    /// All properties of a portal. Fails with `missing` where the desktop has none such.
+    Task<std::expected<QVariantMap, Failure>> properties(QString interface, std::stop_token stop);
+
+    /// A word that no other request or session of this process has.
+    QString newToken();
+
+    /// Tells when the desktop ends a session. Forget it when the session is not wanted any more.
+    void onSessionClosed(const QString &session, std::function<void()> closed);
+    /// Ends a session; the desktop's closing of it is not told of then.
+    void closeSession(const QString &session);
+
+    /// Signals of a portal.
+    void onSignal(const QString &interface, const QString &member,
+                  std::function<void(const QDBusMessage &)> handler);
+
+    QDBusConnection bus() const { return m_client.bus(); }
+
+private:
+    using Response = std::expected<Answer, Failure>;
+
+    void responded(const QDBusMessage &message);
+    void serviceLost();
+    QString requestPath(const QString &token) const;
+
+    int m_tokens = 0;
+    const QString m_run;
+    std::map<QString, OneShot<Response>> m_waiting;
+    std::map<QString, std::function<void()>> m_sessions;
+    BusClient m_client;
+};
+
+} // namespace vantrell

@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/Encoding/BandEncoder.h"
+#include "Media/Encoding/BandPlan.h"
+#include "Media/Encoding/BandTrial.h"
+#include "Media/Encoding/TrialDecoder.h"
+#include "Media/Encoding/TrialScreen.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace vantrell {
+
+namespace {
+
+BandEncoder::Options bandsAtOnce() {
+    return {.mayUseBands = [] { return true; }, .preparation = SmallEncoders::Preparation::atOnce};
+}
+
+/// The band encoder and a decoder side by side.
+class Witness {
+public:
+    explicit Witness(PixelSize size, BandEncoder::Options options = bandsAtOnce())
+        : encoder(*BandEncoder::create(size, std::move(options))) {
+        EXPECT_TRUE(decoder.open(encoder->codecConfiguration()));
+    }
+    /// The decoder's picture is the encoder's; the frame is of the asked kind.
+    ::testing::AssertionResult agrees(const std::expected<EncodedFrame, PlatformError> &encoded, bool isKey) {
+        if (!encoded)
+            return ::testing::AssertionFailure() << encoded.error().message;
+        if (encoded->isKeyFrame != isKey)
+            return ::testing::AssertionFailure() << "key frame: " << encoded->isKeyFrame;
+        const auto decoded = decoder.decode(encoded->data);
+        if (!decoded)
+            return ::testing::AssertionFailure() << decoded.error().message;
+        if (!equalsDecoded(encoder->reconstruction(), **decoded))
+            return ::testing::AssertionFailure() << "another picture";
+        return ::testing::AssertionSuccess();
+    }
+
+    std::unique_ptr<BandEncoder> encoder;
+    TrialDecoder decoder;
+};
+
+/// Encodes so many pictures of what happens on a screen and holds each against the decoder's.
+void compareWithDecoder(PixelSize size, int pictures, std::uint32_t seed) {
+    SCOPED_TRACE(std::to_string(size.width) + "x" + std::to_string(size.height) + " seed " +
+                 std::to_string(seed));
+    Witness witness(size);
+    TrialScreen screen(size, seed);
+    for (int i = 0; i < pictures; ++i) {
+        if (i > 0)
+            screen.step();
+        // Key frames at odd distances, two in a row too, and all quantizers: films make them coarser.
+        const bool isKey = i % 97 == 0 || i % 97 == 1 || i % 41 == 40;
+        ASSERT_TRUE(
+            witness.agrees(witness.encoder->encode(screen.frame(), screen.changed(), i * 1500, isKey), isKey))
+            << "picture " << i;
+        // Now and then it rests.
+        if (const auto time = witness.encoder->refinesAt(); time && i % 7 == 0) {
+            const auto refined = witness.encoder->refine(screen.frame(), *time);
+            ASSERT_TRUE(refined);
+            ASSERT_TRUE(!*refined || witness.agrees(**refined, false)) << "refined " << i;
+        }
+    }
+    const bool hasBands = size.width > 256 && size.height > 256;
+    EXPECT_TRUE(!hasBands || witness.encoder->picturesInBands() > pictures / 4)
+        << witness.encoder->picturesInBands();
+}
+
+TEST(BandEncoder, isSeenByADecoderAsItReckonsItself) {
+    const char *more = std::getenv("VANTRELL_BAND_PICTURES");
+    const int pictures = more ? std::atoi(more) : 200;
+    const std::vector<PixelSize> sizes{{640, 480}, {1280, 720}, {333, 517},   {1021, 65}, {16, 16},
+                                       {18, 600},  {2000, 16},  {1601, 1001}, {800, 31}};
+    for (std::uint32_t seed = 1; const PixelSize size : sizes)
+        compareWithDecoder(size, pictures, seed++);
+}
+
+TEST(BandEncoder, goesOnWithAKeyFrameAndOneEncoderOnceABandFails) {
+    const PixelSize size{640, 480};
+    auto options = bandsAtOnce();
+    options.makeSmall = [](const StreamFacts &stream, int columns, int rows) {
+        return rows < 6 ? SmallEncoder::create(stream, columns, rows) : nullptr;
+    };
+    Witness witness(size, options);
+    TrialScreen screen(size, 3);
+    bool failed = false;
+    for (int i = 0; i < 60; ++i) {
+        if (i > 10)
+            screen.step();
+        else if (i > 0)
+            screen.moveUnder({320, 240, 48, 16}, 2, 2);
+        const auto before = witness.encoder->picturesInBands();
+        const auto encoded = witness.encoder->encode(screen.frame(), screen.changed(), i * 1500, i == 0);
+        ASSERT_TRUE(encoded);
+        ASSERT_TRUE(witness.agrees(encoded, encoded->isKeyFrame)) << i;
+        EXPECT_FALSE(failed && (encoded->isKeyFrame || witness.encoder->picturesInBands() > before));
+        failed |= i > 0 && encoded->isKeyFrame;
+    }
+    EXPECT_TRUE(failed);
+    EXPECT_GT(witness.encoder->picturesInBands(), 0);
+}
+
+TEST(BandTrial, passesThisLibraryAndRefusesOneThatKeepsItsPicturesElsewhere) {
+    const std::atomic<bool> isStopping = false;
+    for (const PixelSize size : {PixelSize{1920, 1080}, PixelSize{641, 99}}) {
+        for (const bool isLarge : {false, true}) {
+            BandTrial trial{.picture = size, .isLarge = isLarge};
+            const auto tried = trial.run(isStopping);
+            EXPECT_TRUE(tried) << tried.error().message;
+            for (const int margin : {0, 4, 8, 12}) {
+                trial.makeSmall = [margin](StreamFacts stream, int columns, int rows) {
+                    stream.margin = margin;
+                    return SmallEncoder::create(stream, columns, rows);
+                };
+                const auto refused = trial.run(isStopping);
+                ASSERT_FALSE(refused) << size.width << " " << isLarge << " " << margin;
+                EXPECT_EQ(refused.error().message, "Bands do not fit together");
+            }
+        }
+    }
+}
+
+} // namespace
+} // namespace vantrell
