@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 #
-# Checks format, licence lines and includes; with --tidy also that each header compiles by itself, and runs
+# Checks format, licence lines, includes and translations; with --tidy also that each header compiles by itself, and runs
 # clang-tidy over what is new in the asan build (whose unity files make that quick).
 set -u
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
@@ -17,6 +17,7 @@ done < <(git ls-files -- '*.cpp' '*.h' '*.c' '*.js' '*.mjs' '*.sh' '*.cmake' run
 if grep -n '#include "\.\./' "${cpp[@]}"; then
   complain "include by the folder's name, not by a relative path"
 fi
+scripts/catalogues --check || complain "a text has no translation"
 
 if [ "${1:-}" = --tidy ]; then
   scripts/headers.sh || complain "a header above does not compile by itself"

@@ -66,10 +66,10 @@ Task<Findings> checkService(const Surroundings &around, std::stop_token stop) {
     const HttpResult answer =
         co_await (*session)->http().send({.url = address + '/', .silence = std::chrono::seconds(4)}, stop);
     if (!answer)
-        co_return Findings{
-            problemFinding("Service", address + " cannot be reached: " + answer.error().platform.description(),
-                           "Check the network, the proxy and VANTRELL_API_URL. Recordings wait on "
-                           "this computer until it is back")};
+        co_return Findings{problemFinding(
+            "Service", address + " cannot be reached: " + answer.error().platform.description(),
+            "Check the network, the proxy and VANTRELL_API_URL. Recordings wait on "
+            "this computer until it is back")};
     Findings findings{okFinding("Service", address + " answers")};
     if (!co_await (*session)->connect(stop, Keychain::Asking::never)) {
         findings.push_back(adviceFinding("Account", "not connected",
