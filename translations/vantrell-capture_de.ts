@@ -143,7 +143,7 @@
     </message>
     <message>
         <source>No projects yet. Create one in Vantrell</source>
-        <translation>Noch keine Projekte. Legen Sie eines in Vantrell an</translation>
+        <translation>Noch keine Projekte. In Vantrell anlegen</translation>
     </message>
     <message>
         <source>Open after upload</source>
@@ -456,7 +456,7 @@
     </message>
     <message>
         <source>No projects yet. Create one in Vantrell</source>
-        <translation>Noch keine Projekte. Legen Sie eines in Vantrell an</translation>
+        <translation>Noch keine Projekte. In Vantrell anlegen</translation>
     </message>
     <message>
         <source>Refresh Projects</source>
@@ -732,7 +732,7 @@
     </message>
     <message>
         <source>Connect to Vantrell in the menu bar first</source>
-        <translation>Verbinden Sie sich zuerst im Menü mit Vantrell</translation>
+        <translation>Erst im Menü mit Vantrell verbinden</translation>
     </message>
     <message>
         <source>Nothing to upload. The recording never finished saving.</source>
@@ -923,7 +923,7 @@ Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es 
     </message>
     <message>
         <source>No projects yet. Create one in Vantrell</source>
-        <translation>Noch keine Projekte. Legen Sie eines in Vantrell an</translation>
+        <translation>Noch keine Projekte. In Vantrell anlegen</translation>
     </message>
     <message>
         <source>Copy link</source>

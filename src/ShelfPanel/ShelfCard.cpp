@@ -373,13 +373,16 @@ void ShelfCard::paintThumbnail(QPainter &painter) const {
         paintBadge(painter, lengthText(std::chrono::milliseconds(*m_item.capture->durationMs)), true);
 }
 
-void ShelfCard::paintBadge(QPainter &painter, const QString &text, bool isAtEnd) const {
+void ShelfCard::paintBadge(QPainter &painter, const QString &words, bool isAtEnd) const {
     constexpr int inset = 5;
     constexpr int sidePadding = 5;
     const QFont font = panelFont(badgeSize, QFont::DemiBold);
+    const QRect room = m_thumbnailRect.adjusted(inset, inset, -inset, -inset);
+    // Other languages are longer than the picture is wide.
+    const QString text =
+        QFontMetricsF(font).elidedText(words, Qt::ElideRight, room.width() - 2 * sidePadding);
     const int width = int(std::ceil(tabularWidth(text, font))) + 2 * sidePadding;
     const int height = int(std::ceil(QFontMetricsF(font).capHeight())) + 8;
-    const QRect room = m_thumbnailRect.adjusted(inset, inset, -inset, -inset);
     // The length at the lower end; what else there is to say at the upper.
     const bool isRight = layoutDirection() == Qt::LeftToRight;
     QRect badge(room.left(), room.top(), width, height);
