@@ -54,7 +54,8 @@ int runApplication(int argc, char **argv, std::optional<std::string> environment
         scope.start(
             [](Application *running, std::optional<int> *end, std::stop_token stop) -> Task<> {
                 *end = co_await running->run(stop);
-                QCoreApplication::quit();
+                // Not quit(), which asks all windows to close: an alert that waits for its answer refuses.
+                QCoreApplication::exit();
             },
             &application, &ended);
         if (!ended)

@@ -83,7 +83,7 @@ TEST(Doctor, namesWhatIsMissing) {
 }
 
 TEST(Doctor, endsThoughNothingAnswers) {
-    const X11Session session;
+    X11Session session;
     SoundSession sound;
     sound.suspendServer();
     CaptureProgram program;
