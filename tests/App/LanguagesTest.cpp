@@ -43,7 +43,8 @@ TEST(Languages, speakWhatTheUserDoes) {
 TEST(Languages, putInWhereEnglishPutsIn) {
     const auto german = catalogueFor(QLocale(QStringLiteral("de_DE")));
     for (const char *const english : shownSentences()) {
-        const QString said = german->translate("Sentences", english, nullptr, 2);
+        const QString said = german->translate("Sentences", english, nullptr,
+                                               QString::fromUtf8(english).contains("%n") ? 2 : -1);
         EXPECT_NE(said, QString()) << english;
         for (const char *const mark : {"%1", "%2", "%n"})
             EXPECT_EQ(said.contains(QLatin1String(mark)),
