@@ -13,7 +13,9 @@ include(GoogleTest)
 
 pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswscale libswresample)
 pkg_check_modules(X264 REQUIRED IMPORTED_TARGET x264)
-pkg_check_modules(YUV IMPORTED_TARGET libyuv)
+# Comes without a description for pkg-config.
+find_path(YUV_INCLUDE_DIR libyuv.h REQUIRED)
+find_library(YUV_LIBRARY yuv REQUIRED)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-shm xcb-damage xcb-xfixes xcb-composite xcb-randr xcb-render xcb-shape xcb-xinput xcb-xkb xcb-screensaver xcb-ewmh xcb-icccm)
 pkg_check_modules(PULSE REQUIRED IMPORTED_TARGET libpulse)
 pkg_check_modules(PIPEWIRE REQUIRED IMPORTED_TARGET libpipewire-0.3)

@@ -22,6 +22,14 @@
         <source>Camera</source>
         <translation>Kamera</translation>
     </message>
+    <message>
+        <source>Starting…</source>
+        <translation>Startet …</translation>
+    </message>
+    <message>
+        <source>No picture</source>
+        <translation>Kein Bild</translation>
+    </message>
 </context>
 <context>
     <name>CaptureBar</name>
@@ -174,16 +182,8 @@
         <translation>Nicht verbunden</translation>
     </message>
     <message>
-        <source>Microphone: off</source>
-        <translation>Mikrofon: aus</translation>
-    </message>
-    <message>
         <source>%1: not connected</source>
         <translation>%1: nicht angeschlossen</translation>
-    </message>
-    <message>
-        <source>Microphone: %1</source>
-        <translation>Mikrofon: %1</translation>
     </message>
     <message>
         <source>Default</source>
@@ -200,6 +200,14 @@
     <message>
         <source>%1 (not connected)</source>
         <translation>%1 (nicht angeschlossen)</translation>
+    </message>
+    <message>
+        <source>%1: off</source>
+        <translation>%1: aus</translation>
+    </message>
+    <message>
+        <source>%1: %2</source>
+        <translation>%1: %2</translation>
     </message>
 </context>
 <context>
@@ -889,6 +897,22 @@ Drag Vantrell Capture into your Applications folder and open it from there.</sou
         <translation>%1
 
 Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es von dort.</translation>
+    </message>
+    <message>
+        <source>Camera recording</source>
+        <translation>Kameraaufnahme</translation>
+    </message>
+    <message>
+        <source>Camera recording failed to save</source>
+        <translation>Die Kameraaufnahme ließ sich nicht speichern</translation>
+    </message>
+    <message>
+        <source>No camera</source>
+        <translation>Keine Kamera</translation>
+    </message>
+    <message>
+        <source>Recorded without camera: %1</source>
+        <translation>Ohne Kamera aufgenommen: %1</translation>
     </message>
 </context>
 <context>

@@ -2,15 +2,18 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 // Records flashes and beeps that are made at the same moment, with pauses, and tells how far they are apart
-// in the movie.
+// in the movie; with a camera also how far that one's movie is from the screen's.
 //
-//     bench_sync [--seconds 600] [--pauses 5] [--skew 0] [--keep DIR]
+//     bench_sync [--seconds 600] [--pauses 5] [--skew 0] [--keep DIR] [--camera 1]
 
 #include "BeepPlayer.h"
+#include "CameraOffsets.h"
 #include "FlashScene.h"
 #include "MovieSigns.h"
 #include "Offsets.h"
 #include "Support/HostTime.h"
+#include "TestSupport/Camera/VirtualCamera.h"
+#include "TestSupport/ClockFace.h"
 #include "TestSupport/Desktop/X11Session.h"
 #include "TestSupport/Program/CaptureProgram.h"
 #include "TestSupport/RunTask.h"
@@ -25,6 +28,8 @@
 #include <cstdlib>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace vantrell::bench {
 
@@ -40,6 +45,7 @@ struct Options {
     /// How much faster the sound devices' clock runs, in millionths.
     int skew = 0;
     std::string keep;
+    bool camera = false;
 };
 
 Options parse(int argc, char **argv) {
@@ -55,6 +61,8 @@ Options parse(int argc, char **argv) {
             options.skew = int(std::strtol(value, nullptr, 10));
         else if (name == "--keep")
             options.keep = value;
+        else if (name == "--camera")
+            options.camera = std::string_view(value) != "0";
         else
             std::exit(2);
     }
@@ -72,10 +80,14 @@ std::unique_ptr<testing::SoundSession> startSound(int skew) {
     return std::make_unique<testing::SoundSession>();
 }
 
-/// Records for the wanted time, pauses not counted. The movie, or nothing.
-std::string record(const Options &options, const std::string &folder) {
+/// Records for the wanted time, pauses not counted. What the program says of it; nothing when it failed.
+nlohmann::json record(const Options &options, const std::string &folder) {
     testing::CaptureProgram program;
-    program.start({"record", "--display", "--mic", "--system-audio", "--output", folder, "--json"});
+    std::vector<std::string> arguments{"record",   "--display", "--mic", "--system-audio",
+                                       "--output", folder,      "--json"};
+    if (options.camera)
+        arguments.push_back("--camera");
+    program.start(arguments);
     program.waitForLog("recording started");
     const std::chrono::milliseconds stretch(int(options.seconds * 1000 / (options.pauses + 1)));
     program.poll(stretch);
@@ -90,7 +102,7 @@ std::string record(const Options &options, const std::string &folder) {
     program.signal(SIGINT);
     const auto ended = program.finish();
     if (ended.exitCode == 0)
-        return ended.json()["file"].get<std::string>();
+        return ended.json();
     std::fprintf(stderr, "the recording failed: %s\n", ended.errors.c_str());
     return {};
 }
@@ -114,14 +126,21 @@ int run(const Options &options) {
     const double begun = hostNow();
     FlashScene scene(screenWidth, screenHeight, {&microphone, &speaker});
     const testing::TemporaryFolder temporary;
-    const std::string movie =
+    std::unique_ptr<testing::VirtualCamera> camera;
+    if (options.camera) {
+        testing::VirtualCamera::Options face;
+        face.modes = {{.size = {1280, 720}}};
+        face.numberAt = testing::clockface::numberAt;
+        camera = std::make_unique<testing::VirtualCamera>(std::move(face));
+    }
+    const nlohmann::json recording =
         record(options, options.keep.empty() ? temporary.path().string() : options.keep);
     const double ended = hostNow();
     const auto flashes = scene.finish();
-    if (movie.empty())
+    if (recording.is_null())
         return 1;
 
-    const MovieSigns signs = readSigns(movie);
+    const MovieSigns signs = readSigns(recording["file"].get<std::string>());
     std::printf(
         "%.1f s recorded with %d pauses; %zu flashes made; the sound devices' clock measures %+.0f ppm "
         "(microphone) and %+.0f ppm (speaker)\n",
@@ -130,6 +149,8 @@ int run(const Options &options) {
     // The movie's first sound is the microphone's.
     for (std::size_t i = 0; i < signs.tracks.size() && i < outputs; ++i)
         printOffsets(signs, signs.tracks[i], flashes, i);
+    if (options.camera)
+        printCameraOffsets(recording, signs, flashes);
     return signs.tracks.size() == outputs ? 0 : 1;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
+#include "GalleryCameras.h"
 #include "GallerySound.h"
 #include "Overlay/CaptureBar.h"
 #include "Panels/PanelButton.h"
@@ -14,7 +15,8 @@ namespace vantrell::gallery {
 namespace {
 
 struct Bar {
-    Bar(StillCapture &stills, Settings &settings, Clock &clock) : bar({sound, stills, settings, clock}) {
+    Bar(StillCapture &stills, Settings &settings, Clock &clock)
+        : bar({sound, cameras, stills, settings, clock}) {
         sound.connected = {{"built-in", "Built-in", true}, {"usb", "Røde NT-USB Mini Analog Stereo", false}};
         state->isConnected = true;
         state->projects = {{"1", "My captures"},
@@ -40,6 +42,7 @@ struct Bar {
     }
 
     GallerySound sound;
+    GalleryCameras cameras;
     std::shared_ptr<ToolBarState> state = std::make_shared<ToolBarState>();
     CaptureBar bar;
 };
@@ -74,6 +77,16 @@ std::vector<Scene> barScenes(StillCapture &stills, Settings &settings, Clock &cl
                   bar.state->micEnabled = true;
                   bar.state->micDeviceId = "alsa_input.usb-headset";
               }),
+        scene("camera",
+              [](Bar &bar) {
+                  bar.state->micEnabled = true;
+                  bar.state->cameraEnabled = true;
+              }),
+        scene("camera-gone",
+              [](Bar &bar) {
+                  bar.state->cameraEnabled = true;
+                  bar.state->cameraDeviceId = "unplugged";
+              }),
         scene("keyboard", microphone, [](Bar &bar) { bar.bar.takeKeyboard(); }),
         scene("not-connected", [](Bar &bar) { bar.state->isConnected = false; }),
         scene(
@@ -92,6 +105,8 @@ std::vector<Scene> barScenes(StillCapture &stills, Settings &settings, Clock &cl
                   bar.state->tool = ToolMode::window;
               }),
         scene("menu-microphone", microphone, withMenu("Microphone")),
+        scene(
+            "menu-camera", [](Bar &bar) { bar.state->cameraEnabled = true; }, withMenu("Camera")),
         scene("menu-countdown", microphone, withMenu("Recording countdown")),
         scene("menu-options", microphone, withMenu("Options")),
         scene("menu-more", microphone, withMenu("More")),

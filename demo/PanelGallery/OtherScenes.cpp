@@ -20,15 +20,15 @@ namespace vantrell::gallery {
 namespace {
 
 QImage face() {
-    QImage picture(640, 480, QImage::Format_RGB32);
+    QImage picture(480, 480, QImage::Format_RGB32);
     picture.fill(0x39424a);
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(0x7c5b4e));
-    painter.drawEllipse(QPointF(320, 560), 260, 240);
+    painter.drawEllipse(QPointF(240, 560), 260, 240);
     painter.setBrush(QColor(0xd9b49b));
-    painter.drawEllipse(QPointF(300, 210), 110, 130);
+    painter.drawEllipse(QPointF(220, 210), 110, 130);
     return picture;
 }
 
@@ -73,20 +73,29 @@ std::shared_ptr<void> symbolScene(bool isLight) {
 } // namespace
 
 std::vector<Scene> otherScenes(Settings &settings, Clock &clock) {
-    const auto bubble = [&settings](bool hasPicture) {
-        return [&settings, hasPicture]() -> std::shared_ptr<void> {
-            auto made = std::make_shared<CameraBubble>(settings);
-            if (hasPicture)
-                made->setPicture(face());
-            made->show({});
+    using Camera = CameraBubbleState::Camera;
+    const auto bubble = [&settings, &clock](Camera camera, const std::string &problem = {}) {
+        return [&settings, &clock, camera, problem]() -> std::shared_ptr<void> {
+            const auto state = std::make_shared<CameraBubbleState>();
+            state->preview = [] { return face(); };
+            state->showPreview = [](int, const std::function<void()> &newer) {
+                if (newer)
+                    newer();
+            };
+            state->problem = problem;
+            state->camera = camera;
+            auto made = std::make_shared<CameraBubble>(settings, clock);
+            made->show(state, {});
             return made;
         };
     };
     return {{"symbols-dark", [] { return symbolScene(false); }},
             {"symbols-light", [] { return symbolScene(true); }},
             {"countdown", [&clock] { return countdownScene(clock); }},
-            {"bubble", bubble(true)},
-            {"bubble-no-picture", bubble(false)},
+            {"bubble", bubble(Camera::running)},
+            {"bubble-starting", bubble(Camera::starting)},
+            {"bubble-unplugged", bubble(Camera::missing, "Disconnected")},
+            {"bubble-in-use", bubble(Camera::missing, "In use elsewhere")},
             {"alert", alertScene}};
 }
 

@@ -8,6 +8,7 @@ import path from 'node:path';
 import { after, before, test } from 'node:test';
 
 import { openBrowser } from './support/browser.js';
+import { eventually } from './support/eventually.js';
 import { Client, ServiceProcess } from './support/serviceProcess.js';
 
 /** @type {ServiceProcess} */
@@ -116,10 +117,75 @@ test('the library plays a recording and shows where it was clicked', async () =>
   assert.deepEqual(complaints, []);
 });
 
-/** Two seconds of moving H.264 in a QuickTime container. @param {string} file */
-function makeMovie(file) {
+test('a recording plays with its camera in a corner, in step', async () => {
+  const client = await service.client();
+  const names = ['screen', 'camera'];
+  for (const [index, source] of ['region', 'camera'].entries()) {
+    const movie = makeMovie(path.join(service.data, `${names[index]}.mov`), 6);
+    const sidecar = {
+      version: 1, type: 'recording', source, capturedAt: '2026-03-04T10:00:00Z',
+      display: { size: { width: 320, height: 240 }, scaleFactor: 1 }, pixelSize: { width: 320, height: 240 },
+      recording: { fps: 30, durationMs: 6000, events: [], anchorHostTime: 100 + index, recordingId: 'B' },
+    };
+    const { body } = await client.sign({ bytes: movie.length, name: names[index], durationMs: 6000, meta: true });
+    await fetch(body.main.upload.uploadUrl, { method: 'PUT', body: movie });
+    await fetch(body.meta.uploadUrl, { method: 'PUT', body: JSON.stringify(sidecar) });
+    assert.equal((await client.confirm(body.assetId)).status, 200);
+    if (index === 0) names.push(body.main.publicUrl);
+  }
+  await eventually(async () => {
+    await page.goto(names[2]);
+    return (await page.locator('.camera').count()) > 0;
+  });
+  /** How far the camera is from where it should be, and whether it is shown. */
+  const look = () =>
+    page.evaluate(() => {
+      const [screen, camera] = /** @type {NodeListOf<HTMLVideoElement>} */ (document.querySelectorAll('.screen video'));
+      const box = /** @type {HTMLElement} */ (camera.closest('.camera'));
+      return { drift: camera.currentTime - (screen.currentTime - 1), shown: !box.hidden, at: screen.currentTime };
+    });
+  assert.equal((await look()).shown, false);
+  const seekAndPlay = (/** @type {number} */ to, /** @type {number} */ rate, /** @type {number} */ until) =>
+    page.evaluate(async ([to, rate, until]) => {
+      const video = /** @type {HTMLVideoElement} */ (document.querySelector('.screen > video'));
+      video.muted = true;
+      video.playbackRate = rate;
+      video.currentTime = to;
+      await video.play();
+      await new Promise((resolve) => {
+        const watch = () => (video.currentTime >= until ? resolve(undefined) : requestAnimationFrame(watch));
+        watch();
+      });
+    }, [to, rate, until]);
+  for (const [to, rate, until] of [[0, 1, 3], [1.5, 2, 5]]) {
+    await seekAndPlay(to, rate, until);
+    // On a machine that has other things to do it may need some moments.
+    await page.waitForFunction(() => {
+      const [screen, camera] = /** @type {NodeListOf<HTMLVideoElement>} */ (document.querySelectorAll('.screen video'));
+      return screen.ended || Math.abs(camera.currentTime - (screen.currentTime - 1)) < 0.035;
+    }, undefined, { polling: 'raf' });
+    assert.equal((await look()).shown, true);
+  }
+  await page.evaluate(() => {
+    const video = /** @type {HTMLVideoElement} */ (document.querySelector('.screen > video'));
+    video.pause();
+    video.currentTime = 3.2;
+  });
+  await eventually(async () => Math.abs((await look()).drift) < 0.002);
+  const corner = () => page.locator('.camera').getAttribute('data-corner');
+  assert.equal(await corner(), 'bottom-right');
+  await page.locator('.camera').click();
+  assert.equal(await corner(), 'bottom-left');
+  await page.getByLabel('Show the camera').uncheck();
+  assert.equal((await look()).shown, false);
+  await page.getByLabel('Show the camera').check();
+  assert.deepEqual(complaints, []);
+});
+
+/** So many seconds of moving H.264 in a QuickTime container. @param {string} file @param {number} [seconds] */
+function makeMovie(file, seconds = 2) {
   execFileSync('ffmpeg', [
-    '-loglevel', 'error', '-f', 'lavfi', '-i', 'testsrc=size=320x240:rate=30:duration=2',
+    '-loglevel', 'error', '-f', 'lavfi', '-i', `testsrc=size=320x240:rate=30:duration=${seconds}`,
     '-c:v', 'libx264', '-preset', 'ultrafast', '-pix_fmt', 'yuv420p', file,
   ]);
   return readFileSync(file);

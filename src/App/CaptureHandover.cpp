@@ -22,7 +22,7 @@ constexpr const char *nothingToUpload = "Nothing to upload. The recording never 
 } // namespace
 
 void CaptureHandover::deliver(std::shared_ptr<const CaptureResult> capture, std::optional<QUuid> shelfId,
-                              std::filesystem::path recoverable) {
+                              std::filesystem::path recoverable, RecordingLayer layer) {
     m_taken.insert(realPath(capture->fileURL));
     UploadRun &uploads = m_services.uploads;
     const QUuid card = shelfId ? *shelfId : uploads.shelf().add(capture);
@@ -31,12 +31,13 @@ void CaptureHandover::deliver(std::shared_ptr<const CaptureResult> capture, std:
     else
         uploads.manager().keep(std::move(capture), card, connectFirst);
     if (!recoverable.empty())
-        m_scope.start(this, &CaptureHandover::forgetWhenSafe, std::move(recoverable));
+        m_scope.start(this, &CaptureHandover::forgetWhenSafe, std::move(recoverable), layer);
 }
 
-Task<> CaptureHandover::forgetWhenSafe(std::filesystem::path recoverable, std::stop_token stop) {
+Task<> CaptureHandover::forgetWhenSafe(std::filesystem::path recoverable, RecordingLayer layer,
+                                       std::stop_token stop) {
     if (co_await m_services.uploads.written(stop))
-        co_await runBlocking([recoverable] { RecordingRecovery::forget(recoverable); }, stop);
+        co_await runBlocking([recoverable, layer] { RecordingRecovery::forget(recoverable, layer); }, stop);
 }
 
 Task<> CaptureHandover::safe(std::stop_token stop) {
@@ -93,16 +94,21 @@ Task<> CaptureHandover::recoverAll(std::stop_token stop) {
                          ShelfItem::Failed{"Recording failed to save: " + description(recovered.error())});
             continue;
         }
-        if (!*recovered)
-            continue;
-        // It was handed over, but its journal not forgotten yet.
-        if (m_taken.contains(realPath((*recovered)->fileURL))) {
-            co_await runBlocking([what] { RecordingRecovery::forget(what); }, stop);
-            continue;
-        }
-        deliver(std::make_shared<const CaptureResult>(std::move(**recovered)), std::nullopt, what);
+        co_await offer(what, RecordingLayer::screen, std::move(recovered->screen), stop);
+        co_await offer(what, RecordingLayer::camera, std::move(recovered->camera), stop);
     }
     m_isRecovering = false;
+}
+
+Task<> CaptureHandover::offer(std::filesystem::path what, RecordingLayer layer,
+                              std::optional<CaptureResult> capture, std::stop_token stop) {
+    if (!capture || stop.stop_requested())
+        co_return;
+    // It was handed over, but its journal not forgotten yet.
+    if (m_taken.contains(realPath(capture->fileURL)))
+        co_await runBlocking([what, layer] { RecordingRecovery::forget(what, layer); }, stop);
+    else
+        deliver(std::make_shared<const CaptureResult>(std::move(*capture)), std::nullopt, what, layer);
 }
 
 } // namespace vantrell

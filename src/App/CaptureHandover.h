@@ -5,6 +5,7 @@
 
 #include "App/ServiceAccount.h"
 #include "Capture/CaptureResult.h"
+#include "Recording/RecordingRecord.h"
 #include "Session/CaptureSettings.h"
 #include "Session/UploadRun.h"
 #include "Shelf/ShelfItem.h"
@@ -40,9 +41,9 @@ public:
     CaptureHandover &operator=(const CaptureHandover &) = delete;
 
     /// On the card with that id, else on a new one. `recoverable` is what would recover the capture after a
-    /// crash: it is forgotten once the journal has the capture.
+    /// crash, as that layer of the recording: it is forgotten once the journal has the capture.
     void deliver(std::shared_ptr<const CaptureResult> capture, std::optional<QUuid> shelfId,
-                 std::filesystem::path recoverable = {});
+                 std::filesystem::path recoverable = {}, RecordingLayer layer = RecordingLayer::screen);
     /// Waits until all that was delivered is in the journal on disk.
     Task<> safe(std::stop_token stop);
     /// The user tries a card again.
@@ -55,7 +56,9 @@ public:
     void offerRecovered(std::set<std::filesystem::path> taken);
 
 private:
-    Task<> forgetWhenSafe(std::filesystem::path recoverable, std::stop_token stop);
+    Task<> forgetWhenSafe(std::filesystem::path recoverable, RecordingLayer layer, std::stop_token stop);
+    Task<> offer(std::filesystem::path what, RecordingLayer layer, std::optional<CaptureResult> capture,
+                 std::stop_token stop);
     Task<> recoverAll(std::stop_token stop);
 
     const Services m_services;

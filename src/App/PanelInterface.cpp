@@ -43,8 +43,8 @@ std::unique_ptr<QMenu> PanelInterface::makePanelMenu() {
 void PanelInterface::showCaptureBar(std::shared_ptr<ToolBarState> state) {
     if (!m_captureBar)
         m_captureBar = std::make_unique<CaptureBar>(
-            CaptureBar::Services{*m_services.platform.audio, *m_services.platform.stills,
-                                 m_services.settings.store(), m_services.clock});
+            CaptureBar::Services{*m_services.platform.audio, *m_services.platform.cameras,
+                                 *m_services.platform.stills, m_services.settings.store(), m_services.clock});
     m_captureBar->show(std::move(state), std::nullopt, [this] { return makePanelMenu(); });
 }
 
@@ -108,6 +108,17 @@ void PanelInterface::hideHUD() {
     // One of its buttons may be in the middle of calling this.
     QMetaObject::invokeMethod(
         QCoreApplication::instance(), [hud = std::shared_ptr(std::move(m_hud))] {}, Qt::QueuedConnection);
+}
+
+void PanelInterface::showCameraBubble(std::shared_ptr<CameraBubbleState> state, const Display &display) {
+    if (!m_cameraBubble)
+        m_cameraBubble = std::make_unique<CameraBubble>(m_services.settings.store(), m_services.clock);
+    m_cameraBubble->show(std::move(state), display);
+}
+
+void PanelInterface::hideCameraBubble() {
+    if (m_cameraBubble)
+        m_cameraBubble->hide();
 }
 
 Task<int> PanelInterface::ask(std::string message, std::string informative, std::vector<std::string> buttons,

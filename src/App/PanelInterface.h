@@ -5,6 +5,7 @@
 
 #include "App/StatusItem.h"
 #include "App/UserInterface.h"
+#include "Overlay/CameraBubble.h"
 #include "Overlay/CaptureBar.h"
 #include "Overlay/RecordingHUD.h"
 #include "Overlay/SelectionOverlayController.h"
@@ -51,6 +52,8 @@ public:
     Task<bool> countDown(int seconds, Display display, std::stop_token stop) override;
     void showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) override;
     void hideHUD() override;
+    void showCameraBubble(std::shared_ptr<CameraBubbleState> state, const Display &display) override;
+    void hideCameraBubble() override;
     void showShelf(bool visible) override { m_shelfPanel.setVisible(visible); }
     void focusShelf() override { m_shelfPanel.takeKeyboard(); }
     bool isShelfVisible() const override { return m_shelfPanel.isVisible(); }
@@ -68,6 +71,7 @@ private:
     std::unique_ptr<CaptureBar> m_captureBar;
     std::unique_ptr<SelectionOverlayController> m_overlay;
     std::unique_ptr<RecordingHUD> m_hud;
+    std::unique_ptr<CameraBubble> m_cameraBubble;
 };
 
 } // namespace vantrell

@@ -4,9 +4,11 @@
 #include "App/PlatformLoader.h"
 
 #include "App/SessionKind.h"
+#include "Media/Camera/StagedCameraSessionFactory.h"
 #include "Media/Sound/SoundRecorder.h"
 #include "Media/Stream/StagedStreamFactory.h"
 #include "Platform/Audio/PulseAudioBackend.h"
+#include "Platform/Camera/DesktopCameraBackend.h"
 #include "Platform/NullCaptureBackend.h"
 #include "Platform/NullInputMonitor.h"
 #include "Platform/NullStillCapture.h"
@@ -20,13 +22,15 @@ namespace vantrell {
 
 namespace {
 
-/// What every desktop has: sound, and the making of movies.
+/// What every desktop has: sound, cameras, and the making of movies.
 Platform commonPlatform() {
     Platform platform;
     platform.audio = std::make_unique<PulseAudioBackend>();
+    const EncoderPreference encoder = encoderPreference(qgetenv("VANTRELL_ENCODER").toStdString());
     platform.streams =
-        std::make_unique<StagedStreamFactory>(SoundRecorder::factory(*platform.audio),
-                                              encoderPreference(qgetenv("VANTRELL_ENCODER").toStdString()));
+        std::make_unique<StagedStreamFactory>(SoundRecorder::factory(*platform.audio), encoder);
+    platform.cameras = DesktopCameraBackend::create();
+    platform.cameraSessions = std::make_unique<StagedCameraSessionFactory>(*platform.cameras, encoder);
     return platform;
 }
 

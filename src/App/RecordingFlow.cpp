@@ -24,6 +24,8 @@ namespace vantrell {
 namespace {
 
 constexpr const char *recordingCard = "Screen recording";
+constexpr const char *cameraCard = "Camera recording";
+constexpr const char *cameraNotSaved = "Camera recording failed to save";
 constexpr const char *screenshotCard = "Screenshot";
 /// The plan's limits are asked for at the start of a recording for this long; later ones still count.
 constexpr auto limitsPatience = 3s;
@@ -48,7 +50,8 @@ Task<> giveUpAfter(Clock *clock, std::chrono::milliseconds patience, std::stop_s
 
 } // namespace
 
-RecordingFlow::RecordingFlow(Services services) : m_services(services) {}
+RecordingFlow::RecordingFlow(Services services)
+    : m_services(services), m_camera({services.platform, services.ui, services.settings, services.clock}) {}
 
 void RecordingFlow::changed() {
     // Sleep waits until the recording is on disk; a screen that goes dark would be recorded as such, but a
@@ -134,6 +137,8 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
     options.systemAudioEnabled = settings.systemAudioEnabled();
     options.separateCursor = settings.separateCursor();
     options.autoCamera = settings.autoCamera();
+    if (settings.cameraEnabled())
+        options.recordingId = newRecordingId();
     Platform &platform = m_services.platform;
     const auto engine = std::make_shared<RecordingEngine>(
         RecordingPorts{*platform.streams, source, *platform.input, m_services.clock}, std::move(options));
@@ -155,9 +160,8 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
     Analytics::shared().track(
         "cap.recording_started",
         {{"tool", toolName(outcome)}, {"camera", settings.cameraEnabled()}, {"mic", settings.micEnabled()}});
-    // No desktop of ours gives cameras yet.
     if (settings.cameraEnabled())
-        qCInfo(logCapture, "camera skipped: granted=%d", 0);
+        m_camera.start(engine, display);
     co_return std::expected<void, Failure>();
 }
 
@@ -200,6 +204,7 @@ Task<> RecordingFlow::pauseInTurn(std::stop_token stop) {
         const bool resumes = engine->isPaused();
         if (!resumes)
             hud->pause();
+        m_camera.pauseBegins(!resumes);
         const auto toggled = resumes ? co_await engine->resume(stop) : co_await engine->pause(stop);
         if (!toggled && !std::holds_alternative<Cancelled>(toggled.error()))
             qCCritical(logCapture, "pause failed: %s", description(toggled.error()).c_str());
@@ -210,12 +215,14 @@ Task<> RecordingFlow::pauseInTurn(std::stop_token stop) {
                 hud->startTimer();
             changed();
         }
+        if (m_engine == engine)
+            co_await m_camera.pauseEnds(engine, stop);
     }
     m_isTogglingPause = false;
     done.resolve(true);
 }
 
-std::shared_ptr<RecordingEngine> RecordingFlow::takeOut() {
+RecordingFlow::Taken RecordingFlow::takeOut() {
     m_accountObservation.reset();
     m_hudState->stop();
     m_services.ui.hideHUD();
@@ -224,46 +231,79 @@ std::shared_ptr<RecordingEngine> RecordingFlow::takeOut() {
                      std::stop_token stop) -> Task<> { co_await clock->sleep(0ms, stop); },
                   std::exchange(m_hudState, nullptr), &m_services.clock);
     ++m_finalizing;
-    return std::exchange(m_engine, nullptr);
+    return {std::exchange(m_engine, nullptr), m_camera.takeOut()};
 }
 
 void RecordingFlow::stopRecording(const std::optional<Failure> &sessionError) {
     if (!m_engine)
         return;
-    std::shared_ptr<RecordingEngine> engine = takeOut();
-    const QUuid card = m_services.shelf.addProcessing(recordingCard);
-    m_scope.start(this, &RecordingFlow::finalizeInTurn, std::move(engine), card, sessionError);
+    Taken taken = takeOut();
+    Cards cards;
+    cards.screen = m_services.shelf.addProcessing(recordingCard);
+    if (taken.camera.camera)
+        cards.camera = m_services.shelf.addProcessing(cameraCard);
+    m_scope.start(this, &RecordingFlow::finalizeInTurn, std::move(taken), cards, sessionError);
     changed();
 }
 
-Task<> RecordingFlow::finalizeInTurn(std::shared_ptr<RecordingEngine> engine, QUuid card,
-                                     std::optional<Failure> cause, std::stop_token stop) {
+Task<> RecordingFlow::finalizeInTurn(Taken taken, Cards cards, std::optional<Failure> cause,
+                                     std::stop_token stop) {
     const OneShot<bool> done = co_await enterQueue(stop);
-    auto outcome = co_await engine->stop(stop);
+    auto segments = co_await finalizeScreen(taken, cards.screen, std::move(cause), stop);
+    if (taken.camera.camera && !stop.stop_requested())
+        co_await finalizeCamera(taken, cards.camera, std::move(segments), stop);
     if (stop.stop_requested())
         co_return;
-    if (outcome) {
-        if (outcome->isPartial)
-            qCCritical(logCapture, "recording salvaged partially, final segment lost");
-        const double seconds = double(outcome->capture.durationMs.value_or(0)) / 1000;
-        Analytics::shared().track(
-            "cap.recording_completed",
-            {{"duration_sec", std::int64_t(std::llround(seconds))}, {"partial", outcome->isPartial}});
-        if (cause)
-            m_services.shelf.setNote(card, description(*cause));
-        else if (outcome->soundProblem)
-            m_services.shelf.setNote(card, "Recorded without sound: " + outcome->soundProblem->description());
-        const auto capture = std::make_shared<const CaptureResult>(std::move(outcome->capture));
-        m_services.shelf.attach(capture, card);
-        m_services.handover.deliver(capture, card, outcome->journal);
-        co_await m_services.handover.safe(stop);
-    } else {
+    done.resolve(true);
+    finalized();
+}
+
+Task<std::vector<RecordedSegment>>
+RecordingFlow::finalizeScreen(Taken taken, QUuid card, std::optional<Failure> cause, std::stop_token stop) {
+    auto outcome = co_await taken.engine->stop(stop);
+    if (stop.stop_requested())
+        co_return std::vector<RecordedSegment>();
+    if (!outcome) {
         qCCritical(logCapture, "record stop failed: %s", description(outcome.error()).c_str());
         const std::string why = cause ? description(*cause) : description(outcome.error());
         m_services.shelf.update(card, ShelfItem::Failed{"Recording failed to save: " + why});
+        co_return std::vector<RecordedSegment>();
     }
-    done.resolve(true);
-    finalized();
+    if (outcome->isPartial)
+        qCCritical(logCapture, "recording salvaged partially, final segment lost");
+    const double seconds = double(outcome->capture.durationMs.value_or(0)) / 1000;
+    Analytics::shared().track(
+        "cap.recording_completed",
+        {{"duration_sec", std::int64_t(std::llround(seconds))}, {"partial", outcome->isPartial}});
+    if (cause)
+        m_services.shelf.setNote(card, description(*cause));
+    else if (outcome->soundProblem)
+        m_services.shelf.setNote(card, "Recorded without sound: " + outcome->soundProblem->description());
+    else if (const auto &problem = taken.camera.problem)
+        m_services.shelf.setNote(card, "Recorded without camera: " + problem->description());
+    const auto capture = std::make_shared<const CaptureResult>(std::move(outcome->capture));
+    m_services.shelf.attach(capture, card);
+    m_services.handover.deliver(capture, card, outcome->journal);
+    co_await m_services.handover.safe(stop);
+    co_return std::move(outcome->segments);
+}
+
+Task<> RecordingFlow::finalizeCamera(Taken taken, QUuid card, std::vector<RecordedSegment> screen,
+                                     std::stop_token stop) {
+    const std::optional<PlatformError> problem = taken.camera.camera->problem();
+    auto recorded = co_await taken.camera.camera->stop(std::move(screen), stop);
+    if (stop.stop_requested())
+        co_return;
+    if (!recorded) {
+        m_services.shelf.update(card, ShelfItem::Failed{cameraNotSaved});
+        co_return;
+    }
+    if (problem)
+        m_services.shelf.setNote(card, problem->description());
+    const auto capture = std::make_shared<const CaptureResult>(std::move(*recorded));
+    m_services.shelf.attach(capture, card);
+    m_services.handover.deliver(capture, card, taken.engine->journal()->path(), RecordingLayer::camera);
+    co_await m_services.handover.safe(stop);
 }
 
 void RecordingFlow::finalized() {
@@ -282,15 +322,15 @@ void RecordingFlow::discardRecording(bool restart) {
     if (!m_engine)
         return;
     Analytics::shared().track("cap.recording_discarded");
-    std::shared_ptr<RecordingEngine> engine = takeOut();
-    m_scope.start(this, &RecordingFlow::discardInTurn, std::move(engine), restart);
+    m_scope.start(this, &RecordingFlow::discardInTurn, takeOut(), restart);
     changed();
 }
 
-Task<> RecordingFlow::discardInTurn(std::shared_ptr<RecordingEngine> engine, bool restart,
-                                    std::stop_token stop) {
+Task<> RecordingFlow::discardInTurn(Taken taken, bool restart, std::stop_token stop) {
     const OneShot<bool> done = co_await enterQueue(stop);
-    const auto outcome = co_await engine->stop(stop);
+    const auto outcome = co_await taken.engine->stop(stop);
+    if (taken.camera.camera && !stop.stop_requested())
+        co_await taken.camera.camera->cancel(stop);
     if (stop.stop_requested())
         co_return;
     if (!outcome) {
@@ -304,7 +344,7 @@ Task<> RecordingFlow::discardInTurn(std::shared_ptr<RecordingEngine> engine, boo
                 if (!moved)
                     std::filesystem::remove(file, failure);
                 if (!failure)
-                    RecordingRecovery::forget(journal);
+                    RecordingRecovery::forgetWhole(journal);
                 return failure;
             },
             stop);

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "App/CameraFlow.h"
 #include "App/CaptureHandover.h"
 #include "App/ServiceAccount.h"
 #include "App/UserInterface.h"
@@ -27,6 +28,7 @@
 #include <stop_token>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace vantrell {
 
@@ -93,23 +95,35 @@ private:
     Task<std::expected<void, Failure>> begin(SelectionOutcome outcome, bool skipCountdown,
                                              std::stop_token stop);
     Task<> takeStill(SelectionOutcome outcome, std::stop_token stop);
+    struct Taken {
+        std::shared_ptr<RecordingEngine> engine;
+        CameraFlow::Taken camera;
+    };
     /// From here on nothing is being recorded, as far as anybody can see.
-    std::shared_ptr<RecordingEngine> takeOut();
+    Taken takeOut();
     void installHUD(const Display &display);
     void followCap();
 
     /// Runs the operations of recordings one after another.
     Task<OneShot<bool>> enterQueue(std::stop_token stop);
     Task<> pauseInTurn(std::stop_token stop);
-    Task<> finalizeInTurn(std::shared_ptr<RecordingEngine> engine, QUuid card, std::optional<Failure> cause,
-                          std::stop_token stop);
-    Task<> discardInTurn(std::shared_ptr<RecordingEngine> engine, bool restart, std::stop_token stop);
+    struct Cards {
+        QUuid screen;
+        QUuid camera;
+    };
+    Task<> finalizeInTurn(Taken taken, Cards cards, std::optional<Failure> cause, std::stop_token stop);
+    /// The movie's segments; none when it could not be saved.
+    Task<std::vector<RecordedSegment>> finalizeScreen(Taken taken, QUuid card, std::optional<Failure> cause,
+                                                      std::stop_token stop);
+    Task<> finalizeCamera(Taken taken, QUuid card, std::vector<RecordedSegment> screen, std::stop_token stop);
+    Task<> discardInTurn(Taken taken, bool restart, std::stop_token stop);
     void finalized();
     void changed();
 
     const Services m_services;
     std::shared_ptr<RecordingEngine> m_engine;
     std::shared_ptr<RecordingHUDState> m_hudState;
+    CameraFlow m_camera;
     Observation m_accountObservation;
     std::optional<SelectionOutcome> m_activeRecordingOutcome;
     bool m_isStartingRecording = false;

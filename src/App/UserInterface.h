@@ -4,6 +4,7 @@
 #pragma once
 
 #include "App/MenuEntry.h"
+#include "Overlay/CameraBubbleState.h"
 #include "Overlay/RecordingHUDState.h"
 #include "Overlay/SelectionOutcome.h"
 #include "Overlay/ToolBarState.h"
@@ -52,6 +53,9 @@ public:
 
     virtual void showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) = 0;
     virtual void hideHUD() = 0;
+
+    virtual void showCameraBubble(std::shared_ptr<CameraBubbleState> state, const Display &display) = 0;
+    virtual void hideCameraBubble() = 0;
 
     virtual void showShelf(bool visible) = 0;
     /// The keyboard works the shelf's cards.

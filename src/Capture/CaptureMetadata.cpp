@@ -16,10 +16,11 @@ namespace {
 
 using nlohmann::json;
 
-constexpr Spellings<CaptureKind, 3> sources{{{
+constexpr Spellings<CaptureKind, 4> sources{{{
     {CaptureKind::display, "display"},
     {CaptureKind::area, "region"},
     {CaptureKind::window, "window"},
+    {CaptureKind::camera, "camera"},
 }}};
 
 /// Whole numbers are written without a fraction.
@@ -67,6 +68,7 @@ json toJson(const RecordingInfo &recording) {
     putOptional(object, "anchorHostTime", recording.anchorHostTime);
     putOptional(object, "cursorInVideo", recording.cursorInVideo);
     putOptional(object, "autoCamera", recording.autoCamera);
+    putOptional(object, "recordingId", recording.recordingId);
     return object;
 }
 
@@ -124,6 +126,7 @@ RecordingInfo readRecording(JsonReader &parent, const json &object) {
     recording.anchorHostTime = reader.optionalNumber("anchorHostTime");
     recording.cursorInVideo = reader.optionalBoolean("cursorInVideo");
     recording.autoCamera = reader.optionalBoolean("autoCamera");
+    recording.recordingId = reader.optionalString("recordingId");
     parent.adopt(reader);
     return recording;
 }

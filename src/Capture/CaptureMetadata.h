@@ -41,10 +41,13 @@ struct RecordingInfo {
     double fps = 0;
     double durationMs = 0;
     std::vector<InputEvent> events;
-    /// Host time of the first segment's first frame, seconds.
+    /// Host time of the movie's beginning, seconds: of the first segment's first frame. The camera's movie
+    /// beside a screen's lies that much later in it as its anchor is later, pauses or not.
     std::optional<double> anchorHostTime;
     std::optional<bool> cursorInVideo;
     std::optional<bool> autoCamera;
+    /// Shared by the movies of one recording, the screen's and the camera's.
+    std::optional<std::string> recordingId;
 
     bool operator==(const RecordingInfo &) const = default;
 };
@@ -57,7 +60,8 @@ struct CaptureMetadata {
     std::string type;
     /// ISO 8601, UTC, whole seconds.
     std::string capturedAt;
-    /// Written as "window", "display" or "region".
+    /// Written as "window", "display", "region" or, for the layer of a recording that the camera saw,
+    /// "camera".
     CaptureKind source = CaptureKind::display;
     DisplayInfo display;
     std::optional<WindowInfo> window;

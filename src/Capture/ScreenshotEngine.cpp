@@ -94,7 +94,7 @@ double ScreenshotEngine::scaleFactor(const std::vector<Display> &displays, const
     return found == displays.end() ? 2.0 : found->scale;
 }
 
-std::string ScreenshotEngine::captureName(std::optional<CaptureKind> still,
+std::string ScreenshotEngine::captureName(std::optional<CaptureKind> kind,
                                           const std::optional<WindowDescription> &window,
                                           std::chrono::system_clock::time_point now) {
     if (window) {
@@ -105,7 +105,10 @@ std::string ScreenshotEngine::captureName(std::optional<CaptureKind> still,
     const QDateTime time = QDateTime::fromSecsSinceEpoch(
         std::chrono::floor<std::chrono::seconds>(now).time_since_epoch().count());
     const QString text = QLocale::c().toString(time, "MMM d 'at' h.mm.ss AP");
-    return (still == CaptureKind::display ? "Screen " : "Capture ") + text.toStdString();
+    const char *const prefix = kind == CaptureKind::display  ? "Screen "
+                               : kind == CaptureKind::camera ? "Camera "
+                                                             : "Capture ";
+    return prefix + text.toStdString();
 }
 
 } // namespace vantrell

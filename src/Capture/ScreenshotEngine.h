@@ -38,9 +38,10 @@ public:
     static double scaleFactor(const std::vector<Display> &displays, const std::string &displayId);
 
     /// What the user sees a capture named: the window's application and title, or "Screen" (a still of a
-    /// whole display) or "Capture" (any other still, and every recording: none) with the local date and time.
+    /// whole display), "Camera" (what the camera saw) or "Capture" (any other still, and every recording of a
+    /// screen: none) with the local date and time.
     static std::string
-    captureName(std::optional<CaptureKind> still, const std::optional<WindowDescription> &window,
+    captureName(std::optional<CaptureKind> kind, const std::optional<WindowDescription> &window,
                 std::chrono::system_clock::time_point now = std::chrono::system_clock::now());
 };
 

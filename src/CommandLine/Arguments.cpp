@@ -155,6 +155,8 @@ Parsed parseRecord(const std::vector<std::string> &rest) {
     arguments.microphone = words->has("--mic");
     arguments.microphoneId = words->value("--mic");
     arguments.systemAudio = words->has("--system-audio");
+    arguments.camera = words->has("--camera");
+    arguments.cameraId = words->value("--camera");
     if (const auto cursor = words->value("--cursor")) {
         if (*cursor != "drawn" && *cursor != "separate")
             return usageError("--cursor is drawn or separate");

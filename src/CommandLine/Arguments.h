@@ -21,6 +21,9 @@ struct RecordArguments {
     /// Absent: the default one.
     std::optional<std::string> microphoneId;
     bool systemAudio = false;
+    bool camera = false;
+    /// Absent: the default one.
+    std::optional<std::string> cameraId;
     bool drawsCursor = false;
     std::optional<std::filesystem::path> outputFolder;
     bool upload = false;

@@ -4,6 +4,7 @@
 #include "CommandLine/ListCommand.h"
 
 #include "CommandLine/OpenSession.h"
+#include "Platform/CameraError.h"
 
 #include <nlohmann/json.hpp>
 
@@ -56,6 +57,11 @@ void report(const Microphone &microphone, const Reporter &reporter) {
                     microphone.id + "  " + microphone.name + (microphone.isDefault ? "  default" : ""));
 }
 
+void report(const Camera &camera, const Reporter &reporter) {
+    reporter.result({{"id", camera.id}, {"name", camera.name}, {"default", camera.isDefault}},
+                    camera.id + "  " + camera.name + (camera.isDefault ? "  default" : ""));
+}
+
 template <typename T>
 ExitCode reportAll(const std::expected<std::vector<T>, PlatformError> &things, const Reporter &reporter) {
     if (!things) {
@@ -65,6 +71,16 @@ ExitCode reportAll(const std::expected<std::vector<T>, PlatformError> &things, c
     for (const T &thing : *things)
         report(thing, reporter);
     return ExitCode::success;
+}
+
+Task<ExitCode> listCameras(CommandContext context, std::stop_token stop) {
+    const Platform platform = context.loadPlatform(context.clock);
+    // A desktop that asks its user names its cameras to nobody before.
+    if (!co_await platform.cameras->requestAccess(stop)) {
+        context.reporter.failure(cameraError(CameraErrorCode::accessRefused).description());
+        co_return ExitCode::failed;
+    }
+    co_return reportAll(co_await platform.cameras->cameras(stop), context.reporter);
 }
 
 Task<ExitCode> listProjects(CommandContext context, std::stop_token stop) {
@@ -97,10 +113,10 @@ Task<ExitCode> runList(ListArguments arguments, CommandContext context, std::sto
     case ListArguments::What::microphones:
         co_return reportAll(co_await context.loadPlatform(context.clock).audio->microphones(stop),
                             context.reporter);
-    default:
-        context.reporter.failure("This cannot be listed yet");
-        co_return ExitCode::failed;
+    case ListArguments::What::cameras:
+        co_return co_await listCameras(context, stop);
     }
+    co_return ExitCode::failed;
 }
 
 } // namespace vantrell

@@ -6,6 +6,8 @@
 #include "Capture/CaptureStorage.h"
 #include "CommandLine/ReportedDelivery.h"
 #include "CommandLine/UnixSignals.h"
+#include "Platform/CameraError.h"
+#include "Recording/CameraEngine.h"
 #include "Recording/DiskSpace.h"
 #include "Recording/RecordingEngine.h"
 #include "Support/Log.h"
@@ -33,6 +35,8 @@ private:
     Task<std::expected<CaptureBackend::Chosen, Failure>> prepare(std::stop_token stop);
     Task<std::expected<void, PlatformError>> checkMicrophone(std::stop_token stop);
     Task<> startEngine(std::stop_token stop);
+    Task<> openCamera(std::stop_token stop);
+    Task<std::expected<void, Failure>> pauseOrResume(std::stop_token stop);
     Task<ExitCode> save(std::optional<Failure> endedBecause, std::stop_token stop);
     void onSignal(int signal);
     Task<> togglePause(std::stop_token stop);
@@ -48,6 +52,9 @@ private:
     Platform m_platform = m_context.loadPlatform(m_context.clock);
     ReportedDelivery m_delivery;
     std::unique_ptr<RecordingEngine> m_engine;
+    /// Null without a camera; then `m_cameraProblem` says why there is none, if one was wanted.
+    std::shared_ptr<CameraEngine> m_camera;
+    std::optional<PlatformError> m_cameraProblem;
     OneShot<std::expected<void, Failure>> m_started;
     /// Resolved with the failure that ended the recording, or with nothing when it was asked to end.
     OneShot<std::optional<Failure>> m_ended;
@@ -94,6 +101,8 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     options.micDeviceId = m_arguments.microphoneId;
     options.systemAudioEnabled = m_arguments.systemAudio;
     options.separateCursor = !m_arguments.drawsCursor;
+    if (m_arguments.camera)
+        options.recordingId = newRecordingId();
     const RecordingPorts ports{*m_platform.streams, chosen->source, *m_platform.input, m_context.clock};
     m_engine = std::make_unique<RecordingEngine>(ports, std::move(options));
     m_engine->onStreamDeath = [this](Failure failure) {
@@ -124,11 +133,34 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
 }
 
 Task<> RecordRun::startEngine(std::stop_token stop) {
+    // Before the screen, so that both begin together.
+    if (m_arguments.camera)
+        co_await openCamera(stop);
     auto started = co_await m_engine->start(stop);
+    if (started && m_camera)
+        m_camera->start(m_engine->journal());
     m_started.resolve(std::move(started));
 }
 
+/// Without a camera the screen is recorded all the same, and the result says what is missing.
+Task<> RecordRun::openCamera(std::stop_token stop) {
+    if (!co_await m_platform.cameras->requestAccess(stop)) {
+        qCInfo(logCapture, "camera skipped: granted=%d", 0);
+        m_cameraProblem = cameraError(CameraErrorCode::accessRefused);
+        co_return;
+    }
+    const CameraPorts ports{*m_platform.cameras, *m_platform.cameraSessions, m_context.clock};
+    const auto camera = std::make_shared<CameraEngine>(ports, m_arguments.cameraId);
+    const auto opened = co_await camera->open(stop);
+    if (opened)
+        m_camera = camera;
+    else if (const auto *error = std::get_if<PlatformError>(&opened.error()))
+        m_cameraProblem = *error;
+}
+
 Task<ExitCode> RecordRun::save(std::optional<Failure> endedBecause, std::stop_token stop) {
+    if (m_camera)
+        m_camera->release();
     auto outcome = co_await m_engine->stop(stop);
     if (!outcome) {
         qCCritical(logCapture, "record stop failed: %s", description(outcome.error()).c_str());
@@ -137,7 +169,24 @@ Task<ExitCode> RecordRun::save(std::optional<Failure> endedBecause, std::stop_to
             co_return fail(sentence, ExitCode::nothingRecorded);
         co_return fail(sentence + ". What was recorded is kept: vantrell-capture recover saves it");
     }
+    CaptureDelivery::Captures captures;
+    captures.main = std::move(outcome->capture);
+    captures.recoverable = outcome->journal;
     nlohmann::json more{{"droppedFrames", outcome->droppedFrames}};
+    if (m_camera) {
+        m_cameraProblem = m_camera->problem();
+        captures.camera = co_await m_camera->stop(std::move(outcome->segments), stop);
+        if (!captures.camera) {
+            more["camera"] = {{"error", "Camera recording failed to save"}};
+            m_context.reporter.note("Camera recording failed to save");
+        }
+    }
+    if (m_cameraProblem) {
+        more["cameraProblem"] = m_cameraProblem->description();
+        m_context.reporter.note(
+            (m_camera ? "The camera's recording ended early: " : "Recorded without camera: ") +
+            m_cameraProblem->description());
+    }
     if (outcome->soundProblem) {
         more["soundProblem"] = outcome->soundProblem->description();
         m_context.reporter.note("Recorded without sound: " + outcome->soundProblem->description());
@@ -153,8 +202,7 @@ Task<ExitCode> RecordRun::save(std::optional<Failure> endedBecause, std::stop_to
         more["restRecoverable"] = true;
         m_context.reporter.note("The last part is missing but kept: vantrell-capture recover saves it");
     }
-    co_return co_await m_delivery.deliver(std::move(outcome->capture), outcome->isPartial, std::move(more),
-                                          outcome->journal, stop);
+    co_return co_await m_delivery.deliver(std::move(captures), outcome->isPartial, std::move(more), stop);
 }
 
 void RecordRun::onSignal(int signal) {
@@ -172,7 +220,7 @@ Task<> RecordRun::togglePause(std::stop_token stop) {
     m_isTogglingPause = true;
     m_toggled = OneShot<bool>();
     const bool resumes = m_engine->isPaused();
-    const auto toggled = resumes ? co_await m_engine->resume(stop) : co_await m_engine->pause(stop);
+    const auto toggled = co_await pauseOrResume(stop);
     m_isTogglingPause = false;
     m_toggled.resolve(true);
     if (toggled)
@@ -182,6 +230,21 @@ Task<> RecordRun::togglePause(std::stop_token stop) {
                    description(toggled.error()).c_str());
         m_ended.resolve(toggled.error());
     }
+}
+
+Task<std::expected<void, Failure>> RecordRun::pauseOrResume(std::stop_token stop) {
+    if (m_engine->isPaused()) {
+        auto resumed = co_await m_engine->resume(stop);
+        if (resumed && m_camera)
+            m_camera->start(m_engine->journal());
+        co_return resumed;
+    }
+    if (m_camera)
+        m_camera->endFile();
+    auto paused = co_await m_engine->pause(stop);
+    if (m_camera)
+        co_await m_camera->finishFile(stop);
+    co_return paused;
 }
 
 Task<> RecordRun::stopAfter(double seconds, std::stop_token stop) {

@@ -39,11 +39,20 @@ Task<ExitCode> runRecover(RecoverArguments, CommandContext context, std::stop_to
             code = ExitCode::failed;
             continue;
         }
-        if (!*recovered)
+        if (!recovered->screen && !recovered->camera)
             continue;
         isAnyRecovered = true;
-        const ExitCode delivered = co_await delivery.deliver(std::move(**recovered), false,
-                                                             nlohmann::json{{"recovered", true}}, what, stop);
+        CaptureDelivery::Captures captures;
+        captures.recoverable = what;
+        if (recovered->screen) {
+            captures.main = std::move(*recovered->screen);
+            captures.camera = std::move(recovered->camera);
+        } else {
+            captures.main = std::move(*recovered->camera);
+            captures.mainLayer = RecordingLayer::camera;
+        }
+        const ExitCode delivered =
+            co_await delivery.deliver(std::move(captures), false, nlohmann::json{{"recovered", true}}, stop);
         if (delivered != ExitCode::success)
             code = delivered;
     }

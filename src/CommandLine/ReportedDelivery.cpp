@@ -12,6 +12,29 @@
 
 namespace vantrell {
 
+namespace {
+
+/// Adds what became of the upload, and the file to the text. False when it was wanted and did not arrive: the
+/// capture itself is safe, so it is told all the same.
+bool tell(const CaptureDelivery::Delivered &delivered, nlohmann::json &json, std::string &text) {
+    text += delivered.saved.file.string();
+    const auto &asset = delivered.asset;
+    if (!asset)
+        return true;
+    if (*asset) {
+        json["assetId"] = **asset;
+        text += " is uploaded as " + **asset;
+        return true;
+    }
+    const auto *const sentence = std::get_if<std::string>(&asset->error());
+    const std::string why = sentence ? *sentence : uploadInterrupted;
+    json["error"] = why;
+    text += " is kept: " + why;
+    return false;
+}
+
+} // namespace
+
 ReportedDelivery::ReportedDelivery(CaptureDelivery::Options options, CommandContext context)
     : m_context(std::move(context)), m_delivery(
                                          std::move(options), [this] { return openSession(m_context); },
@@ -34,9 +57,9 @@ Task<std::expected<void, ExitCode>> ReportedDelivery::prepare(std::stop_token st
     co_return std::expected<void, ExitCode>();
 }
 
-Task<ExitCode> ReportedDelivery::deliver(CaptureResult capture, bool isPartial, nlohmann::json more,
-                                         std::filesystem::path recoverable, std::stop_token stop) {
-    const auto delivered = co_await m_delivery.deliver(capture, std::move(recoverable), stop);
+Task<ExitCode> ReportedDelivery::deliver(CaptureDelivery::Captures captures, bool isPartial,
+                                         nlohmann::json more, std::stop_token stop) {
+    const auto delivered = co_await m_delivery.deliver(captures, stop);
     if (m_progress)
         m_progress->clear();
     if (!delivered) {
@@ -44,26 +67,23 @@ Task<ExitCode> ReportedDelivery::deliver(CaptureResult capture, bool isPartial, 
             m_context.reporter.failure(error->description());
         co_return ExitCode::failed;
     }
-    const SavedCapture &saved = delivered->saved;
-    nlohmann::json json = saved.json(capture, isPartial);
+    nlohmann::json json = delivered->main.saved.json(captures.main, isPartial);
     json.update(more);
-    std::string text = saved.file.string();
-    ExitCode code = ExitCode::success;
-    if (const auto &asset = delivered->asset) {
-        if (*asset) {
-            json["assetId"] = **asset;
-            text += " is uploaded as " + **asset;
-        } else {
-            // The capture itself is safe: it is told all the same, with what went wrong behind it.
-            const auto *const sentence = std::get_if<std::string>(&asset->error());
-            const std::string why = sentence ? *sentence : uploadInterrupted;
-            json["error"] = why;
-            text += " is kept: " + why;
-            code = ExitCode::failed;
-        }
+    std::string text;
+    bool hasArrived = tell(delivered->main, json, text);
+    if (delivered->camera) {
+        nlohmann::json camera = delivered->camera->saved.json(*captures.camera, false);
+        camera.erase("partial");
+        text += "\n";
+        hasArrived = tell(*delivered->camera, camera, text) && hasArrived;
+        json["camera"] = std::move(camera);
+    } else if (delivered->cameraProblem) {
+        json["camera"] = {{"error", delivered->cameraProblem->description()}};
+        text += "\n" + delivered->cameraProblem->description();
+        hasArrived = false;
     }
     m_context.reporter.result(json, text);
-    co_return code;
+    co_return hasArrived ? ExitCode::success : ExitCode::failed;
 }
 
 } // namespace vantrell

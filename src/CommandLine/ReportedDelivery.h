@@ -11,7 +11,6 @@
 #include <nlohmann/json.hpp>
 
 #include <expected>
-#include <filesystem>
 #include <optional>
 #include <stop_token>
 
@@ -25,9 +24,9 @@ public:
 
     Task<std::expected<void, ExitCode>> prepare(std::stop_token stop);
 
-    /// `more` is added to the capture's JSON; `recoverable` as CaptureDelivery has it.
-    Task<ExitCode> deliver(CaptureResult capture, bool isPartial, nlohmann::json more,
-                           std::filesystem::path recoverable, std::stop_token stop);
+    /// `more` is added to the main capture's JSON, in which the camera's is an object of its own.
+    Task<ExitCode> deliver(CaptureDelivery::Captures captures, bool isPartial, nlohmann::json more,
+                           std::stop_token stop);
 
     /// Ends waiting for the upload, which can be resumed later.
     void interrupt() { m_delivery.interrupt(); }

@@ -37,7 +37,9 @@ Task<ExitCode> runScreenshot(ScreenshotArguments arguments, CommandContext conte
         context.reporter.failure(std::visit(Sentence{}, taken.error()));
         co_return ExitCode::failed;
     }
-    co_return co_await delivery.deliver(std::move(*taken), false, nlohmann::json::object(), {}, stop);
+    CaptureDelivery::Captures captures;
+    captures.main = std::move(*taken);
+    co_return co_await delivery.deliver(std::move(captures), false, nlohmann::json::object(), stop);
 }
 
 } // namespace vantrell

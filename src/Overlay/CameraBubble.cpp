@@ -5,14 +5,19 @@
 
 #include "Panels/FloatingPanel.h"
 #include "Panels/PanelButton.h"
+#include "Panels/PanelFont.h"
 #include "Panels/PanelPlacement.h"
+#include "Support/TaskScope.h"
 
 #include <QCoreApplication>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QScreen>
 
 #include <algorithm>
 #include <array>
+#include <chrono>
+#include <cmath>
 
 namespace vantrell {
 
@@ -25,6 +30,9 @@ constexpr int bubbleDistance = 24;
 constexpr int bubbleButtonHeight = 40;
 constexpr const char *sizeKey = "panel.bubble.size";
 constexpr const char *mirrorKey = "panel.bubble.mirror";
+constexpr std::chrono::seconds watchInterval(1);
+/// Slower cameras than this have stopped.
+constexpr double patienceSeconds = 2;
 
 class BubbleWindow final : public FloatingPanel {
     Q_DECLARE_TR_FUNCTIONS(CameraBubble)
@@ -51,41 +59,49 @@ public:
         QObject::connect(&m_mirror, &QAbstractButton::toggled, this, [this](bool isMirrored) {
             m_isMirrored = isMirrored;
             m_settings.setNumber(mirrorKey, isMirrored ? 1 : 0);
-            setPicture(m_original);
+            m_picture.mirror(true, false);
+            update(panelRect());
         });
         resizePanel(panelSize());
     }
+
+    /// It has another size in pixels.
+    std::function<void()> onResized;
 
     QSize panelSize() const {
         const int diameter = diameters[std::size_t(m_size)];
         return {diameter, diameter};
     }
+    int pixels() const { return int(std::lround(panelSize().width() * devicePixelRatioF())); }
 
+    /// The newest picture, about as large as the bubble.
     void setPicture(const QImage &picture) {
-        m_original = picture;
+        m_picture = m_isMirrored ? picture.mirrored(true, false) : picture;
+        if (!accessibleDescription().isEmpty())
+            setAccessibleDescription({});
+        update(panelRect());
+    }
+    /// Instead of a picture.
+    void setWords(Symbol symbol, const QString &words) {
         m_picture = {};
+        m_symbol = symbol;
+        m_words = words;
+        setAccessibleDescription(words);
         update(panelRect());
     }
 
 protected:
     void paintEvent(QPaintEvent *event) override {
-        FloatingPanel::paintEvent(event);
+        const QRectF circle(panelRect());
+        // The picture covers all but the shadow and the rim.
+        if (m_picture.isNull() || !panelRect().contains(event->rect()))
+            FloatingPanel::paintEvent(event);
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        const QRectF circle(panelRect());
-        if (m_original.isNull()) {
-            constexpr double size = 32;
-            painter.drawPixmap(circle.center() - QPointF(size / 2, size / 2),
-                               symbolPixmap(Symbol::camera, theme().quietText, size, devicePixelRatioF()));
-        } else {
-            fitPicture();
-            QBrush brush(m_picture);
-            brush.setTransform(QTransform::fromScale(1 / devicePixelRatioF(), 1 / devicePixelRatioF()) *
-                               QTransform::fromTranslate(circle.left(), circle.top()));
-            painter.setBrush(brush);
-            painter.setPen(Qt::NoPen);
-            painter.drawEllipse(circle.adjusted(1, 1, -1, -1));
-        }
+        if (m_picture.isNull())
+            paintWords(painter, circle);
+        else
+            paintPicture(painter, circle);
         painter.setBrush(Qt::NoBrush);
         painter.setPen(QPen(Qt::white, rim));
         painter.drawEllipse(circle.adjusted(rim / 2, rim / 2, -rim / 2, -rim / 2));
@@ -100,7 +116,6 @@ protected:
 
     void resizeEvent(QResizeEvent *event) override {
         FloatingPanel::resizeEvent(event);
-        m_picture = {};
         const QRect panel = panelRect();
         const int top = panel.bottom() + 1 - bubbleButtonHeight - panel.height() / 10;
         m_resize.setGeometry(panel.center().x() - bubbleButtonHeight, top, bubbleButtonHeight,
@@ -108,10 +123,46 @@ protected:
         m_mirror.setGeometry(panel.center().x(), top, bubbleButtonHeight, bubbleButtonHeight);
     }
 
+    void showEvent(QShowEvent *event) override {
+        FloatingPanel::showEvent(event);
+        // The screen that it is on is known only now.
+        if (onResized)
+            onResized();
+    }
     void enterEvent(QEnterEvent *) override { showButtons(true); }
     void leaveEvent(QEvent *) override { showButtons(false); }
 
 private:
+    void paintPicture(QPainter &painter, const QRectF &circle) const {
+        // Of the size that was asked for but for a moment after a change.
+        const double scale = circle.width() / std::min(m_picture.width(), m_picture.height());
+        QBrush brush(m_picture);
+        brush.setTransform(QTransform::fromScale(scale, scale) *
+                           QTransform::fromTranslate(circle.center().x() - m_picture.width() * scale / 2,
+                                                     circle.center().y() - m_picture.height() * scale / 2));
+        painter.setBrush(brush);
+        painter.setPen(Qt::NoPen);
+        painter.drawEllipse(circle.adjusted(1, 1, -1, -1));
+    }
+
+    void paintWords(QPainter &painter, const QRectF &circle) const {
+        constexpr double size = 28;
+        const QFont font = panelFont(secondLineSize);
+        // The chord of the circle in which two lines have room.
+        const double width = circle.width() * 0.74;
+        const QRectF room(circle.center().x() - width / 2, 0, width, circle.height());
+        const QRectF words =
+            QFontMetricsF(font).boundingRect(room, Qt::AlignHCenter | Qt::TextWordWrap, m_words);
+        constexpr double gap = 6;
+        const double top = circle.center().y() - (size + gap + words.height()) / 2;
+        painter.drawPixmap(QPointF(circle.center().x() - size / 2, top),
+                           symbolPixmap(m_symbol, theme().quietText, size, devicePixelRatioF()));
+        painter.setFont(font);
+        painter.setPen(theme().text);
+        painter.drawText(QRectF(room.left(), top + size + gap, room.width(), words.height() + 1),
+                         Qt::AlignHCenter | Qt::TextWordWrap, m_words);
+    }
+
     void showButtons(bool shown) {
         m_resize.setVisible(shown);
         m_mirror.setVisible(shown);
@@ -127,27 +178,17 @@ private:
         placePanel(middle - QPoint(points.width() / 2, points.height() / 2));
         if (onMoved)
             onMoved(panelFrame());
-    }
-
-    /// Scaled and cut to the square around the circle once a picture.
-    void fitPicture() {
-        if (!m_picture.isNull())
-            return;
-        const QSize pixels = panelSize() * devicePixelRatioF();
-        const QImage scaled =
-            m_original.scaled(pixels, Qt::KeepAspectRatioByExpanding, Qt::SmoothTransformation);
-        const QPoint corner((scaled.width() - pixels.width()) / 2, (scaled.height() - pixels.height()) / 2);
-        m_picture = scaled.copy(QRect(corner, pixels));
-        m_picture.setDevicePixelRatio(1);
-        if (m_isMirrored)
-            m_picture.mirror(true, false);
+        if (onResized)
+            onResized();
     }
 
     Settings &m_settings;
     int m_size;
     bool m_isMirrored;
-    QImage m_original;
+    /// As it is shown.
     QImage m_picture;
+    Symbol m_symbol = Symbol::camera;
+    QString m_words;
     PanelButton m_resize;
     PanelButton m_mirror;
 };
@@ -155,34 +196,93 @@ private:
 } // namespace
 
 struct CameraBubble::Panel {
-    explicit Panel(Settings &settings) : window(settings), placement(settings, "bubble") {
+    Q_DECLARE_TR_FUNCTIONS(CameraBubble)
+
+public:
+    Panel(Settings &settings, Clock &clock) : clock(clock), window(settings), placement(settings, "bubble") {
         window.onMoved = [this](QRect frame) { placement.save(frame); };
+        window.onResized = [this] { refresh(); };
+    }
+    ~Panel() { release(); }
+
+    /// Nothing more of the camera's is wanted.
+    void release() {
+        scope.cancel();
+        observation.reset();
+        if (state && state->showPreview)
+            state->showPreview(0, {});
+        state.reset();
     }
 
+    void refresh() {
+        if (!state)
+            return;
+        using Camera = CameraBubbleState::Camera;
+        const bool isRunning = state->camera == Camera::running;
+        if (state->showPreview)
+            state->showPreview(isRunning ? window.pixels() : 0,
+                               isRunning ? [this] { takePicture(); } : std::function<void()>());
+        if (state->camera == Camera::missing)
+            window.setWords(Symbol::cameraOff, QString::fromStdString(state->problem));
+        else if (!hasPicture || !isRunning)
+            window.setWords(Symbol::camera, tr("Starting…"));
+        hasPicture = hasPicture && isRunning;
+    }
+
+    void takePicture() {
+        const QImage picture = state && state->preview ? state->preview() : QImage();
+        if (picture.isNull())
+            return;
+        hasPicture = true;
+        pictureAt = clock.hostNow();
+        window.setPicture(picture);
+    }
+
+    /// Says so when no more pictures come though the camera is there.
+    Task<> watch(std::stop_token stop) {
+        while (co_await clock.sleep(watchInterval, stop)) {
+            if (hasPicture && clock.hostNow() - pictureAt > patienceSeconds) {
+                hasPicture = false;
+                window.setWords(Symbol::cameraOff, tr("No picture"));
+            }
+        }
+    }
+
+    Clock &clock;
     BubbleWindow window;
     PanelPlacement placement;
+    std::shared_ptr<CameraBubbleState> state;
+    Observation observation;
+    bool hasPicture = false;
+    double pictureAt = 0;
+    TaskScope scope;
 };
 
-CameraBubble::CameraBubble(Settings &settings) : m_panel(std::make_unique<Panel>(settings)) {}
+CameraBubble::CameraBubble(Settings &settings, Clock &clock)
+    : m_panel(std::make_unique<Panel>(settings, clock)) {}
 
 CameraBubble::~CameraBubble() = default;
 
-void CameraBubble::show(const Display &display) {
-    BubbleWindow &window = m_panel->window;
+void CameraBubble::show(std::shared_ptr<CameraBubbleState> state, const Display &display) {
+    Panel &panel = *m_panel;
+    panel.release();
+    panel.hasPicture = false;
+    panel.state = std::move(state);
+    panel.observation = panel.state->observe([&panel] { panel.refresh(); });
+    panel.refresh();
+    panel.scope.start(&panel, &Panel::watch);
+    BubbleWindow &window = panel.window;
     const QScreen *screen = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)));
     const QRect room = screen->availableGeometry();
     const QSize size = window.panelSize();
     const QPoint first(room.left() + bubbleDistance, room.bottom() + 1 - bubbleDistance - size.height());
-    window.placePanel(m_panel->placement.restore(*screen, size).value_or(first));
+    window.placePanel(panel.placement.restore(*screen, size).value_or(first));
     window.showPanel();
 }
 
 void CameraBubble::hide() {
+    m_panel->release();
     m_panel->window.hide();
-}
-
-void CameraBubble::setPicture(const QImage &picture) {
-    m_panel->window.setPicture(picture);
 }
 
 } // namespace vantrell

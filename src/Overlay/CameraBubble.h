@@ -3,10 +3,10 @@
 
 #pragma once
 
+#include "Overlay/CameraBubbleState.h"
 #include "Platform/Display.h"
+#include "Support/Clock.h"
 #include "Support/Settings.h"
-
-#include <QImage>
 
 #include <memory>
 
@@ -16,14 +16,12 @@ namespace vantrell {
 /// Remembers place, size and mirror. Main thread.
 class CameraBubble {
 public:
-    /// The settings outlive the bubble.
-    explicit CameraBubble(Settings &settings);
+    /// Both outlive the bubble.
+    CameraBubble(Settings &settings, Clock &clock);
     ~CameraBubble();
 
-    void show(const Display &display);
+    void show(std::shared_ptr<CameraBubbleState> state, const Display &display);
     void hide();
-    /// The newest picture; null while the camera has none.
-    void setPicture(const QImage &picture);
 
 private:
     struct Panel;

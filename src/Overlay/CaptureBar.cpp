@@ -22,7 +22,8 @@ constexpr int barDistance = 36;
 
 struct CaptureBar::Panel {
     explicit Panel(Services services)
-        : window(new CaptureBarWindow(services.audio, services.clock)), placement(services.settings, "bar"),
+        : window(new CaptureBarWindow(services.audio, services.cameras, services.clock)),
+          placement(services.settings, "bar"),
           backdrop(*window, services.stills, services.clock, [this](bool isLight) {
               if (state)
                   state->onLightBackdrop = isLight;

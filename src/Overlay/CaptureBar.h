@@ -5,6 +5,7 @@
 
 #include "Overlay/ToolBarState.h"
 #include "Platform/AudioBackend.h"
+#include "Platform/CameraBackend.h"
 #include "Platform/StillCapture.h"
 #include "Support/Clock.h"
 #include "Support/Settings.h"
@@ -27,6 +28,7 @@ public:
     /// All outlive the bar.
     struct Services {
         AudioBackend &audio;
+        CameraBackend &cameras;
         /// Tells whether the screen behind the bar is light.
         StillCapture &stills;
         Settings &settings;

@@ -45,8 +45,8 @@ protected:
 
 } // namespace
 
-CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, Clock &clock)
-    : FloatingPanel({}), m_microphone(audio, clock, this) {
+CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, CameraBackend &cameras, Clock &clock)
+    : FloatingPanel({}), m_microphone(audio, clock, this), m_camera(cameras, this) {
     setWindowTitle(tr("Capture bar"));
     setAccessibleName(windowTitle());
     auto *column = new QVBoxLayout(this);
@@ -101,8 +101,7 @@ void CaptureBarWindow::buildControls(QBoxLayout &row) {
     }
     addSeparator(row);
     row.addWidget(m_microphone.button());
-    m_camera = add(row, tr("Camera"), Symbol::cameraOff);
-    m_camera->setMenuMaker([this] { return cameraMenu(); });
+    row.addWidget(m_camera.button());
     m_systemAudio = add(row, tr("System audio"), Symbol::speaker);
     m_systemAudio->setCheckable(true);
     QObject::connect(m_systemAudio, &QAbstractButton::clicked, this, [this](bool isOn) {
@@ -169,12 +168,14 @@ void CaptureBarWindow::show(std::shared_ptr<ToolBarState> state, std::function<s
     m_menu = std::move(menu);
     m_screenWidth = screenWidth;
     m_microphone.activate(m_state);
+    m_camera.activate(m_state);
     refresh();
 }
 
 void CaptureBarWindow::release() {
     giveKeyboardBack();
     m_microphone.deactivate();
+    m_camera.deactivate();
     m_state.reset();
     m_menu = nullptr;
 }
@@ -185,9 +186,6 @@ void CaptureBarWindow::refresh() {
     setOnLightBackdrop(m_state->onLightBackdrop);
     for (const Tool &tool : m_tools)
         tool.button->setChecked(tool.mode == m_state->tool);
-    // No backend for cameras yet: the control says so.
-    m_camera->setEnabled(false);
-    m_camera->setHelp(tr("No camera"));
     m_systemAudio->setChecked(m_state->systemAudioEnabled);
     m_systemAudio->setSymbol(m_state->systemAudioEnabled ? Symbol::speaker : Symbol::speakerOff);
     m_systemAudio->setHelp(m_state->systemAudioEnabled ? tr("System audio: on") : tr("System audio: off"));
@@ -223,6 +221,7 @@ void CaptureBarWindow::applyRoom() {
     for (const Tool &tool : m_tools)
         tool.button->setWords(m_room == Room::full ? tool.words : QString());
     m_microphone.refresh(m_room != Room::symbols);
+    m_camera.refresh(m_room != Room::symbols);
     m_project->setMostTextWidth(m_room == Room::symbols ? mostNarrowProjectWidth : mostProjectWidth);
 }
 
@@ -240,12 +239,6 @@ const TargetProject *CaptureBarWindow::selectedProject() const {
     const std::vector<TargetProject> &projects = m_state->projects;
     const auto project = id ? std::ranges::find(projects, *id, &TargetProject::id) : projects.end();
     return project == projects.end() ? nullptr : &*project;
-}
-
-QMenu *CaptureBarWindow::cameraMenu() {
-    auto *menu = new QMenu(m_camera);
-    menu->addAction(tr("No camera"))->setEnabled(false);
-    return menu;
 }
 
 QMenu *CaptureBarWindow::countdownMenu() {

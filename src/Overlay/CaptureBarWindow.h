@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Overlay/CameraControl.h"
 #include "Overlay/MicrophoneControl.h"
 #include "Overlay/ToolBarState.h"
 #include "Panels/FloatingPanel.h"
@@ -25,8 +26,8 @@ class CaptureBarWindow : public FloatingPanel {
     Q_DECLARE_TR_FUNCTIONS(CaptureBar)
 
 public:
-    /// Both outlive it.
-    CaptureBarWindow(AudioBackend &audio, Clock &clock);
+    /// All outlive it.
+    CaptureBarWindow(AudioBackend &audio, CameraBackend &cameras, Clock &clock);
 
     /// Takes up the state and sizes itself for a screen of that many points across; does not show itself.
     void show(std::shared_ptr<ToolBarState> state, std::function<std::unique_ptr<QMenu>()> menu,
@@ -60,14 +61,13 @@ private:
     QMenu *countdownMenu();
     QMenu *projectMenu();
     QMenu *optionsMenu();
-    QMenu *cameraMenu();
     const TargetProject *selectedProject() const;
 
     std::shared_ptr<ToolBarState> m_state;
     std::function<std::unique_ptr<QMenu>()> m_menu;
     std::array<Tool, 3> m_tools{};
     MicrophoneControl m_microphone;
-    PanelButton *m_camera = nullptr;
+    CameraControl m_camera;
     PanelButton *m_systemAudio = nullptr;
     PanelButton *m_countdown = nullptr;
     PanelButton *m_project = nullptr;

@@ -15,8 +15,9 @@
 
 namespace vantrell {
 
-/// What kind of thing is captured.
-enum class CaptureKind { display = 1, area, window };
+/// What kind of thing is captured. The camera is never a CaptureSource: it is the kind of the layer beside
+/// one.
+enum class CaptureKind { display = 1, area, window, camera };
 
 /// Something on this desktop that can be recorded, as its user or its desktop chose it. It outlives the
 /// segments of a recording, each of which takes a FrameSource of its own from it. Main thread.

@@ -40,6 +40,7 @@ CaptureMetadata recordingMetadata(const FinishedRecording &recording, const Movi
     info.anchorHostTime = recording.segments.front().anchorHostTime;
     info.cursorInVideo = !options.separateCursor;
     info.autoCamera = options.autoCamera;
+    info.recordingId = options.recordingId;
     metadata.recording = std::move(info);
     return metadata;
 }

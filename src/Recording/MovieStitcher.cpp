@@ -23,19 +23,25 @@ Failure joinFailure(const MovieJoinError &error) {
 
 } // namespace
 
+std::expected<std::filesystem::path, Failure> MovieStitcher::join(std::span<const PlacedMovie> sources,
+                                                                  std::stop_token stop) {
+    const std::filesystem::path output = CaptureStorage::newFileURL("mov");
+    const auto joined = joinMovies(sources, output, std::move(stop));
+    if (joined)
+        return output;
+    const Failure failure = joinFailure(joined.error());
+    if (!std::holds_alternative<Cancelled>(failure))
+        qCCritical(logCapture, "join failed: %s", description(failure).c_str());
+    return std::unexpected(failure);
+}
+
 Task<std::expected<std::filesystem::path, Failure>>
 MovieStitcher::stitch(std::vector<std::filesystem::path> sources, std::stop_token stop) {
-    const std::filesystem::path output = CaptureStorage::newFileURL("mov");
+    std::vector<PlacedMovie> placed;
+    for (std::filesystem::path &source : sources)
+        placed.push_back({std::move(source), std::nullopt});
     // The worker gets the token too: a join that nobody waits for stops and removes what it wrote.
-    const auto joined =
-        co_await runBlocking([sources, output, stop] { return joinMovies(sources, output, stop); }, stop);
-    if (!joined) {
-        const Failure failure = joinFailure(joined.error());
-        if (!std::holds_alternative<Cancelled>(failure))
-            qCCritical(logCapture, "join failed: %s", description(failure).c_str());
-        co_return std::unexpected(failure);
-    }
-    co_return output;
+    co_return co_await runBlocking([placed, stop] { return join(placed, stop); }, stop);
 }
 
 Task<std::optional<QImage>> MovieStitcher::posterFrame(std::filesystem::path movie, std::stop_token stop) {

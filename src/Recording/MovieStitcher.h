@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Media/Movie/MovieJoin.h"
 #include "Recording/Failure.h"
 #include "Support/Task.h"
 
@@ -11,6 +12,7 @@
 #include <expected>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <stop_token>
 #include <vector>
 
@@ -24,6 +26,10 @@ public:
     /// `CaptureError::encodeFailed`: no source has a track.
     static Task<std::expected<std::filesystem::path, Failure>>
     stitch(std::vector<std::filesystem::path> sources, std::stop_token stop);
+
+    /// The same with places, here and now: blocks on the disk.
+    static std::expected<std::filesystem::path, Failure> join(std::span<const PlacedMovie> sources,
+                                                              std::stop_token stop = {});
 
     /// The movie's first picture, at most 1024 x 1024 pixels; nothing when it cannot be had.
     static Task<std::optional<QImage>> posterFrame(std::filesystem::path movie, std::stop_token stop);

@@ -25,7 +25,7 @@ Task<std::expected<void, Failure>> RecordingEngine::start(std::stop_token stop) 
     if (onMicLevel)
         m_meter = std::make_unique<MicrophoneMeter>(m_ports.clock, onMicLevel);
     m_journal =
-        std::make_unique<RecordingJournal>(CaptureStorage::newFileURL("recording"), m_options, m_ports.clock);
+        std::make_shared<RecordingJournal>(CaptureStorage::newFileURL("recording"), m_options, m_ports.clock);
     m_eventRecorder.onEvent = [journal = m_journal.get()](const RawEvent &event) {
         journal->addEvent(event);
     };
@@ -182,6 +182,7 @@ Task<std::expected<RecordingStopOutcome, RecordingStopFailure>> RecordingEngine:
         co_return std::unexpected(co_await giveUp({std::move(capture.error()), {}, true}, stop));
     RecordingStopOutcome outcome;
     outcome.capture = std::move(*capture);
+    outcome.segments = m_finished;
     outcome.isPartial = m_lossCause.has_value();
     outcome.isRestRecoverable = co_await keepLostSegments(events, stop);
     outcome.journal = m_journal->path();

@@ -71,6 +71,8 @@ public:
     /// the sound devices. None before the start and after the stop.
     std::optional<double> anchorHostTime() const;
     const RecordingOptions &options() const { return m_options; }
+    /// For what records beside the screen; null before the start.
+    std::shared_ptr<RecordingJournal> journal() const { return m_journal; }
 
 private:
     Task<std::expected<void, Failure>> openSegment(std::stop_token stop);
@@ -89,7 +91,7 @@ private:
     InputEventRecorder m_eventRecorder;
     std::optional<WindowFrameTracker> m_windowTracker;
     std::unique_ptr<MicrophoneMeter> m_meter;
-    std::unique_ptr<RecordingJournal> m_journal;
+    std::shared_ptr<RecordingJournal> m_journal;
     std::optional<Clock::WallTime> m_startedAt;
     std::vector<RecordedSegment> m_finished;
     /// Not finished in time or at all, though pictures came.

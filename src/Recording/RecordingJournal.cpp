@@ -92,8 +92,9 @@ private:
 };
 
 RecordingJournal::RecordingJournal(std::filesystem::path path, const RecordingOptions &options, Clock &clock)
-    : m_path(std::move(path)), m_clock(clock), m_file(std::make_shared<File>(m_path)),
-      m_pending(recordingLines::beginning(options, clock.wallNow())) {}
+    : m_path(std::move(path)), m_recordingId(options.recordingId), m_clock(clock),
+      m_file(std::make_shared<File>(m_path)), m_pending(recordingLines::beginning(options, clock.wallNow())) {
+}
 
 RecordingJournal::~RecordingJournal() {
     flush();
@@ -111,6 +112,16 @@ void RecordingJournal::addAnchor(double hostTime) {
 
 void RecordingJournal::addEvent(const RawEvent &event) {
     add(recordingLines::event(event));
+}
+
+void RecordingJournal::addCameraSegment(const std::filesystem::path &movie) {
+    add(recordingLines::cameraSegment(movie));
+    flush();
+}
+
+void RecordingJournal::addCameraAnchor(const std::filesystem::path &movie, double hostTime) {
+    add(recordingLines::cameraAnchor(movie, hostTime));
+    flush();
 }
 
 void RecordingJournal::setMovie(const std::filesystem::path &movie) {
@@ -131,6 +142,20 @@ void RecordingJournal::discard() {
 void RecordingJournal::remove(const std::filesystem::path &path) {
     if (!path.empty())
         ::unlink(path.c_str());
+}
+
+std::expected<void, PlatformError> RecordingJournal::append(const std::filesystem::path &path,
+                                                            const std::string &line) {
+    const auto journal = DiskFile::openForWriting(path);
+    if (!journal)
+        return std::unexpected(journal.error());
+    const auto end = journal->size();
+    if (!end)
+        return std::unexpected(end.error());
+    const auto *bytes = reinterpret_cast<const std::uint8_t *>(line.data());
+    if (const auto written = journal->writeAt(*end, std::span(bytes, line.size())); !written)
+        return written;
+    return journal->syncData();
 }
 
 void RecordingJournal::add(std::string line) {

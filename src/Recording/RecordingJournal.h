@@ -6,11 +6,13 @@
 #include "Recording/RawEvent.h"
 #include "Recording/RecordingOptions.h"
 #include "Support/Clock.h"
+#include "Support/PlatformError.h"
 #include "Support/TaskScope.h"
 
 #include <expected>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <string>
 
@@ -32,11 +34,17 @@ public:
     RecordingJournal &operator=(const RecordingJournal &) = delete;
 
     const std::filesystem::path &path() const { return m_path; }
+    /// The options'.
+    const std::optional<std::string> &recordingId() const { return m_recordingId; }
 
     void addSegment(const std::filesystem::path &movie);
     /// The host time that is zero in the segment added last.
     void addAnchor(double hostTime);
     void addEvent(const RawEvent &event);
+    /// A movie of the camera's layer.
+    void addCameraSegment(const std::filesystem::path &movie);
+    /// The host time that is zero in it.
+    void addCameraAnchor(const std::filesystem::path &movie, double hostTime);
     /// The recording is whole in this movie; only its delivery is missing.
     void setMovie(const std::filesystem::path &movie);
 
@@ -47,6 +55,9 @@ public:
 
     /// Removes a closed journal. Blocks a little.
     static void remove(const std::filesystem::path &path);
+    /// Adds a line of RecordingRecord to a closed journal. Blocks on the disk.
+    static std::expected<void, PlatformError> append(const std::filesystem::path &path,
+                                                     const std::string &line);
 
 private:
     class File;
@@ -56,6 +67,7 @@ private:
     Task<> flushLater(std::stop_token stop);
 
     const std::filesystem::path m_path;
+    const std::optional<std::string> m_recordingId;
     Clock &m_clock;
     std::shared_ptr<File> m_file;
     std::string m_pending;

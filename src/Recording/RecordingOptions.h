@@ -20,7 +20,12 @@ struct RecordingOptions {
     /// The pointer is left out of the picture; its path is in the sidecar.
     bool separateCursor = true;
     bool autoCamera = false;
+    /// Set where a camera records beside the screen: both sidecars carry it.
+    std::optional<std::string> recordingId;
     double fps = 60;
 };
+
+/// For a recording with a camera.
+std::string newRecordingId();
 
 } // namespace vantrell

@@ -16,6 +16,8 @@ namespace {
 using nlohmann::json;
 
 constexpr std::int64_t formatVersion = 1;
+constexpr std::string_view screenLayer = "screen";
+constexpr std::string_view cameraLayer = "camera";
 
 std::string line(const json &object) {
     // A title that is no UTF-8 must not keep a recording from being written down.
@@ -108,6 +110,7 @@ std::optional<JsonError> readBeginning(const json &object, RecordingRecord &reco
     record.options.separateCursor = in.boolean("separateCursor");
     record.options.autoCamera = in.boolean("autoCamera");
     record.options.fps = in.number("fps");
+    record.options.recordingId = in.optionalString("recordingId");
     return in.error();
 }
 
@@ -122,10 +125,35 @@ RawEvent toEvent(JsonReader &in) {
     return event;
 }
 
+void readCameraSegment(JsonReader &in, const json &object, RecordingRecord &record) {
+    const std::filesystem::path file = pathFromText(in.string("camera"));
+    if (!object.contains("anchor")) {
+        record.cameraSegments.push_back({file, {}});
+        return;
+    }
+    for (RecordingRecord::Segment &segment : record.cameraSegments)
+        if (segment.file == file)
+            segment.anchorHostTime = in.number("anchor");
+}
+
+void readTaken(JsonReader &in, RecordingRecord &record) {
+    const std::string layer = in.string("taken");
+    record.isScreenTaken = record.isScreenTaken || layer == screenLayer;
+    record.isCameraTaken = record.isCameraTaken || layer == cameraLayer;
+}
+
 /// False when the line is none of ours.
 bool readLine(const json &object, RecordingRecord &record) {
     JsonReader in(object);
-    if (object.contains("segment"))
+    if (object.contains("camera"))
+        readCameraSegment(in, object, record);
+    else if (object.contains("cameraMovie")) {
+        record.cameraMovies.emplace_back(pathFromText(in.string("cameraMovie")));
+        if (const auto anchor = in.optionalNumber("anchor"))
+            record.cameraAnchor = anchor;
+    } else if (object.contains("taken"))
+        readTaken(in, record);
+    else if (object.contains("segment"))
         record.segments.push_back({in.string("segment"), {}});
     else if (object.contains("anchor") && !record.segments.empty())
         record.segments.back().anchorHostTime = in.number("anchor");
@@ -150,12 +178,12 @@ std::string beginning(const RecordingOptions &options, Clock::WallTime startedAt
         described["window"] = fromWindow(*target.window);
     const auto sinceEpoch =
         std::chrono::duration_cast<std::chrono::milliseconds>(startedAt.time_since_epoch());
-    return line({{"version", formatVersion},
-                 {"startedAtMs", std::int64_t(sinceEpoch.count())},
-                 {"target", std::move(described)},
-                 {"separateCursor", options.separateCursor},
-                 {"autoCamera", options.autoCamera},
-                 {"fps", options.fps}});
+    json object{{"version", formatVersion},         {"startedAtMs", std::int64_t(sinceEpoch.count())},
+                {"target", std::move(described)},   {"separateCursor", options.separateCursor},
+                {"autoCamera", options.autoCamera}, {"fps", options.fps}};
+    if (options.recordingId)
+        object["recordingId"] = *options.recordingId;
+    return line(object);
 }
 
 std::string segment(const std::filesystem::path &file) {
@@ -182,6 +210,25 @@ std::string movie(const std::filesystem::path &file) {
 
 std::string movedMovie(const std::filesystem::path &file) {
     return line({{"movie", textOfPath(file)}});
+}
+
+std::string cameraSegment(const std::filesystem::path &file) {
+    return line({{"camera", textOfPath(file.filename())}});
+}
+
+std::string cameraAnchor(const std::filesystem::path &file, double hostTime) {
+    return line({{"camera", textOfPath(file.filename())}, {"anchor", hostTime}});
+}
+
+std::string cameraMovie(const std::filesystem::path &file, std::optional<double> anchorHostTime) {
+    json object{{"cameraMovie", textOfPath(file)}};
+    if (anchorHostTime)
+        object["anchor"] = *anchorHostTime;
+    return line(object);
+}
+
+std::string taken(RecordingLayer layer) {
+    return line({{"taken", layer == RecordingLayer::screen ? screenLayer : cameraLayer}});
 }
 
 std::expected<RecordingRecord, JsonError> read(std::string_view text) {

@@ -8,14 +8,18 @@
 #include "Media/Movie/MovieJournal.h"
 #include "Media/Movie/MovieReader.h"
 #include "Media/Movie/MovieRecovery.h"
+#include "Recording/CameraLayer.h"
 #include "Recording/FinishedRecording.h"
 #include "Recording/RecordingJournal.h"
 #include "Recording/RecordingRecord.h"
+#include "Recording/SegmentMovie.h"
 #include "Support/AtomicFile.h"
 #include "Support/DiskFile.h"
 #include "Support/Log.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <mutex>
 #include <set>
 #include <system_error>
 
@@ -39,38 +43,13 @@ std::expected<RecordingRecord, PlatformError> readRecord(const fs::path &journal
     return std::move(*record);
 }
 
-/// What the system refuses now it may allow later; a damaged file stays damaged.
-bool mayPass(const PlatformError &error) {
-    return error.domain == "posix";
-}
-
 PlatformError stillInUse() {
     return {"posix", EWOULDBLOCK, "The recording is still being saved"};
 }
 
-/// Whole or made whole; 0 when there is nothing in it. The error is worth another try.
-std::expected<double, PlatformError> durationOfMovie(const fs::path &movie) {
-    if (fs::exists(MovieJournal::pathFor(movie)))
-        if (const auto recovered = recoverMovie(movie); !recovered) {
-            qCCritical(logCapture, "segment not recovered: %s", recovered.error().message.c_str());
-            if (recovered.error().code == EWOULDBLOCK && mayPass(recovered.error()))
-                return std::unexpected(stillInUse());
-            if (mayPass(recovered.error()))
-                return std::unexpected(recovered.error());
-            return 0;
-        }
-    if (!fs::exists(movie))
-        return 0;
-    const auto facts = readMovieFacts(movie);
-    if (facts)
-        return facts->durationMs;
-    qCCritical(logCapture, "segment not readable: %s", facts.error().message.c_str());
-    return 0;
-}
-
-/// The whole recording, joined before it was cut off, in the newest place where it is.
-std::optional<fs::path> finishedMovie(const RecordingRecord &record, const fs::path &folder) {
-    for (auto place = record.movies.rbegin(); place != record.movies.rend(); ++place)
+/// A layer's whole movie, joined before it was cut off, in the newest place where it is.
+std::optional<fs::path> finishedMovie(const std::vector<fs::path> &places, const fs::path &folder) {
+    for (auto place = places.rbegin(); place != places.rend(); ++place)
         if (readMovieFacts(folder / *place))
             return folder / *place;
     return std::nullopt;
@@ -130,16 +109,20 @@ RecordingRecord recordOfOrphan(const fs::path &movie) {
     return record;
 }
 
-std::expected<std::optional<CaptureResult>, Failure>
-recoverRecord(RecordingRecord record, const fs::path &folder, Clock::WallTime now) {
+/// However long it lay there, to its user it is new.
+void makeNew(const fs::path &movie) {
+    std::error_code ignored;
+    fs::last_write_time(movie, fs::file_time_type::clock::now(), ignored);
+}
+
+std::expected<std::optional<CaptureResult>, Failure> recoverScreen(RecordingRecord record,
+                                                                   std::vector<RecordedSegment> segments,
+                                                                   const std::optional<fs::path> &whole,
+                                                                   Clock::WallTime now) {
     FinishedRecording recording;
-    const auto whole = finishedMovie(record, folder);
-    auto segments = usableSegments(record, folder, whole);
-    if (!segments)
-        return std::unexpected(segments.error());
-    if (segments->empty())
+    if (segments.empty())
         return std::nullopt;
-    recording.segments = std::move(*segments);
+    recording.segments = std::move(segments);
     const auto movie = whole ? *whole : wholeMovie(recording.segments);
     if (!movie)
         return std::unexpected(movie.error());
@@ -152,11 +135,73 @@ recoverRecord(RecordingRecord record, const fs::path &folder, Clock::WallTime no
     auto capture = describeRecording(recording);
     if (!capture)
         return std::unexpected(Failure(capture.error()));
-    // However long it lay there, to its user it is new.
-    std::error_code ignored;
-    fs::last_write_time(recording.movie, fs::file_time_type::clock::now(), ignored);
+    makeNew(recording.movie);
     qCInfo(logCapture, "recording recovered");
     return std::optional(std::move(*capture));
+}
+
+std::expected<std::optional<CaptureResult>, Failure> recoverCamera(const RecordingRecord &record,
+                                                                   const std::vector<RecordedSegment> &screen,
+                                                                   const fs::path &journal,
+                                                                   Clock::WallTime now) {
+    const fs::path folder = journal.parent_path();
+    CameraLayer layer;
+    layer.screen = screen;
+    layer.startedAt = record.startedAt;
+    layer.now = now;
+    layer.nameSuffix = recoveredSuffix;
+    layer.recordingId = record.options.recordingId;
+    layer.journal = journal;
+    for (const RecordingRecord::Segment &segment : record.cameraSegments)
+        if (segment.anchorHostTime)
+            layer.files.push_back({folder / segment.file, *segment.anchorHostTime, 0});
+        else if (const auto durationMs = durationOfMovie(folder / segment.file); !durationMs)
+            // No picture came, or just the first: it is finished all the same, so that nobody takes it for a
+            // recording of its own.
+            return std::unexpected(Failure(durationMs.error()));
+    const auto whole = finishedMovie(record.cameraMovies, folder);
+    auto capture = whole && record.cameraAnchor ? describeCameraMovie(*whole, *record.cameraAnchor, layer)
+                                                : makeCameraCapture(std::move(layer));
+    if (capture && *capture)
+        makeNew((*capture)->fileURL);
+    return capture;
+}
+
+std::expected<RecordingRecovery::Recovered, Failure>
+recoverRecord(RecordingRecord record, const fs::path &journal, Clock::WallTime now) {
+    const fs::path folder = journal.parent_path();
+    const auto whole = finishedMovie(record.movies, folder);
+    const auto segments = usableSegments(record, folder, whole);
+    if (!segments)
+        return std::unexpected(segments.error());
+    RecordingRecovery::Recovered recovered;
+    if (!record.isCameraTaken) {
+        auto camera = recoverCamera(record, *segments, journal, now);
+        if (!camera)
+            return std::unexpected(std::move(camera.error()));
+        recovered.camera = std::move(*camera);
+    }
+    if (!record.isScreenTaken) {
+        auto screen = recoverScreen(std::move(record), *segments, whole, now);
+        if (!screen)
+            return std::unexpected(std::move(screen.error()));
+        recovered.screen = std::move(*screen);
+    }
+    return recovered;
+}
+
+std::vector<fs::path> segmentFiles(const RecordingRecord &record) {
+    std::vector<fs::path> files;
+    for (const auto *segments : {&record.segments, &record.cameraSegments})
+        for (const RecordingRecord::Segment &segment : *segments)
+            files.push_back(segment.file);
+    return files;
+}
+
+/// Two layers may be taken over at the same moment.
+std::mutex &takingOver() {
+    static std::mutex mutex;
+    return mutex;
 }
 
 } // namespace
@@ -172,8 +217,8 @@ std::vector<fs::path> RecordingRecovery::abandoned(const fs::path &folder) {
             continue;
         // A recording under way names its movies too, which are then nobody else's.
         if (const auto record = readRecord(entry->path()))
-            for (const RecordingRecord::Segment &segment : record->segments)
-                known.insert(folder / segment.file);
+            for (const fs::path &movie : segmentFiles(*record))
+                known.insert(folder / movie);
         const auto file = DiskFile::openForWriting(entry->path());
         if (file && file->lock())
             found.push_back(entry->path());
@@ -198,26 +243,26 @@ std::vector<fs::path> RecordingRecovery::needed(const fs::path &folder) {
             const auto record = readRecord(file);
             if (!record)
                 continue;
-            for (const RecordingRecord::Segment &segment : record->segments)
-                files.push_back(folder / segment.file);
-            for (const fs::path &place : record->movies)
-                files.push_back(folder / place);
+            for (const fs::path &movie : segmentFiles(*record))
+                files.push_back(folder / movie);
+            for (const auto *places : {&record->movies, &record->cameraMovies})
+                for (const fs::path &place : *places)
+                    files.push_back(folder / place);
         }
     }
     return files;
 }
 
-std::expected<std::optional<CaptureResult>, Failure> RecordingRecovery::recover(const fs::path &what,
+std::expected<RecordingRecovery::Recovered, Failure> RecordingRecovery::recover(const fs::path &what,
                                                                                 Clock::WallTime now) {
-    const fs::path folder = what.parent_path();
     if (!isRecordingJournal(what)) {
         // Made whole first: what is known of it is in it.
         const auto durationMs = durationOfMovie(what);
         if (!durationMs)
             return std::unexpected(Failure(durationMs.error()));
         if (*durationMs <= 0)
-            return std::nullopt;
-        return recoverRecord(recordOfOrphan(what), folder, now);
+            return Recovered();
+        return recoverRecord(recordOfOrphan(what), what, now);
     }
     const auto journal = DiskFile::openForWriting(what);
     if (!journal)
@@ -228,36 +273,40 @@ std::expected<std::optional<CaptureResult>, Failure> RecordingRecovery::recover(
     if (!record) {
         // Its movies, if there are any, are found as movies without a recording.
         qCCritical(logCapture, "recording's journal dropped: %s", record.error().message.c_str());
-        forget(what);
-        return std::nullopt;
+        forgetWhole(what);
+        return Recovered();
     }
-    auto recovered = recoverRecord(std::move(*record), folder, now);
-    if (recovered && !*recovered)
-        forget(what);
+    auto recovered = recoverRecord(std::move(*record), what, now);
+    if (recovered && !recovered->screen && !recovered->camera)
+        forgetWhole(what);
     return recovered;
 }
 
-void RecordingRecovery::noteMove(const fs::path &what, const fs::path &newPlace) {
+void RecordingRecovery::noteMove(const fs::path &what, const fs::path &newPlace, RecordingLayer layer) {
     if (!isRecordingJournal(what))
         return;
-    const auto noted = [&]() -> std::expected<void, PlatformError> {
-        const auto journal = DiskFile::openForWriting(what);
-        if (!journal)
-            return std::unexpected(journal.error());
-        const auto end = journal->size();
-        if (!end)
-            return std::unexpected(end.error());
-        const std::string line = recordingLines::movedMovie(newPlace);
-        const auto *bytes = reinterpret_cast<const std::uint8_t *>(line.data());
-        if (const auto written = journal->writeAt(*end, std::span(bytes, line.size())); !written)
-            return written;
-        return journal->syncData();
-    }();
-    if (!noted)
+    const std::string line = layer == RecordingLayer::screen
+                                 ? recordingLines::movedMovie(newPlace)
+                                 : recordingLines::cameraMovie(newPlace, std::nullopt);
+    if (const auto noted = RecordingJournal::append(what, line); !noted)
         qCCritical(logCapture, "recording's journal not written: %s", noted.error().message.c_str());
 }
 
-void RecordingRecovery::forget(const fs::path &what) {
+void RecordingRecovery::forget(const fs::path &what, RecordingLayer layer) {
+    if (!isRecordingJournal(what))
+        return;
+    const std::scoped_lock lock(takingOver());
+    const auto record = readRecord(what);
+    const bool isLeft =
+        record && (layer == RecordingLayer::screen ? !record->cameraSegments.empty() && !record->isCameraTaken
+                                                   : !record->segments.empty() && !record->isScreenTaken);
+    if (!isLeft)
+        return RecordingJournal::remove(what);
+    if (const auto noted = RecordingJournal::append(what, recordingLines::taken(layer)); !noted)
+        qCCritical(logCapture, "recording's journal not written: %s", noted.error().message.c_str());
+}
+
+void RecordingRecovery::forgetWhole(const fs::path &what) {
     if (isRecordingJournal(what))
         RecordingJournal::remove(what);
 }

@@ -4,17 +4,21 @@
 #pragma once
 
 #include "Capture/CaptureResult.h"
+#include "Recording/RecordedSegment.h"
 #include "Support/PlatformError.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <vector>
 
 namespace vantrell {
 
 /// What a stopped recording yields.
 struct RecordingStopOutcome {
     CaptureResult capture;
+    /// What it was joined from, in order.
+    std::vector<RecordedSegment> segments;
     /// The last segment was lost and only the earlier ones were kept.
     bool isPartial = false;
     /// Changes of the screen that got no frame because the machine could not keep up.
@@ -25,7 +29,7 @@ struct RecordingStopOutcome {
     /// now, and RecordingRecovery makes a capture of it.
     bool isRestRecoverable = false;
     /// What would recover the recording; whoever has taken the capture over removes it
-    /// (RecordingJournal::remove).
+    /// (RecordingRecovery::forget).
     std::filesystem::path journal;
 };
 

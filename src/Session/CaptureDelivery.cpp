@@ -15,6 +15,43 @@
 
 namespace vantrell {
 
+namespace {
+
+std::expected<SavedCapture, PlatformError> saveLayer(const CaptureResult &capture,
+                                                     const std::optional<std::filesystem::path> &folder,
+                                                     const std::filesystem::path &recoverable,
+                                                     RecordingLayer layer, const std::string &name = {}) {
+    auto saved = saveCapture(
+        capture, folder,
+        [&](const std::filesystem::path &place) { RecordingRecovery::noteMove(recoverable, place, layer); },
+        name);
+    if (saved)
+        RecordingRecovery::forget(recoverable, layer);
+    return saved;
+}
+
+std::expected<CaptureDelivery::AllDelivered, PlatformError>
+saveAll(const CaptureDelivery::Captures &captures, const std::optional<std::filesystem::path> &folder) {
+    auto main = saveLayer(captures.main, folder, captures.recoverable, captures.mainLayer);
+    if (!main)
+        return std::unexpected(std::move(main.error()));
+    CaptureDelivery::AllDelivered all;
+    all.main.saved = std::move(*main);
+    if (!captures.camera)
+        return all;
+    // In a folder of the user's the names tell which is which.
+    const std::string name =
+        all.main.saved.file.stem().string() + " camera" + captures.camera->fileURL.extension().string();
+    auto camera = saveLayer(*captures.camera, folder, captures.recoverable, RecordingLayer::camera, name);
+    if (camera)
+        all.camera = CaptureDelivery::Delivered{std::move(*camera), std::nullopt};
+    else
+        all.cameraProblem = std::move(camera.error());
+    return all;
+}
+
+} // namespace
+
 CaptureDelivery::CaptureDelivery(Options options, SessionOpener openSession,
                                  std::function<std::unique_ptr<UploadAgent>()> agent, Clock &clock)
     : m_options(std::move(options)), m_openSession(std::move(openSession)), m_findAgent(std::move(agent)),
@@ -52,29 +89,27 @@ Task<std::expected<void, CaptureDelivery::Refusal>> CaptureDelivery::prepare(std
     co_return std::expected<void, Refusal>();
 }
 
-Task<std::expected<CaptureDelivery::Delivered, std::variant<PlatformError, Cancelled>>>
-CaptureDelivery::deliver(CaptureResult capture, std::filesystem::path recoverable, std::stop_token stop) {
+Task<std::expected<CaptureDelivery::AllDelivered, std::variant<PlatformError, Cancelled>>>
+CaptureDelivery::deliver(Captures captures, std::stop_token stop) {
     auto saved = co_await runBlocking(
-        [capture, recoverable, folder = m_options.folder] {
-            auto done = saveCapture(capture, folder, [&recoverable](const std::filesystem::path &place) {
-                RecordingRecovery::noteMove(recoverable, place);
-            });
-            if (done)
-                RecordingRecovery::forget(recoverable);
-            return done;
-        },
-        stop);
+        [captures, folder = m_options.folder] { return saveAll(captures, folder); }, stop);
     if (!saved)
         co_return std::unexpected(saved.error());
-    Delivered delivered{std::move(*saved), std::nullopt};
-    if (m_agent) {
-        delivered.asset =
-            co_await m_agent->upload(delivered.saved.file, m_options.projectId, m_choosing.get_token());
-    } else if (m_session) {
-        const std::filesystem::path file = delivered.saved.file;
-        delivered.asset = co_await upload(std::move(capture), file, stop);
-    }
+    AllDelivered delivered = std::move(*saved);
+    delivered.main.asset = co_await send(std::move(captures.main), delivered.main.saved.file, stop);
+    if (delivered.camera)
+        delivered.camera->asset =
+            co_await send(std::move(*captures.camera), delivered.camera->saved.file, stop);
     co_return delivered;
+}
+
+Task<std::optional<CaptureDelivery::Asset>>
+CaptureDelivery::send(CaptureResult capture, std::filesystem::path file, std::stop_token stop) {
+    if (m_agent)
+        co_return co_await m_agent->upload(file, m_options.projectId, m_choosing.get_token());
+    if (m_session)
+        co_return co_await upload(std::move(capture), std::move(file), stop);
+    co_return std::nullopt;
 }
 
 void CaptureDelivery::interrupt() {

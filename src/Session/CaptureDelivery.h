@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Capture/CaptureResult.h"
+#include "Recording/RecordingRecord.h"
 #include "Session/SavedCapture.h"
 #include "Session/ServiceSession.h"
 #include "Session/UploadAgent.h"
@@ -40,6 +41,22 @@ public:
         /// Absent when it was not to be uploaded.
         std::optional<Asset> asset;
     };
+    /// The movies of one recording, or one capture of any kind.
+    struct Captures {
+        CaptureResult main;
+        /// What the camera saw beside `main`.
+        std::optional<CaptureResult> camera;
+        /// What would recover them after a crash; empty when nothing would.
+        std::filesystem::path recoverable;
+        /// What `main` is to `recoverable`.
+        RecordingLayer mainLayer = RecordingLayer::screen;
+    };
+    struct AllDelivered {
+        Delivered main;
+        std::optional<Delivered> camera;
+        /// Why the camera's has no place; it can still be recovered.
+        std::optional<PlatformError> cameraProblem;
+    };
     using SessionOpener = std::function<std::expected<std::unique_ptr<ServiceSession>, std::string>()>;
 
     /// `openSession` is called when captures are uploaded by this process, `agent` asked whether another one
@@ -54,16 +71,17 @@ public:
     /// The uploads of this run; null unless prepared to upload.
     UploadRun *uploads() { return m_uploads.get(); }
 
-    /// `recoverable` is what would recover the capture after a crash: it is forgotten once the capture has
-    /// its place and its side files. Then the capture is safe whatever becomes of its upload.
-    Task<std::expected<Delivered, std::variant<PlatformError, Cancelled>>>
-    deliver(CaptureResult capture, std::filesystem::path recoverable, std::stop_token stop);
+    /// What is recoverable is forgotten once the capture has its place and its side files. Then the capture
+    /// is safe whatever becomes of its upload. All are saved before one is uploaded.
+    Task<std::expected<AllDelivered, std::variant<PlatformError, Cancelled>>> deliver(Captures captures,
+                                                                                      std::stop_token stop);
 
     /// Ends waiting for the upload, which can be resumed later.
     void interrupt();
 
 private:
     Task<> fetchLimits(std::stop_token stop);
+    Task<std::optional<Asset>> send(CaptureResult capture, std::filesystem::path file, std::stop_token stop);
     Task<Asset> upload(CaptureResult capture, std::filesystem::path file, std::stop_token stop);
 
     const Options m_options;

@@ -100,10 +100,11 @@ std::expected<void, PlatformError> prepareFolder(const std::filesystem::path &fo
 
 std::expected<SavedCapture, PlatformError>
 saveCapture(const CaptureResult &capture, const std::optional<std::filesystem::path> &folder,
-            const std::function<void(const std::filesystem::path &)> &beforeMove) {
+            const std::function<void(const std::filesystem::path &)> &beforeMove, const std::string &name) {
     SavedCapture saved{capture.fileURL, {}, {}};
     if (folder) {
-        saved.file = freeName(realPath(*folder), capture.fileURL.filename());
+        saved.file = freeName(realPath(*folder),
+                              name.empty() ? capture.fileURL.filename() : std::filesystem::path(name));
         if (beforeMove)
             beforeMove(saved.file);
         if (const auto moved = moveFile(capture.fileURL, saved.file); !moved)

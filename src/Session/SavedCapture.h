@@ -12,6 +12,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 
 namespace vantrell {
 
@@ -29,11 +30,13 @@ struct SavedCapture {
 std::expected<void, PlatformError> prepareFolder(const std::filesystem::path &folder);
 
 /// Moves the capture's file to `folder` (absent: leaves it where it is) and writes sidecar and thumbnail
-/// beside it. `beforeMove` is told the file's new place before it is moved. At any instant, a power cut's
+/// beside it. `beforeMove` is told the file's new place before it is moved; in the folder the file is named
+/// `name`, or as it was when that is empty. At any instant, a power cut's
 /// too, the capture is whole in one of both places; when the move fails it stays where it was recorded, and
 /// the error says where that is. Blocks on the disk.
 std::expected<SavedCapture, PlatformError>
 saveCapture(const CaptureResult &capture, const std::optional<std::filesystem::path> &folder,
-            const std::function<void(const std::filesystem::path &)> &beforeMove = {});
+            const std::function<void(const std::filesystem::path &)> &beforeMove = {},
+            const std::string &name = {});
 
 } // namespace vantrell

@@ -4,6 +4,7 @@
 #include "Overlay/CameraBubble.h"
 
 #include "Panels/FloatingPanel.h"
+#include "TestSupport/ManualClock.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/TemporaryFolder.h"
 #include "TestSupport/Widgets/ScreenPointer.h"
@@ -32,17 +33,41 @@ QRgb leftColour() {
         .pixel(0, 0);
 }
 
+/// A camera that shows one picture for as long as it is asked for pictures.
+struct FixedCamera {
+    explicit FixedCamera(const QImage &picture) {
+        state->showPreview = [this](int squarePixels, std::function<void()> changed) {
+            pixels = squarePixels;
+            newer = std::move(changed);
+        };
+        state->preview = [picture] { return picture; };
+    }
+
+    std::shared_ptr<CameraBubbleState> state = std::make_shared<CameraBubbleState>();
+    int pixels = 0;
+    std::function<void()> newer;
+};
+
+QImage greenAndBlue() {
+    QImage picture(168, 168, QImage::Format_RGB32);
+    picture.fill(Qt::blue);
+    QPainter(&picture).fillRect(0, 0, 84, 168, Qt::green);
+    return picture;
+}
+
 TEST(CameraBubbleTest, showsTheCameraMirroredOrNotInThreeSizesAndRemembers) {
     const TemporaryFolder folder;
     Settings settings(folder / "settings.ini");
-    QImage picture(64, 48, QImage::Format_RGB32);
-    picture.fill(Qt::blue);
-    QPainter(&picture).fillRect(0, 0, 32, 48, Qt::green);
+    ManualClock clock;
+    FixedCamera camera(greenAndBlue());
     QRect left;
     {
-        CameraBubble bubble(settings);
-        bubble.show({});
-        bubble.setPicture(picture);
+        CameraBubble bubble(settings, clock);
+        bubble.show(camera.state, {});
+        EXPECT_EQ(camera.pixels, 0);
+        camera.state->camera = CameraBubbleState::Camera::running;
+        EXPECT_EQ(camera.pixels, 168);
+        camera.newer();
         EXPECT_EQ(bubbleFrame().size(), QSize(168, 168));
         EXPECT_TRUE(eventually([] { return leftColour() == QColor(Qt::blue).rgb(); }));
         clickOn(*controlNamed("Camera"));
@@ -50,17 +75,42 @@ TEST(CameraBubbleTest, showsTheCameraMirroredOrNotInThreeSizesAndRemembers) {
         clickOn(*controlNamed("Mirror"));
         EXPECT_TRUE(eventually([] { return leftColour() == QColor(Qt::green).rgb(); }));
         clickOn(*controlNamed("Change size"));
-        EXPECT_TRUE(eventually([] { return bubbleFrame().width() == 240; }));
+        EXPECT_TRUE(eventually([&] { return camera.pixels == 240; }));
         left = bubbleFrame();
+        EXPECT_EQ(left.width(), 240);
+        bubble.hide();
+        EXPECT_EQ(camera.pixels, 0);
     }
-    CameraBubble bubble(settings);
-    bubble.show({});
-    bubble.setPicture(picture);
+    CameraBubble bubble(settings, clock);
+    bubble.show(camera.state, {});
+    camera.newer();
     EXPECT_EQ(bubbleFrame(), left);
     EXPECT_TRUE(eventually([] { return leftColour() == QColor(Qt::green).rgb(); }));
-    // The camera has gone.
-    bubble.setPicture({});
-    EXPECT_TRUE(eventually([] { return leftColour() != QColor(Qt::green).rgb(); }));
+}
+
+TEST(CameraBubbleTest, saysWhyThereIsNoPicture) {
+    const TemporaryFolder folder;
+    Settings settings(folder / "settings.ini");
+    ManualClock clock;
+    FixedCamera camera(greenAndBlue());
+    CameraBubble bubble(settings, clock);
+    bubble.show(camera.state, {});
+    const auto says = [](const char *words) {
+        return eventually([words] { return controlNamed("Camera")->accessibleDescription() == words; });
+    };
+    EXPECT_TRUE(says("Starting…"));
+    camera.state->camera = CameraBubbleState::Camera::running;
+    camera.newer();
+    EXPECT_TRUE(says(""));
+    clock.advance(std::chrono::seconds(4));
+    EXPECT_TRUE(says("No picture"));
+    EXPECT_TRUE(eventually([] { return leftColour() != QColor(Qt::blue).rgb(); }));
+    camera.newer();
+    EXPECT_TRUE(says(""));
+    camera.state->problem = "The camera was disconnected";
+    camera.state->camera = CameraBubbleState::Camera::missing;
+    EXPECT_TRUE(says("The camera was disconnected"));
+    EXPECT_EQ(camera.pixels, 0);
 }
 
 } // namespace

@@ -43,6 +43,26 @@ public:
     }
 };
 
+/// Cameras that the test plugs in and out.
+class PluggedCameras final : public CameraBackend {
+public:
+    std::vector<Camera> connected{{"desk", "Desk camera", true}, {"usb", "Webcam", false}};
+    Observers observers;
+    int asked = 0;
+
+    Task<std::expected<std::vector<Camera>, PlatformError>> cameras(std::stop_token) override {
+        co_return std::vector(connected);
+    }
+    Observation observeCameras(std::function<void()> changed) override {
+        return observers.observe(std::move(changed));
+    }
+    Task<bool> requestAccess(std::stop_token) override {
+        ++asked;
+        co_return true;
+    }
+    std::unique_ptr<CameraSource> makeSource(std::optional<std::string>) override { return nullptr; }
+};
+
 class CaptureBarTest : public ::testing::Test {
 protected:
     CaptureBarTest() {
@@ -53,6 +73,9 @@ protected:
         };
         state->onMicChange = [this](bool isOn, std::optional<std::string> id) {
             calls.push_back("mic " + std::to_string(isOn) + " " + id.value_or("default"));
+        };
+        state->onCameraChange = [this](bool isOn, std::optional<std::string> id) {
+            calls.push_back("camera " + std::to_string(isOn) + " " + id.value_or("default"));
         };
         state->onCountdownChange = [this](int seconds) {
             calls.push_back("countdown " + std::to_string(seconds));
@@ -88,11 +111,12 @@ protected:
     ManualClock clock;
     X11StillCapture stills;
     PluggedSound sound;
+    PluggedCameras cameras;
     std::vector<std::string> calls;
     std::shared_ptr<ToolBarState> state = std::make_shared<ToolBarState>();
     X11Application editor{{.pixels = {100, 50, 900, 600}}};
     std::unique_ptr<CaptureBar> bar =
-        std::make_unique<CaptureBar>(CaptureBar::Services{sound, stills, settings, clock});
+        std::make_unique<CaptureBar>(CaptureBar::Services{sound, cameras, stills, settings, clock});
 };
 
 TEST_F(CaptureBarTest, writesEachChoiceAndThenTellsIt) {
@@ -153,6 +177,27 @@ TEST_F(CaptureBarTest, showsThatAMicrophoneHasGoneAndIsThereAgain) {
     EXPECT_TRUE(eventually([&] {
         return control->valueInterface() && control->valueInterface()->currentValue().toInt() == 50;
     }));
+}
+
+TEST_F(CaptureBarTest, choosesACameraAndFollowsThoseThatComeAndGo) {
+    const auto help = [] { return controlNamed("Camera")->toolTip(); };
+    EXPECT_EQ(help(), "Camera: off");
+    choose("Camera", 4);
+    EXPECT_THAT(calls, ElementsAre("camera 1 usb"));
+    EXPECT_EQ(help(), "Camera: Webcam");
+    // The desktop is asked for leave now and not in the middle of a recording.
+    EXPECT_EQ(cameras.asked, 1);
+    const auto plug = [this](std::vector<Camera> connected) {
+        cameras.connected = std::move(connected);
+        cameras.observers.notify();
+    };
+    plug({});
+    EXPECT_TRUE(eventually([&] { return help() == "Webcam: not connected"; })) << help().toStdString();
+    plug({{"usb", "Webcam", true}});
+    EXPECT_TRUE(eventually([&] { return help() == "Camera: Webcam"; })) << help().toStdString();
+    choose("Camera", 1);
+    EXPECT_EQ(calls.back(), "camera 0 usb");
+    EXPECT_EQ(help(), "Camera: off");
 }
 
 TEST_F(CaptureBarTest, offersToConnectAndToUpdate) {

@@ -104,9 +104,9 @@ TEST_F(RecordingEngineTest, aMovieThatASlowDiskFinishesAfterTheTimeOutIsOffered)
     EXPECT_EQ(description(early.error()), "The recording is still being saved");
     finishMovie(movie);
     const auto capture = RecordingRecovery::recover(journal, clock.wallNow());
-    ASSERT_TRUE(capture && *capture);
-    EXPECT_EQ((*capture)->fileURL, movie);
-    EXPECT_EQ((*capture)->durationMs, 1000);
+    ASSERT_TRUE(capture && capture->screen);
+    EXPECT_EQ(capture->screen->fileURL, movie);
+    EXPECT_EQ(capture->screen->durationMs, 1000);
 }
 
 TEST_F(RecordingEngineTest, aLastPartThatIsNotSavedInTimeIsOfferedBesideThePartialCapture) {
@@ -126,8 +126,8 @@ TEST_F(RecordingEngineTest, aLastPartThatIsNotSavedInTimeIsOfferedBesideTheParti
     RecordingRecovery::forget(stopped->journal);
     finishMovie(last);
     const auto rest = RecordingRecovery::recover(leftJournal(), clock.wallNow());
-    ASSERT_TRUE(rest && *rest);
-    EXPECT_EQ((*rest)->fileURL, last);
+    ASSERT_TRUE(rest && rest->screen);
+    EXPECT_EQ(rest->screen->fileURL, last);
 }
 
 TEST_F(RecordingEngineTest, leavesNothingWhenNoPictureCameOrTheStartWasCancelled) {

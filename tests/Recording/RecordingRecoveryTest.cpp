@@ -62,11 +62,12 @@ protected:
             journal, recordingLines::beginning(displayOptions(), clock.wallNow()) + lines));
         return journal;
     }
-    std::optional<CaptureResult> recover(const path &what) {
+    RecordingRecovery::Recovered recoverLayers(const path &what) {
         auto recovered = RecordingRecovery::recover(what, clock.wallNow());
         EXPECT_TRUE(recovered) << description(recovered.error());
-        return recovered ? std::move(*recovered) : std::nullopt;
+        return recovered ? std::move(*recovered) : RecordingRecovery::Recovered();
     }
+    std::optional<CaptureResult> recover(const path &what) { return recoverLayers(what).screen; }
 
     ManualClock clock;
     TemporaryFolder folder;
@@ -218,6 +219,40 @@ TEST_F(RecordingRecoveryTest, journalKeepsEventsWithinASecondAndGoesWhenDiscarde
     journal.addEvent({4, InputEvent::Kind::up, {1, 1}, {}});
     journal.discard();
     EXPECT_TRUE(eventually([&] { return !exists(journal.path()); }));
+}
+
+TEST_F(RecordingRecoveryTest, offersTheCameraBesideItsScreenUntilBothAreTaken) {
+    using namespace recordingLines;
+    writeSegment(captures / "1.mov", 2, true);
+    writeSegment(captures / "2.mov", 2, false);
+    writeSegment(captures / "c1.mov", 1.5, true);
+    writeSegment(captures / "c2.mov", 1.5, false);
+    writeSegment(captures / "c3.mov", 1, false);
+    const path journal =
+        newJournal(segment("1.mov") + anchor(100) + cameraSegment("c1.mov") + cameraAnchor("c1.mov", 100.4) +
+                   segment("2.mov") + cameraSegment("c2.mov") + anchor(200) + cameraAnchor("c2.mov", 200.3) +
+                   cameraSegment("c3.mov"));
+    // None of the camera's movies is a recording of its own.
+    EXPECT_EQ(RecordingRecovery::abandoned(captures), std::vector{journal});
+
+    const auto both = recoverLayers(journal);
+    ASSERT_TRUE(both.screen && both.camera);
+    EXPECT_EQ(both.screen->metadata.recording->anchorHostTime, 100);
+    EXPECT_EQ(both.camera->metadata.source, CaptureKind::camera);
+    EXPECT_DOUBLE_EQ(*both.camera->metadata.recording->anchorHostTime, 100.4);
+    // 1.9 s after the first one began, the second did: as far from the screen's second stretch as in life.
+    EXPECT_EQ(both.camera->durationMs, 3400);
+    EXPECT_TRUE(both.camera->name.ends_with(" (recovered)")) << both.camera->name;
+
+    RecordingRecovery::forget(journal, RecordingLayer::screen);
+    EXPECT_EQ(RecordingRecovery::abandoned(captures), std::vector{journal});
+    const auto rest = recoverLayers(journal);
+    EXPECT_FALSE(rest.screen);
+    ASSERT_TRUE(rest.camera);
+    EXPECT_EQ(rest.camera->fileURL, both.camera->fileURL);
+    EXPECT_DOUBLE_EQ(*rest.camera->metadata.recording->anchorHostTime, 100.4);
+    RecordingRecovery::forget(journal, RecordingLayer::camera);
+    EXPECT_TRUE(RecordingRecovery::abandoned(captures).empty());
 }
 
 } // namespace

@@ -116,6 +116,29 @@ export class Assets {
     );
   }
 
+  /**
+   * Confirmed movies that were recorded by a camera, or by none, newest first.
+   *
+   * @param {string} accountId @param {boolean} byCamera
+   * @param {{recordingId: string} | {since: number, until: number}} where `capturedAt`, in milliseconds
+   * @returns {AssetRow[]}
+   */
+  layers(accountId, byCamera, where) {
+    const fact = (/** @type {string} */ name) => `json_extract(sidecar_facts, '$.${name}')`;
+    const select = `SELECT * FROM assets WHERE account_id = ? AND status = 'confirmed' AND kind = 'video'
+       AND sidecar_facts IS NOT NULL AND (coalesce(${fact('source')}, '') = 'camera') = ?`;
+    const order = 'ORDER BY created_at DESC, rowid DESC';
+    if ('recordingId' in where) {
+      return this.#db.all(
+        `${select} AND ${fact('recordingId')} = ? ${order}`, accountId, byCamera ? 1 : 0, where.recordingId,
+      );
+    }
+    return this.#db.all(
+      `${select} AND ${fact('capturedAt')} BETWEEN ? AND ? ${order}`,
+      accountId, byCamera ? 1 : 0, where.since, where.until,
+    );
+  }
+
   /** @param {string} accountId @param {string} status @param {string} projectId @returns {number} */
   count(accountId, status, projectId = '') {
     return this.#db.get(

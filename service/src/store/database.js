@@ -77,6 +77,12 @@ const MIGRATIONS = [
   CREATE TABLE removals (asset_id TEXT PRIMARY KEY, decided_at INTEGER NOT NULL);
   CREATE TABLE sign_in_codes (hash TEXT PRIMARY KEY, expires_at INTEGER NOT NULL);
   `,
+  `
+  CREATE INDEX assets_by_recording ON assets (account_id, json_extract(sidecar_facts, '$.recordingId'))
+    WHERE json_extract(sidecar_facts, '$.recordingId') IS NOT NULL;
+  CREATE INDEX assets_by_moment ON assets (account_id, json_extract(sidecar_facts, '$.capturedAt'))
+    WHERE json_extract(sidecar_facts, '$.capturedAt') IS NOT NULL;
+  `,
 ];
 
 /**

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
+import { otherLayer } from '../store/layers.js';
+
 /**
  * A capture as the library tells it to programs.
  *
@@ -23,6 +25,7 @@ export async function captureJson({ library, objects, origin }, asset) {
     hasMeta: await objects.has(asset.id, 'meta'),
     createdAt: new Date(asset.created_at).toISOString(),
     confirmedAt: asset.confirmed_at === null ? null : new Date(asset.confirmed_at).toISOString(),
+    otherLayerId: asset.status === 'confirmed' ? otherLayer(library.assets, asset)?.id : undefined,
     url: `${origin()}/captures/${asset.id}`,
   };
 }

@@ -15,6 +15,8 @@ const FILES = {
   'player.js': 'text/javascript; charset=utf-8',
   'eventTrack.js': 'text/javascript; charset=utf-8',
   'overlay.js': 'text/javascript; charset=utf-8',
+  'cameraLayer.js': 'text/javascript; charset=utf-8',
+  'layerSync.js': 'text/javascript; charset=utf-8',
 };
 
 /** @param {import('../http/router.js').Router} router */

@@ -6,6 +6,7 @@
 #include "Media/Encoding/BandEncoder.h"
 #include "Media/Encoding/EncoderTrial.h"
 #include "Media/Encoding/SlicedX264.h"
+#include "Media/Encoding/X264CameraEncoder.h"
 #include "Media/Encoding/X264Encoder.h"
 #include "Support/Log.h"
 
@@ -20,6 +21,8 @@ namespace {
 
 /// As fine as the software encoder's pictures at equal size.
 const std::string quantizer = "21";
+/// A camera's noise needs no such care.
+const std::string cameraQuantizer = "26";
 
 /// Smaller pictures cost no more than a band.
 constexpr int fewestBlocksForBands = 256;
@@ -63,14 +66,19 @@ std::vector<LibavEncoder::Codec> hardwareEncoders() {
     return encoders;
 }
 
-std::expected<std::unique_ptr<VideoEncoder>, PlatformError> EncoderChoice::create(PixelSize picture) {
-    const bool wantsHardware = m_preference == EncoderPreference::hardware ||
-                               (m_preference == EncoderPreference::automatic && SlicedX264::isLarge(picture));
+std::expected<std::unique_ptr<VideoEncoder>, PlatformError>
+EncoderChoice::create(PixelSize picture, PictureContent content, ColourMatrix matrix) {
+    const bool isCamera = content == PictureContent::camera;
+    const bool wantsHardware =
+        m_preference == EncoderPreference::hardware ||
+        (m_preference == EncoderPreference::automatic && (isCamera || SlicedX264::isLarge(picture)));
     if (wantsHardware && m_hardwareWorks) {
-        if (auto encoder = createHardware(picture))
+        if (auto encoder = createHardware(picture, content, matrix))
             return encoder;
         m_hardwareWorks = false;
     }
+    if (isCamera)
+        return X264CameraEncoder::create(picture, matrix);
     return createSoftware(picture);
 }
 
@@ -83,9 +91,13 @@ std::expected<std::unique_ptr<VideoEncoder>, PlatformError> EncoderChoice::creat
         picture, {.mayUseBands = [trials = m_bandTrials, picture] { return trials->result(picture); }});
 }
 
-std::unique_ptr<VideoEncoder> EncoderChoice::createHardware(PixelSize picture) {
-    for (const LibavEncoder::Codec &codec : m_hardware) {
-        auto encoder = LibavEncoder::create(codec, picture);
+std::unique_ptr<VideoEncoder> EncoderChoice::createHardware(PixelSize picture, PictureContent content,
+                                                            ColourMatrix matrix) {
+    for (LibavEncoder::Codec codec : m_hardware) {
+        for (auto &[name, value] : codec.options)
+            if (name == "qp" && content == PictureContent::camera)
+                value = cameraQuantizer;
+        auto encoder = LibavEncoder::create(codec, picture, matrix);
         const auto tried = encoder ? tryEncoder(**encoder, picture)
                                    : std::expected<void, PlatformError>(std::unexpect, encoder.error());
         if (tried) {

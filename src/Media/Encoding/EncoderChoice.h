@@ -24,6 +24,14 @@ enum class EncoderPreference {
     hardware,
 };
 
+/// What pictures show, which decides how they are best encoded.
+enum class PictureContent {
+    /// Most stands still, edges are sharp, motion is by whole pixels.
+    screen = 1,
+    /// All changes a little all the time.
+    camera,
+};
+
 /// "software", "hardware"; everything else is automatic.
 EncoderPreference encoderPreference(std::string_view text);
 
@@ -38,13 +46,16 @@ public:
         : m_preference(preference), m_hardware(std::move(hardware)), m_hardwareWorks(!m_hardware.empty()) {}
 
     /// Fails only when not even the software encoder starts.
-    std::expected<std::unique_ptr<VideoEncoder>, PlatformError> create(PixelSize picture);
+    std::expected<std::unique_ptr<VideoEncoder>, PlatformError>
+    create(PixelSize picture, PictureContent content = PictureContent::screen,
+           ColourMatrix matrix = ColourMatrix::bt709);
 
     /// The encoder that `create` returned last broke in the middle of a recording.
     void encoderFailed() { m_hardwareWorks = false; }
 
 private:
-    std::unique_ptr<VideoEncoder> createHardware(PixelSize picture);
+    std::unique_ptr<VideoEncoder> createHardware(PixelSize picture, PictureContent content,
+                                                 ColourMatrix matrix);
     std::expected<std::unique_ptr<VideoEncoder>, PlatformError> createSoftware(PixelSize picture);
 
     const EncoderPreference m_preference;

@@ -33,7 +33,7 @@ struct Dictionary {
     AVDictionary *entries = nullptr;
 };
 
-void describePicture(AVCodecContext &context, PixelSize encoded) {
+void describePicture(AVCodecContext &context, PixelSize encoded, ColourMatrix matrix) {
     context.width = encoded.width;
     context.height = encoded.height;
     context.pix_fmt = AV_PIX_FMT_NV12;
@@ -47,7 +47,7 @@ void describePicture(AVCodecContext &context, PixelSize encoded) {
     context.color_range = AVCOL_RANGE_MPEG;
     context.color_primaries = AVCOL_PRI_BT709;
     context.color_trc = AVCOL_TRC_BT709;
-    context.colorspace = AVCOL_SPC_BT709;
+    context.colorspace = AVColorSpace(h273Number(matrix));
 }
 
 /// Pictures of the context's size in the card's memory.
@@ -88,8 +88,8 @@ std::expected<void, PlatformError> openCodec(AVCodecContext &context, const Liba
 
 } // namespace
 
-std::expected<std::unique_ptr<LibavEncoder>, PlatformError> LibavEncoder::create(const Codec &codec,
-                                                                                 PixelSize picture) {
+std::expected<std::unique_ptr<LibavEncoder>, PlatformError>
+LibavEncoder::create(const Codec &codec, PixelSize picture, ColourMatrix matrix) {
     const AVCodec *encoder = avcodec_find_encoder_by_name(codec.name.c_str());
     CodecContextPtr context(encoder ? avcodec_alloc_context3(encoder) : nullptr);
     FramePtr frame(av_frame_alloc());
@@ -97,7 +97,7 @@ std::expected<std::unique_ptr<LibavEncoder>, PlatformError> LibavEncoder::create
     PacketPtr packet(av_packet_alloc());
     if (!context || !frame || !packet)
         return std::unexpected(ffmpegError("find " + codec.name, AVERROR_ENCODER_NOT_FOUND));
-    describePicture(*context, {(picture.width + 1) / 2 * 2, (picture.height + 1) / 2 * 2});
+    describePicture(*context, {(picture.width + 1) / 2 * 2, (picture.height + 1) / 2 * 2}, matrix);
     // What does not work here is no news to the user: there is always another encoder.
     context->log_level_offset = AV_LOG_INFO - AV_LOG_ERROR;
     if (inMemory)

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Media/Encoding/VideoEncoder.h"
+#include "Media/Libav/ColourMatrix.h"
 #include "Media/Libav/FFmpegPointers.h"
 
 #include <expected>
@@ -29,8 +30,8 @@ public:
     };
 
     /// Fails when the encoder, the card or its driver is not there, or does not take the picture's size.
-    static std::expected<std::unique_ptr<LibavEncoder>, PlatformError> create(const Codec &codec,
-                                                                              PixelSize picture);
+    static std::expected<std::unique_ptr<LibavEncoder>, PlatformError>
+    create(const Codec &codec, PixelSize picture, ColourMatrix matrix = ColourMatrix::bt709);
 
     /// Empty before the first frame where the encoder tells it only with that.
     const std::vector<std::uint8_t> &codecConfiguration() const override { return m_configuration; }

@@ -4,52 +4,26 @@
 #include "Media/Encoding/X264Instance.h"
 
 #include "Media/Encoding/QuantizerControl.h"
-#include "Media/Encoding/VideoEncoder.h"
+#include "Media/Encoding/X264Library.h"
 #include "Platform/ScreenError.h"
-#include "Support/Log.h"
 
-#include <cstdarg>
-#include <cstdio>
 #include <utility>
 
 namespace vantrell {
 
 namespace {
 
-void logFromX264(void *, int level, const char *format, va_list arguments) {
-    if (level > X264_LOG_ERROR)
-        return;
-    char text[256];
-    std::vsnprintf(text, sizeof text, format, arguments);
-    qCWarning(logCapture, "x264: %s", text);
-}
-
-constexpr std::uint8_t h273Bt709 = 1;
 constexpr std::size_t lengthBytes = 4;
 constexpr int coarsestQuantizer = 51;
 
 /// Whatever the number of slices and the size, the picture parameters are the same.
 x264_param_t parametersFor(const X264Instance::Options &options) {
-    x264_param_t p;
-    x264_param_default_preset(&p, "superfast", nullptr);
-    p.i_width = options.size.width;
-    p.i_height = options.size.height;
-    p.i_csp = X264_CSP_NV12;
-    p.pf_log = logFromX264;
-    p.i_log_level = X264_LOG_ERROR;
+    x264_param_t p = x264Parameters(options.size, ColourMatrix::bt709);
     if (options.level > 0)
         p.i_level_idc = options.level;
 
-    // A frame must not wait for the next one, which may come minutes later.
-    p.b_vfr_input = 0;
-    p.i_bframe = 0;
-    p.rc.i_lookahead = 0;
-    p.i_sync_lookahead = 0;
-    p.rc.b_mb_tree = 0;
     p.i_threads = options.slices;
     p.b_sliced_threads = options.slices > 1;
-    p.i_timebase_num = 1;
-    p.i_timebase_den = VideoEncoder::timeScale;
     p.i_fps_num = 60;
     p.i_fps_den = 1;
 
@@ -75,25 +49,13 @@ x264_param_t parametersFor(const X264Instance::Options &options) {
     p.analyse.b_fast_pskip = options.dropsSmallDifferences;
     p.analyse.b_transform_8x8 = !options.isFast;
 
-    // Key frames are asked for by time, by the caller.
-    p.i_keyint_max = X264_KEYINT_MAX_INFINITE;
-    p.i_scenecut_threshold = 0;
-
-    p.b_annexb = 0;
-    p.b_repeat_headers = 0;
-    p.b_aud = 0;
-
-    p.vui.b_fullrange = 0;
-    p.vui.i_colorprim = h273Bt709;
-    p.vui.i_transfer = h273Bt709;
-    p.vui.i_colmatrix = h273Bt709;
     x264_param_apply_profile(&p, "high");
     return p;
 }
 
 } // namespace
 
-X264Instance::X264Instance(const Options &options, std::unique_ptr<x264_t, Close> encoder)
+X264Instance::X264Instance(const Options &options, X264Ptr encoder)
     : m_options(options), m_encoder(std::move(encoder)) {
     m_reconstruction.columns = (options.size.width + blockEdge - 1) / blockEdge;
     m_reconstruction.rows = (options.size.height + blockEdge - 1) / blockEdge;
@@ -101,7 +63,7 @@ X264Instance::X264Instance(const Options &options, std::unique_ptr<x264_t, Close
 
 std::unique_ptr<X264Instance> X264Instance::open(const Options &options) {
     x264_param_t parameters = parametersFor(options);
-    std::unique_ptr<x264_t, Close> encoder(x264_encoder_open(&parameters));
+    X264Ptr encoder(x264_encoder_open(&parameters));
     if (!encoder)
         return nullptr;
     std::unique_ptr<X264Instance> instance(new X264Instance(options, std::move(encoder)));

@@ -5,6 +5,7 @@
 
 #include "Media/Encoding/BlockArea.h"
 #include "Media/Encoding/ReconstructedPicture.h"
+#include "Media/Encoding/X264Library.h"
 #include "Media/H264/H264Units.h"
 #include "Media/Picture/Nv12Frame.h"
 #include "Support/PlatformError.h"
@@ -14,10 +15,6 @@
 #include <memory>
 #include <span>
 #include <vector>
-
-extern "C" {
-#include <x264.h>
-}
 
 namespace vantrell {
 
@@ -71,14 +68,11 @@ public:
     const Options &options() const { return m_options; }
 
 private:
-    struct Close {
-        void operator()(x264_t *encoder) const { x264_encoder_close(encoder); }
-    };
-    X264Instance(const Options &options, std::unique_ptr<x264_t, Close> encoder);
+    X264Instance(const Options &options, X264Ptr encoder);
     bool learnParameters();
 
     const Options m_options;
-    const std::unique_ptr<x264_t, Close> m_encoder;
+    const X264Ptr m_encoder;
     std::vector<std::uint8_t> m_sequenceParameters;
     std::vector<std::uint8_t> m_pictureParameters;
     int m_level = 0;

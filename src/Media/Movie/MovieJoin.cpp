@@ -12,6 +12,7 @@
 #include "Support/ScopeExit.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <deque>
 #include <limits>
@@ -46,7 +47,7 @@ class MovieJoiner {
 public:
     explicit MovieJoiner(MovieAssembler movie) : m_movie(std::move(movie)) {}
 
-    std::expected<void, MovieJoinError> add(const std::filesystem::path &path, const std::stop_token &stop);
+    std::expected<void, MovieJoinError> add(const PlacedMovie &placed, const std::stop_token &stop);
     std::expected<MovieSummary, MovieJoinError> finish();
 
 private:
@@ -87,15 +88,16 @@ std::expected<void, PlatformError> MovieJoiner::closeGap(JoinedTrack &joined, co
     return written;
 }
 
-std::expected<void, MovieJoinError> MovieJoiner::add(const std::filesystem::path &path,
-                                                     const std::stop_token &stop) {
-    const auto file = DiskFile::openForReading(path);
+std::expected<void, MovieJoinError> MovieJoiner::add(const PlacedMovie &placed, const std::stop_token &stop) {
+    const auto file = DiskFile::openForReading(placed.path);
     if (!file)
         return std::unexpected(file.error());
     const auto index = readMovieIndex(*file);
     if (!index)
         return std::unexpected(index.error());
 
+    if (placed.start)
+        m_cursor = std::llround(*placed.start * movieTimeScale);
     std::vector<std::pair<const MovieIndex::Track *, JoinedTrack *>> pairs;
     for (const TrackKind kind : {TrackKind::video, TrackKind::audio}) {
         std::size_t position = 0;
@@ -138,6 +140,14 @@ std::expected<MovieSummary, MovieJoinError> MovieJoiner::finish() {
 std::expected<MovieSummary, MovieJoinError> joinMovies(std::span<const std::filesystem::path> sources,
                                                        const std::filesystem::path &output,
                                                        std::stop_token stop) {
+    std::vector<PlacedMovie> placed;
+    for (const std::filesystem::path &source : sources)
+        placed.push_back({source, std::nullopt});
+    return joinMovies(placed, output, std::move(stop));
+}
+
+std::expected<MovieSummary, MovieJoinError>
+joinMovies(std::span<const PlacedMovie> sources, const std::filesystem::path &output, std::stop_token stop) {
     // Under another name until it is whole: a movie that a crash left behind is nobody's result.
     const std::filesystem::path temporary = output.string() + std::string(partSuffix);
     ::unlink(temporary.c_str());
@@ -155,7 +165,7 @@ std::expected<MovieSummary, MovieJoinError> joinMovies(std::span<const std::file
     if (!movie)
         return std::unexpected(movie.error());
     MovieJoiner joiner(std::move(*movie));
-    for (const std::filesystem::path &source : sources)
+    for (const PlacedMovie &source : sources)
         if (const auto added = joiner.add(source, stop); !added)
             return std::unexpected(added.error());
     const auto summary = joiner.finish();

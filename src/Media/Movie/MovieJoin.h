@@ -9,6 +9,7 @@
 
 #include <expected>
 #include <filesystem>
+#include <optional>
 #include <span>
 #include <stop_token>
 #include <variant>
@@ -34,6 +35,19 @@ using MovieJoinError = std::variant<PlatformError, NothingToJoin, Cancelled>;
 /// `output` appears whole or not at all; the sources are only read. Blocks on the disk; the stop is looked at
 /// every few megabytes.
 std::expected<MovieSummary, MovieJoinError> joinMovies(std::span<const std::filesystem::path> sources,
+                                                       const std::filesystem::path &output,
+                                                       std::stop_token stop = {});
+
+/// A movie that has its place in a joined one.
+struct PlacedMovie {
+    std::filesystem::path path;
+    /// Seconds into the joined movie, rising from one to the next; absent: where the one before it ends.
+    std::optional<double> start;
+};
+
+/// The same with places: the last picture before a gap is held through it, and where two movies overlap the
+/// later one counts.
+std::expected<MovieSummary, MovieJoinError> joinMovies(std::span<const PlacedMovie> sources,
                                                        const std::filesystem::path &output,
                                                        std::stop_token stop = {});
 

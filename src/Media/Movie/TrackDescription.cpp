@@ -50,7 +50,7 @@ std::vector<std::uint8_t> avcSampleDescription(const VideoTrackFormat &format) {
             out.text("nclc");
             out.u16(bt709);
             out.u16(bt709);
-            out.u16(bt709);
+            out.u16(std::uint16_t(h273Number(format.matrix)));
         });
         out.box("fiel", [&] {
             out.u8(1); // progressive

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Media/Libav/ColourMatrix.h"
 #include "Support/Geometry.h"
 
 #include <cstdint>
@@ -11,7 +12,7 @@
 
 namespace vantrell {
 
-/// An H.264 track. Colour is BT.709, limited range.
+/// An H.264 track. Colour is BT.709 but for the matrix, limited range.
 struct VideoTrackFormat {
     /// The coded picture.
     PixelSize size;
@@ -19,6 +20,7 @@ struct VideoTrackFormat {
     int timeScale = 90000;
     /// The contents of an avcC box: AVCDecoderConfigurationRecord, 4-byte NAL lengths.
     std::vector<std::uint8_t> decoderConfiguration;
+    ColourMatrix matrix = ColourMatrix::bt709;
 };
 
 /// An AAC track; its time scale is the sample rate.

@@ -19,9 +19,9 @@ constexpr std::int64_t heldFrameTicks = VideoEncoder::timeScale / 60;
 } // namespace
 
 EncodeStage::EncodeStage(FrameExchange &exchange, std::unique_ptr<VideoEncoder> encoder, MovieSink &movie,
-                         TrackId track, std::function<void()> failed)
+                         TrackId track, std::function<void()> failed, double epoch)
     : m_exchange(exchange), m_encoder(std::move(encoder)), m_movie(movie), m_track(track),
-      m_failed(std::move(failed)), m_thread("encode", [this] { run(); }) {}
+      m_failed(std::move(failed)), m_epoch(epoch), m_thread("encode", [this] { run(); }) {}
 
 EncodeStage::~EncodeStage() {
     m_exchange.close();

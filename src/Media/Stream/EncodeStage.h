@@ -31,14 +31,15 @@ public:
     };
 
     /// Exchange and movie outlive the stage. `failed` is called once on the encode thread when encoder or
-    /// disk fail; what comes after is dropped.
+    /// disk fail; what comes after is dropped. `epoch` is the host time that is the movie's zero; when it is
+    /// not known yet, `setEpoch` follows.
     EncodeStage(FrameExchange &exchange, std::unique_ptr<VideoEncoder> encoder, MovieSink &movie,
-                TrackId track, std::function<void()> failed);
+                TrackId track, std::function<void()> failed, double epoch = 0);
     ~EncodeStage();
     EncodeStage(const EncodeStage &) = delete;
     EncodeStage &operator=(const EncodeStage &) = delete;
 
-    /// The host time that is the movie's zero; set before the first frame is submitted.
+    /// Before the first frame is submitted.
     void setEpoch(double hostTime) { m_epoch = hostTime; }
 
     /// Closes the exchange, encodes what waits, and holds the last picture until `endTime` (movie ticks).
@@ -62,7 +63,7 @@ private:
     MovieSink &m_movie;
     TrackId m_track;
     std::function<void()> m_failed;
-    double m_epoch = 0;
+    double m_epoch;
     KeyFrameSchedule m_keyFrames;
     std::optional<FrameExchange::Job> m_last;
     Result m_result;

@@ -38,6 +38,14 @@ FrameExchange::Slot *FrameExchange::acquire() {
     return found;
 }
 
+FrameExchange::Slot *FrameExchange::tryAcquire() {
+    const std::scoped_lock lock(m_mutex);
+    Slot *const found = m_abandoned ? nullptr : freeSlot();
+    if (found)
+        found->isBusy = true;
+    return found;
+}
+
 void FrameExchange::submit(Slot *slot, BlockMap changed, double hostTime) {
     for (const auto &other : m_slots) {
         if (other.get() != slot)

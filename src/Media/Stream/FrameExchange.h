@@ -45,6 +45,8 @@ public:
 
     /// Capture thread: a picture that may be written; blocks until there is one. None after `abandon`.
     Slot *acquire();
+    /// Capture thread: the same without waiting; null as well when all pictures wait for the encoder.
+    Slot *tryAcquire();
     /// Capture thread: the latest picture; null before the first `submit`.
     Slot *latest() const { return m_latest; }
     /// Capture thread: hands an acquired picture over, which becomes the latest.

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
+import { showCamera } from './cameraLayer.js';
 import { EventTrack } from './eventTrack.js';
 import { Overlay } from './overlay.js';
 
 const LISTED_MOMENTS = 500;
 
 const stage = document.querySelector('.stage[data-sidecar]');
-const video = stage?.querySelector('video');
+const video = stage?.querySelector('.screen > video');
+const camera = stage?.querySelector('.camera video');
+if (video && camera) showCamera(video, camera);
 if (video) showSidecar().catch((error) => console.warn('no sidecar shown:', error.message));
 
 async function showSidecar() {

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Media/Libav/FFmpegPointers.h"
+#include "Platform/CameraSource.h"
+
+namespace vantrell {
+
+/// Unpacks the compressed pictures of one camera. Damaged ones are left out. Thread-bound.
+class CameraDecoder {
+public:
+    /// Of the given compressed format.
+    explicit CameraDecoder(CameraFormat format);
+
+    /// The picture, valid until the next call; null when it is damaged or not to be shown yet.
+    const AVFrame *decode(std::span<const std::uint8_t> data);
+
+private:
+    void open();
+
+    const CameraFormat m_format;
+    /// A picture with any fault is refused. Some cameras make no others: then they are taken as they come.
+    bool m_isStrict = true;
+    int m_refusedInARow = 0;
+    /// Pictures of a video stream that refer to a damaged one are left out: so many more, unless a key frame comes
+    /// before.
+    int m_spoilt = 0;
+    CodecContextPtr m_context;
+    PacketPtr m_packet;
+    FramePtr m_frame;
+};
+
+} // namespace vantrell
