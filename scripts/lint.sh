@@ -22,7 +22,7 @@ scripts/catalogues --check || complain "a text has no translation"
 if [ "${1:-}" = --tidy ]; then
   scripts/headers.sh || complain "a header above does not compile by itself"
   # What the asan build compiled anew is tidied anew: an object file is as old as the newest that it was made of.
-  # Qt's own generated sources are not ours to tidy.
+  # Generated sources are not ours to tidy.
   mkdir -p build/tidy
   tidy() {
     local stamp=build/tidy/${1//\//_}
@@ -33,7 +33,7 @@ if [ "${1:-}" = --tidy ]; then
   }
   export -f tidy
   sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p; s/^ *"command": .* -o \([^ ]*\) .*$/\1/p' build/asan/compile_commands.json |
-    paste -d ' ' - - | grep -vE 'autogen|_deps|precompiled\.dir|precompiled_tests\.dir' |
+    paste -d ' ' - - | grep -vE 'autogen|_deps|Catalogues|precompiled\.dir|precompiled_tests\.dir' |
     xargs -P "$(nproc)" -n 2 bash -c 'tidy "$@"' tidy ||
     complain "clang-tidy found the above"
 fi
