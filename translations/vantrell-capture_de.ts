@@ -408,6 +408,10 @@
         <source>Keys</source>
         <translation>Tasten</translation>
     </message>
+    <message>
+        <source>Click, then choose a window in the desktop&apos;s dialog</source>
+        <translation>Klicken, dann im Dialog des Desktops ein Fenster wählen</translation>
+    </message>
 </context>
 <context>
     <name>Sentences</name>
@@ -913,6 +917,10 @@ Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es 
     <message>
         <source>Recorded without camera: %1</source>
         <translation>Ohne Kamera aufgenommen: %1</translation>
+    </message>
+    <message>
+        <source>Resume</source>
+        <translation>Fortsetzen</translation>
     </message>
 </context>
 <context>
