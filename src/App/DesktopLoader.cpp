@@ -12,6 +12,7 @@
 #include "Platform/NullHotKeys.h"
 #include "Platform/NullNotifier.h"
 #include "Platform/NullSessionMonitor.h"
+#include "Platform/Wayland/WaylandScreenAccess.h"
 #include "Platform/X11/X11HotKeys.h"
 #include "Platform/X11/X11ScreenBlanking.h"
 #include "Support/Log.h"
@@ -71,7 +72,10 @@ DesktopServices loadDesktopServices() {
     else
         services.notifications = std::make_unique<NullNotifier>();
     services.loginItem = std::make_unique<AutostartLoginItem>(AutostartLoginItem::Options::fromEnvironment());
-    services.screenAccess = std::make_unique<AlwaysGrantedScreenAccess>(desktopName());
+    if (session == SessionKind::wayland)
+        services.screenAccess = std::make_unique<WaylandScreenAccess>(bus, desktopName());
+    else
+        services.screenAccess = std::make_unique<AlwaysGrantedScreenAccess>(desktopName());
     services.files = std::make_unique<DesktopFileOpener>(bus);
     return services;
 }

@@ -22,7 +22,7 @@ enum class Takes { nothing = 1, value, optionalValue };
 
 const std::map<std::string, Takes> targetOptions{
     {"--display", Takes::optionalValue},
-    {"--window", Takes::value},
+    {"--window", Takes::optionalValue},
     {"--area", Takes::value},
 };
 
@@ -123,6 +123,8 @@ std::optional<PixelRect> parseArea(std::string_view text) {
 std::expected<CaptureRequest, UsageError> readTarget(const Words &words) {
     if (words.has("--display") + words.has("--window") + words.has("--area") > 1)
         return usageError("Give one of --display, --window and --area");
+    if (words.has("--window") && !words.value("--window"))
+        return CaptureRequest{CaptureRequest::LetDesktopAsk{CaptureRequest::LetDesktopAsk::Kind::window, {}}};
     if (const auto text = words.value("--window")) {
         const auto window = parseWindowId(*text);
         if (!window)
@@ -308,10 +310,10 @@ std::string usageText() {
                                       the same with that tool
   vantrell-capture toggle | pause | stop | quit
                                       what the hot keys and the tray do, for keys bound in the desktop
-  vantrell-capture record [--display [ID] | --window ID | --area X,Y,W,H] [--seconds S]
+  vantrell-capture record [--display [ID] | --window [ID] | --area X,Y,W,H] [--seconds S]
                           [--mic [ID]] [--system-audio] [--camera [ID]]
                           [--cursor drawn|separate] [--output DIR] [--upload [--project ID]]
-  vantrell-capture screenshot [--display [ID] | --window ID | --area X,Y,W,H]
+  vantrell-capture screenshot [--display [ID] | --window [ID] | --area X,Y,W,H]
                           [--output DIR] [--upload [--project ID]]
   vantrell-capture upload FILE... [--project ID]
   vantrell-capture resume             finish the uploads that are pending, then exit

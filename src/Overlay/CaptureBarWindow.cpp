@@ -45,7 +45,7 @@ protected:
 
 } // namespace
 
-CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, CameraBackend *cameras, Clock &clock)
+CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, CameraBackend &cameras, Clock &clock)
     : FloatingPanel({}), m_microphone(audio, clock, this), m_camera(cameras, this) {
     setWindowTitle(tr("Capture bar"));
     setAccessibleName(windowTitle());

@@ -154,6 +154,9 @@ std::expected<void, PlatformError> StagedCaptureStream::captureFrame() {
         m_exchange->giveBack(slot);
         return {};
     }
+    if (update->pointer && m_events.pointerMoved && !update->size.isEmpty())
+        m_events.pointerMoved(update->hostTime, {update->pointer->x / update->size.width,
+                                                 update->pointer->y / update->size.height});
     const auto patches = m_fitting->fit(*update);
     if (!patches) {
         m_exchange->giveBack(slot);
