@@ -38,6 +38,7 @@ private:
     Task<> openCamera(std::stop_token stop);
     Task<std::expected<void, Failure>> pauseOrResume(std::stop_token stop);
     Task<ExitCode> save(std::optional<Failure> endedBecause, std::stop_token stop);
+    Task<ExitCode> saveCameraAlone(std::string sentence, std::stop_token stop);
     void onSignal(int signal);
     Task<> togglePause(std::stop_token stop);
     Task<> stopAfter(double seconds, std::stop_token stop);
@@ -52,6 +53,8 @@ private:
     Platform m_platform = m_context.loadPlatform(m_context.clock);
     ReportedDelivery m_delivery;
     std::unique_ptr<RecordingEngine> m_engine;
+    /// While it is being found out what to record.
+    std::optional<std::stop_source> m_choosing;
     /// Null without a camera; then `m_cameraProblem` says why there is none, if one was wanted.
     std::shared_ptr<CameraEngine> m_camera;
     std::optional<PlatformError> m_cameraProblem;
@@ -67,7 +70,13 @@ private:
 };
 
 Task<std::expected<CaptureBackend::Chosen, Failure>> RecordRun::prepare(std::stop_token stop) {
-    auto chosen = co_await m_platform.capture->choose(m_arguments.target, stop);
+    CaptureRequest target = m_arguments.target;
+    target.separatesPointer = !m_arguments.drawsCursor;
+    // The desktop may ask first: Ctrl-C takes the question back.
+    m_choosing.emplace();
+    const std::stop_callback outer(stop, [this] { m_choosing->request_stop(); });
+    auto chosen = co_await m_platform.capture->choose(std::move(target), m_choosing->get_token());
+    m_choosing.reset();
     if (!chosen)
         co_return std::unexpected(
             std::visit([](auto &&error) { return Failure(std::move(error)); }, std::move(chosen.error())));
@@ -87,7 +96,12 @@ Task<std::expected<void, PlatformError>> RecordRun::checkMicrophone(std::stop_to
 }
 
 Task<ExitCode> RecordRun::run(std::stop_token stop) {
+    const auto cancelled = [this] {
+        return fail("Cancelled before anything was recorded", ExitCode::nothingRecorded);
+    };
     const auto chosen = co_await prepare(stop);
+    if (!chosen && std::holds_alternative<Cancelled>(chosen.error()))
+        co_return cancelled();
     if (!chosen)
         co_return fail(description(chosen.error()));
     if (const auto microphone = co_await checkMicrophone(stop); !microphone)
@@ -108,9 +122,6 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     m_engine->onStreamDeath = [this](Failure failure) {
         qCCritical(logCapture, "stream died mid-recording: %s", description(failure).c_str());
         m_ended.resolve(std::move(failure));
-    };
-    const auto cancelled = [this] {
-        return fail("Cancelled before anything was recorded", ExitCode::nothingRecorded);
     };
     if (m_ended.settled())
         co_return cancelled();
@@ -144,12 +155,8 @@ Task<> RecordRun::startEngine(std::stop_token stop) {
 
 /// Without a camera the screen is recorded all the same, and the result says what is missing.
 Task<> RecordRun::openCamera(std::stop_token stop) {
-    if (!m_platform.cameras || !m_platform.cameraSessions) {
-        m_cameraProblem = cameraError(CameraErrorCode::noCameraServer);
-        co_return;
-    }
     if (!co_await m_platform.cameras->requestAccess(stop)) {
-        qCInfo(logCapture, "camera skipped: granted=%d", 0);
+        qCInfo(logCapture, "camera skipped: granted=false");
         m_cameraProblem = cameraError(CameraErrorCode::accessRefused);
         co_return;
     }
@@ -170,7 +177,7 @@ Task<ExitCode> RecordRun::save(std::optional<Failure> endedBecause, std::stop_to
         qCCritical(logCapture, "record stop failed: %s", description(outcome.error()).c_str());
         std::string sentence = endedBecause ? description(*endedBecause) : description(outcome.error());
         if (!outcome.error().isRecoverable)
-            co_return fail(sentence, ExitCode::nothingRecorded);
+            co_return co_await saveCameraAlone(std::move(sentence), stop);
         co_return fail(sentence + ". What was recorded is kept: vantrell-capture recover saves it");
     }
     CaptureDelivery::Captures captures;
@@ -209,11 +216,30 @@ Task<ExitCode> RecordRun::save(std::optional<Failure> endedBecause, std::stop_to
     co_return co_await m_delivery.deliver(std::move(captures), outcome->isPartial, std::move(more), stop);
 }
 
+/// Nothing of the screen was recorded; what the camera saw is a capture all the same.
+Task<ExitCode> RecordRun::saveCameraAlone(std::string sentence, std::stop_token stop) {
+    std::optional<CaptureResult> recorded;
+    if (m_camera)
+        recorded = co_await m_camera->stop({}, stop);
+    if (!recorded)
+        co_return fail(sentence, ExitCode::nothingRecorded);
+    CaptureDelivery::Captures captures;
+    captures.main = std::move(*recorded);
+    captures.mainLayer = RecordingLayer::camera;
+    nlohmann::json more{{"endedBecause", sentence}};
+    m_context.reporter.note(sentence);
+    co_await m_delivery.deliver(std::move(captures), true, std::move(more), stop);
+    co_return ExitCode::failed;
+}
+
 void RecordRun::onSignal(int signal) {
     if (signal == SIGUSR1)
         m_scope.start(this, &RecordRun::togglePause);
     else if (!m_ended.resolve(std::nullopt))
         m_delivery.interrupt();
+    else if (m_choosing)
+        // A copy: what waited for it goes on within.
+        std::stop_source(*m_choosing).request_stop();
     else if (m_engine && !m_engine->startedAt())
         m_startScope.cancel();
 }
