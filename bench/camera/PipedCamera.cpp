@@ -41,6 +41,7 @@ void PipedCamera::run(const CameraReel &reel) {
                 return m_writer.reset();
             at += std::size_t(written);
         }
+        ++m_sent;
         due += duration_cast<steady_clock::duration>(duration<double>(1.0 / 30));
         std::this_thread::sleep_until(due);
     }

@@ -22,6 +22,8 @@ public:
 
     /// The end to read from.
     int descriptor() const { return m_reader.get(); }
+    /// Pictures that went into the pipe.
+    int sent() const { return m_sent; }
     /// The child has it now.
     void closeReader() { m_reader.reset(); }
 
@@ -31,6 +33,7 @@ private:
     UniqueFd m_reader;
     UniqueFd m_writer;
     std::atomic<bool> m_isStopping = false;
+    std::atomic<int> m_sent = 0;
     std::thread m_thread;
 };
 
