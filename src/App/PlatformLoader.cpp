@@ -12,11 +12,15 @@
 #include "Platform/NullCaptureBackend.h"
 #include "Platform/NullInputMonitor.h"
 #include "Platform/NullStillCapture.h"
+#include "Platform/Wayland/WaylandCaptureBackend.h"
+#include "Platform/Wayland/WaylandDisplays.h"
+#include "Platform/Wayland/WaylandInputMonitor.h"
+#include "Platform/Wayland/WaylandStillCapture.h"
 #include "Platform/X11/X11CaptureBackend.h"
 #include "Platform/X11/X11InputMonitor.h"
 #include "Platform/X11/X11StillCapture.h"
 
-#include <QtGlobal>
+#include <QDBusConnection>
 
 namespace vantrell {
 
@@ -42,6 +46,16 @@ Platform nullPlatform(const PlatformError &reason) {
     return platform;
 }
 
+Platform waylandPlatform() {
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    Platform platform = commonPlatform();
+    auto capture = std::make_unique<WaylandCaptureBackend>(bus, listWaylandDisplays);
+    platform.stills = std::make_unique<WaylandStillCapture>(*capture);
+    platform.capture = std::move(capture);
+    platform.input = std::make_unique<WaylandInputMonitor>();
+    return platform;
+}
+
 Platform x11Platform(Clock &clock) {
     auto capture = X11CaptureBackend::create();
     if (!capture)
@@ -60,7 +74,7 @@ Platform loadPlatform(Clock &clock) {
     case SessionKind::none:
         return nullPlatform({"session", 0, "There is no desktop to record"});
     case SessionKind::wayland:
-        return nullPlatform({"session", 0, "Recording Wayland sessions is not supported yet"});
+        return waylandPlatform();
     case SessionKind::x11:
         break;
     }

@@ -34,6 +34,9 @@ constexpr auto limitsPatience = 3s;
 ToolMode toolOf(const SelectionOutcome &outcome) {
     if (std::holds_alternative<SelectionOutcome::Region>(outcome.picked))
         return ToolMode::area;
+    if (const auto *picker = std::get_if<SelectionOutcome::DesktopPicker>(&outcome.picked))
+        return picker->what.kind == CaptureRequest::LetDesktopAsk::Kind::window ? ToolMode::window
+                                                                                : ToolMode::screen;
     return std::holds_alternative<SelectionOutcome::Window>(outcome.picked) ? ToolMode::window
                                                                             : ToolMode::screen;
 }
@@ -71,6 +74,8 @@ std::optional<RecordingFlow::Picked> RecordingFlow::requestOf(const SelectionOut
         return Picked{{CaptureRequest::WholeDisplay{whole->display.id}}, whole->display, whole->record};
     if (const auto *window = std::get_if<SelectionOutcome::Window>(&outcome.picked))
         return Picked{{CaptureRequest::Window{window->window.id}}, window->display, window->record};
+    if (const auto *picker = std::get_if<SelectionOutcome::DesktopPicker>(&outcome.picked))
+        return Picked{{picker->what}, picker->display, picker->record};
     return std::nullopt;
 }
 
@@ -108,7 +113,8 @@ Task<> RecordingFlow::start(SelectionOutcome outcome, bool skipCountdown, std::s
 
 Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome, bool skipCountdown,
                                                         std::stop_token stop) {
-    const auto picked = requestOf(outcome);
+    auto picked = requestOf(outcome);
+    picked->request.separatesPointer = m_services.settings.separateCursor();
     ServiceAccount &account = m_services.account;
     if (!account.limitsFetched() && account.isPaired()) {
         std::stop_source given;
@@ -121,6 +127,7 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
     if (!chosen)
         co_return std::unexpected(asFailure(std::move(chosen.error())));
     const std::shared_ptr<CaptureSource> source = chosen->source;
+    rememberChoice(*source);
     const Display display = source->facts().display.value_or(picked->display);
 
     const CaptureSettings &settings = m_services.settings;
@@ -156,7 +163,12 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
         co_return started;
     m_engine = engine;
     m_hudState = hudState;
-    installHUD(display);
+    UserInterface::Recorded recorded{display, std::nullopt};
+    if (source->facts().kind == CaptureKind::display)
+        recorded.place = display.pixels;
+    else if (source->facts().kind == CaptureKind::area)
+        recorded.place = source->facts().place;
+    installHUD(recorded);
     Analytics::shared().track(
         "cap.recording_started",
         {{"tool", toolName(outcome)}, {"camera", settings.cameraEnabled()}, {"mic", settings.micEnabled()}});
@@ -165,7 +177,14 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
     co_return std::expected<void, Failure>();
 }
 
-void RecordingFlow::installHUD(const Display &display) {
+void RecordingFlow::rememberChoice(const CaptureSource &source) {
+    if (auto *picker = m_activeRecordingOutcome
+                           ? std::get_if<SelectionOutcome::DesktopPicker>(&m_activeRecordingOutcome->picked)
+                           : nullptr)
+        picker->what.restoreToken = source.restoreToken();
+}
+
+void RecordingFlow::installHUD(const UserInterface::Recorded &recorded) {
     m_hudState->onStop = [this] { stopRecording(); };
     m_hudState->onPauseToggle = [this] { togglePause(); };
     m_hudState->onRestart = [this] { discardRecording(true); };
@@ -173,7 +192,7 @@ void RecordingFlow::installHUD(const Display &display) {
     // The plan's limit may arrive late, and may change.
     m_accountObservation = m_services.account.observe([this] { followCap(); });
     m_hudState->startTimer();
-    m_services.ui.showHUD(m_hudState, display);
+    m_services.ui.showHUD(m_hudState, recorded);
 }
 
 void RecordingFlow::followCap() {
@@ -362,9 +381,10 @@ void RecordingFlow::finishScreenshot(SelectionOutcome outcome) {
 }
 
 Task<> RecordingFlow::takeStill(SelectionOutcome outcome, std::stop_token stop) {
-    const auto picked = requestOf(outcome);
+    auto picked = requestOf(outcome);
     if (!picked)
         co_return;
+    picked->request.isForStill = true;
     std::string problem;
     if (const auto chosen = co_await m_services.platform.capture->choose(picked->request, stop)) {
         auto still = co_await ScreenshotEngine::capture(m_services.platform.stills.get(),

@@ -101,7 +101,9 @@ private:
     };
     /// From here on nothing is being recorded, as far as anybody can see.
     Taken takeOut();
-    void installHUD(const Display &display);
+    void installHUD(const UserInterface::Recorded &recorded);
+    /// Recorded anew, it is the same thing again, without asking.
+    void rememberChoice(const CaptureSource &source);
     void followCap();
 
     /// Runs the operations of recordings one after another.

@@ -30,6 +30,10 @@ ScreenPermission::ScreenPermission(ScreenAccess &access, Settings &settings, Clo
 
 Task<> ScreenPermission::primeScreenPermission(bool needsMove, std::stop_token stop) {
     if (!m_settings.boolean(primedKey)) {
+        if (const std::string missing = m_access.whatToDo(); !missing.empty()) {
+            co_await m_ask("Screen Recording permission needed", missing, {"OK"}, stop);
+            co_return;
+        }
         const int answer =
             co_await m_ask("Screen Recording permission needed",
                            "Vantrell Capture needs " + m_access.systemName() +
@@ -58,6 +62,10 @@ Task<bool> ScreenPermission::ensureScreenPermission(std::stop_token stop) {
 Task<> ScreenPermission::menuRequestPermission(std::stop_token stop) {
     m_access.request();
     startWatching(logStillDenied);
+    if (const std::string missing = m_access.whatToDo(); !missing.empty()) {
+        co_await m_ask("Allow Vantrell Capture to record the screen", missing, {"OK"}, stop);
+        co_return;
+    }
     const int answer = co_await m_ask(
         "Allow Vantrell Capture to record the screen",
         m_access.systemName() + " asks for this once. Turn on Vantrell Capture under Screen & System Audio "

@@ -11,9 +11,13 @@ SessionKind sessionKind() {
     const QByteArray forced = qgetenv("VANTRELL_BACKEND");
     if (forced == "null")
         return SessionKind::none;
+    if (forced == "wayland")
+        return SessionKind::wayland;
     // A Wayland session with XWayland has a DISPLAY too, but that one shows X11 windows only.
-    if (forced != "x11" && qgetenv("XDG_SESSION_TYPE") == "wayland" &&
-        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY"))
+    const bool isWayland =
+        !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+        (qgetenv("XDG_SESSION_TYPE") == "wayland" || qEnvironmentVariableIsEmpty("DISPLAY"));
+    if (forced != "x11" && isWayland)
         return SessionKind::wayland;
     return SessionKind::x11;
 }

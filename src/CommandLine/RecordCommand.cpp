@@ -53,6 +53,8 @@ private:
     Platform m_platform = m_context.loadPlatform(m_context.clock);
     ReportedDelivery m_delivery;
     std::unique_ptr<RecordingEngine> m_engine;
+    /// While it is being found out what to record.
+    std::optional<std::stop_source> m_choosing;
     /// Null without a camera; then `m_cameraProblem` says why there is none, if one was wanted.
     std::shared_ptr<CameraEngine> m_camera;
     std::optional<PlatformError> m_cameraProblem;
@@ -68,7 +70,13 @@ private:
 };
 
 Task<std::expected<CaptureBackend::Chosen, Failure>> RecordRun::prepare(std::stop_token stop) {
-    auto chosen = co_await m_platform.capture->choose(m_arguments.target, stop);
+    CaptureRequest target = m_arguments.target;
+    target.separatesPointer = !m_arguments.drawsCursor;
+    // The desktop may ask first: Ctrl-C takes the question back.
+    m_choosing.emplace();
+    const std::stop_callback outer(stop, [this] { m_choosing->request_stop(); });
+    auto chosen = co_await m_platform.capture->choose(std::move(target), m_choosing->get_token());
+    m_choosing.reset();
     if (!chosen)
         co_return std::unexpected(
             std::visit([](auto &&error) { return Failure(std::move(error)); }, std::move(chosen.error())));
@@ -88,7 +96,12 @@ Task<std::expected<void, PlatformError>> RecordRun::checkMicrophone(std::stop_to
 }
 
 Task<ExitCode> RecordRun::run(std::stop_token stop) {
+    const auto cancelled = [this] {
+        return fail("Cancelled before anything was recorded", ExitCode::nothingRecorded);
+    };
     const auto chosen = co_await prepare(stop);
+    if (!chosen && std::holds_alternative<Cancelled>(chosen.error()))
+        co_return cancelled();
     if (!chosen)
         co_return fail(description(chosen.error()));
     if (const auto microphone = co_await checkMicrophone(stop); !microphone)
@@ -109,9 +122,6 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     m_engine->onStreamDeath = [this](Failure failure) {
         qCCritical(logCapture, "stream died mid-recording: %s", description(failure).c_str());
         m_ended.resolve(std::move(failure));
-    };
-    const auto cancelled = [this] {
-        return fail("Cancelled before anything was recorded", ExitCode::nothingRecorded);
     };
     if (m_ended.settled())
         co_return cancelled();
@@ -227,6 +237,9 @@ void RecordRun::onSignal(int signal) {
         m_scope.start(this, &RecordRun::togglePause);
     else if (!m_ended.resolve(std::nullopt))
         m_delivery.interrupt();
+    else if (m_choosing)
+        // A copy: what waited for it goes on within.
+        std::stop_source(*m_choosing).request_stop();
     else if (m_engine && !m_engine->startedAt())
         m_startScope.cancel();
 }

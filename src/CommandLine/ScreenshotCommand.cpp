@@ -23,7 +23,9 @@ struct Sentence {
 
 Task<ExitCode> runScreenshot(ScreenshotArguments arguments, CommandContext context, std::stop_token stop) {
     const Platform platform = context.loadPlatform(context.clock);
-    const auto chosen = co_await platform.capture->choose(arguments.target, stop);
+    CaptureRequest target = arguments.target;
+    target.isForStill = true;
+    const auto chosen = co_await platform.capture->choose(std::move(target), stop);
     if (!chosen) {
         context.reporter.failure(std::visit(Sentence{}, chosen.error()));
         co_return ExitCode::failed;

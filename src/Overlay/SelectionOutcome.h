@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Platform/CaptureRequest.h"
 #include "Platform/Display.h"
 #include "Platform/WindowDescription.h"
 #include "Support/Geometry.h"
@@ -29,9 +30,16 @@ struct SelectionOutcome {
         Display display;
         bool record = true;
     };
+    /// The desktop's own dialog asks what it shall be.
+    struct DesktopPicker {
+        CaptureRequest::LetDesktopAsk what;
+        /// Where the application shows what belongs to it until the choice is made.
+        Display display;
+        bool record = true;
+    };
     struct Dismissed {};
 
-    std::variant<Region, WholeDisplay, Window, Dismissed> picked = Dismissed{};
+    std::variant<Region, WholeDisplay, Window, DesktopPicker, Dismissed> picked = Dismissed{};
 
     bool isCancelled() const { return std::holds_alternative<Dismissed>(picked); }
 };

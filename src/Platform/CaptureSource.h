@@ -46,6 +46,10 @@ public:
     /// The frames can carry the pointer's place, so that nobody need ask the desktop for it.
     virtual bool tellsPointer() const { return false; }
 
+    /// The pointer can be left out of the pictures without its path being lost; else it is drawn, whatever
+    /// is wanted.
+    virtual bool separatesPointer() const { return true; }
+
     /// What names this choice in a later run (CaptureRequest::LetDesktopAsk); none when it has to be chosen
     /// anew.
     virtual std::optional<std::string> restoreToken() const { return std::nullopt; }

@@ -35,6 +35,9 @@ struct RecordingSummary {
 struct CaptureStreamEvents {
     /// Host time of the first frame, the moment that is time 0 in the movie. Once.
     std::function<void(double hostTime)> firstFrame;
+    /// Where the pointer is on the source's picture, in parts of its width and height (0...1 inside), from a
+    /// source that tells it.
+    std::function<void(double hostTime, Point onPicture)> pointerMoved;
     /// Interleaved microphone samples, -1...1, for metering.
     std::function<void(std::span<const float> samples)> microphoneSamples;
     /// The stream ended on its own (the window was closed, the display server went away, the disk is full).

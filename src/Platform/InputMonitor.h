@@ -35,6 +35,9 @@ public:
     virtual std::expected<void, PlatformError> start(std::function<void(const PointerEvent &)> handler) = 0;
     virtual void stop() = 0;
 
+    /// Clicks and scrolls are among what it reports.
+    virtual bool seesClicks() const { return true; }
+
     /// Where the pointer is now, in the desktop's pixels. None when that cannot be told.
     virtual std::optional<Point> pointerLocation() = 0;
 };

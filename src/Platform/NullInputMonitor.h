@@ -16,6 +16,7 @@ public:
         return std::unexpected(m_reason);
     }
     void stop() override {}
+    bool seesClicks() const override { return false; }
     std::optional<Point> pointerLocation() override { return std::nullopt; }
 
 private:

@@ -20,6 +20,8 @@ public:
     virtual void openSettings() = 0;
     /// What the desktop calls itself and the place of its setting, for the sentences that name them.
     virtual std::string systemName() const = 0;
+    /// What the user has to do where no setting grants it; empty where one does.
+    virtual std::string whatToDo() const { return {}; }
 };
 
 } // namespace vantrell

@@ -29,6 +29,10 @@ enum class ScreenErrorCode {
     encoderFailed,
     /// The desktop has no dialog in which its user could choose what is recorded.
     noDialog,
+    /// What was chosen sends no picture.
+    noPicture,
+    /// The desktop, or its user there, ended the sharing of the screen.
+    sharingEnded,
 };
 
 inline constexpr const char *screenErrorDomain = "screen";

@@ -29,6 +29,7 @@ InputEventRecorder::~InputEventRecorder() {
 void InputEventRecorder::start() {
     m_events.clear();
     m_paused = false;
+    m_reported.reset();
     m_lastMoveLocation.reset();
     m_lastScrollTime = 0;
     m_lastSampleTime = 0;
@@ -47,6 +48,8 @@ void InputEventRecorder::resume() {
 
 std::vector<RawEvent> InputEventRecorder::stop() {
     m_monitor.stop();
+    // Others may still tell of the pointer.
+    m_paused = true;
     m_scope.cancel();
     m_sampleDue = false;
     return std::exchange(m_events, {});
@@ -73,6 +76,12 @@ void InputEventRecorder::handle(const PointerEvent &event) {
             append(event.hostTime, Kind::up, *location);
         break;
     }
+}
+
+void InputEventRecorder::pointerReported(double hostTime, const Point &desktopPixel) {
+    m_reported = desktopPixel;
+    if (!m_paused)
+        pointerMoved(hostTime);
 }
 
 void InputEventRecorder::handleScroll(const PointerEvent &event) {
@@ -124,7 +133,7 @@ void InputEventRecorder::append(double hostTime, InputEvent::Kind kind, const Po
 }
 
 std::optional<Point> InputEventRecorder::bottomLeftPointer() {
-    const auto location = m_monitor.pointerLocation();
+    const auto location = m_reported ? m_reported : m_monitor.pointerLocation();
     return location ? std::optional(flipped(inPointsOf(m_display, *location))) : std::nullopt;
 }
 

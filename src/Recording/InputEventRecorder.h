@@ -40,6 +40,9 @@ public:
     /// Told of each event as it is recorded, so that it can be kept on disk.
     std::function<void(const RawEvent &)> onEvent;
 
+    /// Where the pointer is, in the desktop's pixels, from whoever knows it where the monitor does not.
+    void pointerReported(double hostTime, const Point &desktopPixel);
+
     /// Nothing is recorded from now on.
     void pause() { m_paused = true; }
     /// Goes on; where the pointer is counts as a move, also when it has not moved meanwhile.
@@ -57,6 +60,7 @@ private:
     Clock &m_clock;
     Display m_display;
     bool m_paused = false;
+    std::optional<Point> m_reported;
     std::optional<Point> m_lastMoveLocation;
     double m_lastScrollTime = 0;
     double m_lastSampleTime = 0;

@@ -15,8 +15,20 @@
 
 namespace vantrell {
 
+namespace {
+
+/// What is wanted, as far as this desktop lets it: the metadata promises nothing that is not there.
+RecordingOptions asFarAsPossible(RecordingOptions wanted, const RecordingPorts &ports) {
+    wanted.separateCursor &= ports.source->separatesPointer();
+    // Zooming follows the clicks.
+    wanted.autoCamera &= ports.input.seesClicks();
+    return wanted;
+}
+
+} // namespace
+
 RecordingEngine::RecordingEngine(RecordingPorts ports, RecordingOptions options)
-    : m_ports(std::move(ports)), m_options(std::move(options)),
+    : m_ports(std::move(ports)), m_options(asFarAsPossible(std::move(options), m_ports)),
       m_eventRecorder(m_ports.input, m_ports.clock, m_options.target.display) {}
 
 RecordingEngine::~RecordingEngine() = default;
@@ -108,6 +120,12 @@ Task<std::expected<void, Failure>> RecordingEngine::openSegment(std::stop_token 
         if (onStreamDeath)
             onStreamDeath(error ? Failure(std::move(*error)) : Failure(RecordingError::streamEnded));
     };
+    if (m_ports.source->tellsPointer())
+        segment->onPointerMoved = [this](double hostTime, const Point &onPicture) {
+            if (const auto place = m_ports.source->place())
+                m_eventRecorder.pointerReported(hostTime, {place->x + onPicture.x * place->width,
+                                                           place->y + onPicture.y * place->height});
+        };
     segment->onFirstFrame = [this](double hostTime) { m_journal->addAnchor(hostTime); };
     // Named before it exists: a movie that is there and not named would not be found again.
     m_journal->addSegment(segment->fileURL());

@@ -84,6 +84,14 @@ Task<std::expected<void, Failure>> StreamSegment::start(CaptureStreamFactory *st
                 (*self)->onFirstFrame(hostTime);
         });
     };
+    if (onPointerMoved) {
+        events.pointerMoved = [self = m_self, loop = EventLoop::current()](double hostTime, Point onPicture) {
+            loop.post([self, hostTime, onPicture] {
+                if (*self)
+                    (*self)->onPointerMoved(hostTime, onPicture);
+            });
+        };
+    }
     if (onMicSample) {
         m_tap->open(onMicSample);
         events.microphoneSamples = [tap = m_tap](std::span<const float> samples) {

@@ -41,6 +41,9 @@ public:
     /// Host time of the first frame. Main thread, once. Set before the start.
     std::function<void(double)> onFirstFrame;
 
+    /// Where the pointer is on the source's picture, in parts of its size. Main thread. Set before the start.
+    std::function<void(double hostTime, Point onPicture)> onPointerMoved;
+
     /// Interleaved microphone samples, on the stream's thread; not called once the segment is gone. Set
     /// before the start.
     std::function<void(std::span<const float>)> onMicSample;

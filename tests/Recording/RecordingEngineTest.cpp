@@ -55,8 +55,10 @@ protected:
     }
 
     std::unique_ptr<RecordingEngine> newEngine() {
-        const RecordingPorts ports{streams, std::make_shared<ScriptedSource>(), input, clock};
-        return std::make_unique<RecordingEngine>(ports, smallDisplay());
+        RecordingOptions options = smallDisplay();
+        options.autoCamera = true;
+        return std::make_unique<RecordingEngine>(RecordingPorts{streams, source, input, clock},
+                                                 std::move(options));
     }
 
     Stopped stopThatTimesOut() {
@@ -81,6 +83,7 @@ protected:
     ScopedEnvironment data{"XDG_DATA_HOME", folder.path().string()};
     ManualClock clock;
     ScriptedStreams streams;
+    std::shared_ptr<ScriptedSource> source = std::make_shared<ScriptedSource>();
     NullInputMonitor input{PlatformError{"test", 1, "no pointer here"}};
     std::map<std::filesystem::path, std::unique_ptr<MovieWriter>> writers;
     std::unique_ptr<RecordingEngine> engine = newEngine();
@@ -128,6 +131,29 @@ TEST_F(RecordingEngineTest, aLastPartThatIsNotSavedInTimeIsOfferedBesideTheParti
     const auto rest = RecordingRecovery::recover(leftJournal(), clock.wallNow());
     ASSERT_TRUE(rest && rest->screen);
     EXPECT_EQ(rest->screen->fileURL, last);
+}
+
+TEST_F(RecordingEngineTest, saysOfThePointerWhatTheDesktopLetsItKnowAndNoMore) {
+    for (const bool separates : {true, false}) {
+        source->tells = source->separates = separates;
+        source->at = PixelRect{0, 0, 64, 64};
+        engine = newEngine();
+        ASSERT_TRUE(runTask(engine->start({})));
+        EXPECT_EQ(stream().configuration.cursor, separates ? CursorMode::asMetadata : CursorMode::inPicture);
+        capture();
+        if (separates)
+            stream().events.pointerMoved(clock.hostNow(), {0.5, 0.25});
+        settle();
+        finishMovie(stream().configuration.outputFile);
+        const Stopped stopped = runTask(engine->stop({}));
+        ASSERT_TRUE(stopped);
+        const RecordingInfo &info = *stopped->capture.metadata.recording;
+        EXPECT_EQ(info.cursorInVideo, !separates);
+        EXPECT_EQ(info.autoCamera, false);
+        ASSERT_EQ(info.events.size(), separates ? 1u : 0u);
+        if (separates)
+            EXPECT_EQ(info.events[0], (InputEvent{0, InputEvent::Kind::move, 32, 16}));
+    }
 }
 
 TEST_F(RecordingEngineTest, leavesNothingWhenNoPictureCameOrTheStartWasCancelled) {

@@ -40,8 +40,14 @@ public:
 class ScriptedSource final : public CaptureSource {
 public:
     const Facts &facts() const override { return m_facts; }
-    std::optional<PixelRect> place() const override { return std::nullopt; }
+    std::optional<PixelRect> place() const override { return at; }
+    bool tellsPointer() const override { return tells; }
+    bool separatesPointer() const override { return separates; }
     std::unique_ptr<FrameSource> makeFrames(CursorMode) override { return nullptr; }
+
+    std::optional<PixelRect> at;
+    bool tells = false;
+    bool separates = true;
 
 private:
     Facts m_facts;

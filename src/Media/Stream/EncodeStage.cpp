@@ -36,7 +36,7 @@ void EncodeStage::run() {
         std::int64_t time = ticks(job->hostTime);
         if (m_last)
             time = std::max(time, m_result.lastPresentationTime + 1);
-        const bool encoded = job->changed.any() ? encode(*job, time) : refine(*job, time);
+        const bool encoded = job->isRepeated ? refine(*job, time) : encode(*job, time);
         m_exchange.done(*job);
         m_last = std::move(job);
         if (!encoded)

@@ -42,6 +42,10 @@ public:
         return *this;
     }
 
+    bool is(const pw_buffer *buffer) const { return m_buffer == buffer; }
+    /// The stream has taken it away: it does not go back.
+    void forget() { m_buffer = nullptr; }
+
     const spa_buffer &operator*() const { return *m_buffer->buffer; }
     const spa_buffer *operator->() const { return m_buffer->buffer; }
 

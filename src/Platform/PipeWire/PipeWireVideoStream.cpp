@@ -49,6 +49,11 @@ PipeWireVideoStream::PipeWireVideoStream(const PipeWireConnection &connection, c
                 if (id == SPA_PARAM_Format && parameter)
                     static_cast<PipeWireVideoStream *>(self)->m_handlers.formatChanged(*parameter);
             },
+        .remove_buffer =
+            [](void *self, pw_buffer *buffer) {
+                if (const auto &told = static_cast<PipeWireVideoStream *>(self)->m_handlers.bufferGoes)
+                    told(buffer);
+            },
         .process = [](void *self) { static_cast<PipeWireVideoStream *>(self)->m_handlers.arrived(); },
     };
     pw_stream_add_listener(m_stream.get(), m_listener.hook(), &events, this);

@@ -25,6 +25,9 @@ public:
         std::function<void(const spa_pod &format)> formatChanged;
         /// There is at least one buffer to take.
         std::function<void()> arrived;
+        /// A buffer that may still be held is about to go, with its memory: `forget` it. Unset: none is held
+        /// beyond `arrived`.
+        std::function<void(const pw_buffer *buffer)> bufferGoes;
         /// With PipeWire's own text when it is an error. A node that goes away may look like a pause.
         std::function<void(pw_stream_state state, const char *error)> stateChanged;
     };

@@ -3,8 +3,6 @@
 
 #include "Platform/X11/X11Cursor.h"
 
-#include "Platform/X11/X11Blend.h"
-
 #include <xcb/xinput.h>
 
 #include <algorithm>
@@ -60,14 +58,14 @@ void X11Cursor::beginUpdate(const X11Connection &connection) {
 
 bool X11Cursor::finishUpdate(const X11Connection &connection) {
     bool changed = false;
-    PixelRect next = m_rect;
+    PixelRect next = m_picture.rect;
     const auto place = xcbReply(connection.xcb(), m_placeCookie, xcb_query_pointer_reply);
     if (m_shapeStale) {
         m_shapeStale = false;
         const auto image = xcbReply(connection.xcb(), m_shapeCookie, xcb_xfixes_get_cursor_image_reply);
         if (image) {
             const std::uint32_t *pixels = xcb_xfixes_get_cursor_image_cursor_image(image.get());
-            m_shape.assign(pixels, pixels + std::size_t(image->width) * image->height);
+            m_picture.shape.assign(pixels, pixels + std::size_t(image->width) * image->height);
             m_hotSpot = {double(image->xhot), double(image->yhot)};
             next.width = image->width;
             next.height = image->height;
@@ -78,22 +76,9 @@ bool X11Cursor::finishUpdate(const X11Connection &connection) {
         next.x = place->root_x - int(m_hotSpot.x);
         next.y = place->root_y - int(m_hotSpot.y);
     }
-    changed |= next != m_rect;
-    m_rect = next;
+    changed |= next != m_picture.rect;
+    m_picture.rect = next;
     return changed;
-}
-
-void X11Cursor::draw(const PixelRect &area, std::uint8_t *pixels, std::ptrdiff_t stride) const {
-    const PixelRect part = intersection(area, m_rect);
-    for (int y = part.y; y < part.bottom(); ++y) {
-        std::uint8_t *to = pixels + (y - area.y) * stride + std::ptrdiff_t(part.x - area.x) * 4;
-        const std::uint32_t *from =
-            m_shape.data() + std::ptrdiff_t(y - m_rect.y) * m_rect.width + (part.x - m_rect.x);
-        for (int x = 0; x < part.width; ++x, to += 4) {
-            if (from[x] >> 24 != 0)
-                blendOver(from[x], to);
-        }
-    }
 }
 
 } // namespace vantrell

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Platform/FrameSource.h"
+#include "Platform/PointerPicture.h"
 #include "Platform/X11/X11Connection.h"
 #include "Support/Geometry.h"
 
@@ -30,10 +31,12 @@ public:
     bool finishUpdate(const X11Connection &connection);
 
     /// Where the picture lies on the desktop now; empty when there is none.
-    const PixelRect &rect() const { return m_rect; }
+    const PixelRect &rect() const { return m_picture.rect; }
 
     /// Draws the part that lies on `area`, whose pixels are BGRX.
-    void draw(const PixelRect &area, std::uint8_t *pixels, std::ptrdiff_t stride) const;
+    void draw(const PixelRect &area, std::uint8_t *pixels, std::ptrdiff_t stride) const {
+        m_picture.draw(area, pixels, stride);
+    }
 
 private:
     X11Cursor() = default;
@@ -44,9 +47,8 @@ private:
     xcb_query_pointer_cookie_t m_placeCookie{};
     xcb_xfixes_get_cursor_image_cookie_t m_shapeCookie{};
     Point m_hotSpot;
-    PixelRect m_rect;
-    /// Premultiplied ARGB.
-    std::vector<std::uint32_t> m_shape;
+    /// In the desktop's pixels.
+    PointerPicture m_picture;
 };
 
 } // namespace vantrell

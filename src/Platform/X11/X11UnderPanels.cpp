@@ -3,7 +3,7 @@
 
 #include "Platform/X11/X11UnderPanels.h"
 
-#include "Platform/X11/X11Blend.h"
+#include "Platform/PixelBlend.h"
 
 #include <xcb/composite.h>
 

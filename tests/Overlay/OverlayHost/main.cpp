@@ -44,6 +44,9 @@ Json told(const SelectionOutcome::Window &window) {
             {"display", window.display.id},
             {"record", window.record}};
 }
+Json told(const SelectionOutcome::DesktopPicker &picker) {
+    return {{"picked", "by the desktop"}, {"display", picker.display.id}, {"record", picker.record}};
+}
 Json told(const SelectionOutcome::Dismissed &) {
     return {{"picked", "nothing"}};
 }

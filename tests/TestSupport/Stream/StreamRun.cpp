@@ -21,6 +21,10 @@ StreamRun::StreamRun(CaptureStreamFactory &streams, std::shared_ptr<CaptureSourc
         ++m_firstFrames;
         m_firstFrame = hostTime;
     };
+    events.pointerMoved = [this](double, Point onPicture) {
+        const std::scoped_lock lock(m_mutex);
+        m_pointers.push_back(onPicture);
+    };
     events.stoppedWithError = [this](PlatformError error) {
         const std::scoped_lock lock(m_mutex);
         m_end = std::move(error);
@@ -37,6 +41,11 @@ StreamRun::StreamRun(CaptureStreamFactory &streams, std::shared_ptr<CaptureSourc
 }
 
 StreamRun::~StreamRun() = default;
+
+std::vector<Point> StreamRun::pointers() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_pointers;
+}
 
 std::expected<void, PlatformError> StreamRun::start() {
     auto started = runTask(m_stream->start({}));

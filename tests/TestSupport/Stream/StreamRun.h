@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 namespace vantrell::testing {
 
@@ -31,6 +32,8 @@ public:
     std::filesystem::path folder() const { return m_folder.path(); }
     std::optional<double> firstFrame() const;
     int firstFrames() const;
+    /// Where the pointer was told to be, in parts of the picture.
+    std::vector<Point> pointers() const;
     /// Host times of the calls.
     double startedAt() const { return m_startedAt; }
     double stoppedAt() const { return m_stoppedAt; }
@@ -40,6 +43,7 @@ private:
     TemporaryFolder m_folder;
     mutable std::mutex m_mutex;
     int m_firstFrames = 0;
+    std::vector<Point> m_pointers;
     std::optional<double> m_firstFrame;
     std::optional<PlatformError> m_end;
     std::optional<std::expected<RecordingSummary, PlatformError>> m_result;

@@ -1,0 +1,388 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/Wayland/CastFeed.h"
+
+#include "Platform/ScreenError.h"
+#include "Support/HostTime.h"
+#include "Support/Log.h"
+
+#include <QTimer>
+
+#include <chrono>
+#include <filesystem>
+#include <utility>
+
+namespace vantrell {
+
+namespace {
+
+constexpr int mostDamageRegions = 32;
+/// More rectangles than this between two looks are everything.
+constexpr std::size_t mostDamage = 256;
+constexpr int largestCursor = 256;
+constexpr std::chrono::seconds firstPicturePatience(10);
+constexpr double pictureLimit = 5;
+/// How long a compositor may take for a picture before it is asked again, and how often it is.
+constexpr std::chrono::milliseconds askInterval(600);
+constexpr int mostAsking = 6;
+
+PlatformError sharingEnded() {
+    return screenError(ScreenErrorCode::sharingEnded, "The desktop ended the sharing of the screen");
+}
+
+PlatformError noPicture() {
+    return screenError(ScreenErrorCode::noPicture, "The desktop sends no picture of what was chosen");
+}
+
+bool hasGraphicsCard() {
+    std::error_code error;
+    for (const auto &entry : std::filesystem::directory_iterator("/dev/dri", error))
+        if (entry.path().filename().string().starts_with("renderD"))
+            return true;
+    return false;
+}
+
+std::chrono::steady_clock::time_point timePoint(double hostTime) {
+    return std::chrono::steady_clock::time_point(
+        std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+            std::chrono::duration<double>(hostTime)));
+}
+
+} // namespace
+
+CastFeed::CastFeed(std::uint32_t node, bool wantsPointer) : m_node(node), m_wantsPointer(wantsPointer) {}
+
+std::expected<std::shared_ptr<CastFeed>, PlatformError>
+CastFeed::open(std::optional<UniqueFd> remote, std::uint32_t node, bool wantsPointer) {
+    const std::shared_ptr<CastFeed> feed(new CastFeed(node, wantsPointer));
+    if (auto connected = feed->connect(std::move(remote)); !connected)
+        return std::unexpected(connected.error());
+    return feed;
+}
+
+CastFeed::~CastFeed() {
+    const PipeWireLoop::Lock lock(m_loop);
+    m_patience.reset();
+    m_retry.reset();
+    m_newest.reset();
+    m_mapping.close();
+    m_current.reset();
+    m_retired.reset();
+    m_stream.reset();
+    m_registryListener.leave();
+    m_registry.reset();
+    m_connection.reset();
+}
+
+std::expected<void, PlatformError> CastFeed::connect(std::optional<UniqueFd> remote) {
+    const PipeWireLoop::Lock lock(m_loop);
+    auto connection = PipeWireConnection::open(m_loop, std::move(remote), [this] {
+        end(screenError(ScreenErrorCode::connectionLost, "PipeWire, which carries the screen, went away"));
+    });
+    if (!connection) {
+        qCInfo(logCapture, "pipewire: %s", connection.error().message.c_str());
+        return std::unexpected(screenError(ScreenErrorCode::connectionLost,
+                                           "PipeWire, which carries the screen, cannot be reached"));
+    }
+    m_connection = std::move(*connection);
+    watchNode();
+    m_retry = std::make_unique<PipeWireTimer>(m_loop, [this] {
+        if (!makeStream(true))
+            end(noPicture());
+    });
+    m_patience = std::make_unique<PipeWireTimer>(m_loop, [this] { askAgain(); });
+    if (!makeStream(false))
+        return std::unexpected(noPicture());
+    return {};
+}
+
+void CastFeed::watchNode() {
+    static const pw_registry_events events{
+        .version = PW_VERSION_REGISTRY_EVENTS,
+        .global_remove =
+            [](void *self, std::uint32_t id) {
+                auto *feed = static_cast<CastFeed *>(self);
+                // The stream itself would only pause.
+                if (id == feed->m_node)
+                    feed->end(sharingEnded());
+            },
+    };
+    m_registry.reset(pw_core_get_registry(m_connection->core(), PW_VERSION_REGISTRY, 0));
+    if (m_registry)
+        pw_registry_add_listener(m_registry.get(), m_registryListener.hook(), &events, this);
+}
+
+bool CastFeed::makeStream(bool dmaBuf) {
+    m_isDmaBufOffered = dmaBuf;
+    m_stream = std::make_unique<PipeWireVideoStream>(
+        *m_connection, PipeWireVideoStream::Target{{}, m_node, "Screen"},
+        PipeWireVideoStream::Handlers{
+            .formatChanged = [this](const spa_pod &pod) { formatChanged(pod); },
+            .arrived = [this] { arrived(); },
+            .bufferGoes = [this](const pw_buffer *buffer) { bufferGoes(buffer); },
+            .stateChanged = [this](pw_stream_state state, const char *error) { stateChanged(state, error); },
+        });
+    return m_stream->connect(CastFormatOffer(dmaBuf).pods());
+}
+
+void CastFeed::stateChanged(pw_stream_state state, const char *error) {
+    if (state == PW_STREAM_STATE_ERROR) {
+        qCInfo(logCapture, "screen cast: %s", error ? error : "failed");
+        // The processor reads shared memory faster: the card's memory is asked for where there is no other.
+        if (!m_hasFormat && !m_isDmaBufOffered && hasGraphicsCard())
+            m_retry->start();
+        else
+            end(m_hasFormat ? sharingEnded() : noPicture());
+    } else if (state == PW_STREAM_STATE_UNCONNECTED && m_hasFormat) {
+        end(sharingEnded());
+    }
+}
+
+void CastFeed::formatChanged(const spa_pod &pod) {
+    const auto format = CastFormat::parse(pod);
+    if (!format) {
+        end(screenError(ScreenErrorCode::unsupportedPixels,
+                        "The display's pixel format is not supported (24 bit colour is)"));
+        return;
+    }
+    m_hasFormat = true;
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_format = *format;
+        m_isAllDamaged = true;
+    }
+    PipeWireBufferWishes wishes;
+    if (format->hasModifier)
+        wishes.memory |= 1u << SPA_DATA_DmaBuf;
+    wishes.crop = true;
+    wishes.damageRegions = mostDamageRegions;
+    wishes.cursorPixels = m_wantsPointer ? largestCursor : 0;
+    m_stream->agree(wishes);
+    expectPicture();
+}
+
+void CastFeed::expectPicture() {
+    m_asked = 0;
+    m_patience->cancel();
+    m_patience->start(askInterval);
+}
+
+void CastFeed::askAgain() {
+    bool hasPicture = false;
+    {
+        const std::scoped_lock lock(m_mutex);
+        hasPicture = m_newest || m_current;
+    }
+    if (hasPicture || !m_isActive || ++m_asked > mostAsking)
+        return;
+    m_stream->setActive(false);
+    m_stream->setActive(true);
+    m_patience->start(askInterval);
+}
+
+void CastFeed::arrived() {
+    while (auto buffer = m_stream->take())
+        take(std::move(*buffer));
+}
+
+void CastFeed::take(PipeWireBuffer buffer) {
+    const double now = hostNow();
+    std::optional<PixelSize> first;
+    {
+        const std::scoped_lock lock(m_mutex);
+        const double time = m_clock.hostTime(buffer.presentationTime(), now);
+        const bool hasPicture = !buffer.isWithoutPicture();
+        const bool isPointerChanged = m_wantsPointer && m_pointer.take(buffer);
+        m_isPointerChanged |= isPointerChanged;
+        if (hasPicture) {
+            const PixelRect crop = cropOf(buffer);
+            noteDamage(buffer, crop);
+            m_crop = crop;
+            m_newest.emplace(Held{std::move(buffer), m_format, crop});
+            m_isFresh = true;
+            first = crop.size();
+        }
+        if (hasPicture || isPointerChanged) {
+            m_newsTime = time;
+            m_hasNews = true;
+        }
+    }
+    m_changed.notify_all();
+    if (first)
+        m_first.resolve(*first);
+}
+
+PixelRect CastFeed::cropOf(const PipeWireBuffer &buffer) const {
+    const PixelRect whole{0, 0, m_format.size.width, m_format.size.height};
+    const auto *crop = buffer.meta<spa_meta_region>(SPA_META_VideoCrop);
+    if (!crop || !spa_meta_region_is_valid(crop))
+        return whole;
+    const spa_region &region = crop->region;
+    const PixelRect part = intersection(
+        {region.position.x, region.position.y, int(region.size.width), int(region.size.height)}, whole);
+    return part.isEmpty() ? whole : part;
+}
+
+void CastFeed::noteDamage(const PipeWireBuffer &buffer, const PixelRect &crop) {
+    const spa_meta *meta = buffer.metas(SPA_META_VideoDamage);
+    const std::size_t before = m_damage.size();
+    if (meta && !m_isAllDamaged && crop == m_crop) {
+        const auto *regions = static_cast<const spa_meta_region *>(meta->data);
+        const std::size_t count = meta->size / sizeof *regions;
+        for (std::size_t i = 0; i < count && spa_meta_region_is_valid(&regions[i]); ++i) {
+            const spa_region &region = regions[i].region;
+            m_damage.push_back({region.position.x - crop.x, region.position.y - crop.y,
+                                int(region.size.width), int(region.size.height)});
+        }
+    }
+    // A picture that is said to have changed nowhere may have changed anywhere.
+    if (m_damage.size() == before || m_damage.size() > mostDamage) {
+        m_isAllDamaged = true;
+        m_damage.clear();
+    }
+}
+
+void CastFeed::bufferGoes(const pw_buffer *buffer) {
+    std::unique_lock lock(m_mutex);
+    if (m_current && m_current->buffer.is(buffer)) {
+        // Somebody is reading it, for a few milliseconds.
+        m_changed.wait(lock, [this] { return !m_isBorrowed; });
+        m_mapping.close();
+    }
+    for (std::optional<Held> *held : {&m_newest, &m_current, &m_retired}) {
+        if (*held && (*held)->buffer.is(buffer)) {
+            (*held)->buffer.forget();
+            held->reset();
+        }
+    }
+}
+
+Task<std::expected<PixelSize, CastFeed::Failure>> CastFeed::firstPicture(std::stop_token stop) {
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &timer,
+                     [first = m_first] { first.resolve(std::unexpected(noPicture())); });
+    timer.start(firstPicturePatience);
+    const auto came = co_await m_first.wait(stop);
+    if (!came)
+        co_return std::unexpected(Failure(Cancelled{}));
+    if (!*came)
+        co_return std::unexpected(Failure(came->error()));
+    co_return **came;
+}
+
+PixelSize CastFeed::pictureSize() const {
+    const std::scoped_lock lock(m_mutex);
+    return m_crop.size();
+}
+
+void CastFeed::setActive(bool active) {
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isFresh = false;
+    }
+    const PipeWireLoop::Lock lock(m_loop);
+    m_isActive = active;
+    m_stream->setActive(active);
+    if (active)
+        expectPicture();
+}
+
+void CastFeed::end(PlatformError why) {
+    {
+        const std::scoped_lock lock(m_mutex);
+        if (!m_ended)
+            m_ended = why;
+    }
+    m_changed.notify_all();
+    m_first.resolve(std::unexpected(std::move(why)));
+}
+
+CastFeed::Look CastFeed::look() {
+    std::unique_lock lock(m_mutex);
+    m_isBorrowed = false;
+    Look look;
+    look.hostTime = m_newsTime;
+    look.isPointerChanged = std::exchange(m_isPointerChanged, false);
+    look.pointer = m_pointer;
+    m_hasNews = false;
+    if (m_newest) {
+        m_mapping.close();
+        m_retired = std::exchange(m_current, std::exchange(m_newest, std::nullopt));
+        look.damage = std::exchange(m_damage, {});
+        look.isAllDamaged = std::exchange(m_isAllDamaged, false);
+    }
+    if (m_retired) {
+        lock.unlock();
+        const PipeWireLoop::Lock loopLock(m_loop);
+        lock.lock();
+        m_retired.reset();
+    }
+    // The compositor may have taken it away meanwhile.
+    if (m_current && (m_mapping.pixels() || m_mapping.open(m_current->buffer, m_current->format.size))) {
+        m_isBorrowed = true;
+        look.size = m_current->crop.size();
+        look.format = m_current->format.pixels;
+        look.stride = m_mapping.stride();
+        look.pixels =
+            m_mapping.pixels() + m_current->crop.y * look.stride + std::ptrdiff_t(m_current->crop.x) * 4;
+    }
+    return look;
+}
+
+void CastFeed::release() {
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isBorrowed = false;
+    }
+    m_changed.notify_all();
+}
+
+bool CastFeed::waitUntil(std::unique_lock<std::mutex> &lock, std::optional<double> time,
+                         bool (CastFeed::*done)()) {
+    const auto isDone = [this, done] { return (this->*done)(); };
+    if (time)
+        return m_changed.wait_until(lock, timePoint(*time), isDone);
+    m_changed.wait(lock, isDone);
+    return true;
+}
+
+std::expected<FrameWait, PlatformError> CastFeed::wait(double notBefore, std::optional<double> deadline) {
+    release();
+    std::unique_lock lock(m_mutex);
+    waitUntil(lock, notBefore, &CastFeed::isInterrupted);
+    waitUntil(lock, deadline, &CastFeed::isWorthWaking);
+    if (std::exchange(m_isInterrupted, false))
+        return FrameWait::interrupted;
+    if (m_hasNews)
+        return FrameWait::changed;
+    if (m_ended)
+        return std::unexpected(*m_ended);
+    return FrameWait::timedOut;
+}
+
+std::expected<void, PlatformError> CastFeed::waitForPicture(double patience) {
+    std::unique_lock lock(m_mutex);
+    const double start = hostNow();
+    const auto isOver = [this] { return m_isInterrupted || m_isFresh || m_ended; };
+    m_changed.wait_until(lock, timePoint(start + patience), isOver);
+    m_changed.wait_until(lock, timePoint(start + pictureLimit),
+                         [&] { return isOver() || m_newest || m_current; });
+    if (m_ended)
+        return std::unexpected(*m_ended);
+    if (!m_newest && !m_current)
+        return std::unexpected(noPicture());
+    m_hasNews = true;
+    return {};
+}
+
+void CastFeed::interrupt() {
+    {
+        const std::scoped_lock lock(m_mutex);
+        m_isInterrupted = true;
+    }
+    m_changed.notify_all();
+}
+
+} // namespace vantrell

@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Platform/Wayland/ScreenCastSession.h"
+
+#include "Platform/ScreenError.h"
+#include "Support/Log.h"
+
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QDBusUnixFileDescriptor>
+#include <QUuid>
+
+#include <utility>
+
+#include <fcntl.h>
+
+namespace vantrell {
+
+namespace {
+
+const QString screenCast = QStringLiteral("ScreenCast");
+
+// The bits of AvailableSourceTypes and AvailableCursorModes.
+constexpr unsigned monitorBit = 1;
+constexpr unsigned windowBit = 2;
+constexpr unsigned hiddenBit = 1;
+constexpr unsigned embeddedBit = 2;
+constexpr unsigned metadataBit = 4;
+/// Kept until it is revoked.
+constexpr unsigned persistsForGood = 2;
+constexpr unsigned versionWithTokens = 4;
+constexpr unsigned versionWithCursorModes = 2;
+
+using Session = ScreenCastSession;
+
+struct CursorChoice {
+    unsigned bit;
+    Session::Pointer pointer;
+};
+
+/// The best that the desktop has: a pointer that is lost is the worst.
+CursorChoice cursorChoice(unsigned offered, bool separates) {
+    if (separates && (offered & metadataBit))
+        return {metadataBit, Session::Pointer::metadata};
+    if (offered & embeddedBit)
+        return {embeddedBit, Session::Pointer::embedded};
+    if (offered & metadataBit)
+        return {metadataBit, Session::Pointer::metadata};
+    return {offered & hiddenBit, Session::Pointer::hidden};
+}
+
+std::optional<Point> pairOf(const QVariant &value) {
+    if (!value.canConvert<QDBusArgument>())
+        return std::nullopt;
+    const auto argument = value.value<QDBusArgument>();
+    if (argument.currentSignature() != QStringLiteral("(ii)"))
+        return std::nullopt;
+    int first = 0;
+    int second = 0;
+    argument.beginStructure();
+    argument >> first >> second;
+    argument.endStructure();
+    return Point{double(first), double(second)};
+}
+
+/// The bus refuses a whole message for a token of another shape; ours come from the desktop, but lie in a
+/// file.
+bool isWellFormed(const std::string &token) {
+    return !QUuid::fromString(QString::fromStdString(token)).isNull();
+}
+
+} // namespace
+
+Task<std::expected<Session::Opened, Session::Failure>>
+ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop) {
+    const auto offered = co_await portal->properties(screenCast, stop);
+    if (!offered)
+        co_return std::unexpected(offered.error());
+    const unsigned version = offered->value(QStringLiteral("version")).toUInt();
+    const unsigned wanted = wish.source == Source::window ? windowBit : monitorBit;
+    // A desktop that does not tell what it has, has monitors.
+    const QVariant types = offered->value(QStringLiteral("AvailableSourceTypes"));
+    if (((types.isValid() ? types.toUInt() : monitorBit) & wanted) == 0)
+        co_return std::unexpected(Failure(screenError(
+            ScreenErrorCode::noDialog, wish.source == Source::window
+                                           ? "This desktop shares whole displays only, no single windows"
+                                           : "This desktop shares no displays")));
+
+    PortalRequests::Request create{screenCast, QStringLiteral("CreateSession"), {}, {}};
+    create.options.insert(QStringLiteral("session_handle_token"), portal->newToken());
+    const auto created = co_await portal->ask(std::move(create), stop);
+    if (!created)
+        co_return std::unexpected(created.error());
+    const QVariant handle = created->results.value(QStringLiteral("session_handle"));
+    const QString path = handle.canConvert<QDBusObjectPath>() && handle.userType() != QMetaType::QString
+                             ? handle.value<QDBusObjectPath>().path()
+                             : handle.toString();
+    std::unique_ptr<ScreenCastSession> session(new ScreenCastSession(*portal, path));
+
+    PortalRequests::Request select{screenCast, QStringLiteral("SelectSources"), {}, {}};
+    const QVariant sessionPath = QVariant::fromValue(QDBusObjectPath(path));
+    select.arguments = QVariantList{sessionPath};
+    select.options.insert(QStringLiteral("types"), wanted);
+    select.options.insert(QStringLiteral("multiple"), false);
+    const auto cursor =
+        cursorChoice(offered->value(QStringLiteral("AvailableCursorModes")).toUInt(), wish.separatesPointer);
+    session->m_pointer = cursor.pointer;
+    if (version >= versionWithCursorModes && cursor.bit != 0)
+        select.options.insert(QStringLiteral("cursor_mode"), cursor.bit);
+    if (version >= versionWithTokens) {
+        select.options.insert(QStringLiteral("persist_mode"), persistsForGood);
+        if (wish.restoreToken && isWellFormed(*wish.restoreToken))
+            select.options.insert(QStringLiteral("restore_token"),
+                                  QString::fromStdString(*wish.restoreToken));
+    }
+    const auto selected = co_await portal->ask(std::move(select), stop);
+    if (!selected)
+        co_return std::unexpected(selected.error());
+
+    PortalRequests::Request start{screenCast, QStringLiteral("Start"), {}, {}, std::nullopt};
+    start.arguments = QVariantList{sessionPath, QString()};
+    const auto started = co_await portal->ask(std::move(start), stop);
+    if (!started)
+        co_return std::unexpected(started.error());
+    if (!session->takeStreams(started->results))
+        co_return std::unexpected(Failure(
+            screenError(ScreenErrorCode::noPicture, "The desktop sends no picture of what was chosen")));
+    co_return Opened{std::move(session)};
+}
+
+ScreenCastSession::~ScreenCastSession() {
+    m_portal.closeSession(m_path);
+}
+
+bool ScreenCastSession::takeStreams(const QVariantMap &results) {
+    const QString token = results.value(QStringLiteral("restore_token")).toString();
+    if (!token.isEmpty())
+        m_restoreToken = token.toStdString();
+    const QVariant streams = results.value(QStringLiteral("streams"));
+    if (!streams.canConvert<QDBusArgument>())
+        return false;
+    const auto list = streams.value<QDBusArgument>();
+    bool isFound = false;
+    list.beginArray();
+    while (!list.atEnd()) {
+        unsigned node = 0;
+        QVariantMap properties;
+        list.beginStructure();
+        list >> node >> properties;
+        list.endStructure();
+        if (std::exchange(isFound, true))
+            continue;
+        m_node = node;
+        m_position = pairOf(properties.value(QStringLiteral("position")));
+        if (const auto size = pairOf(properties.value(QStringLiteral("size"))))
+            m_logicalSize = Size{size->x, size->y};
+    }
+    list.endArray();
+    return isFound;
+}
+
+Task<std::expected<Session::Remote, Session::Failure>> ScreenCastSession::openRemote(std::stop_token stop) {
+    QVariantList arguments{QVariant::fromValue(QDBusObjectPath(m_path)), QVariantMap()};
+    const auto answer =
+        co_await m_portal.call(screenCast, QStringLiteral("OpenPipeWireRemote"), std::move(arguments), stop);
+    if (!answer)
+        co_return std::unexpected(answer.error());
+    const auto socket = answer->value(0).value<QDBusUnixFileDescriptor>();
+    const int own = socket.isValid() ? ::fcntl(socket.fileDescriptor(), F_DUPFD_CLOEXEC, 0) : -1;
+    if (own < 0)
+        co_return std::unexpected(Failure(screenError(
+            ScreenErrorCode::connectionLost, "PipeWire, which carries the screen, cannot be reached")));
+    co_return Remote{UniqueFd(own)};
+}
+
+void ScreenCastSession::onClosed(std::function<void()> closed) {
+    m_portal.onSessionClosed(m_path, std::move(closed));
+}
+
+} // namespace vantrell

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Media/Stream/StagedStreamFactory.h"
+#include "Platform/ScreenError.h"
+#include "Platform/Wayland/WaylandCaptureBackend.h"
+#include "Platform/Wayland/WaylandDisplays.h"
+#include "Platform/Wayland/WaylandScreenAccess.h"
+#include "Platform/Wayland/WaylandStillCapture.h"
+#include "Support/HostTime.h"
+#include "TestSupport/FrameCode.h"
+#include "TestSupport/Movie/MoviePictures.h"
+#include "TestSupport/RunTask.h"
+#include "TestSupport/Stream/StreamRun.h"
+#include "TestSupport/Wayland/SwaySession.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+using namespace std::chrono_literals;
+
+namespace vantrell::testing {
+
+namespace {
+
+/// Where the scene's number stands on the display.
+constexpr int codeX = 32;
+constexpr int codeY = 48;
+
+std::optional<std::uint32_t> numberAt(const MoviePicture &picture, int x, int y) {
+    return framecode::read(picture.luma + y * picture.lumaStride + x, picture.lumaStride);
+}
+
+std::set<std::uint32_t> numbersOf(const std::filesystem::path &movie, int x = codeX, int y = codeY) {
+    std::set<std::uint32_t> numbers;
+    forEachPicture(movie, [&](const MoviePicture &picture) {
+        if (const auto number = numberAt(picture, x, y))
+            numbers.insert(*number);
+    });
+    return numbers;
+}
+
+std::optional<std::uint32_t> numberIn(const QImage &still, int x, int y) {
+    const QImage grey = still.convertToFormat(QImage::Format_Grayscale8);
+    return framecode::read(grey.constScanLine(y) + x, grey.bytesPerLine());
+}
+
+void let(std::chrono::milliseconds pass) {
+    eventually([] { return false; }, pass);
+}
+
+TEST(Sway, tellsItsDisplaysWithTheirScale) {
+    const SwaySession session({.width = 1280, .height = 720, .outputs = 2, .scale = 2});
+    const auto displays = listWaylandDisplays();
+    ASSERT_TRUE(displays);
+    ASSERT_EQ(displays->size(), 2u);
+    const Display &second = displays->back();
+    EXPECT_EQ(second.id, "HEADLESS-2");
+    EXPECT_EQ(second.scale, 2);
+    EXPECT_EQ(second.frame, (Rect{640, 0, 640, 360}));
+    EXPECT_EQ(second.pixels, (PixelRect{1280, 0, 1280, 720}));
+    EXPECT_TRUE(displays->front().isPrimary);
+}
+
+TEST(Sway, isRecordedWholeInPartAndStill) {
+    SwaySession session;
+    session.showNumbers(20);
+    WaylandCaptureBackend backend(session.bus().connection(), listWaylandDisplays);
+    WaylandStillCapture stills(backend);
+    StagedStreamFactory streams;
+    // Nobody has agreed to anything yet.
+    const auto first = runTask(stills.captureArea({10, 20, 500, 100}, {}));
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->size(), QSize(500, 100));
+    EXPECT_TRUE(numberIn(*first, codeX - 10, codeY - 20));
+
+    const auto whole = chosen(backend, {CaptureRequest::WholeDisplay{"HEADLESS-1"}});
+    ASSERT_TRUE(whole);
+    EXPECT_EQ(whole->facts().place, (PixelRect{0, 0, 1280, 720}));
+    StreamRun run(streams, whole, CursorMode::inPicture);
+    ASSERT_TRUE(run.start());
+    let(2s);
+    ASSERT_TRUE(run.stop());
+    const auto numbers = numbersOf(run.movie());
+    ASSERT_GT(numbers.size(), 10u);
+    // As many as there were between the first and the last, but for what a busy machine does not draw.
+    EXPECT_GE(numbers.size() * 10, (*numbers.rbegin() - *numbers.begin() + 1) * 5);
+
+    const auto second = runTask(stills.captureArea({10, 20, 500, 100}, {}));
+    ASSERT_TRUE(second);
+    EXPECT_TRUE(numberIn(*second, codeX - 10, codeY - 20));
+
+    StreamRun part(streams, chosenArea(backend, {10, 20, 501, 99}));
+    ASSERT_TRUE(part.start());
+    let(500ms);
+    ASSERT_TRUE(part.stop());
+    EXPECT_FALSE(numbersOf(part.movie(), codeX - 10, codeY - 20).empty());
+}
+
+TEST(Sway, mayCrashWithItsPortalAndNothingIsLost) {
+    for (const bool compositor : {true, false}) {
+        SwaySession session;
+        session.showNumbers(20);
+        WaylandCaptureBackend backend(session.bus().connection(), listWaylandDisplays);
+        StagedStreamFactory streams;
+        StreamRun run(streams, chosen(backend, {CaptureRequest::WholeDisplay{}}));
+        ASSERT_TRUE(run.start());
+        let(1500ms);
+        compositor ? session.killCompositor() : session.killBackend();
+        const auto why = run.spontaneousEnd();
+        ASSERT_TRUE(why);
+        EXPECT_TRUE(isScreenError(*why, ScreenErrorCode::sharingEnded)) << why->message;
+        ASSERT_TRUE(run.stop());
+        EXPECT_GT(numbersOf(run.movie()).size(), 10u);
+        if (compositor)
+            EXPECT_FALSE(backend.displays());
+    }
+}
+
+TEST(Sway, saysWhatIsMissingForRecordings) {
+    PortalGround ground;
+    WaylandScreenAccess access(ground.bus().connection(), "Sway");
+    EXPECT_TRUE(eventually([&] { return !access.isGranted(); }));
+    EXPECT_THAT(access.whatToDo(), ::testing::HasSubstr("Install xdg-desktop-portal"));
+    const SwaySession session;
+    WaylandScreenAccess there(session.bus().connection(), "Sway");
+    EXPECT_TRUE(there.isGranted());
+    let(300ms);
+    EXPECT_TRUE(there.isGranted());
+    EXPECT_EQ(there.whatToDo(), "");
+}
+
+} // namespace
+
+} // namespace vantrell::testing

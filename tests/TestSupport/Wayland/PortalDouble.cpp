@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "TestSupport/Wayland/PortalDouble.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QUuid>
+
+#include <stdexcept>
+#include <utility>
+
+namespace vantrell::testing {
+
+namespace {
+
+const QString implementation = QStringLiteral("org.freedesktop.impl.portal.");
+const QString ownName = QStringLiteral("org.freedesktop.impl.portal.desktop.double");
+constexpr unsigned shared = 0;
+
+/// "(ii)", as streams tell place and size.
+struct Pair {
+    int first = 0;
+    int second = 0;
+};
+
+QDBusArgument &operator<<(QDBusArgument &argument, const Pair &pair) {
+    argument.beginStructure();
+    argument << pair.first << pair.second;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, Pair &pair) {
+    argument.beginStructure();
+    argument >> pair.first >> pair.second;
+    argument.endStructure();
+    return argument;
+}
+
+/// "(suv)": who remembers, its version, what.
+struct RestoreData {
+    QString vendor = QStringLiteral("double");
+    unsigned version = 1;
+    QDBusVariant choice{QStringLiteral("the same again")};
+};
+
+QDBusArgument &operator<<(QDBusArgument &argument, const RestoreData &data) {
+    argument.beginStructure();
+    argument << data.vendor << data.version << data.choice;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, RestoreData &data) {
+    argument.beginStructure();
+    argument >> data.vendor >> data.version >> data.choice;
+    argument.endStructure();
+    return argument;
+}
+
+/// "(ua{sv})".
+struct SharedStream {
+    unsigned node = 0;
+    QVariantMap properties;
+};
+
+QDBusArgument &operator<<(QDBusArgument &argument, const SharedStream &stream) {
+    argument.beginStructure();
+    argument << stream.node << stream.properties;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, SharedStream &stream) {
+    argument.beginStructure();
+    argument >> stream.node >> stream.properties;
+    argument.endStructure();
+    return argument;
+}
+
+} // namespace
+
+PortalDouble::PortalDouble(PortalGround &ground, const Script &given)
+    : script(given), m_ground(ground),
+      m_bus(QDBusConnection::connectToBus(QString::fromStdString(ground.bus().address()),
+                                          QUuid::createUuid().toString())) {
+    qDBusRegisterMetaType<Pair>();
+    qDBusRegisterMetaType<RestoreData>();
+    qDBusRegisterMetaType<SharedStream>();
+    qDBusRegisterMetaType<QList<SharedStream>>();
+    m_bus.registerVirtualObject(QStringLiteral("/org/freedesktop/portal/desktop"), this,
+                                QDBusConnection::SubPath);
+    if (!m_bus.registerService(ownName))
+        throw std::runtime_error("the portal's double has no name");
+    m_ground.startPortal("double", {"ScreenCast"});
+}
+
+PortalDouble::~PortalDouble() {
+    m_bus.unregisterObject(QStringLiteral("/org/freedesktop/portal/desktop"),
+                           QDBusConnection::UnregisterTree);
+    QDBusConnection::disconnectFromBus(m_bus.name());
+}
+
+QString PortalDouble::introspect(const QString &) const {
+    return {};
+}
+
+QVariantMap PortalDouble::properties(const QString &interface) const {
+    if (interface != implementation + QStringLiteral("ScreenCast"))
+        return {{QStringLiteral("version"), 1u}};
+    return {{QStringLiteral("AvailableSourceTypes"), script.sourceTypes},
+            {QStringLiteral("AvailableCursorModes"), script.cursorModes},
+            {QStringLiteral("version"), 4u}};
+}
+
+void PortalDouble::reply(const QDBusMessage &message, unsigned response, const QVariantMap &results) {
+    m_bus.send(message.createReply(QVariantList{response, results}));
+}
+
+bool PortalDouble::handleMessage(const QDBusMessage &message, const QDBusConnection &) {
+    const QString member = message.member();
+    const QVariantList arguments = message.arguments();
+    if (member == QStringLiteral("GetAll")) {
+        m_bus.send(message.createReply(properties(arguments.value(0).toString())));
+    } else if (member == QStringLiteral("Get")) {
+        const QVariant value = properties(arguments.value(0).toString()).value(arguments.value(1).toString());
+        m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(value))));
+    } else if (member == QStringLiteral("Close")) {
+        m_sessions.removeAll(message.path());
+        // Or an open dialog, whose answer is not waited for any more.
+        if (m_pending && arguments.isEmpty() && message.path().contains(QStringLiteral("/request/")))
+            reply(*std::exchange(m_pending, std::nullopt), 2, {});
+        m_bus.send(message.createReply());
+    } else if (member == QStringLiteral("CreateSession")) {
+        m_sessions.append(arguments.value(1).value<QDBusObjectPath>().path());
+        reply(message, shared, {});
+    } else if (member == QStringLiteral("SelectSources")) {
+        m_selections.push_back(qdbus_cast<QVariantMap>(arguments.value(3)));
+        reply(message, shared, {});
+    } else if (member == QStringLiteral("Start")) {
+        start(message);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+void PortalDouble::start(const QDBusMessage &message) {
+    const bool isRemembered =
+        !m_selections.empty() && m_selections.back().contains(QStringLiteral("restore_data"));
+    if (!isRemembered)
+        ++m_dialogs;
+    m_pending = message;
+    if (isRemembered || !script.isDialogOpen)
+        answer();
+}
+
+void PortalDouble::answer() {
+    const auto asked = std::exchange(m_pending, std::nullopt);
+    if (!asked)
+        return;
+    QVariantMap results;
+    if (script.response == shared) {
+        SharedStream stream{script.node, {}};
+        stream.properties[QStringLiteral("position")] =
+            QVariant::fromValue(Pair{script.place.x, script.place.y});
+        stream.properties[QStringLiteral("size")] =
+            QVariant::fromValue(Pair{script.place.width, script.place.height});
+        stream.properties[QStringLiteral("source_type")] = 1u;
+        results[QStringLiteral("streams")] = QVariant::fromValue(QList<SharedStream>{stream});
+        results[QStringLiteral("persist_mode")] = 2u;
+        results[QStringLiteral("restore_data")] = QVariant::fromValue(RestoreData());
+    }
+    reply(*asked, script.response, results);
+}
+
+void PortalDouble::endSessions() {
+    for (const QString &session : m_sessions)
+        m_bus.send(QDBusMessage::createSignal(session, implementation + QStringLiteral("Session"),
+                                              QStringLiteral("Closed")));
+}
+
+} // namespace vantrell::testing
