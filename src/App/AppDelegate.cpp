@@ -6,6 +6,7 @@
 #include "Analytics/Analytics.h"
 #include "App/Relaunch.h"
 #include "App/SingleInstance.h"
+#include "Panels/Sentence.h"
 #include "Session/CapturePruning.h"
 #include "Support/BlockingWork.h"
 #include "Support/FilePath.h"
@@ -114,6 +115,7 @@ void AppDelegate::wire() {
     ui.onMenu = [this](const MenuEntry &entry) { menuAction(entry); };
     ui.onToolWanted = [this](ToolMode tool) { showCaptureUI(tool); };
     ui.onStatusClick = [this] { m_recording.stopRecording(); };
+    ui.onStatusOpen = [this] { showCaptureUI(std::nullopt); };
     ui.onTrayChange = [this] {
         noteWithoutTray();
         m_observers.notify();
@@ -147,6 +149,7 @@ void AppDelegate::wire() {
         publishToBar();
         rebuildMenu();
     }));
+    m_hotKeys.onChange([this] { rebuildMenu(); });
     m_hotKeys.install([this](HotKeys::Action action) {
         switch (action) {
         case HotKeys::Action::captureArea:
@@ -274,6 +277,10 @@ std::shared_ptr<ToolBarState> AppDelegate::makeBarState(ToolMode tool) {
     state->onOpenAfterUploadChange = [&settings](bool opens) { settings.setOpenAfterUpload(opens); };
     state->onSeparateCursorChange = [&settings](bool separate) { settings.setSeparateCursor(separate); };
     state->onAutoCameraChange = [&settings](bool automatic) { settings.setAutoCamera(automatic); };
+    state->onSendsUsageChange = [&settings](bool sends) {
+        settings.setUsageEventsOff(!sends);
+        Analytics::shared().setOff(!sends);
+    };
     state->onProjectChange = [this](std::optional<std::string> id) {
         m_services.settings.setSelectedProjectId(id);
         rebuildMenu();
@@ -311,6 +318,8 @@ void AppDelegate::publishToBar() {
     state.openAfterUpload = settings.openAfterUpload();
     state.separateCursor = settings.separateCursor();
     state.autoCamera = settings.autoCamera();
+    state.sendsUsage = !Analytics::shared().isOff();
+    state.usageForbidden = Analytics::isForbidden();
     state.projects = m_account.projects();
     state.selectedProjectId = settings.selectedProjectId();
     state.isConnected = m_account.isPaired();
@@ -330,6 +339,14 @@ StatusMenuState AppDelegate::menuState() const {
     state.availableUpdateVersion = m_availableUpdateVersion;
     state.canCheckForUpdates = m_updater.canCheckForUpdates();
     state.launchesAtLogin = m_services.desktop.loginItem->isEnabled();
+    using Action = HotKeys::Action;
+    const std::optional<PlatformError> noKeys = m_hotKeys.problem();
+    for (const auto &[action, key] : {std::pair(Action::captureArea, &state.keys.area),
+                                      std::pair(Action::captureWindow, &state.keys.window),
+                                      std::pair(Action::toggleRecording, &state.keys.toggle)})
+        *key = noKeys ? std::string() : m_hotKeys.assigned(action).value_or(*key);
+    if (noKeys)
+        state.takenHotKeys.emplace_back("Hot keys are bound in the desktop's settings");
     for (const auto &[action, error] : m_hotKeys.failedHotKeys())
         state.takenHotKeys.push_back(std::string("Another program holds the keys of ") + titleOf(action));
     return state;
@@ -454,31 +471,39 @@ void AppDelegate::noteFailedUploads() {
             continue;
         const QUuid id = item.id;
         m_services.desktop.notifications->show(
-            {.title = item.title(), .body = failed->message, .actions = {{"retry", "Retry"}}},
+            {.title = inUsersLanguage(item.title()),
+             .body = inUsersLanguage(failed->message),
+             .actions = {{"retry", inUsersLanguage(std::string("Retry"))}}},
             [this, id](const std::string &) { m_services.uploads.shelf().retry(id); });
     }
 }
 
 void AppDelegate::noteWithoutTray() {
     Notifier &notifier = *m_services.desktop.notifications;
-    const bool isWanted = m_recording.isRecording() && !m_services.ui.trayHost();
-    if (!isWanted) {
+    const bool isRecording = m_recording.isRecording();
+    const bool isSeen = m_services.ui.isHUDVisible();
+    const bool isWanted = isRecording && (!isSeen || !m_services.ui.trayHost());
+    const bool isPaused = m_recording.isPaused();
+    if (!isWanted || std::exchange(m_notedPause, isPaused) != isPaused) {
         if (const auto shown = std::exchange(m_recordingNotification, 0))
             notifier.withdraw(shown);
-        return;
     }
-    if (m_recordingNotification)
+    if (!isWanted || m_recordingNotification)
         return;
-    m_recordingNotification = notifier.show({.title = "Vantrell Capture, recording",
-                                             .actions = {{"stop", "Stop Recording"}, {"pause", "Pause"}},
-                                             .stays = true},
-                                            [this](const std::string &key) {
-                                                m_recordingNotification = 0;
-                                                if (key == "pause")
-                                                    m_recording.togglePause();
-                                                else
-                                                    m_recording.stopRecording();
-                                            });
+    // What comes up over the windows would be in the picture that the panels keep out of.
+    m_recordingNotification =
+        notifier.show({.title = inUsersLanguage(std::string("Vantrell Capture, recording")),
+                       .actions = {{"stop", inUsersLanguage(std::string("Stop Recording"))},
+                                   {"pause", inUsersLanguage(std::string(isPaused ? "Resume" : "Pause"))}},
+                       .stays = true,
+                       .isQuiet = !isSeen},
+                      [this](const std::string &key) {
+                          m_recordingNotification = 0;
+                          if (key == "pause")
+                              m_recording.togglePause();
+                          else
+                              m_recording.stopRecording();
+                      });
 }
 
 void AppDelegate::setAvailableUpdate(std::optional<std::string> version) {

@@ -123,6 +123,8 @@ private:
     /// Cards whose failure was told already.
     std::set<QUuid> m_toldFailures;
     Notifier::Id m_recordingNotification = 0;
+    /// It was shown as of a paused recording.
+    bool m_notedPause = false;
     std::vector<Observation> m_observations;
     TaskScope m_scope;
 };

@@ -9,9 +9,12 @@
 #include "Platform/Desktop/DesktopFileOpener.h"
 #include "Platform/Desktop/DesktopNotifier.h"
 #include "Platform/Desktop/LogindSessionMonitor.h"
+#include "Platform/Desktop/PortalColourScheme.h"
+#include "Platform/Desktop/PortalHotKeys.h"
 #include "Platform/NullHotKeys.h"
 #include "Platform/NullNotifier.h"
 #include "Platform/NullSessionMonitor.h"
+#include "Platform/Wayland/WaylandKeymap.h"
 #include "Platform/Wayland/WaylandScreenAccess.h"
 #include "Platform/X11/X11HotKeys.h"
 #include "Platform/X11/X11ScreenBlanking.h"
@@ -35,10 +38,26 @@ std::string desktopName() {
     return name.empty() ? "Linux" : spelling == spellings.end() ? name : spelling->second;
 }
 
-std::unique_ptr<HotKeyBackend> loadHotKeys(SessionKind session) {
-    if (session != SessionKind::x11)
+/// What the desktop's settings call them.
+std::unique_ptr<HotKeyBackend> portalHotKeys(const QDBusConnection &bus) {
+    using Key = HotKeyBackend::Key;
+    const std::string desktops = qgetenv("XDG_CURRENT_DESKTOP").toStdString();
+    return std::make_unique<PortalHotKeys>(
+        bus,
+        PortalHotKeys::Options{
+            {{Key::digit7, QStringLiteral("capture-area"), QStringLiteral("Capture Area")},
+             {Key::digit8, QStringLiteral("capture-window"), QStringLiteral("Capture Window")},
+             {Key::digit9, QStringLiteral("toggle-recording"), QStringLiteral("Start or Stop Recording")}},
+            desktops.substr(desktops.rfind(':') + 1),
+            shiftedSymbol});
+}
+
+std::unique_ptr<HotKeyBackend> loadHotKeys(SessionKind session, const QDBusConnection &bus) {
+    if (session == SessionKind::wayland)
+        return portalHotKeys(bus);
+    if (session == SessionKind::none)
         return std::make_unique<NullHotKeys>(
-            PlatformError{"session", 0, "Hot keys are bound in the desktop's settings"});
+            PlatformError{"session", 0, "There is no desktop to hear hot keys"});
     auto hotKeys = X11HotKeys::create();
     if (hotKeys)
         return std::move(*hotKeys);
@@ -65,7 +84,7 @@ DesktopServices loadDesktopServices() {
     if (!bus.isConnected())
         qCInfo(logApp, "no session bus: no notifications");
     DesktopServices services;
-    services.hotKeys = loadHotKeys(session);
+    services.hotKeys = loadHotKeys(session, bus);
     services.session = loadSessionMonitor(session, bus);
     if (bus.isConnected())
         services.notifications = std::make_unique<DesktopNotifier>(bus);
@@ -76,6 +95,11 @@ DesktopServices loadDesktopServices() {
         services.screenAccess = std::make_unique<WaylandScreenAccess>(bus, desktopName());
     else
         services.screenAccess = std::make_unique<AlwaysGrantedScreenAccess>(desktopName());
+    // Elsewhere the panels look at the screen behind them.
+    if (session == SessionKind::wayland)
+        services.colours = std::make_unique<PortalColourScheme>(bus);
+    else
+        services.colours = std::make_unique<ColourScheme>();
     services.files = std::make_unique<DesktopFileOpener>(bus);
     return services;
 }

@@ -23,11 +23,30 @@ const char *nameOf(HotKeys::Action action) {
     return "";
 }
 
+namespace {
+
+HotKeyBackend::Key keyOf(HotKeys::Action action) {
+    switch (action) {
+    case HotKeys::Action::captureArea:
+        return HotKeyBackend::Key::digit7;
+    case HotKeys::Action::captureWindow:
+        return HotKeyBackend::Key::digit8;
+    case HotKeys::Action::toggleRecording:
+        break;
+    }
+    return HotKeyBackend::Key::digit9;
+}
+
+} // namespace
+
 void HotKeys::install(std::function<void(Action)> onAction) {
     m_handler = std::make_shared<const Handler>(std::move(onAction));
-    registerKey(HotKeyBackend::Key::digit7, Action::captureArea);
-    registerKey(HotKeyBackend::Key::digit8, Action::captureWindow);
-    registerKey(HotKeyBackend::Key::digit9, Action::toggleRecording);
+    for (const Action action : {Action::captureArea, Action::captureWindow, Action::toggleRecording})
+        registerKey(keyOf(action), action);
+}
+
+std::optional<std::string> HotKeys::assigned(Action action) const {
+    return m_backend.assigned(keyOf(action));
 }
 
 void HotKeys::registerKey(HotKeyBackend::Key key, Action action) {

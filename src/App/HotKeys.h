@@ -9,6 +9,9 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace vantrell {
@@ -31,6 +34,13 @@ public:
     const std::vector<Action> &registeredHotKeys() const { return m_registered; }
     /// Why the others are not in force; the sentence is for the user.
     const std::map<Action, PlatformError> &failedHotKeys() const { return m_failed; }
+
+    /// The keys of the action, as the desktop that has assigned them words it; absent: those asked for.
+    std::optional<std::string> assigned(Action action) const;
+    /// Why there are no hot keys at all.
+    std::optional<PlatformError> problem() const { return m_backend.problem(); }
+    /// What the desktop tells of them has changed.
+    void onChange(std::function<void()> changed) { m_backend.onChange = std::move(changed); }
 
 private:
     using Handler = std::function<void(Action)>;

@@ -3,6 +3,10 @@
 
 #include "App/MenuBuilder.h"
 
+#include "Panels/Sentence.h"
+
+#include <QAction>
+#include <QKeySequence>
 #include <QMenu>
 
 namespace vantrell {
@@ -12,10 +16,20 @@ namespace {
 /// A name of any length and kind as one line of a menu, in which "&" is no mnemonic.
 QString menuTitle(const std::string &title) {
     constexpr int longest = 60;
-    QString text = QString::fromStdString(title).simplified();
+    QString text = inUsersLanguage(QString::fromStdString(title)).simplified();
     if (text.size() > longest)
         text = text.left(longest / 2) + QStringLiteral("…") + text.right(longest / 2 - 1);
     return text.replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+/// Desktops that assign keys themselves tell them in words of their own.
+void showKey(QAction &action, const std::string &key) {
+    const QString text = QString::fromStdString(key);
+    const QKeySequence sequence(text);
+    if (!sequence.isEmpty() && sequence[0].key() != Qt::Key_unknown)
+        action.setShortcut(sequence);
+    else if (!text.isEmpty())
+        action.setText(action.text() + QLatin1Char('\t') + text);
 }
 
 } // namespace
@@ -36,8 +50,7 @@ void fillMenu(QMenu &menu, const std::vector<MenuEntry> &entries,
         action->setEnabled(entry.isEnabled && entry.action != MenuAction::none);
         action->setCheckable(entry.isCheckable);
         action->setChecked(entry.isChecked);
-        if (!entry.key.empty())
-            action->setShortcut(QKeySequence(QString::fromStdString(entry.key)));
+        showKey(*action, entry.key);
         QObject::connect(action, &QAction::triggered, &menu, [entry, chosen] { chosen(entry); });
     }
 }

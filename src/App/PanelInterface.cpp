@@ -6,6 +6,9 @@
 #include "App/MenuBuilder.h"
 #include "Overlay/CountdownPanel.h"
 #include "Panels/Alert.h"
+#include "Panels/BackdropMonitor.h"
+#include "Panels/PanelShell.h"
+#include "Platform/DisplayLayout.h"
 
 #include <QMenu>
 
@@ -14,6 +17,7 @@ namespace vantrell {
 PanelInterface::PanelInterface(Services services)
     : m_services(services), m_shelfPanel({services.shelf, *services.platform.capture, *services.desktop.files,
                                           services.platform.stills.get(), &services.clock}) {
+    BackdropMonitor::setDesktopColours(services.desktop.colours.get());
     m_statusItem.onMenu = [this](const MenuEntry &entry) {
         if (onMenu)
             onMenu(entry);
@@ -22,13 +26,19 @@ PanelInterface::PanelInterface(Services services)
         if (onStatusClick)
             onStatusClick();
     };
+    m_statusItem.onOpen = [this] {
+        if (onStatusOpen)
+            onStatusOpen();
+    };
     m_statusItem.onHostChange = [this] {
         if (onTrayChange)
             onTrayChange();
     };
 }
 
-PanelInterface::~PanelInterface() = default;
+PanelInterface::~PanelInterface() {
+    BackdropMonitor::setDesktopColours(nullptr);
+}
 
 std::unique_ptr<QMenu> PanelInterface::makePanelMenu() {
     auto menu = std::make_unique<QMenu>();
@@ -43,7 +53,7 @@ std::unique_ptr<QMenu> PanelInterface::makePanelMenu() {
 void PanelInterface::showCaptureBar(std::shared_ptr<ToolBarState> state) {
     if (!m_captureBar)
         m_captureBar = std::make_unique<CaptureBar>(
-            CaptureBar::Services{*m_services.platform.audio, m_services.platform.cameras.get(),
+            CaptureBar::Services{*m_services.platform.audio, *m_services.platform.cameras,
                                  *m_services.platform.stills, m_services.settings.store(), m_services.clock});
     m_captureBar->show(std::move(state), std::nullopt, [this] { return makePanelMenu(); });
 }
@@ -94,17 +104,24 @@ Task<bool> PanelInterface::countDown(int seconds, Display display, std::stop_tok
     return vantrell::countDown(seconds, std::move(display), m_services.clock, std::move(stop));
 }
 
-void PanelInterface::showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) {
+void PanelInterface::showHUD(std::shared_ptr<RecordingHUDState> state, const Recorded &recorded) {
+    const Display &display = recorded.display;
+    if (recorded.place) {
+        const Rect place = inPointsOf(display, *recorded.place);
+        PanelShell::instance().setInPicture(
+            QRectF(place.x, place.y, place.width, place.height).toAlignedRect());
+    }
     m_hud = std::make_unique<RecordingHUD>(
         RecordingHUD::Services{*m_services.platform.stills, m_services.settings.store(), m_services.clock},
         std::move(state));
-    m_hud->show(display);
+    m_isHUDVisible = m_hud->show(display);
 }
 
 void PanelInterface::hideHUD() {
     if (!m_hud)
         return;
     m_hud->hide();
+    PanelShell::instance().setInPicture({});
     // One of its buttons may be in the middle of calling this.
     QMetaObject::invokeMethod(
         QCoreApplication::instance(), [hud = std::shared_ptr(std::move(m_hud))] {}, Qt::QueuedConnection);

@@ -50,7 +50,8 @@ public:
     void finishSelection(SelectionOutcome outcome) override;
     bool isSelecting() const override { return m_overlay != nullptr; }
     Task<bool> countDown(int seconds, Display display, std::stop_token stop) override;
-    void showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) override;
+    void showHUD(std::shared_ptr<RecordingHUDState> state, const Recorded &recorded) override;
+    bool isHUDVisible() const override { return m_hud && m_isHUDVisible; }
     void hideHUD() override;
     void showCameraBubble(std::shared_ptr<CameraBubbleState> state, const Display &display) override;
     void hideCameraBubble() override;
@@ -71,6 +72,7 @@ private:
     std::unique_ptr<CaptureBar> m_captureBar;
     std::unique_ptr<SelectionOverlayController> m_overlay;
     std::unique_ptr<RecordingHUD> m_hud;
+    bool m_isHUDVisible = false;
     std::unique_ptr<CameraBubble> m_cameraBubble;
 };
 

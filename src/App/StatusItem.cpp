@@ -5,6 +5,8 @@
 
 #include "App/MenuBuilder.h"
 #include "App/StatusBarLogo.h"
+#include "Panels/PanelShell.h"
+#include "Panels/Sentence.h"
 
 #include <QCursor>
 #include <QMenu>
@@ -67,7 +69,7 @@ void StatusItem::show() {
 
 void StatusItem::refresh() {
     m_icon->setIcon(iconFor(m_status.icon));
-    m_icon->setToolTip(QString::fromStdString(m_status.description));
+    m_icon->setToolTip(inUsersLanguage(QString::fromStdString(m_status.description)));
     fillMenu(*m_menu, m_status.menu, [this](const MenuEntry &entry) {
         if (onMenu)
             onMenu(entry);
@@ -82,7 +84,11 @@ void StatusItem::activated(int reason) {
             onClick();
         return;
     }
-    m_menu->popup(QCursor::pos());
+    // Where the pointer is known a menu comes up there; else the bar has it.
+    if (PanelShell::instance().knowsPointer())
+        m_menu->popup(QCursor::pos());
+    else if (onOpen)
+        onOpen();
 }
 
 } // namespace vantrell

@@ -30,6 +30,8 @@ public:
     std::function<void(const MenuEntry &)> onMenu;
     /// A left click while recording.
     std::function<void()> onClick;
+    /// A left click while there is no place for the menu to come up at.
+    std::function<void()> onOpen;
     std::function<void()> onHostChange;
 
 private:

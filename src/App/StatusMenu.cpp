@@ -10,9 +10,6 @@ namespace vantrell {
 
 namespace {
 
-constexpr const char *areaKey = "Meta+Shift+7";
-constexpr const char *windowKey = "Meta+Shift+8";
-constexpr const char *toggleKey = "Meta+Shift+9";
 constexpr const char *quitKey = "Ctrl+Q";
 
 using Entries = std::vector<MenuEntry>;
@@ -71,13 +68,13 @@ void addConnection(Entries &entries, const StatusMenuState &state) {
 
 void addCapturing(Entries &entries, const StatusMenuState &state) {
     if (state.isRecording) {
-        add(entries, "Stop Recording", MenuAction::toggleRecording, toggleKey);
+        add(entries, "Stop Recording", MenuAction::toggleRecording, state.keys.toggle);
     } else {
-        add(entries, "Capture Area", MenuAction::captureArea, areaKey);
-        add(entries, "Capture Window", MenuAction::captureWindow, windowKey);
+        add(entries, "Capture Area", MenuAction::captureArea, state.keys.area);
+        add(entries, "Capture Window", MenuAction::captureWindow, state.keys.window);
         add(entries, "Capture Full Screen", MenuAction::captureScreen);
         separate(entries);
-        add(entries, "Start Recording…", MenuAction::toggleRecording, toggleKey);
+        add(entries, "Start Recording…", MenuAction::toggleRecording, state.keys.toggle);
         addCheck(entries, "Record Microphone", MenuAction::toggleMic, state.micEnabled);
         for (const std::string &taken : state.takenHotKeys)
             note(entries, taken);
@@ -129,7 +126,7 @@ std::vector<MenuEntry> recordingMenu(const StatusMenuState &state) {
     if (state.uploadingCount >= 1)
         note(entries, uploadingStatusTitle(state.uploadingCount));
     separate(entries);
-    add(entries, "Stop Recording", MenuAction::toggleRecording, toggleKey);
+    add(entries, "Stop Recording", MenuAction::toggleRecording, state.keys.toggle);
     separate(entries);
     add(entries, "Quit Vantrell Capture", MenuAction::quit, quitKey);
     return entries;

@@ -25,7 +25,14 @@ struct StatusMenuState {
     std::optional<std::string> availableUpdateVersion;
     bool canCheckForUpdates = true;
     bool launchesAtLogin = false;
-    /// Titles of commands whose hot key another program holds.
+    struct Keys {
+        std::string area = "Meta+Shift+7";
+        std::string window = "Meta+Shift+8";
+        std::string toggle = "Meta+Shift+9";
+    };
+    /// As Qt spells them, or as the desktop that has assigned them does; empty: none.
+    Keys keys;
+    /// Why there are none, or titles of commands whose hot key another program holds.
     std::vector<std::string> takenHotKeys;
 };
 

@@ -51,7 +51,15 @@ public:
     /// False when it was cancelled. Nothing of it is on the screen when it returns.
     virtual Task<bool> countDown(int seconds, Display display, std::stop_token stop) = 0;
 
-    virtual void showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) = 0;
+    /// What is recorded, as far as the interface has to keep out of it.
+    struct Recorded {
+        Display display;
+        /// In the desktop's pixels; absent: a window, of which nothing that lies above it is recorded.
+        std::optional<PixelRect> place;
+    };
+    virtual void showHUD(std::shared_ptr<RecordingHUDState> state, const Recorded &recorded) = 0;
+    /// False also where there was no place for it.
+    virtual bool isHUDVisible() const = 0;
     virtual void hideHUD() = 0;
 
     virtual void showCameraBubble(std::shared_ptr<CameraBubbleState> state, const Display &display) = 0;
@@ -78,6 +86,8 @@ public:
     std::function<void(ToolMode)> onToolWanted;
     /// A left click on the icon while recording.
     std::function<void()> onStatusClick;
+    /// A left click on the icon where its menu cannot come up.
+    std::function<void()> onStatusOpen;
     /// A tray came or went.
     std::function<void()> onTrayChange;
     /// The entries of the menu that panels carry, as they are now.

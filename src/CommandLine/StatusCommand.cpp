@@ -115,6 +115,8 @@ void reportApplication(Report &report, const RunningApplication::Answer &answer)
     report.add({{"running", true}, {"state", text("state")}}, "The application runs: " + text("state"));
     const std::string tray = text("tray");
     report.add({{"tray", tray}}, tray.empty() ? "No tray was found" : "Tray: " + tray);
+    if (const std::string hint = text("hotKeysHint"); !hint.empty())
+        report.add({{"hotKeysHint", hint}}, hint);
     std::vector<std::string> keys;
     for (const QString &key : status.value(QStringLiteral("failedHotKeys")).toStringList())
         keys.push_back(key.toStdString());

@@ -273,11 +273,14 @@ void CameraBubble::show(std::shared_ptr<CameraBubbleState> state, const Display 
     panel.scope.start(&panel, &Panel::watch);
     BubbleWindow &window = panel.window;
     const QScreen *screen = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)));
-    const QRect room = screen->availableGeometry();
+    const QRect room = PanelShell::instance().room(*screen);
     const QSize size = window.panelSize();
     const QPoint first(room.left() + bubbleDistance, room.bottom() + 1 - bubbleDistance - size.height());
-    window.placePanel(panel.placement.restore(*screen, size).value_or(first));
-    window.showPanel();
+    // Its picture is recorded as it is; in the screen's it would be twice.
+    const auto place =
+        placeOutOfPicture(window, *screen, panel.placement.restore(*screen, size).value_or(first));
+    if (place && window.placePanel(*place))
+        window.showPanel();
 }
 
 void CameraBubble::hide() {

@@ -74,9 +74,9 @@ void CaptureBar::show(std::shared_ptr<ToolBarState> state, const std::optional<s
     Panel &panel = *m_panel;
     const QScreen *screen = displayId ? screenOf(*displayId, QCursor::pos()) : screenAt(QCursor::pos());
     panel.state = state;
-    panel.window->show(state, std::move(menu), screen->availableGeometry().width());
+    panel.window->show(state, std::move(menu), PanelShell::instance().room(*screen).width());
     panel.observation = state->observe([&panel] { panel.refresh(); });
-    const QRect room = screen->availableGeometry();
+    const QRect room = PanelShell::instance().room(*screen);
     const QSize size = panel.window->panelRect().size();
     const QPoint first(room.center().x() - size.width() / 2, room.bottom() + 1 - barDistance - size.height());
     panel.window->placePanel(panel.placement.restore(*screen, size).value_or(first));
@@ -94,7 +94,7 @@ bool CaptureBar::isVisible() const {
 
 void CaptureBar::raise() {
     if (isVisible())
-        m_panel->window->raise();
+        m_panel->window->raisePanel();
 }
 
 void CaptureBar::takeKeyboard() {

@@ -12,6 +12,7 @@
 
 #include <QAccessible>
 #include <QCoreApplication>
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScreen>
@@ -38,6 +39,7 @@ constexpr auto compositorPatience = 1000ms;
 constexpr auto applicationPatience = 200ms;
 /// For what comes after the first painting.
 constexpr auto secondPatience = 40ms;
+constexpr auto waylandPatience = 80ms;
 
 constexpr std::uint32_t escapeKey = 0xff1b;
 constexpr std::uint32_t returnKey = 0xff0d;
@@ -79,6 +81,7 @@ public:
     }
 
     std::function<void()> onCancel;
+    std::function<void()> onStart;
 
 protected:
     void paintEvent(QPaintEvent *event) override {
@@ -108,6 +111,15 @@ protected:
         painter.drawText(QPointF(panel.center().x() - metrics.horizontalAdvance(text) / 2,
                                  panel.center().y() + metrics.capHeight() / 2),
                          text);
+    }
+
+    /// Only where the desktop lends it the keyboard: no keys of other windows can be heard there.
+    void keyPressEvent(QKeyEvent *event) override {
+        const bool starts = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+        if (event->key() == Qt::Key_Escape && onCancel)
+            onCancel();
+        else if (starts && !event->isAutoRepeat() && onStart)
+            onStart();
     }
 
     void mousePressEvent(QMouseEvent *) override {
@@ -182,9 +194,12 @@ Task<bool> countDown(int seconds, Display display, Clock &clock, std::stop_token
     CountdownWindow window(seconds, clock);
     const OneShot<End> ended;
     window.onCancel = [ended] { ended.resolve(End::cancelled); };
+    window.onStart = [ended] { ended.resolve(End::startedEarly); };
     const QRect room = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)))->geometry();
     window.placePanel(room.center() - QPoint(diameter / 2, diameter / 2));
     window.showPanel();
+    PanelShell &shell = PanelShell::instance();
+    shell.lendKeyboard(window);
 
     std::expected<End, Cancelled> end = std::unexpected(Cancelled{});
     {
@@ -196,6 +211,7 @@ Task<bool> countDown(int seconds, Display display, Clock &clock, std::stop_token
         counting.start(&count, &window, seconds, &clock, ended);
         end = co_await ended.wait(stop);
     }
+    shell.takeKeyboardBack(window);
     if (!end) {
         window.hide();
         co_return false;
@@ -208,10 +224,17 @@ Task<bool> countDown(int seconds, Display display, Clock &clock, std::stop_token
         window.clear();
     else
         window.hide();
-    DesktopLink::instance().sync();
-    co_await waitForFrames(pixels, isBlended ? compositorPatience : applicationPatience, clock, stop);
-    window.hide();
-    DesktopLink::instance().sync();
+    if (shell.keepsOutOfPictures()) {
+        shell.sync();
+        co_await waitForFrames(pixels, isBlended ? compositorPatience : applicationPatience, clock, stop);
+        window.hide();
+        shell.sync();
+    } else {
+        // Nobody tells when the screen is painted: a picture or two after the window has gone.
+        window.hide();
+        shell.sync();
+        co_await clock.sleep(waylandPatience, stop);
+    }
     co_return end && !stop.stop_requested() && *end != End::cancelled;
 }
 

@@ -105,6 +105,10 @@ void OverlayCanvas::Server::put(xcb_drawable_t target, xcb_gcontext_t context, i
     }
 }
 
+bool OverlayCanvas::hasServer() {
+    return qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+}
+
 std::unique_ptr<OverlayCanvas> OverlayCanvas::create(QWidget &window, const PixelRect &display,
                                                      bool isBlended) {
     const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();

@@ -23,6 +23,8 @@ namespace vantrell {
 /// Main thread, on Qt's connection. All in pixels of the display.
 class OverlayCanvas {
 public:
+    /// There is an X server to draw; else Qt does.
+    static bool hasServer();
     /// Null where there is no X server with RENDER.
     static std::unique_ptr<OverlayCanvas> create(QWidget &window, const PixelRect &display, bool isBlended);
     ~OverlayCanvas();

@@ -3,6 +3,8 @@
 
 #include "Overlay/OverlayKeyboard.h"
 
+#include "Panels/PanelShell.h"
+
 #include <QApplication>
 #include <QWindow>
 
@@ -31,6 +33,11 @@ OverlayKeyboard::~OverlayKeyboard() {
 }
 
 void OverlayKeyboard::take(QWidget &window) {
+    if (PanelShell::instance().lendKeyboard(window)) {
+        m_isTaken = true;
+        m_holder = &window;
+        return;
+    }
     DesktopLink &desktop = DesktopLink::instance();
     if (!std::exchange(m_isTaken, true)) {
         m_before = desktop.focusedWindow();
@@ -59,6 +66,8 @@ void OverlayKeyboard::takeAgain() {
 void OverlayKeyboard::giveBack() {
     if (!std::exchange(m_isTaken, false))
         return;
+    if (m_holder)
+        PanelShell::instance().takeKeyboardBack(*m_holder);
     QObject::disconnect(m_focusChanges);
     m_again.stop();
     m_holder.clear();

@@ -102,6 +102,23 @@ QRegion OverlayScene::changesFrom(const OverlayScene &before, double scale) cons
     return pointsCovering(lit.xored(before.lit), scale) + chrome(scale) + before.chrome(scale);
 }
 
+void OverlayScene::paint(QPainter &painter, const QRegion &part, double scale) const {
+    const QRegion pixels = pixelsCovering(part, scale);
+    painter.save();
+    painter.scale(1 / scale, 1 / scale);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    for (const QRect &rect : pixels - lit)
+        painter.fillRect(rect, overlayColours::dimming);
+    for (const QRect &rect : pixels &lit)
+        painter.fillRect(rect, Qt::transparent);
+    painter.restore();
+    painter.save();
+    painter.setClipRegion(part);
+    for (const QRect &there : chromePixels(scale) & pixels)
+        draw(painter, there, scale);
+    painter.restore();
+}
+
 void OverlayScene::draw(QPainter &painter, const QRect &part, double scale) const {
     const QRectF shown = pointsCovering(part, scale).boundingRect();
     const auto isShown = [&](const QRectF &frame) { return frame.intersects(shown); };

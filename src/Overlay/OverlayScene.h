@@ -41,6 +41,8 @@ struct OverlayScene {
     QRegion chromePixels(double scale) const;
     /// All but the dimming, in the painter's points; at least what lies in that part of the display's pixels.
     void draw(QPainter &painter, const QRect &part, double scale) const;
+    /// The whole of it, the dimming too, in that part of the view: what was there is replaced. In points.
+    void paint(QPainter &painter, const QRegion &part, double scale) const;
 
 private:
     QRegion chrome(double scale) const;

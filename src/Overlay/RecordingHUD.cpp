@@ -185,17 +185,21 @@ public:
             pill.showBelow(window->panelFrame());
     }
 
-    void show(const Display &display) {
+    bool show(const Display &display) {
         window->adjustSize();
         const QScreen *screen = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)));
-        const QRect room = screen->availableGeometry();
+        const QRect room = PanelShell::instance().room(*screen);
         const QSize size = window->panelRect().size();
         const QPoint first(room.center().x() - size.width() / 2,
                            room.bottom() + 1 - hudDistance - size.height());
-        window->placePanel(placement.restore(*screen, size).value_or(first));
+        const auto place =
+            placeOutOfPicture(*window, *screen, placement.restore(*screen, size).value_or(first));
+        if (!place || !window->placePanel(*place))
+            return false;
         window->showPanel();
         placePill();
         backdrop.start();
+        return true;
     }
 
     void hide() {
@@ -224,8 +228,8 @@ RecordingHUD::RecordingHUD(Services services, std::shared_ptr<RecordingHUDState>
 
 RecordingHUD::~RecordingHUD() = default;
 
-void RecordingHUD::show(const Display &display) {
-    m_panel->show(display);
+bool RecordingHUD::show(const Display &display) {
+    return m_panel->show(display);
 }
 
 void RecordingHUD::hide() {

@@ -27,7 +27,8 @@ public:
     RecordingHUD(Services services, std::shared_ptr<RecordingHUDState> state);
     ~RecordingHUD();
 
-    void show(const Display &display);
+    /// False where there is no place for it that is not in the picture: then it is not shown.
+    bool show(const Display &display);
     void hide();
 
 private:

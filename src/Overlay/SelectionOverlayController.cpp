@@ -11,6 +11,7 @@
 #include "Overlay/WindowPicker.h"
 #include "Panels/DesktopLink.h"
 #include "Panels/FloatingPanel.h"
+#include "Panels/PanelShell.h"
 #include "Platform/DisplayLayout.h"
 #include "Support/Log.h"
 #include "Support/TaskScope.h"
@@ -193,6 +194,7 @@ void SelectionOverlayController::Private::build() {
         views.push_back(std::make_unique<SelectionView>(display, screenOf(display), isBlended));
         wire(*views.back());
         views.back()->setTool(tool);
+        views.back()->setDesktopPicks(services.capture.hasOwnPicker());
     }
     const PixelRect ownWindows = visibleOwnWindows(displays);
     if (!isBlended)
@@ -225,9 +227,7 @@ Task<> SelectionOverlayController::Private::retakePicture(PixelRect area, std::s
 void SelectionOverlayController::Private::show() {
     seedAreaIfNeeded();
     for (const View &view : views) {
-        markAsOwnWindow(*view);
-        view->show();
-        view->raise();
+        view->present();
     }
     if (tool == ToolMode::window) {
         refreshWindows();
@@ -249,10 +249,11 @@ void SelectionOverlayController::Private::wire(SelectionView &view) {
     view.onPointerMoved = [this] { followPointer(); };
     view.onPicked = [this](bool record) { pick(record); };
     view.onKey = [this, &view](QKeyEvent &event) { handleKey(view, event); };
-    view.onPixelsWanted = [this, &view](const QRect &pixels) {
-        if (!std::exchange(isFetchingPixels, true))
-            scope.start(this, &Private::fetchLoupePixels, QPointer<SelectionView>(&view), pixels);
-    };
+    if (services.stills.canWatch())
+        view.onPixelsWanted = [this, &view](const QRect &pixels) {
+            if (!std::exchange(isFetchingPixels, true))
+                scope.start(this, &Private::fetchLoupePixels, QPointer<SelectionView>(&view), pixels);
+        };
     view.barFrame = [this, &view] {
         const QRect bar = owner.barFrame ? owner.barFrame() : QRect();
         return bar.isEmpty() ? Rect() : fromQt(QRectF(bar.translated(-view.geometry().topLeft())));
@@ -403,7 +404,7 @@ void SelectionOverlayController::Private::setTool(ToolMode wanted) {
 }
 
 void SelectionOverlayController::Private::refreshWindows() {
-    if (tool != ToolMode::window)
+    if (tool != ToolMode::window || services.capture.hasOwnPicker())
         return;
     auto windows = services.capture.windows();
     if (!windows) {
@@ -483,6 +484,13 @@ void SelectionOverlayController::Private::pick(bool record) {
 }
 
 void SelectionOverlayController::Private::pickWindow(bool record) {
+    if (services.capture.hasOwnPicker()) {
+        const SelectionView *view = activeView();
+        finish({SelectionOutcome::DesktopPicker{{CaptureRequest::LetDesktopAsk::Kind::window, std::nullopt},
+                                                view ? view->display() : displays.front(),
+                                                record}});
+        return;
+    }
     const WindowDescription *lit = picker.lit();
     if (!lit)
         return;
@@ -592,7 +600,7 @@ void SelectionOverlayController::Private::finish(SelectionOutcome outcome) {
     // First the focus: left to itself the server would give it to anybody.
     keyboard.giveBack();
     dismissViews();
-    DesktopLink::instance().sync();
+    PanelShell::instance().sync();
     kept.reset();
     picker = {};
     const bool isCancelled = outcome.isCancelled();

@@ -7,12 +7,14 @@
 #include "Overlay/OverlayText.h"
 #include "Overlay/QtGeometry.h"
 #include "Panels/PanelFont.h"
+#include "Panels/PanelShell.h"
 #include "Platform/DisplayLayout.h"
 
 #include <QAccessible>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPaintEvent>
+#include <QPainter>
 #include <QScreen>
 
 #include <algorithm>
@@ -44,10 +46,11 @@ Qt::CursorShape resizeCursor(const AreaZone::Resize &zone, const Rect &selection
 } // namespace
 
 SelectionView::SelectionView(const Display &display, QScreen *screen, bool isBlended)
-    : m_display(display), m_isBlended(isBlended), m_area({display.frame.width, display.frame.height}) {
+    : m_display(display), m_isBlended(isBlended), m_hasServer(OverlayCanvas::hasServer()),
+      m_area({display.frame.width, display.frame.height}) {
     installOverlayAccessibility();
-    setWindowFlags(Qt::Window | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
-    setAttribute(Qt::WA_PaintOnScreen);
+    setWindowFlags(PanelShell::instance().flags(PanelShell::Role::overlay));
+    setAttribute(Qt::WA_PaintOnScreen, m_hasServer);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_NoSystemBackground);
     setAttribute(Qt::WA_InputMethodEnabled, false);
@@ -62,11 +65,21 @@ SelectionView::SelectionView(const Display &display, QScreen *screen, bool isBle
     setGeometry(int(display.frame.x), int(display.frame.y), int(std::ceil(display.frame.width)),
                 int(std::ceil(display.frame.height)));
     setFixedSize(size());
-    m_canvas = OverlayCanvas::create(*this, display.pixels, isBlended);
+    if (m_hasServer)
+        m_canvas = OverlayCanvas::create(*this, display.pixels, isBlended);
+    PanelShell::instance().adopt(*this, PanelShell::Role::overlay);
     m_scene = scene();
 }
 
 SelectionView::~SelectionView() = default;
+
+void SelectionView::present() {
+    if (PanelShell::instance().placesWindows())
+        show();
+    else
+        showFullScreen();
+    PanelShell::instance().raise(*this);
+}
 
 void SelectionView::freezeScreen() {
     if (m_canvas)
@@ -124,7 +137,7 @@ bool SelectionView::canAccept() const {
     case ToolMode::area:
         return m_buttons.has_value();
     case ToolMode::window:
-        return m_litWindow.has_value();
+        return m_litWindow || m_desktopPicks;
     case ToolMode::screen:
         break;
     }
@@ -134,10 +147,16 @@ bool SelectionView::canAccept() const {
 void SelectionView::accept(bool record) {
     if (m_tool == ToolMode::area)
         commitSelection(record);
-    else if (m_tool == ToolMode::window && m_litWindow && onPicked)
+    else if (m_tool == ToolMode::window && canAccept() && onPicked)
         onPicked(record);
     else if (m_tool == ToolMode::screen && onOutcome)
         onOutcome({SelectionOutcome::WholeDisplay{m_display, record}});
+}
+
+void SelectionView::setDesktopPicks(bool picks) {
+    m_desktopPicks = picks;
+    placeButtons();
+    refresh();
 }
 
 void SelectionView::setWindows(const WindowPicker &picker, const QImage &icon, const QRegion &visiblePart) {
@@ -226,7 +245,8 @@ void SelectionView::addArea(OverlayScene &scene) const {
 }
 
 std::optional<Loupe> SelectionView::loupe(const QRect &selected) const {
-    if (!isDragging() || std::holds_alternative<Drag::Move>(m_area.drag()->kind))
+    const bool hasPixels = m_isBlended ? bool(onPixelsWanted) : bool(m_canvas);
+    if (!hasPixels || !isDragging() || std::holds_alternative<Drag::Move>(m_area.drag()->kind))
         return std::nullopt;
     // The edge that follows the pointer, which it need not touch.
     const auto nearest = [](double at, int low, int high) {
@@ -260,6 +280,8 @@ void SelectionView::fetchLoupePixels(const QRect &shown) {
 }
 
 void SelectionView::addWindow(OverlayScene &scene) const {
+    if (m_desktopPicks)
+        scene.buttons = m_buttons;
     if (!m_litWindow)
         return;
     scene.lit = m_litPart;
@@ -311,6 +333,8 @@ void SelectionView::addHints(OverlayScene &scene) const {
     QString text = m_notice;
     if (text.isEmpty() && m_tool == ToolMode::area)
         text = overlayText("Drag anywhere to select an area");
+    else if (text.isEmpty() && m_tool == ToolMode::window && m_desktopPicks)
+        text = overlayText("Click, then choose a window in the desktop's dialog");
     else if (text.isEmpty() && m_tool == ToolMode::window)
         text = m_hasWindows ? overlayText("Click a window to record it")
                             : overlayText("There is no window to record");
@@ -334,8 +358,12 @@ void SelectionView::addHints(OverlayScene &scene) const {
 }
 
 void SelectionView::paintEvent(QPaintEvent *event) {
-    if (m_canvas)
+    if (m_canvas) {
         m_canvas->paint(pixelsCovering(event->region(), scale()), m_scene, scale());
+    } else if (!m_hasServer) {
+        QPainter painter(this);
+        m_scene.paint(painter, event->region(), scale());
+    }
 }
 
 // What the pointer does
@@ -364,7 +392,7 @@ void SelectionView::mousePressEvent(QMouseEvent *event) {
     if (event->button() != Qt::LeftButton || isDragging())
         return;
     setNotice({});
-    if (m_tool != ToolMode::area) {
+    if (m_tool != ToolMode::area && !buttonAt(m_mouse)) {
         m_isPicking = true;
         return;
     }
@@ -434,7 +462,7 @@ void SelectionView::mouseReleaseEvent(QMouseEvent *event) {
         const auto pressed = std::exchange(m_buttons->pressed, std::nullopt);
         refresh();
         if (pressed == buttonAt(m_mouse))
-            commitSelection(pressed == ActionButtons::Kind::record);
+            accept(pressed == ActionButtons::Kind::record);
         return;
     }
     if (std::exchange(m_isPicking, false) && onPicked)
@@ -465,9 +493,13 @@ void SelectionView::endDrag() {
 void SelectionView::placeButtons() {
     m_buttons.reset();
     m_area.captureButtonRect = m_area.recordButtonRect = std::nullopt;
-    if (m_tool == ToolMode::area && m_area.rect() && !isDragging()) {
-        m_buttons =
-            ActionButtons::placed(integral(*m_area.rect()), m_area.bounds(), barFrame ? barFrame() : Rect());
+    std::optional<Rect> beside;
+    if (m_tool == ToolMode::area && m_area.rect() && !isDragging())
+        beside = integral(*m_area.rect());
+    else if (m_tool == ToolMode::window && m_desktopPicks)
+        beside = Rect{m_area.bounds().width / 2, m_area.bounds().height / 2, 0, 0};
+    if (beside) {
+        m_buttons = ActionButtons::placed(*beside, m_area.bounds(), barFrame ? barFrame() : Rect());
         m_area.captureButtonRect = m_buttons->captureButton;
         m_area.recordButtonRect = m_buttons->recordButton;
     }

@@ -39,8 +39,10 @@ public:
     /// from that pixel of the display on.
     void freezeScreen();
     void setPicture(const QImage &picture, const QPoint &corner);
-    /// Drawn by the X server: Qt has no engine for it.
-    QPaintEngine *paintEngine() const override { return nullptr; }
+    /// None where the X server draws.
+    QPaintEngine *paintEngine() const override { return m_hasServer ? nullptr : QWidget::paintEngine(); }
+    /// Covers its screen.
+    void present();
     void setTool(ToolMode tool);
 
     const AreaSelection &area() const { return m_area; }
@@ -57,6 +59,8 @@ public:
     bool canAccept() const;
     void accept(bool record);
 
+    /// The window tool leaves it to the desktop's own dialog which window it is.
+    void setDesktopPicks(bool picks);
     /// The windows in the order of the desktop and which of them is lit.
     void setWindows(const WindowPicker &picker, const QImage &icon, const QRegion &visiblePart);
     /// The screen tool would take this display.
@@ -122,6 +126,7 @@ private:
 
     const Display m_display;
     const bool m_isBlended;
+    const bool m_hasServer;
     std::unique_ptr<OverlayCanvas> m_canvas;
     ToolMode m_tool = ToolMode::area;
     AreaSelection m_area;
@@ -133,6 +138,7 @@ private:
     QRegion m_litPart;
     QImage m_windowIcon;
     bool m_hasWindows = true;
+    bool m_desktopPicks = false;
     bool m_isLit = false;
     QString m_notice;
     bool m_isHelpShown = false;

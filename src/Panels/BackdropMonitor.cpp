@@ -29,6 +29,8 @@ constexpr int calmLooks = 6;
 constexpr double turnsLight = 0.66;
 constexpr double turnsDark = 0.5;
 
+ColourScheme *desktopColours = nullptr;
+
 /// Another panel of ours lies there: it is not the backdrop.
 bool isOurs(const QRect &strip, const FloatingPanel &panel) {
     return std::ranges::any_of(QApplication::topLevelWidgets(), [&](const QWidget *window) {
@@ -74,12 +76,27 @@ BackdropMonitor::BackdropMonitor(FloatingPanel &panel, StillCapture &stills, Clo
                                  std::function<void(bool)> changed)
     : m_panel(panel), m_stills(stills), m_clock(clock), m_changed(std::move(changed)) {}
 
+void BackdropMonitor::setDesktopColours(ColourScheme *colours) {
+    desktopColours = colours;
+}
+
 void BackdropMonitor::start() {
     m_scope.cancel();
+    if (!m_stills.canWatch()) {
+        m_colours = desktopColours ? desktopColours->observe([this] { followColours(); }) : nullptr;
+        followColours();
+        return;
+    }
     m_scope.start(this, &BackdropMonitor::watch);
 }
 
+void BackdropMonitor::followColours() {
+    m_isLight = desktopColours && desktopColours->isLight();
+    m_changed(m_isLight);
+}
+
 void BackdropMonitor::stop() {
+    m_colours.reset();
     m_scope.cancel();
 }
 

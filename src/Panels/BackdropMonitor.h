@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Platform/ColourScheme.h"
 #include "Platform/StillCapture.h"
 #include "Support/Clock.h"
 #include "Support/TaskScope.h"
@@ -18,7 +19,7 @@ class FloatingPanel;
 
 /// Tells whether the screen behind a panel is light: looks at strips right above and below it while
 /// the panel is shown, twice a second at most, less often where nothing changes. Where the screen cannot be
-/// read it stays as it is. Main thread.
+/// looked at, it is as light as the desktop's colours. Main thread.
 class BackdropMonitor {
 public:
     /// All outlive the monitor. `changed` may hide the panel, but not destroy the monitor.
@@ -31,7 +32,11 @@ public:
     void start();
     void stop();
 
+    /// The desktop's colours for all monitors; outlive them.
+    static void setDesktopColours(ColourScheme *colours);
+
 private:
+    void followColours();
     Task<> watch(std::stop_token stop);
 
     FloatingPanel &m_panel;
@@ -39,6 +44,7 @@ private:
     Clock &m_clock;
     const std::function<void(bool)> m_changed;
     bool m_isLight = false;
+    Observation m_colours;
     TaskScope m_scope;
 };
 

@@ -122,8 +122,11 @@ DesktopLink &DesktopLink::instance() {
 }
 
 DesktopLink::DesktopLink() {
-    if (!qtConnection())
+    if (!qtConnection()) {
+        // Wayland's compositors blend always.
+        m_isComposited = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
         return;
+    }
     // A connection of its own: Qt keeps a mask of the root's events that must not be replaced.
     m_connection = xcb_connect(nullptr, nullptr);
     if (xcb_connection_has_error(m_connection)) {

@@ -17,8 +17,9 @@ struct xcb_connection_t;
 
 namespace vantrell {
 
-/// What the panels need of the X server beyond what Qt does for them. Without an X server nothing happens and
-/// nothing is composited. Regions are in the device's pixels from the window's corner. Main thread.
+/// What the panels need of the X server beyond what Qt does for them. Without an X server nothing happens;
+/// and nothing is composited, except on Wayland, where all is. Regions are in the device's pixels from the
+/// window's corner. Main thread.
 class DesktopLink {
 public:
     using WindowId = std::uint32_t;

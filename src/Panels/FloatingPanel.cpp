@@ -22,10 +22,8 @@ constexpr int fadeMilliseconds = 140;
 } // namespace
 
 FloatingPanel::FloatingPanel(Options options)
-    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::BypassWindowManagerHint |
-                           Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus |
-                           Qt::NoDropShadowWindowHint),
-      m_options(options), m_compositing(DesktopLink::instance().observeCompositing([this] { redraw(); })) {
+    : QWidget(nullptr, PanelShell::instance().flags(options.role)), m_options(options),
+      m_compositing(DesktopLink::instance().observeCompositing([this] { redraw(); })) {
     setAttribute(Qt::WA_ShowWithoutActivating);
     setAttribute(Qt::WA_TranslucentBackground);
     setAttribute(Qt::WA_QuitOnClose, false);
@@ -48,13 +46,14 @@ FloatingPanel::~FloatingPanel() = default;
 
 void FloatingPanel::showPanel() {
     if (!isVisible()) {
-        const bool fades = isBlended() && !prefersReducedMotion();
-        setWindowOpacity(fades ? 0 : 1);
+        const bool fades = PanelShell::instance().canFade() && !prefersReducedMotion();
+        if (const double first = fades ? 0 : 1; windowOpacity() != first)
+            setWindowOpacity(first);
         show();
         if (fades)
             fadeIn();
     }
-    raise();
+    raisePanel();
 }
 
 void FloatingPanel::fadeIn() {
@@ -82,16 +81,25 @@ void FloatingPanel::resizePanel(const QSize &size) {
     resize(size + QSize(2 * shadowMargin(), 2 * shadowMargin()));
 }
 
-void FloatingPanel::placePanel(const QPoint &topLeft) {
+bool FloatingPanel::mayLieAt(const QPoint &topLeft) const {
+    const PanelShell &shell = PanelShell::instance();
+    return !shell.isPictureBlind() &&
+           shell.mayLieAt(QRect(topLeft - QPoint(shadowMargin(), shadowMargin()), size()));
+}
+
+bool FloatingPanel::placePanel(const QPoint &topLeft) {
     const QSize size = panelRect().size();
     QScreen *screen = screenAt(QRect(topLeft, size).center());
-    const QRect room = screen->availableGeometry();
+    const QRect room = PanelShell::instance().room(*screen);
     const int x = std::max(room.left(), std::min(topLeft.x(), room.right() + 1 - size.width()));
     const int y = std::max(room.top(), std::min(topLeft.y(), room.bottom() + 1 - size.height()));
+    if (!mayLieAt({x, y}))
+        return false;
     // First the screen: its scale is what the place is counted in.
     if (this->screen() != screen)
         setScreen(screen);
     move(QPoint(x, y) - QPoint(shadowMargin(), shadowMargin()));
+    return true;
 }
 
 QRect FloatingPanel::panelFrame() const {
@@ -102,7 +110,7 @@ bool FloatingPanel::event(QEvent *event) {
     if (handleTipEvent(*this, *event))
         return true;
     if (event->type() == QEvent::WinIdChange && internalWinId() != 0) {
-        DesktopLink::instance().markAsOwn(DesktopLink::WindowId(internalWinId()));
+        PanelShell::instance().adopt(*this, m_options.role);
         shapeWindow();
     }
     return QWidget::event(event);
@@ -123,7 +131,7 @@ void FloatingPanel::paintEvent(QPaintEvent *) {
 void FloatingPanel::showEvent(QShowEvent *event) {
     QWidget::showEvent(event);
     shapeWindow();
-    m_cover = DesktopLink::instance().watchForCover(DesktopLink::WindowId(winId()), [this] { raise(); });
+    m_cover = DesktopLink::instance().watchForCover(DesktopLink::WindowId(winId()), [this] { raisePanel(); });
 }
 
 void FloatingPanel::hideEvent(QHideEvent *event) {
@@ -154,18 +162,23 @@ void FloatingPanel::changeEvent(QEvent *event) {
 
 void FloatingPanel::mousePressEvent(QMouseEvent *event) {
     if (m_options.isMovable && event->button() == Qt::LeftButton)
-        m_drag = Drag{event->globalPosition().toPoint(),
-                      event->globalPosition().toPoint() - panelFrame().topLeft()};
+        m_drag = Drag{{pos(), event->globalPosition().toPoint(), event->position().toPoint(), {}, {}}};
 }
 
 void FloatingPanel::mouseMoveEvent(QMouseEvent *event) {
     if (!m_drag)
         return;
-    const QPoint pointer = event->globalPosition().toPoint();
-    if ((pointer - m_drag->pressed).manhattanLength() >= QApplication::startDragDistance())
-        m_drag->isMoving = true;
-    if (m_drag->isMoving)
-        placePanel(pointer - m_drag->offset);
+    m_drag->places.now = event->globalPosition().toPoint();
+    m_drag->places.nowInside = event->position().toPoint();
+    const QPoint way = m_drag->places.now - m_drag->places.pressed;
+    if (!m_drag->isMoving && way.manhattanLength() < QApplication::startDragDistance())
+        return;
+    m_drag->isMoving = true;
+    PanelShell &shell = PanelShell::instance();
+    if (shell.beginDrag(*this))
+        m_drag.reset();
+    else if (const auto corner = shell.dragged(*this, m_drag->places))
+        placePanel(*corner + QPoint(shadowMargin(), shadowMargin()));
 }
 
 void FloatingPanel::mouseReleaseEvent(QMouseEvent *event) {
@@ -186,8 +199,7 @@ void FloatingPanel::shapeWindow() {
         return;
     const QRegion region = shape().region();
     // Where something blends, the shadow is there too, though nobody can click on it.
-    DesktopLink::instance().setShape(DesktopLink::WindowId(internalWinId()), isBlended() ? QRegion() : region,
-                                     region);
+    PanelShell::instance().setShape(*this, isBlended() ? QRegion() : region, region);
 }
 
 void FloatingPanel::redraw() {

@@ -5,6 +5,7 @@
 
 #include "Panels/DesktopLink.h"
 #include "Panels/PanelShape.h"
+#include "Panels/PanelShell.h"
 #include "Panels/Theme.h"
 
 #include <QPixmap>
@@ -33,12 +34,15 @@ public:
         bool isMovable = true;
         /// Draws the panel's own shape; else the subclass draws all.
         bool drawsPanel = true;
+        PanelShell::Role role = PanelShell::Role::panel;
     };
     explicit FloatingPanel(Options options);
     ~FloatingPanel() override;
 
     /// Shown above everything without taking the focus; again above everything when it was shown already.
     void showPanel();
+    /// Above the other panels.
+    void raisePanel() { PanelShell::instance().raise(*this); }
     const Theme &theme() const { return Theme::of(m_onLightBackdrop); }
     void setOnLightBackdrop(bool light);
     QRect panelRect() const;
@@ -46,8 +50,10 @@ public:
     /// Sizes the window so that the panel's own part is that large; its corner stays.
     void resizePanel(const QSize &size);
     /// The panel's own part at `topLeft` of the desktop, in Qt's coordinates; moved inside the screen's
-    /// available part.
-    void placePanel(const QPoint &topLeft);
+    /// available part. False where that would be in a picture: then it stays where it is.
+    bool placePanel(const QPoint &topLeft);
+    /// With the shadow it would lie in no picture there.
+    bool mayLieAt(const QPoint &topLeft) const;
     /// The panel's own part on the desktop, in Qt's coordinates.
     QRect panelFrame() const;
     /// A compositor blends the panel: what is drawn may be translucent.
@@ -72,8 +78,7 @@ protected:
 
 private:
     struct Drag {
-        QPoint pressed;
-        QPoint offset;
+        PanelShell::Drag places;
         bool isMoving = false;
     };
 

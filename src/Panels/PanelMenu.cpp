@@ -8,6 +8,7 @@
 #include "Panels/Icons.h"
 #include "Panels/PanelFont.h"
 #include "Panels/PanelShape.h"
+#include "Panels/PanelShell.h"
 
 #include <QMenu>
 #include <QPainter>
@@ -194,7 +195,7 @@ void dressMenu(QMenu &menu, const Theme &theme) {
     menu.setAttribute(Qt::WA_TranslucentBackground);
     menu.setStyle(style);
     menu.setFont(panelFont(labelSize, QFont::Medium));
-    markAsOwnWindow(menu);
+    PanelShell::instance().adopt(menu, PanelShell::Role::menu);
     for (const QAction *action : menu.actions()) {
         if (action->menu())
             dressMenu(*action->menu(), theme);
@@ -204,13 +205,15 @@ void dressMenu(QMenu &menu, const Theme &theme) {
 void popUpMenu(QMenu &menu, const QWidget &control) {
     constexpr int distance = 10;
     const QSize size = menu.sizeHint();
-    const QRect room = control.screen()->availableGeometry();
+    PanelShell &shell = PanelShell::instance();
+    const QRect room = shell.room(*control.screen());
     const QRect frame(control.mapToGlobal(QPoint(0, 0)), control.size());
     const bool fitsBelow = frame.bottom() + distance + size.height() <= room.bottom();
     const int y = fitsBelow ? frame.bottom() + 1 + distance : frame.top() - distance - size.height();
     const bool isMirrored = control.layoutDirection() == Qt::RightToLeft;
     const int x = isMirrored ? frame.right() + 1 - size.width() : frame.left();
     menu.setLayoutDirection(control.layoutDirection());
+    shell.adopt(menu, PanelShell::Role::menu, control.window());
     menu.popup({std::clamp(x, room.left(), std::max(room.left(), room.right() + 1 - size.width())),
                 std::max(room.top(), y)});
 }

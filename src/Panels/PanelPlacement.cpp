@@ -8,7 +8,9 @@
 #include <QGuiApplication>
 #include <QScreen>
 
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace vantrell {
 
@@ -34,6 +36,26 @@ void PanelPlacement::save(const QRect &frame) {
 
 std::string PanelPlacement::key(const QScreen &screen, const char *axis) const {
     return "panel." + m_panel + "." + screen.name().toStdString() + "." + axis;
+}
+
+std::optional<QPoint> placeOutOfPicture(const FloatingPanel &panel, const QScreen &screen,
+                                        const QPoint &usual) {
+    QList<const QScreen *> screens{&screen};
+    for (const QScreen *other : QGuiApplication::screens())
+        if (other != &screen)
+            screens.append(other);
+    std::vector<QPoint> places{usual};
+    const QSize size = panel.panelRect().size();
+    for (const QScreen *candidate : screens) {
+        const QRect room = PanelShell::instance().room(*candidate);
+        const int middle = room.center().x() - size.width() / 2, right = room.right() + 1 - size.width();
+        for (const int y : {room.bottom() + 1 - size.height(), room.top()})
+            for (const int x : {middle, room.left(), right})
+                places.emplace_back(x, y);
+    }
+    const auto free =
+        std::ranges::find_if(places, [&](const QPoint &place) { return panel.mayLieAt(place); });
+    return free == places.end() ? std::nullopt : std::optional(*free);
 }
 
 QScreen *screenOf(const std::string &displayId, const QPoint &place) {

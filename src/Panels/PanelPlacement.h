@@ -17,6 +17,8 @@ class QScreen;
 
 namespace vantrell {
 
+class FloatingPanel;
+
 /// Where the user has put a panel on each display, remembered in the settings ("panel.bar.DP-1.x", ".y":
 /// points from the display's top-left corner). Main thread.
 class PanelPlacement {
@@ -35,6 +37,11 @@ private:
     Settings &m_settings;
     const std::string m_panel;
 };
+
+/// Where the panel shows in no picture: its usual place on the screen, or else one at that screen's edges or
+/// on another; none where all of it is recorded.
+std::optional<QPoint> placeOutOfPicture(const FloatingPanel &panel, const QScreen &screen,
+                                        const QPoint &usual);
 
 /// The screen of the display with that id; when there is none, the one at or nearest to the place.
 QScreen *screenOf(const std::string &displayId, const QPoint &place);

@@ -18,9 +18,10 @@ QPointer<const QWidget> tipOwner;
 
 void showTip(const QWidget &widget) {
     if (!shownTip) {
-        shownTip = new PillPanel;
+        shownTip = new PillPanel(PanelShell::Role::tip);
         QObject::connect(qApp, &QCoreApplication::aboutToQuit, shownTip, [] { delete shownTip; });
     }
+    PanelShell::instance().adopt(*shownTip, PanelShell::Role::tip, widget.window());
     tipOwner = &widget;
     shownTip->setOnLightBackdrop(Theme::of(widget).isLight);
     shownTip->setText(widget.toolTip());

@@ -19,8 +19,8 @@ constexpr int pillDistance = 6;
 
 } // namespace
 
-PillPanel::PillPanel()
-    : FloatingPanel({.radius = pillHeight / 2.0, .isMovable = false}),
+PillPanel::PillPanel(PanelShell::Role role)
+    : FloatingPanel({.radius = pillHeight / 2.0, .isMovable = false, .role = role}),
       m_label(new PanelLabel(panelFont(secondLineSize), {}, this)) {}
 
 void PillPanel::setText(const QString &text) {
@@ -33,19 +33,21 @@ void PillPanel::setText(const QString &text) {
 void PillPanel::showBelow(const QRect &frame) {
     const int height = panelRect().height();
     const int below = frame.bottom() + 1 + pillDistance;
-    const bool fits = below + height <= screenAt(frame.center())->availableGeometry().bottom() + 1;
+    const bool fits = below + height <= PanelShell::instance().room(*screenAt(frame.center())).bottom() + 1;
     showAt(frame, fits ? below : frame.top() - pillDistance - height);
 }
 
 void PillPanel::showAbove(const QRect &frame) {
     const int above = frame.top() - pillDistance - panelRect().height();
-    const bool fits = above >= screenAt(frame.center())->availableGeometry().top();
+    const bool fits = above >= PanelShell::instance().room(*screenAt(frame.center())).top();
     showAt(frame, fits ? above : frame.bottom() + 1 + pillDistance);
 }
 
 void PillPanel::showAt(const QRect &frame, int top) {
-    placePanel({frame.center().x() - panelRect().width() / 2, top});
-    showPanel();
+    if (placePanel({frame.center().x() - panelRect().width() / 2, top}))
+        showPanel();
+    else
+        hide();
 }
 
 } // namespace vantrell

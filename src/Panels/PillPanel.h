@@ -12,7 +12,7 @@ namespace vantrell {
 /// nothing. Main thread.
 class PillPanel : public FloatingPanel {
 public:
-    PillPanel();
+    explicit PillPanel(PanelShell::Role role = PanelShell::Role::panel);
 
     /// Sizes itself.
     void setText(const QString &text);

@@ -37,6 +37,9 @@ public:
     /// The displays as they are now, the primary one first.
     virtual std::expected<std::vector<Display>, PlatformError> displays() = 0;
 
+    /// Windows are picked in the desktop's own dialog and nowhere else.
+    virtual bool hasOwnPicker() const { return false; }
+
     /// Windows of applications that can be captured, the topmost first.
     virtual std::expected<std::vector<WindowDescription>, PlatformError> windows() = 0;
 

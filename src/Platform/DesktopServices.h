@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Platform/ColourScheme.h"
 #include "Platform/FileOpener.h"
 #include "Platform/HotKeyBackend.h"
 #include "Platform/LoginItem.h"
@@ -23,6 +24,7 @@ struct DesktopServices {
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<ScreenAccess> screenAccess;
     std::unique_ptr<FileOpener> files;
+    std::unique_ptr<ColourScheme> colours;
 };
 
 } // namespace vantrell

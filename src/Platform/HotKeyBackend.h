@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <expected>
 #include <functional>
+#include <optional>
+#include <string>
 
 namespace vantrell {
 
@@ -24,6 +26,16 @@ public:
     /// for a key that repeats. The error's code tells why it cannot be had; another program that holds it is
     /// the usual one.
     virtual std::expected<void, PlatformError> grab(Key key, std::function<void()> pressed) = 0;
+
+    /// A desktop that assigns combinations itself has assigned this one, in its own words; empty: none.
+    /// Absent: the combination is the one that was asked for.
+    virtual std::optional<std::string> assigned(Key) const { return std::nullopt; }
+
+    /// Why there are no hot keys at all, and what the user can do instead; known shortly after the start.
+    virtual std::optional<PlatformError> problem() const { return std::nullopt; }
+
+    /// What `assigned` and `problem` tell has changed.
+    std::function<void()> onChange;
 };
 
 } // namespace vantrell

@@ -24,6 +24,8 @@ public:
         std::vector<Action> actions;
         /// Stays until it is withdrawn or dismissed.
         bool stays = false;
+        /// Nothing that should come up over other windows; where the desktop keeps a list, only there.
+        bool isQuiet = false;
     };
     /// 0 names no notification.
     using Id = std::uint32_t;

@@ -14,6 +14,7 @@ class NullStillCapture final : public StillCapture {
 public:
     explicit NullStillCapture(PlatformError reason) : m_reason(std::move(reason)) {}
 
+    bool canWatch() const override { return false; }
     Task<Result> captureWindow(std::uint32_t, std::stop_token) override {
         co_return std::unexpected(Error(m_reason));
     }

@@ -26,6 +26,9 @@ public:
 
     virtual ~StillCapture() = default;
 
+    /// Parts of the screen can be looked at as often as wanted: the user is not asked, nothing flashes.
+    virtual bool canWatch() const { return true; }
+
     /// A window's whole content, also where others cover it: with its transparency, without the window
     /// manager's frame and without a shadow that the application draws itself.
     virtual Task<Result> captureWindow(std::uint32_t window, std::stop_token stop) = 0;

@@ -3,6 +3,8 @@
 
 #include "ShelfPanel/KeyboardLoan.h"
 
+#include "Panels/PanelShell.h"
+
 #include <QWindow>
 
 #include <utility>
@@ -13,6 +15,8 @@ void KeyboardLoan::take() {
     if (m_lender)
         return;
     m_lender = DesktopLink::instance().focusedWindow();
+    if (PanelShell::instance().lendKeyboard(m_panel))
+        return;
     m_panel.windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, false);
     DesktopLink::instance().focus(DesktopLink::WindowId(m_panel.winId()));
 }
@@ -25,7 +29,10 @@ void KeyboardLoan::giveBack() {
 }
 
 void KeyboardLoan::forget() {
-    if (std::exchange(m_lender, {}))
+    if (!std::exchange(m_lender, {}))
+        return;
+    PanelShell::instance().takeKeyboardBack(m_panel);
+    if (m_panel.windowHandle())
         m_panel.windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, true);
 }
 

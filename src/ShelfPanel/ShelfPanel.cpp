@@ -6,6 +6,7 @@
 #include "Panels/BackdropMonitor.h"
 #include "Panels/PanelFont.h"
 #include "Panels/PanelPlacement.h"
+#include "Panels/PanelShell.h"
 #include "ShelfPanel/ShelfStack.h"
 #include "ShelfPanel/ShelfText.h"
 #include "Support/Log.h"
@@ -26,6 +27,7 @@ namespace vantrell {
 struct ShelfPanel::Panel final : ShelfStack::Host {
     Panel(ShelfPanel &shelf, Services given) : owner(shelf), services(given) {
         observation = services.store.observe([this] { itemsChanged(); });
+        picture = PanelShell::instance().observePicture([this] { keepOutOfPicture(); });
         for (const auto changed : {&QGuiApplication::screenAdded, &QGuiApplication::screenRemoved,
                                    &QGuiApplication::primaryScreenChanged})
             QObject::connect(qGuiApp, changed, &context, [this] { place(); });
@@ -37,7 +39,7 @@ struct ShelfPanel::Panel final : ShelfStack::Host {
             place();
         }
         stack->setItems(services.store.items());
-        stack->showPanel();
+        keepOutOfPicture();
         if (!backdrop && services.stills && services.clock) {
             backdrop.emplace(*stack, *services.stills, *services.clock,
                              [this](bool isLight) { stack->setOnLightBackdrop(isLight); });
@@ -53,6 +55,16 @@ struct ShelfPanel::Panel final : ShelfStack::Host {
         // Not inside a call of its own: one of its buttons may have led here.
         retired = std::move(stack);
         QTimer::singleShot(0, &context, [this] { retired.reset(); });
+    }
+
+    /// What is being recorded there shows no cards: they come back when it is over.
+    void keepOutOfPicture() {
+        if (!stack)
+            return;
+        if (stack->mayLieAt(stack->panelFrame().topLeft()))
+            stack->showPanel();
+        else
+            stack->hide();
     }
 
     /// The display that the shelf shall be on, or what has become of it.
@@ -127,17 +139,18 @@ struct ShelfPanel::Panel final : ShelfStack::Host {
         if (!item)
             return nullptr;
         auto *menu = new QMenu;
-        const auto add = [this, menu](const char *text, bool isPossible, auto action) {
-            QAction *entry = menu->addAction(shelfText(text));
+        const auto add = [this, menu](const QString &text, bool isPossible, auto action) {
+            QAction *entry = menu->addAction(text);
             entry->setEnabled(isPossible);
             QObject::connect(entry, &QAction::triggered, &context, action);
         };
-        add("Open", item->isDone(), [this, id] { services.store.open(id); });
-        add("Retry", item->canRetry(), [this, id] { services.store.retry(id); });
-        add("Copy link", item->isDone() && owner.pageOf, [this, id] { copyLink(id); });
-        add("Show in file manager", item->fileURL().has_value(), [this, id] { showInFileManager(id); });
+        add(shelfText("Open"), item->isDone(), [this, id] { services.store.open(id); });
+        add(shelfText("Retry"), item->canRetry(), [this, id] { services.store.retry(id); });
+        add(shelfText("Copy link"), item->isDone() && owner.pageOf, [this, id] { copyLink(id); });
+        add(shelfText("Show in file manager"), item->fileURL().has_value(),
+            [this, id] { showInFileManager(id); });
         menu->addSeparator();
-        add("Dismiss", true, [this, id] { services.store.remove(id); });
+        add(shelfText("Dismiss"), true, [this, id] { services.store.remove(id); });
         return menu;
     }
 
@@ -172,6 +185,7 @@ struct ShelfPanel::Panel final : ShelfStack::Host {
     std::optional<BackdropMonitor> backdrop;
     QMetaObject::Connection roomChanged;
     Observation observation;
+    Observation picture;
     /// What the connections end with.
     QObject context;
 };

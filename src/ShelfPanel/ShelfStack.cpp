@@ -197,7 +197,7 @@ void ShelfStack::setDisplay(QScreen *screen) {
 int ShelfStack::roomForCards() const {
     if (!m_screen)
         return 1;
-    const QRect free = m_screen->availableGeometry();
+    const QRect free = PanelShell::instance().room(*m_screen);
     const double height = shelfPanelFrame(count(), {double(free.x()), double(free.y()), double(free.width()),
                                                     double(free.height())})
                               .height;
@@ -290,7 +290,7 @@ void ShelfStack::placeAll() {
 void ShelfStack::fitWindow() {
     if (!m_screen)
         return;
-    const QRect free = m_screen->availableGeometry();
+    const QRect free = PanelShell::instance().room(*m_screen);
     const Rect frame = shelfPanelFrame(
         count(), {double(free.x()), double(free.y()), double(free.width()), double(free.height())});
     double top = 0;
@@ -312,15 +312,16 @@ void ShelfStack::fitWindow() {
 void ShelfStack::arrangeScrollButtons() {
     const int room = roomForCards();
     const int older = std::max(0, count() - room - m_newerHidden);
-    const auto arrangeOne = [this](PanelButton &button, int hidden, const char *words, int y) {
-        button.setLabel(shelfText(words).arg(hidden));
-        button.setWords(shelfText(words).arg(hidden));
+    const auto arrangeOne = [this](PanelButton &button, int hidden, const QString &words, int y) {
+        button.setLabel(words.arg(hidden));
+        button.setWords(words.arg(hidden));
         button.setVisible(hidden > 0);
         const QSize size = button.sizeHint();
         button.setGeometry(panelRect().center().x() - size.width() / 2, y, size.width(), size.height());
     };
-    arrangeOne(*m_older, older, "%1 older", panelRect().top() - scrollButtonGap - scrollButtonHeight);
-    arrangeOne(*m_newer, m_newerHidden, "%1 newer", panelRect().bottom() + 1 + scrollButtonGap);
+    arrangeOne(*m_older, older, shelfText("%1 older"),
+               panelRect().top() - scrollButtonGap - scrollButtonHeight);
+    arrangeOne(*m_newer, m_newerHidden, shelfText("%1 newer"), panelRect().bottom() + 1 + scrollButtonGap);
 }
 
 QRect ShelfStack::bodyOf(const ShelfCard &card) const {
@@ -351,8 +352,7 @@ void ShelfStack::outlineChanged() {
     // Of a window without cards there is nothing to meet, but an empty region means all of it.
     if (region.isEmpty())
         region = QRect(0, 0, 1, 1);
-    DesktopLink::instance().setShape(DesktopLink::WindowId(internalWinId()), isBlended() ? QRegion() : region,
-                                     region);
+    PanelShell::instance().setShape(*this, isBlended() ? QRegion() : region, region);
 }
 
 bool ShelfStack::event(QEvent *event) {
@@ -558,6 +558,7 @@ void ShelfStack::showMenu(ShelfCard &card, const QPoint &globalPlace) {
     dressMenu(*menu, theme());
     followMenu(*menu, card.id());
     QObject::connect(menu, &QMenu::aboutToHide, menu, &QObject::deleteLater);
+    PanelShell::instance().adopt(*menu, PanelShell::Role::menu, this);
     menu->popup(globalPlace);
 }
 

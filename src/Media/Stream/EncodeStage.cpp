@@ -37,7 +37,7 @@ void EncodeStage::run() {
         if (m_last)
             time = std::max(time, m_lastEncoderTime + 1);
         m_lastEncoderTime = time;
-        const bool encoded = job->changed.any() ? encode(*job, time) : refine(*job, time);
+        const bool encoded = job->isRepeated ? refine(*job, time) : encode(*job, time);
         m_exchange.done(*job);
         m_last = std::move(job);
         if (!encoded)

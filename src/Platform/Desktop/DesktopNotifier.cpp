@@ -90,6 +90,9 @@ void DesktopNotifier::send(Id id) {
     // Else one of its actions would take it away.
     if (notification.stays)
         hints.insert("resident", true);
+    constexpr unsigned char low = 0;
+    if (notification.isQuiet)
+        hints.insert("urgency", QVariant::fromValue(low));
     const QString body = QString::fromStdString(notification.body);
     constexpr int asLongAsTheDaemonLikes = -1;
     constexpr int never = 0;

@@ -30,6 +30,7 @@ public:
     ~WaylandCaptureBackend() override;
 
     std::expected<std::vector<Display>, PlatformError> displays() override { return m_displays(); }
+    bool hasOwnPicker() const override { return true; }
     /// Always fails: only the desktop's own dialog knows them.
     std::expected<std::vector<WindowDescription>, PlatformError> windows() override;
     Task<Choice> choose(CaptureRequest request, std::stop_token stop) override;

@@ -16,6 +16,8 @@ public:
     /// The backend outlives it.
     explicit WaylandStillCapture(WaylandCaptureBackend &backend) : m_backend(backend) {}
 
+    /// The desktop may ask or flash.
+    bool canWatch() const override { return false; }
     /// Of a window that the backend was asked to choose.
     Task<Result> captureWindow(std::uint32_t window, std::stop_token stop) override;
     Task<Result> captureArea(PixelRect area, std::stop_token stop) override;
