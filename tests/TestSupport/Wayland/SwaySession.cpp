@@ -19,7 +19,7 @@ namespace {
 std::string found(const std::filesystem::path &folder, const std::string &start, const std::string &end) {
     for (const auto &entry : std::filesystem::directory_iterator(folder)) {
         const std::string name = entry.path().filename();
-        if (name.starts_with(start) && name.ends_with(end))
+        if (name.starts_with(start) && name.ends_with(end) && !name.ends_with(".lock"))
             return name;
     }
     return {};
