@@ -22,8 +22,10 @@ set(precompiled_headers
 set(precompiled_links Qt6::Gui QCoro6::Core nlohmann_json::nlohmann_json Threads::Threads)
 set(precompiled_test_headers ${precompiled_headers} <gtest/gtest.h> <gmock/gmock.h>)
 vantrell_precompile(vantrell_precompiled LINK ${precompiled_links} HEADERS ${precompiled_headers})
-vantrell_precompile(vantrell_precompiled_tests LINK ${precompiled_links} GTest::gtest GTest::gmock
-  HEADERS ${precompiled_test_headers})
+if(VANTRELL_DEVELOPMENT)
+  vantrell_precompile(vantrell_precompiled_tests LINK ${precompiled_links} GTest::gtest GTest::gmock
+    HEADERS ${precompiled_test_headers})
+endif()
 if(VANTRELL_SANITIZE)
   # For the folders that are optimized though the build is not.
   vantrell_precompile(vantrell_precompiled_optimized LINK ${precompiled_links} HEADERS ${precompiled_headers}

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
 # SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 #
-# Checks format, licence lines and includes; with --tidy also that each header compiles by itself, and runs
+# Checks format, licence lines, includes and translations; with --tidy also that each header compiles by itself, and runs
 # clang-tidy over what is new in the asan build (whose unity files make that quick).
 set -u
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
@@ -17,11 +17,12 @@ done < <(git ls-files -- '*.cpp' '*.h' '*.c' '*.js' '*.mjs' '*.sh' '*.cmake' run
 if grep -n '#include "\.\./' "${cpp[@]}"; then
   complain "include by the folder's name, not by a relative path"
 fi
+scripts/catalogues --check || complain "a text has no translation"
 
 if [ "${1:-}" = --tidy ]; then
   scripts/headers.sh || complain "a header above does not compile by itself"
   # What the asan build compiled anew is tidied anew: an object file is as old as the newest that it was made of.
-  # Qt's own generated sources are not ours to tidy.
+  # Generated sources are not ours to tidy.
   mkdir -p build/tidy
   tidy() {
     local stamp=build/tidy/${1//\//_}
@@ -32,7 +33,7 @@ if [ "${1:-}" = --tidy ]; then
   }
   export -f tidy
   sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p; s/^ *"command": .* -o \([^ ]*\) .*$/\1/p' build/asan/compile_commands.json |
-    paste -d ' ' - - | grep -vE 'autogen|_deps|precompiled\.dir|precompiled_tests\.dir' |
+    paste -d ' ' - - | grep -vE 'autogen|_deps|Catalogues|precompiled\.dir|precompiled_tests\.dir' |
     xargs -P "$(nproc)" -n 2 bash -c 'tidy "$@"' tidy ||
     complain "clang-tidy found the above"
 fi

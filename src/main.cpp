@@ -2,14 +2,19 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "App/Application.h"
+#include "App/LibraryVersions.h"
 #include "App/PlatformLoader.h"
 #include "App/SessionKind.h"
 #include "Auth/KeyProvider.h"
+#include "Capture/CaptureStorage.h"
 #include "CommandLine/Arguments.h"
 #include "CommandLine/Run.h"
 #include "CommandLine/UnixSignals.h"
+#include "CommandLine/VersionText.h"
 #include "Media/Libav/FFmpegLog.h"
+#include "Panels/Languages.h"
 #include "Panels/PanelShell.h"
+#include "Support/CrashHandler.h"
 #include "Support/Log.h"
 #include "Support/SystemClock.h"
 #include "Support/TaskScope.h"
@@ -43,6 +48,7 @@ int runApplication(int argc, char **argv, std::optional<std::string> environment
     QApplication qt(argc, argv);
     QApplication::setApplicationName("vantrell-capture");
     QApplication::setDesktopFileName("app.vantrell.Capture");
+    installUsersLanguage();
     SystemClock clock;
     std::optional<int> ended;
     {
@@ -55,7 +61,8 @@ int runApplication(int argc, char **argv, std::optional<std::string> environment
         scope.start(
             [](Application *running, std::optional<int> *end, std::stop_token stop) -> Task<> {
                 *end = co_await running->run(stop);
-                QCoreApplication::quit();
+                // Not quit(), which asks all windows to close: an alert that waits for its answer refuses.
+                QCoreApplication::exit();
             },
             &application, &ended);
         if (!ended)
@@ -71,6 +78,7 @@ int main(int argc, char **argv) {
     std::optional<std::string> environmentKey = KeyProvider::takeFromEnvironment();
     installLogging();
     installFFmpegLog();
+    installCrashHandler(CaptureStorage::crashFolder(), programAndBuild());
     const auto arguments = parseArguments({argv + 1, argv + argc});
     if (!arguments) {
         const std::string sentence = arguments.error().sentence + "\nTry vantrell-capture --help";
@@ -84,7 +92,7 @@ int main(int argc, char **argv) {
     QCoreApplication::setApplicationName("vantrell-capture");
     Reporter reporter(arguments->json);
     SystemClock clock;
-    const CommandContext context{reporter, clock, std::move(environmentKey), loadPlatform};
+    const CommandContext context{reporter, clock, std::move(environmentKey), loadPlatform, libraryVersions};
     // A command that never waits ends before the event loop runs.
     std::optional<ExitCode> ended;
     TaskScope scope;

@@ -12,10 +12,10 @@ namespace vantrell::bench {
 
 namespace {
 
-constexpr double chartWidth = 560;
+constexpr double chartWidth = 500;
 constexpr double chartHeight = 460;
 constexpr double left = 76;
-constexpr double right = 128;
+constexpr double right = 40;
 constexpr double top = 56;
 constexpr double bottom = 64;
 
@@ -65,20 +65,18 @@ void drawChart(std::ostream &out, const Chart &chart, double offset) {
     out << printed("<text transform='translate(%.1f %.1f) rotate(-90)' class='axis' "
                    "text-anchor='middle'>%s</text>\n",
                    x0 - 54, (y0 + y1) / 2, chart.yTitle.c_str());
-    double below = 0;
+    double legend = y1 + 18;
     for (const Curve &curve : chart.curves) {
         std::string path;
         for (const CurvePoint &point : curve.points)
             path += printed("%s%.1f %.1f", path.empty() ? "M" : "L", x.at(point.x), y.at(point.y));
         out << printed("<path d='%s' class='curve' stroke='%s'%s/>\n", path.c_str(), curve.colour.c_str(),
                        curve.isDashed ? " stroke-dasharray='5 4'" : "");
-        // Labels lie beside the curves' ends, one below the other where these are close.
-        double label = y.at(curve.points.back().y) + 4;
-        if (below > 0 && label < below + 15)
-            label = below + 15;
-        below = label;
-        out << printed("<text x='%.1f' y='%.1f' class='label' fill='%s'>%s</text>\n", x1 + 8, label,
-                       curve.colour.c_str(), curve.label.c_str());
+        out << printed("<path d='M%.1f %.1fh26' class='curve' stroke='%s'%s/><text x='%.1f' y='%.1f' "
+                       "class='label'>%s</text>\n",
+                       x0 + 12, legend, curve.colour.c_str(), curve.isDashed ? " stroke-dasharray='5 4'" : "",
+                       x0 + 46, legend + 4, curve.label.c_str());
+        legend += 20;
     }
 }
 
@@ -91,7 +89,8 @@ void drawCharts(const std::vector<Chart> &charts, const std::filesystem::path &f
                    "height='%.0f' font-family='sans-serif'>\n",
                    width, chartHeight, width, chartHeight);
     out << "<style>.title{font-size:16px;font-weight:600;fill:#111827}.tick{font-size:11px;fill:#6b7280}"
-           ".axis{font-size:12px;fill:#374151}.label{font-size:12px}.grid{stroke:#e5e7eb;fill:none}"
+           ".axis{font-size:12px;fill:#374151}.label{font-size:12px;fill:#374151}.grid{stroke:#e5e7eb;fill:"
+           "none}"
            ".curve{fill:none;stroke-width:2.2;stroke-linejoin:round}</style>\n";
     out << "<rect width='100%' height='100%' fill='#ffffff'/>\n";
     for (std::size_t i = 0; i < charts.size(); ++i)

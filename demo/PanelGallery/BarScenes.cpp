@@ -16,7 +16,7 @@ namespace {
 
 struct Bar {
     Bar(StillCapture &stills, Settings &settings, Clock &clock)
-        : bar({sound, &cameras, stills, settings, clock}) {
+        : bar({sound, cameras, stills, settings, clock}) {
         sound.connected = {{"built-in", "Built-in", true}, {"usb", "Røde NT-USB Mini Analog Stereo", false}};
         state->isConnected = true;
         state->projects = {{"1", "My captures"},

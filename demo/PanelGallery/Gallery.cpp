@@ -5,6 +5,7 @@
 
 #include "Backdrop.h"
 #include "Panels/PanelButton.h"
+#include "Panels/Sentence.h"
 #include "Support/SystemClock.h"
 
 #include <QApplication>
@@ -51,10 +52,18 @@ Task<> grabScenes(std::vector<Scene> scenes, QString folder, std::stop_token sto
     }
 }
 
+bool isCalled(const QString &name, const QString &english) {
+    const QByteArray key = english.toUtf8();
+    for (const char *const context : {"CaptureBar", "RecordingHUD", "ShelfPanel", "SelectionOverlay"})
+        if (name == QCoreApplication::translate(context, key.constData()))
+            return true;
+    return name == inUsersLanguage(english);
+}
+
 PanelButton *controlNamed(const QString &label) {
     for (QWidget *widget : QApplication::allWidgets()) {
         auto *button = dynamic_cast<PanelButton *>(widget);
-        if (button && button->isVisible() && button->accessibleName() == label)
+        if (button && button->isVisible() && isCalled(button->accessibleName(), label))
             return button;
     }
     return nullptr;

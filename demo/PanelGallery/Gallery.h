@@ -29,7 +29,10 @@ struct Scene {
 /// "name.png", into the folder.
 Task<> grabScenes(std::vector<Scene> scenes, QString folder, std::stop_token stop);
 
-/// The visible control with that label; null when there is none.
+/// Whether something has that name, in whatever language the gallery is shown.
+bool isCalled(const QString &name, const QString &english);
+
+/// The visible control with that (English) label; null when there is none.
 PanelButton *controlNamed(const QString &label);
 
 } // namespace vantrell::gallery

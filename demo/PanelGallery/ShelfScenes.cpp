@@ -85,7 +85,7 @@ void addOddities(Shelf &shelf) {
 template <typename Chosen>
 void forShown(const QString &name, Chosen chosen) {
     for (QWidget *widget : QApplication::allWidgets()) {
-        if (widget->accessibleName() == name && widget->isVisible())
+        if (isCalled(widget->accessibleName(), name) && widget->isVisible())
             return chosen(*widget);
     }
 }

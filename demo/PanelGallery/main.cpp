@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "Backdrop.h"
+#include "Panels/Languages.h"
+#include "Panels/PseudoLanguage.h"
 #include "Platform/X11/X11StillCapture.h"
 #include "Scenes.h"
 #include "Support/SystemClock.h"
@@ -31,10 +33,20 @@ int main(int argc, char **argv) {
     parser.addOption({"scale", "Pixels for each point.", "scale", "1"});
     parser.addOption({"light", "On a light screen."});
     parser.addOption({"rtl", "For those who read from the right."});
+    parser.addOption(
+        {"language", "In that language; \"pseudo\" shows what is not translated or cut.", "language"});
     parser.addOption({"only", "Scenes whose names begin so.", "prefix"});
     parser.process(application);
     if (parser.isSet("rtl"))
         QApplication::setLayoutDirection(Qt::RightToLeft);
+
+    std::unique_ptr<QTranslator> language;
+    if (parser.value("language") == "pseudo")
+        language = std::make_unique<PseudoLanguage>();
+    else if (parser.isSet("language"))
+        language = catalogueFor(QLocale(parser.value("language")));
+    if (language)
+        QCoreApplication::installTranslator(language.get());
 
     Backdrop backdrop(parser.isSet("light"));
     backdrop.show();

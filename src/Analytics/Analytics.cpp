@@ -8,6 +8,7 @@
 #include "Support/Clock.h"
 #include "Support/Log.h"
 #include "Support/ScopeExit.h"
+#include "Support/Settings.h"
 #include "Support/SystemClock.h"
 
 #include <QCoreApplication>
@@ -38,12 +39,6 @@ bool isValidName(std::string_view name) {
            std::ranges::all_of(name.substr(prefix.size()), isAllowed);
 }
 
-bool userOptedOut() {
-    const char *value = std::getenv("DO_NOT_TRACK");
-    const std::string_view text = value ? value : "";
-    return !text.empty() && text != "0" && text != "false";
-}
-
 /// What waited of an earlier run goes when the user has opted out since.
 std::filesystem::path prepared(std::filesystem::path file, bool isOff) {
     std::error_code ignored;
@@ -63,13 +58,31 @@ std::unique_ptr<Shared> sharedQueue;
 Analytics &Analytics::shared() {
     if (!sharedQueue) {
         sharedQueue = std::make_unique<Shared>();
+        sharedQueue->queue.setOff(Settings(Settings::defaultFile()).boolean("usageEventsOff"));
         qAddPostRoutine([] { sharedQueue.reset(); });
     }
     return sharedQueue->queue;
 }
 
 Analytics::Analytics(std::filesystem::path file, Clock &clock)
-    : m_clock(clock), m_off(userOptedOut()), m_queue(prepared(std::move(file), m_off)) {}
+    : m_clock(clock), m_off(isForbidden()), m_queue(prepared(std::move(file), m_off)) {}
+
+bool Analytics::isForbidden() {
+    const char *value = std::getenv("DO_NOT_TRACK");
+    const std::string_view text = value ? value : "";
+    return !text.empty() && text != "0" && text != "false";
+}
+
+void Analytics::setOff(bool off) {
+    m_off = off || isForbidden();
+    if (!m_off)
+        return;
+    std::set<std::string> all;
+    for (const AnalyticsEvent &event : m_queue.events())
+        all.insert(event.id);
+    if (!all.empty())
+        m_queue.remove(all);
+}
 
 void Analytics::track(const std::string &name, AnalyticsProps props) {
     if (!isValidName(name)) {

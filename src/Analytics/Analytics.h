@@ -21,8 +21,8 @@ class VantrellAPI;
 /// whenever 10 events wait. Processes that run side by side share it. Nothing of it is ever shown to the
 /// user, except how many events wait. Main thread.
 ///
-/// The user switches it off with the environment variable DO_NOT_TRACK: then nothing is recorded or sent, and
-/// what waited on disk is removed.
+/// The user switches it off with the environment variable DO_NOT_TRACK or in the capture bar's options: then
+/// nothing is recorded or sent, and what waited on disk is removed.
 class Analytics {
 public:
     /// The process's own queue, made on first use. It ends with the application object.
@@ -45,6 +45,10 @@ public:
     /// How many events wait.
     int count() const { return int(m_queue.events().size()); }
     bool isOff() const { return m_off; }
+    /// The user's choice. It cannot switch on what the environment forbids.
+    void setOff(bool off);
+    /// DO_NOT_TRACK is set.
+    static bool isForbidden();
 
 private:
     Task<> flushPeriodically(std::stop_token stop);
@@ -52,7 +56,7 @@ private:
     Task<bool> postBatch(std::stop_token stop);
 
     Clock &m_clock;
-    const bool m_off;
+    bool m_off;
     QueueFile m_queue;
     VantrellAPI *m_api = nullptr;
     bool m_isFlushing = false;

@@ -6,6 +6,7 @@
 #include "Analytics/Analytics.h"
 #include "App/Relaunch.h"
 #include "App/SingleInstance.h"
+#include "Panels/Sentence.h"
 #include "Session/CapturePruning.h"
 #include "Support/BlockingWork.h"
 #include "Support/FilePath.h"
@@ -276,6 +277,10 @@ std::shared_ptr<ToolBarState> AppDelegate::makeBarState(ToolMode tool) {
     state->onOpenAfterUploadChange = [&settings](bool opens) { settings.setOpenAfterUpload(opens); };
     state->onSeparateCursorChange = [&settings](bool separate) { settings.setSeparateCursor(separate); };
     state->onAutoCameraChange = [&settings](bool automatic) { settings.setAutoCamera(automatic); };
+    state->onSendsUsageChange = [&settings](bool sends) {
+        settings.setUsageEventsOff(!sends);
+        Analytics::shared().setOff(!sends);
+    };
     state->onProjectChange = [this](std::optional<std::string> id) {
         m_services.settings.setSelectedProjectId(id);
         rebuildMenu();
@@ -313,6 +318,8 @@ void AppDelegate::publishToBar() {
     state.openAfterUpload = settings.openAfterUpload();
     state.separateCursor = settings.separateCursor();
     state.autoCamera = settings.autoCamera();
+    state.sendsUsage = !Analytics::shared().isOff();
+    state.usageForbidden = Analytics::isForbidden();
     state.projects = m_account.projects();
     state.selectedProjectId = settings.selectedProjectId();
     state.isConnected = m_account.isPaired();
@@ -464,7 +471,9 @@ void AppDelegate::noteFailedUploads() {
             continue;
         const QUuid id = item.id;
         m_services.desktop.notifications->show(
-            {.title = item.title(), .body = failed->message, .actions = {{"retry", "Retry"}}},
+            {.title = inUsersLanguage(item.title()),
+             .body = inUsersLanguage(failed->message),
+             .actions = {{"retry", inUsersLanguage(std::string("Retry"))}}},
             [this, id](const std::string &) { m_services.uploads.shelf().retry(id); });
     }
 }
@@ -483,8 +492,9 @@ void AppDelegate::noteWithoutTray() {
         return;
     // What comes up over the windows would be in the picture that the panels keep out of.
     m_recordingNotification =
-        notifier.show({.title = "Vantrell Capture, recording",
-                       .actions = {{"stop", "Stop Recording"}, {"pause", isPaused ? "Resume" : "Pause"}},
+        notifier.show({.title = inUsersLanguage(std::string("Vantrell Capture, recording")),
+                       .actions = {{"stop", inUsersLanguage(std::string("Stop Recording"))},
+                                   {"pause", inUsersLanguage(std::string(isPaused ? "Resume" : "Pause"))}},
                        .stays = true,
                        .isQuiet = !isSeen},
                       [this](const std::string &key) {

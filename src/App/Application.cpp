@@ -79,6 +79,9 @@ Task<int> Application::run(std::stop_token stop) {
     shelf.pageOf = [this](const ShelfItem &item) { return m_delegate->editorPage(item); };
     m_bus->serve(*m_delegate, m_platform, *m_ui);
     m_delegate->completeLaunch();
+    m_bus->answerEarlyCalls();
+    m_crashNotice = std::make_unique<CrashNotice>(*m_settings, *m_desktop.files);
+    m_scope.start(m_crashNotice.get(), &CrashNotice::tellIfNew, Ask(vantrell::ask));
     co_await m_ended.wait(stop);
     co_await m_uploads->written(stop);
     co_return 0;

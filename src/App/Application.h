@@ -5,6 +5,7 @@
 
 #include "App/AppDelegate.h"
 #include "App/BusObject.h"
+#include "App/CrashNotice.h"
 #include "App/PanelInterface.h"
 #include "App/SingleInstance.h"
 #include "Platform/DesktopServices.h"
@@ -12,6 +13,7 @@
 #include "Support/Clock.h"
 #include "Support/OneShot.h"
 #include "Support/Task.h"
+#include "Support/TaskScope.h"
 
 #include <memory>
 #include <optional>
@@ -52,6 +54,8 @@ private:
     std::unique_ptr<UploadRun> m_uploads;
     std::unique_ptr<PanelInterface> m_ui;
     std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<CrashNotice> m_crashNotice;
+    TaskScope m_scope;
 };
 
 } // namespace vantrell

@@ -56,6 +56,9 @@ constexpr const char *introspection = R"(
   </interface>
 )";
 
+/// A desktop sends one or two; whatever sends more is broken.
+constexpr std::size_t mostEarlyCalls = 32;
+
 QString textOf(const std::string &text) {
     return QString::fromStdString(text);
 }
@@ -109,6 +112,11 @@ void BusObject::serve(AppDelegate &delegate, Platform &platform, UserInterface &
     delegate.uploads().onEnd = [this](const UploadEnd &end) { uploadEnded(end); };
 }
 
+void BusObject::answerEarlyCalls() {
+    for (const QDBusMessage &call : std::exchange(m_early, {}))
+        handleMessage(call, m_bus);
+}
+
 QString BusObject::introspect(const QString &) const {
     return QString::fromLatin1(introspection);
 }
@@ -124,6 +132,11 @@ bool BusObject::handleMessage(const QDBusMessage &message, const QDBusConnection
                                      QStringLiteral("Only the user of this session may use the application"));
     } else if (interface == QLatin1String("org.freedesktop.DBus.Properties")) {
         answer = property(message);
+    } else if (!m_delegate && interface == QLatin1String(applicationBus::standardInterface) &&
+               m_early.size() < mostEarlyCalls) {
+        // The desktop has started us for it, and it asks only once.
+        message.setDelayedReply(true);
+        m_early.push_back(message);
     } else if (!m_delegate) {
         answer = message.createErrorReply(QString::fromLatin1(applicationBus::starting),
                                           QStringLiteral("The application is starting"));
@@ -192,12 +205,8 @@ BusObject::Answer BusObject::standardMethod(const QDBusMessage &call) {
         return call.createReply();
     }
     if (call.member() == QLatin1String("Open")) {
-        QStringList files;
-        for (const QString &uri : call.arguments().value(0).toStringList())
-            files.append(QUrl(uri).toLocalFile());
-        QDBusMessage asUpload = call;
-        asUpload.setArguments({files, QString()});
-        return upload(asUpload);
+        m_scope.start(this, &BusObject::openFiles, call);
+        return std::nullopt;
     }
     if (call.member() == QLatin1String("ActivateAction") && activateAction(textArgument(call, 0)))
         return call.createReply();
@@ -375,6 +384,23 @@ Task<> BusObject::uploadFiles(QDBusMessage call, std::stop_token stop) {
     // Whoever asked may delete or end what it has once it is told: the journal has it first.
     if (co_await m_delegate->uploads().written(stop))
         m_bus.send(call.createReply({ids, errors}));
+}
+
+Task<> BusObject::openFiles(QDBusMessage call, std::stop_token stop) {
+    m_bus.send(call.createReply());
+    for (const QString &uri : call.arguments().value(0).toStringList()) {
+        const std::filesystem::path path(QUrl(uri).toLocalFile().toStdString());
+        auto capture = co_await runBlocking([path] { return readCaptureFile(path); }, stop);
+        if (capture) {
+            m_delegate->handover().deliver(std::make_shared<const CaptureResult>(std::move(*capture)), {});
+            continue;
+        }
+        const auto *const sentence = std::get_if<std::string>(&capture.error());
+        if (!sentence)
+            co_return;
+        // A file manager shows no errors: whoever opened the file looks at the screen.
+        co_await m_ui->ask("Could not open the file", *sentence, {"OK"}, stop);
+    }
 }
 
 BusObject::Answer BusObject::resume(const QDBusMessage &call) {

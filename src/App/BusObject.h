@@ -21,8 +21,9 @@
 
 namespace vantrell {
 
-/// The application on the session bus: org.freedesktop.Application and an interface of its own. Its methods
-/// answer with an error until the application has been launched. Main thread.
+/// The application on the session bus: org.freedesktop.Application and an interface of its own. Until the
+/// application has been launched the methods of its own interface answer with an error, and calls of the
+/// other wait: they come from the desktop, which starts programs by them. Main thread.
 class BusObject : public QDBusVirtualObject {
 public:
     /// `executable` is what runs: the program's file.
@@ -30,6 +31,8 @@ public:
 
     /// From now on the methods do something. Delegate and platform outlive the object.
     void serve(AppDelegate &delegate, Platform &platform, UserInterface &ui);
+    /// The application has been launched: does what the desktop wanted meanwhile.
+    void answerEarlyCalls();
 
     QString introspect(const QString &path) const override;
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
@@ -63,6 +66,7 @@ private:
     Answer recover(const QDBusMessage &call);
     Answer unpair(const QDBusMessage &call);
 
+    Task<> openFiles(QDBusMessage call, std::stop_token stop);
     Task<> uploadFiles(QDBusMessage call, std::stop_token stop);
     Task<> resumeUploads(QDBusMessage call, std::stop_token stop);
     Task<bool> isConnected(QDBusMessage call, std::stop_token stop);
@@ -81,6 +85,7 @@ private:
     UserInterface *m_ui = nullptr;
     Observation m_observation;
     QVariantMap m_toldStatus;
+    std::vector<QDBusMessage> m_early;
     /// Who waits for the end of an upload.
     std::multimap<QUuid, QDBusMessage> m_waiting;
     TaskScope m_scope;

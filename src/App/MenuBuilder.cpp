@@ -3,6 +3,8 @@
 
 #include "App/MenuBuilder.h"
 
+#include "Panels/Sentence.h"
+
 #include <QAction>
 #include <QKeySequence>
 #include <QMenu>
@@ -14,7 +16,7 @@ namespace {
 /// A name of any length and kind as one line of a menu, in which "&" is no mnemonic.
 QString menuTitle(const std::string &title) {
     constexpr int longest = 60;
-    QString text = QString::fromStdString(title).simplified();
+    QString text = inUsersLanguage(QString::fromStdString(title)).simplified();
     if (text.size() > longest)
         text = text.left(longest / 2) + QStringLiteral("…") + text.right(longest / 2 - 1);
     return text.replace(QLatin1Char('&'), QLatin1String("&&"));

@@ -53,7 +53,7 @@ std::unique_ptr<QMenu> PanelInterface::makePanelMenu() {
 void PanelInterface::showCaptureBar(std::shared_ptr<ToolBarState> state) {
     if (!m_captureBar)
         m_captureBar = std::make_unique<CaptureBar>(
-            CaptureBar::Services{*m_services.platform.audio, m_services.platform.cameras.get(),
+            CaptureBar::Services{*m_services.platform.audio, *m_services.platform.cameras,
                                  *m_services.platform.stills, m_services.settings.store(), m_services.clock});
     m_captureBar->show(std::move(state), std::nullopt, [this] { return makePanelMenu(); });
 }

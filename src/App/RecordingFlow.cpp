@@ -6,7 +6,6 @@
 #include "Analytics/Analytics.h"
 #include "Capture/CaptureStorage.h"
 #include "Capture/ScreenshotEngine.h"
-#include "Platform/CameraError.h"
 #include "Platform/Desktop/Trash.h"
 #include "Platform/DisplayLayout.h"
 #include "Recording/DiskSpace.h"
@@ -27,25 +26,12 @@ namespace {
 constexpr const char *recordingCard = "Screen recording";
 constexpr const char *cameraCard = "Camera recording";
 constexpr const char *cameraNotSaved = "Camera recording failed to save";
-/// How long the bubble says why there is no camera.
-constexpr auto cameraProblemShown = 8s;
 constexpr const char *screenshotCard = "Screenshot";
 /// The plan's limits are asked for at the start of a recording for this long; later ones still count.
 constexpr auto limitsPatience = 3s;
 /// What takes longer to be chosen was asked of the user.
 constexpr double dialogSeconds = 1;
 constexpr auto dialogFades = 400ms;
-
-/// Why there is no picture, in as few words as the bubble has room for.
-std::string bubbleWords(const PlatformError &problem) {
-    if (isCameraError(problem, CameraErrorCode::unplugged))
-        return "Disconnected";
-    if (isCameraError(problem, CameraErrorCode::inUse))
-        return "In use elsewhere";
-    if (isCameraError(problem, CameraErrorCode::noPicture))
-        return "No picture";
-    return "No camera";
-}
 
 /// What the usage events call the tool that led to it.
 ToolMode toolOf(const SelectionOutcome &outcome) {
@@ -70,7 +56,8 @@ Task<> giveUpAfter(Clock *clock, std::chrono::milliseconds patience, std::stop_s
 
 } // namespace
 
-RecordingFlow::RecordingFlow(Services services) : m_services(services) {}
+RecordingFlow::RecordingFlow(Services services)
+    : m_services(services), m_camera({services.platform, services.ui, services.settings, services.clock}) {}
 
 void RecordingFlow::changed() {
     // Sleep waits until the recording is on disk; a screen that goes dark would be recorded as such, but a
@@ -192,9 +179,8 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
     Analytics::shared().track(
         "cap.recording_started",
         {{"tool", toolName(outcome)}, {"camera", settings.cameraEnabled()}, {"mic", settings.micEnabled()}});
-    // Not waited for: the desktop may ask its user for minutes.
     if (settings.cameraEnabled())
-        m_cameraScope.start(this, &RecordingFlow::startCamera, engine, display);
+        m_camera.start(engine, display);
     co_return std::expected<void, Failure>();
 }
 
@@ -203,57 +189,6 @@ void RecordingFlow::rememberChoice(const CaptureSource &source) {
                            ? std::get_if<SelectionOutcome::DesktopPicker>(&m_activeRecordingOutcome->picked)
                            : nullptr)
         picker->what.restoreToken = source.restoreToken();
-}
-
-Task<> RecordingFlow::startCamera(std::shared_ptr<RecordingEngine> engine, Display display,
-                                  std::stop_token stop) {
-    Platform &platform = m_services.platform;
-    const bool granted = platform.cameras && co_await platform.cameras->requestAccess(stop);
-    if (stop.stop_requested())
-        co_return;
-    if (!granted) {
-        qCInfo(logCapture, "camera skipped: granted=%d", 0);
-        m_cameraProblem = cameraError(CameraErrorCode::accessRefused);
-        co_return;
-    }
-    const auto bubble = std::make_shared<CameraBubbleState>();
-    m_services.ui.showCameraBubble(bubble, display);
-    const CameraPorts ports{*platform.cameras, *platform.cameraSessions, m_services.clock};
-    const auto camera = std::make_shared<CameraEngine>(ports, m_services.settings.cameraDeviceId());
-    const auto opened = co_await camera->open(stop);
-    if (stop.stop_requested())
-        co_return;
-    if (!opened) {
-        m_cameraProblem = std::get<PlatformError>(opened.error());
-        bubble->problem = bubbleWords(*m_cameraProblem);
-        bubble->camera = CameraBubbleState::Camera::missing;
-        if (co_await m_services.clock.sleep(cameraProblemShown, stop))
-            m_services.ui.hideCameraBubble();
-        co_return;
-    }
-    m_camera = camera;
-    followCamera(bubble);
-    // While it is being paused or resumed, that begins the first file.
-    if (!engine->isPaused() && !m_isTogglingPause)
-        camera->start(engine->journal());
-}
-
-void RecordingFlow::followCamera(const std::shared_ptr<CameraBubbleState> &bubble) {
-    const std::weak_ptr camera = m_camera;
-    bubble->showPreview = [camera](int squarePixels, std::function<void()> newer) {
-        if (const auto engine = camera.lock())
-            engine->showPreview(squarePixels, std::move(newer));
-    };
-    bubble->preview = [camera] {
-        const auto engine = camera.lock();
-        return engine ? engine->preview() : QImage();
-    };
-    m_camera->onProblem = [bubble](const std::optional<PlatformError> &problem) {
-        using Camera = CameraBubbleState::Camera;
-        bubble->problem = problem ? bubbleWords(*problem) : std::string();
-        bubble->camera = problem ? Camera::missing : Camera::running;
-    };
-    bubble->camera = CameraBubbleState::Camera::running;
 }
 
 void RecordingFlow::installHUD(const UserInterface::Recorded &recorded) {
@@ -293,27 +228,21 @@ Task<> RecordingFlow::pauseInTurn(std::stop_token stop) {
     const std::shared_ptr<RecordingHUDState> hud = m_hudState;
     if (engine && !stop.stop_requested()) {
         const bool resumes = engine->isPaused();
-        if (!resumes) {
+        if (!resumes)
             hud->pause();
-            if (m_camera)
-                m_camera->endFile();
-        }
+        m_camera.pauseBegins(!resumes);
         const auto toggled = resumes ? co_await engine->resume(stop) : co_await engine->pause(stop);
         if (!toggled && !std::holds_alternative<Cancelled>(toggled.error()))
             qCCritical(logCapture, "pause failed: %s", description(toggled.error()).c_str());
-        // A stop may have come meanwhile, and a camera.
-        if (const auto camera = m_camera; camera && m_engine == engine) {
-            if (!engine->isPaused())
-                camera->start(engine->journal());
-            else
-                co_await camera->finishFile(stop);
-        }
+        // A stop may have come meanwhile.
         if (m_engine == engine) {
             hud->isPaused = engine->isPaused();
             if (!engine->isPaused())
                 hud->startTimer();
             changed();
         }
+        if (m_engine == engine)
+            co_await m_camera.pauseEnds(engine, stop);
     }
     m_isTogglingPause = false;
     done.resolve(true);
@@ -321,8 +250,6 @@ Task<> RecordingFlow::pauseInTurn(std::stop_token stop) {
 
 RecordingFlow::Taken RecordingFlow::takeOut() {
     m_accountObservation.reset();
-    m_cameraScope.cancel();
-    m_services.ui.hideCameraBubble();
     m_hudState->stop();
     m_services.ui.hideHUD();
     // Its own timer may have asked for this, and a button of the panel: it goes when they have returned.
@@ -330,11 +257,7 @@ RecordingFlow::Taken RecordingFlow::takeOut() {
                      std::stop_token stop) -> Task<> { co_await clock->sleep(0ms, stop); },
                   std::exchange(m_hudState, nullptr), &m_services.clock);
     ++m_finalizing;
-    // At the same moment as the screen, however long that takes to end.
-    if (m_camera)
-        m_camera->release();
-    return {std::exchange(m_engine, nullptr), std::exchange(m_camera, nullptr),
-            std::exchange(m_cameraProblem, std::nullopt)};
+    return {std::exchange(m_engine, nullptr), m_camera.takeOut()};
 }
 
 void RecordingFlow::stopRecording(const std::optional<Failure> &sessionError) {
@@ -343,7 +266,7 @@ void RecordingFlow::stopRecording(const std::optional<Failure> &sessionError) {
     Taken taken = takeOut();
     Cards cards;
     cards.screen = m_services.shelf.addProcessing(recordingCard);
-    if (taken.camera)
+    if (taken.camera.camera)
         cards.camera = m_services.shelf.addProcessing(cameraCard);
     m_scope.start(this, &RecordingFlow::finalizeInTurn, std::move(taken), cards, sessionError);
     changed();
@@ -353,7 +276,7 @@ Task<> RecordingFlow::finalizeInTurn(Taken taken, Cards cards, std::optional<Fai
                                      std::stop_token stop) {
     const OneShot<bool> done = co_await enterQueue(stop);
     auto segments = co_await finalizeScreen(taken, cards.screen, std::move(cause), stop);
-    if (taken.camera && !stop.stop_requested())
+    if (taken.camera.camera && !stop.stop_requested())
         co_await finalizeCamera(taken, cards.camera, std::move(segments), stop);
     if (stop.stop_requested())
         co_return;
@@ -382,8 +305,8 @@ RecordingFlow::finalizeScreen(Taken taken, QUuid card, std::optional<Failure> ca
         m_services.shelf.setNote(card, description(*cause));
     else if (outcome->soundProblem)
         m_services.shelf.setNote(card, "Recorded without sound: " + outcome->soundProblem->description());
-    else if (taken.cameraProblem)
-        m_services.shelf.setNote(card, "Recorded without camera: " + taken.cameraProblem->description());
+    else if (const auto &problem = taken.camera.problem)
+        m_services.shelf.setNote(card, "Recorded without camera: " + problem->description());
     const auto capture = std::make_shared<const CaptureResult>(std::move(outcome->capture));
     m_services.shelf.attach(capture, card);
     m_services.handover.deliver(capture, card, outcome->journal);
@@ -393,8 +316,8 @@ RecordingFlow::finalizeScreen(Taken taken, QUuid card, std::optional<Failure> ca
 
 Task<> RecordingFlow::finalizeCamera(Taken taken, QUuid card, std::vector<RecordedSegment> screen,
                                      std::stop_token stop) {
-    const std::optional<PlatformError> problem = taken.camera->problem();
-    auto recorded = co_await taken.camera->stop(std::move(screen), stop);
+    const std::optional<PlatformError> problem = taken.camera.camera->problem();
+    auto recorded = co_await taken.camera.camera->stop(std::move(screen), stop);
     if (stop.stop_requested())
         co_return;
     if (!recorded) {
@@ -432,8 +355,8 @@ void RecordingFlow::discardRecording(bool restart) {
 Task<> RecordingFlow::discardInTurn(Taken taken, bool restart, std::stop_token stop) {
     const OneShot<bool> done = co_await enterQueue(stop);
     const auto outcome = co_await taken.engine->stop(stop);
-    if (taken.camera && !stop.stop_requested())
-        co_await taken.camera->cancel(stop);
+    if (taken.camera.camera && !stop.stop_requested())
+        co_await taken.camera.camera->cancel(stop);
     if (stop.stop_requested())
         co_return;
     if (!outcome) {

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "App/CameraFlow.h"
 #include "App/CaptureHandover.h"
 #include "App/ServiceAccount.h"
 #include "App/UserInterface.h"
@@ -12,7 +13,6 @@
 #include "Platform/CaptureRequest.h"
 #include "Platform/Platform.h"
 #include "Platform/SessionMonitor.h"
-#include "Recording/CameraEngine.h"
 #include "Recording/Failure.h"
 #include "Recording/RecordingEngine.h"
 #include "Session/CaptureSettings.h"
@@ -95,15 +95,9 @@ private:
     Task<std::expected<void, Failure>> begin(SelectionOutcome outcome, bool skipCountdown,
                                              std::stop_token stop);
     Task<> takeStill(SelectionOutcome outcome, std::stop_token stop);
-    /// Beside a screen that is recorded already. Without a camera that goes on.
-    Task<> startCamera(std::shared_ptr<RecordingEngine> engine, Display display, std::stop_token stop);
-    void followCamera(const std::shared_ptr<CameraBubbleState> &bubble);
     struct Taken {
         std::shared_ptr<RecordingEngine> engine;
-        /// Null without one.
-        std::shared_ptr<CameraEngine> camera;
-        /// Why there is none, if one was wanted.
-        std::optional<PlatformError> cameraProblem;
+        CameraFlow::Taken camera;
     };
     /// From here on nothing is being recorded, as far as anybody can see.
     Taken takeOut();
@@ -130,9 +124,8 @@ private:
 
     const Services m_services;
     std::shared_ptr<RecordingEngine> m_engine;
-    std::shared_ptr<CameraEngine> m_camera;
-    std::optional<PlatformError> m_cameraProblem;
     std::shared_ptr<RecordingHUDState> m_hudState;
+    CameraFlow m_camera;
     Observation m_accountObservation;
     std::optional<SelectionOutcome> m_activeRecordingOutcome;
     bool m_isStartingRecording = false;
@@ -141,7 +134,6 @@ private:
     /// The end of the operation that was queued last.
     std::optional<OneShot<bool>> m_recordingOpQueue;
     TaskScope m_startScope;
-    TaskScope m_cameraScope;
     TaskScope m_scope;
 };
 

@@ -6,6 +6,7 @@
 #include "App/MenuBuilder.h"
 #include "App/StatusBarLogo.h"
 #include "Panels/PanelShell.h"
+#include "Panels/Sentence.h"
 
 #include <QCursor>
 #include <QMenu>
@@ -68,7 +69,7 @@ void StatusItem::show() {
 
 void StatusItem::refresh() {
     m_icon->setIcon(iconFor(m_status.icon));
-    m_icon->setToolTip(QString::fromStdString(m_status.description));
+    m_icon->setToolTip(inUsersLanguage(QString::fromStdString(m_status.description)));
     fillMenu(*m_menu, m_status.menu, [this](const MenuEntry &entry) {
         if (onMenu)
             onMenu(entry);

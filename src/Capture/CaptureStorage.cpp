@@ -86,6 +86,11 @@ std::filesystem::path CaptureStorage::sidecarBeside(const std::filesystem::path 
     return std::filesystem::path(capture).replace_extension(".json");
 }
 
+std::filesystem::path CaptureStorage::crashFolder() {
+    const QString data = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    return std::filesystem::path(data.toStdString()) / "VantrellCapture" / "Crashes";
+}
+
 std::filesystem::path CaptureStorage::journalURL() {
     return applicationFolder() / "upload-journal.json";
 }

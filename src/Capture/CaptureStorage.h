@@ -33,6 +33,9 @@ public:
     static std::filesystem::path thumbnailBeside(const std::filesystem::path &capture);
     static std::filesystem::path sidecarBeside(const std::filesystem::path &capture);
 
+    /// Where a crash leaves its report. Not made.
+    static std::filesystem::path crashFolder();
+
     static std::filesystem::path journalURL();
     static std::filesystem::path analyticsQueueURL();
 

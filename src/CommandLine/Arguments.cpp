@@ -3,10 +3,11 @@
 
 #include "CommandLine/Arguments.h"
 
+#include "CommandLine/CommandTable.h"
+
 #include <charconv>
 #include <cmath>
 #include <map>
-#include <set>
 
 namespace vantrell {
 
@@ -17,25 +18,6 @@ using Refused = std::unexpected<UsageError>;
 Refused usageError(std::string sentence) {
     return Refused(UsageError{std::move(sentence)});
 }
-
-enum class Takes { nothing = 1, value, optionalValue };
-
-const std::map<std::string, Takes> targetOptions{
-    {"--display", Takes::optionalValue},
-    {"--window", Takes::optionalValue},
-    {"--area", Takes::value},
-};
-
-const std::map<std::string, Takes> deliveryOptions{
-    {"--output", Takes::value},
-    {"--upload", Takes::nothing},
-    {"--project", Takes::value},
-};
-
-const std::map<std::string, Takes> recordOptions{
-    {"--seconds", Takes::value},        {"--mic", Takes::optionalValue}, {"--system-audio", Takes::nothing},
-    {"--camera", Takes::optionalValue}, {"--cursor", Takes::value},
-};
 
 /// The words of one command, sorted into options and the rest.
 struct Words {
@@ -49,8 +31,8 @@ struct Words {
     }
 };
 
-std::expected<Words, UsageError> sortWords(const std::vector<std::string> &words,
-                                           const std::map<std::string, Takes> &known) {
+std::expected<Words, UsageError> sortWords(const std::vector<std::string> &words, std::string_view command) {
+    const CommandDescription &known = *findCommand(command);
     Words sorted;
     bool onlyOperands = false;
     for (size_t i = 0; i < words.size(); ++i) {
@@ -65,22 +47,22 @@ std::expected<Words, UsageError> sortWords(const std::vector<std::string> &words
         }
         const size_t equals = word.find('=');
         const std::string name = word.substr(0, equals);
-        const auto found = known.find(name);
-        if (found == known.end())
+        const OptionDescription *const found = known.option(name);
+        if (!found)
             return usageError("Unknown option " + name);
         if (sorted.has(name))
             return usageError(name + " is given twice");
         std::optional<std::string> value;
         if (equals != std::string::npos)
             value = word.substr(equals + 1);
-        else if (found->second != Takes::nothing && i + 1 < words.size() &&
+        else if (found->takes != Takes::nothing && i + 1 < words.size() &&
                  // A value may begin with a minus only where one is required (an area left of the origin).
-                 (found->second == Takes::value ? !words[i + 1].starts_with("--")
-                                                : !words[i + 1].starts_with("-")))
+                 (found->takes == Takes::value ? !words[i + 1].starts_with("--")
+                                               : !words[i + 1].starts_with("-")))
             value = words[++i];
-        if (found->second == Takes::nothing && value)
+        if (found->takes == Takes::nothing && value)
             return usageError(name + " takes no value");
-        if (found->second == Takes::value && (!value || value->empty()))
+        if (found->takes == Takes::value && (!value || value->empty()))
             return usageError(name + " needs a value");
         sorted.options[name] = value;
     }
@@ -154,17 +136,10 @@ std::expected<void, UsageError> readDelivery(const Words &words, T &arguments) {
     return {};
 }
 
-std::map<std::string, Takes> joined(std::initializer_list<std::map<std::string, Takes>> maps) {
-    std::map<std::string, Takes> all;
-    for (const auto &map : maps)
-        all.insert(map.begin(), map.end());
-    return all;
-}
-
 using Parsed = std::expected<Arguments::Command, UsageError>;
 
 Parsed parseRecord(const std::vector<std::string> &rest) {
-    const auto words = sortWords(rest, joined({targetOptions, deliveryOptions, recordOptions}));
+    const auto words = sortWords(rest, "record");
     if (!words)
         return Refused(words.error());
     if (!words->operands.empty())
@@ -195,7 +170,7 @@ Parsed parseRecord(const std::vector<std::string> &rest) {
 }
 
 Parsed parseScreenshot(const std::vector<std::string> &rest) {
-    const auto words = sortWords(rest, joined({targetOptions, deliveryOptions}));
+    const auto words = sortWords(rest, "screenshot");
     if (!words)
         return Refused(words.error());
     if (!words->operands.empty())
@@ -211,7 +186,7 @@ Parsed parseScreenshot(const std::vector<std::string> &rest) {
 }
 
 Parsed parseUpload(const std::vector<std::string> &rest) {
-    const auto words = sortWords(rest, {{"--project", Takes::value}});
+    const auto words = sortWords(rest, "upload");
     if (!words)
         return Refused(words.error());
     if (words->operands.empty())
@@ -246,7 +221,30 @@ template <ControlArguments::What what>
 Parsed parseControl(const std::vector<std::string> &rest) {
     if (!rest.empty())
         return usageError("This command takes no " + rest.front());
-    return ControlArguments{what};
+    return ControlArguments{what, {}};
+}
+
+Parsed parseOpen(const std::vector<std::string> &rest) {
+    const auto words = sortWords(rest, "open");
+    if (!words)
+        return Refused(words.error());
+    // A desktop entry's line without a file: the application itself.
+    if (words->operands.empty())
+        return ApplicationArguments{};
+    return ControlArguments{ControlArguments::What::open, words->operands};
+}
+
+std::expected<Arguments, UsageError> parseHelp(std::string_view form) {
+    static const std::map<std::string_view, HelpArguments::Form> forms{
+        {"man", HelpArguments::Form::manual},
+        {"bash", HelpArguments::Form::bash},
+        {"zsh", HelpArguments::Form::zsh},
+        {"fish", HelpArguments::Form::fish},
+    };
+    const auto found = forms.find(form);
+    if (found == forms.end())
+        return usageError("--help is plain, or one of man, bash, zsh and fish");
+    return Arguments{HelpArguments{found->second, {}}, false};
 }
 
 } // namespace
@@ -257,11 +255,13 @@ std::expected<Arguments, UsageError> parseArguments(const std::vector<std::strin
         {"screenshot", parseScreenshot},
         {"upload", parseUpload},
         {"list", parseList},
+        {"open", parseOpen},
         {"resume", parseBare<ResumeArguments>},
         {"recover", parseBare<RecoverArguments>},
         {"pair", parseBare<PairArguments>},
         {"unpair", parseBare<UnpairArguments>},
         {"status", parseBare<StatusArguments>},
+        {"doctor", parseBare<DoctorArguments>},
         {"area", parseControl<ControlArguments::What::area>},
         {"window", parseControl<ControlArguments::What::window>},
         {"screen", parseControl<ControlArguments::What::screen>},
@@ -275,19 +275,27 @@ std::expected<Arguments, UsageError> parseArguments(const std::vector<std::strin
     std::vector<std::string> rest;
     std::optional<std::string> command;
     bool onlyOperands = false;
+    bool isHelpAsked = false;
+    bool isVersionAsked = false;
     for (const std::string &word : words) {
         onlyOperands = onlyOperands || word == "--";
         if (!onlyOperands && word == "--json")
             arguments.json = true;
         else if (!onlyOperands && (word == "--help" || word == "-h"))
-            return Arguments{HelpArguments{}, false};
+            isHelpAsked = true;
+        else if (!onlyOperands && word.starts_with("--help="))
+            return parseHelp(word.substr(std::string_view("--help=").size()));
         else if (!onlyOperands && word == "--version")
-            return Arguments{VersionArguments{}, false};
+            isVersionAsked = true;
         else if (!command && !word.starts_with("-"))
             command = word;
         else
             rest.push_back(word);
     }
+    if (isHelpAsked)
+        return Arguments{HelpArguments{HelpArguments::Form::text, command.value_or("")}, false};
+    if (isVersionAsked)
+        return Arguments{VersionArguments{}, arguments.json};
     if (!command) {
         if (!rest.empty())
             return usageError("Unknown option " + rest.front());
@@ -301,34 +309,6 @@ std::expected<Arguments, UsageError> parseArguments(const std::vector<std::strin
         return Refused(parsed.error());
     arguments.command = std::move(*parsed);
     return arguments;
-}
-
-std::string usageText() {
-    return R"(Usage:
-  vantrell-capture                    the application; a second start shows its capture bar
-  vantrell-capture area | window | screen
-                                      the same with that tool
-  vantrell-capture toggle | pause | stop | quit
-                                      what the hot keys and the tray do, for keys bound in the desktop
-  vantrell-capture record [--display [ID] | --window [ID] | --area X,Y,W,H] [--seconds S]
-                          [--mic [ID]] [--system-audio] [--camera [ID]]
-                          [--cursor drawn|separate] [--output DIR] [--upload [--project ID]]
-  vantrell-capture screenshot [--display [ID] | --window [ID] | --area X,Y,W,H]
-                          [--output DIR] [--upload [--project ID]]
-  vantrell-capture upload FILE... [--project ID]
-  vantrell-capture resume             finish the uploads that are pending, then exit
-  vantrell-capture recover            make movies of recordings that were cut off
-  vantrell-capture pair | unpair | status
-  vantrell-capture list displays|windows|microphones|cameras|projects
-
-Every command takes --json: one JSON object per result on standard output.
-A recording ends with Ctrl-C (SIGINT, SIGTERM); SIGUSR1 pauses and resumes it.
-Exit codes: 0 done, 1 failed, 2 wrong usage, 3 not connected, 4 nothing recorded.
-VANTRELL_API_URL names another service (https, or http on this machine);
-VANTRELL_API_KEY holds a key for use without a keyring.
-VANTRELL_ENCODER says who makes the video, "software" or "hardware"; by default
-the graphics card is used, where it works, for pictures larger than 1920x1200.
-)";
 }
 
 } // namespace vantrell

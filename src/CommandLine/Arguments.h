@@ -49,8 +49,10 @@ struct ListArguments {
 
 /// What the running application is told to do.
 struct ControlArguments {
-    enum class What { area = 1, window, screen, toggle, pause, stop, quit };
+    enum class What { area = 1, window, screen, toggle, pause, stop, quit, open };
     What what = What::area;
+    /// What it opens: paths, or addresses that begin with "file://".
+    std::vector<std::string> files;
 };
 
 struct ResumeArguments {};
@@ -58,7 +60,14 @@ struct RecoverArguments {};
 struct PairArguments {};
 struct UnpairArguments {};
 struct StatusArguments {};
-struct HelpArguments {};
+struct DoctorArguments {};
+struct HelpArguments {
+    /// Text for a person, or the source of the manual page or of a shell's completion.
+    enum class Form { text = 1, manual, bash, zsh, fish };
+    Form form = Form::text;
+    /// The command that is asked about; empty: all.
+    std::string command;
+};
 struct VersionArguments {};
 /// No command: the application itself.
 struct ApplicationArguments {};
@@ -68,7 +77,7 @@ struct Arguments {
     using Command =
         std::variant<ApplicationArguments, HelpArguments, VersionArguments, RecordArguments,
                      ScreenshotArguments, UploadArguments, ResumeArguments, RecoverArguments, PairArguments,
-                     UnpairArguments, StatusArguments, ListArguments, ControlArguments>;
+                     UnpairArguments, StatusArguments, DoctorArguments, ListArguments, ControlArguments>;
     Command command;
     /// JSON objects on standard output instead of text.
     bool json = false;
@@ -81,8 +90,5 @@ struct UsageError {
 
 /// Parses the words behind the program's name.
 std::expected<Arguments, UsageError> parseArguments(const std::vector<std::string> &words);
-
-/// What `--help` prints.
-std::string usageText();
 
 } // namespace vantrell

@@ -4,11 +4,14 @@
 #pragma once
 
 #include "CommandLine/Reporter.h"
+#include "Platform/LibraryVersion.h"
 #include "Platform/Platform.h"
 #include "Support/Clock.h"
 
+#include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vantrell {
 
@@ -20,6 +23,8 @@ struct CommandContext {
     std::optional<std::string> environmentKey;
     /// Opens the backends of this desktop; the clock outlives them.
     std::function<Platform(Clock &)> loadPlatform;
+    /// The libraries that this program uses.
+    std::vector<LibraryVersion> (*libraryVersions)() = nullptr;
 };
 
 } // namespace vantrell

@@ -4,9 +4,13 @@
 #include "CommandLine/ControlCommand.h"
 
 #include "CommandLine/RunningApplication.h"
+#include "Session/ApplicationBus.h"
 #include "Support/DetachedProgram.h"
 
 #include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QUrl>
 
 #include <nlohmann/json.hpp>
 
@@ -55,22 +59,48 @@ Call callOf(What what) {
         return {"Stop", nullptr};
     case What::quit:
         return {"Quit", nullptr};
+    case What::open:
+        return {"Open", nullptr};
     }
     return {"", nullptr};
+}
+
+/// As addresses, which the running application understands wherever it was started.
+QStringList addressesOf(const std::vector<std::string> &files) {
+    QStringList addresses;
+    for (const std::string &file : files) {
+        const QByteArray bytes = QByteArray::fromStdString(file);
+        addresses.append(bytes.startsWith("file://")
+                             ? QString::fromLatin1(bytes)
+                             : QString::fromLatin1(
+                                   QUrl::fromLocalFile(QFileInfo(QFile::decodeName(bytes)).absoluteFilePath())
+                                       .toEncoded()));
+    }
+    return addresses;
+}
+
+/// Has to run for it.
+bool startsApplication(What what) {
+    return what == What::area || what == What::window || what == What::screen || what == What::open;
 }
 
 } // namespace
 
 Task<ExitCode> runControl(ControlArguments arguments, CommandContext context, std::stop_token stop) {
     const Call call = callOf(arguments.what);
-    if (call.tool && !RunningApplication::isThere() && !co_await startApplication(&context.clock, stop)) {
+    if (startsApplication(arguments.what) && !RunningApplication::isThere() &&
+        !co_await startApplication(&context.clock, stop)) {
         context.reporter.failure("Vantrell Capture could not be started");
         co_return ExitCode::failed;
     }
     QVariantList parameters;
     if (call.tool)
         parameters.append(QString::fromLatin1(call.tool));
-    const auto answer = co_await RunningApplication::call(call.method, parameters, stop);
+    if (arguments.what == What::open)
+        parameters = {addressesOf(arguments.files), QVariantMap()};
+    const auto answer = co_await RunningApplication::call(
+        call.method, parameters, stop,
+        arguments.what == What::open ? applicationBus::standardInterface : applicationBus::interface);
     if (!answer) {
         context.reporter.failure(answer.error().sentence);
         co_return ExitCode::failed;

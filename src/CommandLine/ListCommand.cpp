@@ -75,10 +75,6 @@ ExitCode reportAll(const std::expected<std::vector<T>, PlatformError> &things, c
 
 Task<ExitCode> listCameras(CommandContext context, std::stop_token stop) {
     const Platform platform = context.loadPlatform(context.clock);
-    if (!platform.cameras) {
-        context.reporter.failure(cameraError(CameraErrorCode::noCameraServer).description());
-        co_return ExitCode::failed;
-    }
     // A desktop that asks its user names its cameras to nobody before.
     if (!co_await platform.cameras->requestAccess(stop)) {
         context.reporter.failure(cameraError(CameraErrorCode::accessRefused).description());

@@ -38,6 +38,7 @@ private:
     Task<> openCamera(std::stop_token stop);
     Task<std::expected<void, Failure>> pauseOrResume(std::stop_token stop);
     Task<ExitCode> save(std::optional<Failure> endedBecause, std::stop_token stop);
+    Task<ExitCode> saveCameraAlone(std::string sentence, std::stop_token stop);
     void onSignal(int signal);
     Task<> togglePause(std::stop_token stop);
     Task<> stopAfter(double seconds, std::stop_token stop);
@@ -154,12 +155,8 @@ Task<> RecordRun::startEngine(std::stop_token stop) {
 
 /// Without a camera the screen is recorded all the same, and the result says what is missing.
 Task<> RecordRun::openCamera(std::stop_token stop) {
-    if (!m_platform.cameras || !m_platform.cameraSessions) {
-        m_cameraProblem = cameraError(CameraErrorCode::noCameraServer);
-        co_return;
-    }
     if (!co_await m_platform.cameras->requestAccess(stop)) {
-        qCInfo(logCapture, "camera skipped: granted=%d", 0);
+        qCInfo(logCapture, "camera skipped: granted=false");
         m_cameraProblem = cameraError(CameraErrorCode::accessRefused);
         co_return;
     }
@@ -180,7 +177,7 @@ Task<ExitCode> RecordRun::save(std::optional<Failure> endedBecause, std::stop_to
         qCCritical(logCapture, "record stop failed: %s", description(outcome.error()).c_str());
         std::string sentence = endedBecause ? description(*endedBecause) : description(outcome.error());
         if (!outcome.error().isRecoverable)
-            co_return fail(sentence, ExitCode::nothingRecorded);
+            co_return co_await saveCameraAlone(std::move(sentence), stop);
         co_return fail(sentence + ". What was recorded is kept: vantrell-capture recover saves it");
     }
     CaptureDelivery::Captures captures;
@@ -217,6 +214,22 @@ Task<ExitCode> RecordRun::save(std::optional<Failure> endedBecause, std::stop_to
         m_context.reporter.note("The last part is missing but kept: vantrell-capture recover saves it");
     }
     co_return co_await m_delivery.deliver(std::move(captures), outcome->isPartial, std::move(more), stop);
+}
+
+/// Nothing of the screen was recorded; what the camera saw is a capture all the same.
+Task<ExitCode> RecordRun::saveCameraAlone(std::string sentence, std::stop_token stop) {
+    std::optional<CaptureResult> recorded;
+    if (m_camera)
+        recorded = co_await m_camera->stop({}, stop);
+    if (!recorded)
+        co_return fail(sentence, ExitCode::nothingRecorded);
+    CaptureDelivery::Captures captures;
+    captures.main = std::move(*recorded);
+    captures.mainLayer = RecordingLayer::camera;
+    nlohmann::json more{{"endedBecause", sentence}};
+    m_context.reporter.note(sentence);
+    co_await m_delivery.deliver(std::move(captures), true, std::move(more), stop);
+    co_return ExitCode::failed;
 }
 
 void RecordRun::onSignal(int signal) {

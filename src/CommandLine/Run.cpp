@@ -4,20 +4,44 @@
 #include "CommandLine/Run.h"
 
 #include "CommandLine/ControlCommand.h"
+#include "CommandLine/DoctorCommand.h"
 #include "CommandLine/ListCommand.h"
+#include "CommandLine/ManualPage.h"
 #include "CommandLine/PairCommand.h"
 #include "CommandLine/RecordCommand.h"
 #include "CommandLine/RecoverCommand.h"
 #include "CommandLine/ScreenshotCommand.h"
+#include "CommandLine/ShellCompletion.h"
 #include "CommandLine/StatusCommand.h"
 #include "CommandLine/UnpairCommand.h"
 #include "CommandLine/UploadCommand.h"
+#include "CommandLine/UsageText.h"
+#include "CommandLine/VersionText.h"
+
+#include <nlohmann/json.hpp>
 
 #include <cstdio>
 
 namespace vantrell {
 
 namespace {
+
+std::string helpText(const HelpArguments &arguments) {
+    switch (arguments.form) {
+    case HelpArguments::Form::manual:
+        return manualPage();
+    case HelpArguments::Form::bash:
+        return bashCompletion();
+    case HelpArguments::Form::zsh:
+        return zshCompletion();
+    case HelpArguments::Form::fish:
+        return fishCompletion();
+    case HelpArguments::Form::text:
+        break;
+    }
+    const CommandDescription *const command = findCommand(arguments.command);
+    return command ? usageText(*command) : usageText();
+}
 
 /// Starts the coroutine that belongs to a command.
 struct Start {
@@ -37,12 +61,14 @@ struct Start {
     Task<ExitCode> operator()(PairArguments arguments) const { return runPair(arguments, context, stop); }
     Task<ExitCode> operator()(UnpairArguments arguments) const { return runUnpair(arguments, context, stop); }
     Task<ExitCode> operator()(StatusArguments arguments) const { return runStatus(arguments, context, stop); }
-    Task<ExitCode> operator()(HelpArguments) const {
-        std::fputs(usageText().c_str(), stdout);
+    Task<ExitCode> operator()(DoctorArguments) const { return runDoctor(context, stop); }
+    Task<ExitCode> operator()(HelpArguments arguments) const {
+        std::fputs(helpText(arguments).c_str(), stdout);
         co_return ExitCode::success;
     }
     Task<ExitCode> operator()(VersionArguments) const {
-        std::puts("vantrell-capture " VANTRELL_VERSION);
+        const std::vector<LibraryVersion> libraries = context.libraryVersions();
+        context.reporter.result(versionJson(libraries), versionText(libraries));
         co_return ExitCode::success;
     }
     Task<ExitCode> operator()(ControlArguments arguments) const {

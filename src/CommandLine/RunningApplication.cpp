@@ -29,10 +29,10 @@ QString busName() {
 }
 
 Task<std::expected<QDBusMessage, Cancelled>> ask(std::string method, QVariantList arguments,
-                                                 std::stop_token stop) {
-    QDBusMessage message = QDBusMessage::createMethodCall(
-        busName(), QString::fromLatin1(applicationBus::path), QString::fromLatin1(applicationBus::interface),
-        QString::fromStdString(method));
+                                                 std::string interface, std::stop_token stop) {
+    QDBusMessage message =
+        QDBusMessage::createMethodCall(busName(), QString::fromLatin1(applicationBus::path),
+                                       QString::fromStdString(interface), QString::fromStdString(method));
     message.setArguments(arguments);
     message.setAutoStartService(false);
     QDBusPendingCallWatcher watcher(QDBusConnection::sessionBus().asyncCall(message, INT_MAX));
@@ -71,10 +71,10 @@ Task<bool> RunningApplication::arrival(std::stop_token stop) {
 }
 
 Task<RunningApplication::Answer> RunningApplication::call(std::string method, QVariantList arguments,
-                                                          std::stop_token stop) {
+                                                          std::stop_token stop, std::string interface) {
     SystemClock clock;
     for (int poll = 0;; ++poll) {
-        const auto answer = co_await ask(method, arguments, stop);
+        const auto answer = co_await ask(method, arguments, interface, stop);
         if (!answer)
             co_return std::unexpected(CallError{"Interrupted", false, false});
         if (answer->type() != QDBusMessage::ErrorMessage)

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Session/ApplicationBus.h"
 #include "Support/Task.h"
 
 #include <QVariantList>
@@ -42,7 +43,8 @@ public:
 
     /// Waits for as long as the method takes, which may be an upload's time. One that is only just starting
     /// is asked again until it has started.
-    static Task<Answer> call(std::string method, QVariantList arguments, std::stop_token stop);
+    static Task<Answer> call(std::string method, QVariantList arguments, std::stop_token stop,
+                             std::string interface = applicationBus::interface);
 
     /// Waits for the end of an upload that it knows by that journal id.
     static Task<std::expected<Uploaded, CallError>> awaitUpload(std::string id, std::stop_token stop);

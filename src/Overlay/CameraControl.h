@@ -14,8 +14,8 @@ class CameraControl final : public DeviceControl {
     Q_DECLARE_TR_FUNCTIONS(CaptureBar)
 
 public:
-    /// The backend outlives it; null where the desktop has none.
-    CameraControl(CameraBackend *cameras, QWidget *parent);
+    /// The backend outlives it.
+    CameraControl(CameraBackend &cameras, QWidget *parent);
     ~CameraControl() override { shutDown(); }
 
 protected:
@@ -30,7 +30,7 @@ protected:
 private:
     Task<> ask(std::stop_token stop);
 
-    CameraBackend *m_cameras;
+    CameraBackend &m_cameras;
     Observation m_observation;
     TaskScope m_asking;
 };

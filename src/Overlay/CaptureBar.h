@@ -28,8 +28,7 @@ public:
     /// All outlive the bar.
     struct Services {
         AudioBackend &audio;
-        /// Null where the desktop has none.
-        CameraBackend *cameras;
+        CameraBackend &cameras;
         /// Tells whether the screen behind the bar is light.
         StillCapture &stills;
         Settings &settings;

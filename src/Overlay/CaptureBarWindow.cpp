@@ -45,7 +45,7 @@ protected:
 
 } // namespace
 
-CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, CameraBackend *cameras, Clock &clock)
+CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, CameraBackend &cameras, Clock &clock)
     : FloatingPanel({}), m_microphone(audio, clock, this), m_camera(cameras, this) {
     setWindowTitle(tr("Capture bar"));
     setAccessibleName(windowTitle());
@@ -298,15 +298,21 @@ QMenu *CaptureBarWindow::optionsMenu() {
         Callback changed;
     };
     auto *menu = new QMenu(this);
-    const std::array<Option, 3> options{
+    menu->setToolTipsVisible(true);
+    const std::array<Option, 4> options{
         Option{tr("Open after upload"), &ToolBarState::openAfterUpload,
                &ToolBarState::onOpenAfterUploadChange},
         Option{tr("Separate cursor"), &ToolBarState::separateCursor, &ToolBarState::onSeparateCursorChange},
-        Option{tr("Auto camera"), &ToolBarState::autoCamera, &ToolBarState::onAutoCameraChange}};
+        Option{tr("Auto camera"), &ToolBarState::autoCamera, &ToolBarState::onAutoCameraChange},
+        Option{tr("Send usage events"), &ToolBarState::sendsUsage, &ToolBarState::onSendsUsageChange}};
     for (const Option &option : options) {
         QAction *action = menu->addAction(option.title);
         action->setCheckable(true);
         action->setChecked((m_state.get()->*option.property).get());
+        if (option.property == &ToolBarState::sendsUsage) {
+            action->setDisabled(m_state->usageForbidden.get());
+            action->setToolTip(tr("How often what is used; no names, titles or pictures"));
+        }
         QObject::connect(action, &QAction::triggered, menu,
                          [this, property = option.property, changed = option.changed](bool isOn) {
                              const auto state = m_state;

@@ -27,7 +27,7 @@ class CaptureBarWindow : public FloatingPanel {
 
 public:
     /// All outlive it.
-    CaptureBarWindow(AudioBackend &audio, CameraBackend *cameras, Clock &clock);
+    CaptureBarWindow(AudioBackend &audio, CameraBackend &cameras, Clock &clock);
 
     /// Takes up the state and sizes itself for a screen of that many points across; does not show itself.
     void show(std::shared_ptr<ToolBarState> state, std::function<std::unique_ptr<QMenu>()> menu,

@@ -46,25 +46,26 @@ double rowHeight() {
 
 KeysHelp KeysHelp::of(ToolMode tool) {
     KeysHelp help;
-    const auto add = [&](const QString &keys, const char *meaning) {
-        help.rows.push_back({keys, overlayText(meaning)});
+    const auto add = [&](const QString &keys, const QString &meaning) {
+        help.rows.push_back({keys, meaning});
     };
-    add(overlayText("Enter"), "Record");
-    add(overlayText("Ctrl+Enter"), "Take a still");
+    add(overlayText("Enter"), overlayText("Record"));
+    add(overlayText("Ctrl+Enter"), overlayText("Take a still"));
     if (tool == ToolMode::area) {
-        add(overlayText("Arrows"), "Move by 1, with Shift by 10");
-        add(overlayText("Alt+Arrows"), "Resize by 1, with Shift by 10");
-        add(overlayText("Ctrl+A"), "Select the whole screen");
-        add(overlayText("Shift"), "Keep the proportions while dragging");
-        add(overlayText("Alt"), "Drag from the centre");
-        add(overlayText("Space"), "Move what is being drawn");
+        add(overlayText("Arrows"), overlayText("Move by 1, with Shift by 10"));
+        add(overlayText("Alt+Arrows"), overlayText("Resize by 1, with Shift by 10"));
+        add(overlayText("Ctrl+A"), overlayText("Select the whole screen"));
+        add(overlayText("Shift"), overlayText("Keep the proportions while dragging"));
+        add(overlayText("Alt"), overlayText("Drag from the centre"));
+        add(overlayText("Space"), overlayText("Move what is being drawn"));
     } else {
-        add(overlayText("Tab"), tool == ToolMode::window ? "Next window" : "Next screen");
-        add(overlayText("Ctrl+Click"), "Take a still");
+        add(overlayText("Tab"),
+            tool == ToolMode::window ? overlayText("Next window") : overlayText("Next screen"));
+        add(overlayText("Ctrl+Click"), overlayText("Take a still"));
     }
-    add(QStringLiteral("1 2 3"), "Area, window, screen");
-    add(QStringLiteral("F6"), "Go to the capture bar");
-    add(overlayText("Escape"), "Close");
+    add(QStringLiteral("1 2 3"), overlayText("Area, window, screen"));
+    add(QStringLiteral("F6"), overlayText("Go to the capture bar"));
+    add(overlayText("Escape"), overlayText("Close"));
     const auto count = double(help.rows.size());
     help.frame = {0, 0,
                   2 * helpPadding + widest(help.rows, keysFont(), &Row::keys) + helpColumnGap +

@@ -37,6 +37,10 @@ public:
     Published<bool> openAfterUpload{m_observers};
     Published<bool> separateCursor{m_observers};
     Published<bool> autoCamera{m_observers};
+    /// Usage events go to the service.
+    Published<bool> sendsUsage{m_observers};
+    /// The environment forbids them, whatever the user says here.
+    Published<bool> usageForbidden{m_observers};
     Published<std::vector<TargetProject>> projects{m_observers};
     Published<std::optional<std::string>> selectedProjectId{m_observers};
     /// The account is connected. When it is not, the bar offers to connect instead of projects.
@@ -58,6 +62,7 @@ public:
     std::function<void(bool)> onOpenAfterUploadChange;
     std::function<void(bool)> onSeparateCursorChange;
     std::function<void(bool)> onAutoCameraChange;
+    std::function<void(bool)> onSendsUsageChange;
     std::function<void(std::optional<std::string>)> onProjectChange;
     std::function<void()> onConnect;
     std::function<void()> onClose;

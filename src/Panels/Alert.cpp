@@ -6,6 +6,7 @@
 #include "Panels/FloatingPanel.h"
 #include "Panels/PanelButton.h"
 #include "Panels/PanelFont.h"
+#include "Panels/Sentence.h"
 #include "Support/OneShot.h"
 
 #include <QCoreApplication>
@@ -85,7 +86,7 @@ private:
     }
 
     PanelButton *button(const std::string &title, int index) {
-        const QString label = QString::fromStdString(title);
+        const QString label = inUsersLanguage(QString::fromStdString(title));
         auto *made = new PanelButton(label);
         made->setKind(index == 0 ? PanelButton::Kind::accent : PanelButton::Kind::filled);
         made->setHeight(40);
@@ -108,7 +109,8 @@ Task<int> ask(std::string message, std::string informative, std::vector<std::str
               std::stop_token stop) {
     if (buttons.empty())
         buttons.push_back(QCoreApplication::translate("Alert", "OK").toStdString());
-    AlertWindow window(QString::fromStdString(message), QString::fromStdString(informative), buttons);
+    AlertWindow window(inUsersLanguage(QString::fromStdString(message)),
+                       inUsersLanguage(QString::fromStdString(informative)), buttons);
     window.present();
     const auto answer = co_await window.answer().wait(stop);
     co_return answer.value_or(int(buttons.size()) - 1);

@@ -46,6 +46,7 @@ public:
     bool separateCursor() const { return m_settings.boolean("separateCursor"); }
     bool autoCamera() const { return m_settings.boolean("autoCamera"); }
     std::optional<std::string> selectedProjectId() const { return text("selectedProjectId"); }
+    bool usageEventsOff() const { return m_settings.boolean("usageEventsOff"); }
     bool screenPermissionPrimed() const { return m_settings.boolean("screenPermissionPrimed"); }
 
     void setMic(bool enabled, const std::optional<std::string> &deviceId);
@@ -56,6 +57,7 @@ public:
     void setOpenAfterUpload(bool opens) { m_settings.setBoolean("openAfterUpload", opens); }
     void setSeparateCursor(bool separate) { m_settings.setBoolean("separateCursor", separate); }
     void setAutoCamera(bool automatic) { m_settings.setBoolean("autoCamera", automatic); }
+    void setUsageEventsOff(bool off) { m_settings.setBoolean("usageEventsOff", off); }
     /// None removes the choice.
     void setSelectedProjectId(const std::optional<std::string> &id) {
         m_settings.setString("selectedProjectId", id);

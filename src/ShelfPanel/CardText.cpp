@@ -4,6 +4,7 @@
 #include "ShelfPanel/CardText.h"
 
 #include "Panels/PanelFont.h"
+#include "Panels/Sentence.h"
 
 #include <QFontMetricsF>
 #include <QTextLayout>
@@ -14,8 +15,8 @@ CardTitle cardTitle(const ShelfItem &item) {
     const QString name = oneLine(QString::fromStdString(item.title()));
     const QString suffix = QString::fromUtf8(recoveredSuffix.data(), qsizetype(recoveredSuffix.size()));
     if (name.size() > suffix.size() && name.endsWith(suffix))
-        return {name.chopped(suffix.size()), true};
-    return {name, false};
+        return {inUsersLanguage(name.chopped(suffix.size())), true};
+    return {inUsersLanguage(name), false};
 }
 
 QString lengthText(std::chrono::milliseconds length) {

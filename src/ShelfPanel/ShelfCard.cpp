@@ -6,6 +6,7 @@
 #include "Panels/PanelButton.h"
 #include "Panels/PanelFont.h"
 #include "Panels/PanelShape.h"
+#include "Panels/Sentence.h"
 #include "ShelfPanel/CardText.h"
 #include "ShelfPanel/CardThumbnail.h"
 #include "ShelfPanel/DismissButton.h"
@@ -110,7 +111,8 @@ void ShelfCard::showProgress() {
         return;
     const int endBefore = barEnd();
     m_item.status = *std::exchange(m_pending, {});
-    if (const QString text = QString::fromStdString(m_item.statusText()); text != m_statusLines.value(0)) {
+    if (const QString text = inUsersLanguage(QString::fromStdString(m_item.statusText()));
+        text != m_statusLines.value(0)) {
         m_statusLines = {text};
         update(m_statusRect);
         setAccessibleDescription(text);
@@ -166,10 +168,10 @@ void ShelfCard::arrange() {
     arrangeAction();
     const QRect inner = body().adjusted(padding, padding, -padding, -padding);
     const CardTitle title = cardTitle(m_item);
-    QString status = oneLine(QString::fromStdString(m_item.statusText()));
+    QString status = oneLine(inUsersLanguage(QString::fromStdString(m_item.statusText())));
     // Why it is shorter or more silent than expected is worth a second line once it has arrived.
     if (!m_item.note.empty() && m_item.isDone())
-        status += QStringLiteral(". ") + oneLine(QString::fromStdString(m_item.note));
+        status += QStringLiteral(". ") + oneLine(inUsersLanguage(QString::fromStdString(m_item.note)));
     const bool hasBar = std::holds_alternative<ShelfItem::Uploading>(m_item.status);
     const bool hasAction = !m_action->isHidden();
     const QFontMetricsF titleMetrics(titleFont());
@@ -208,7 +210,7 @@ void ShelfCard::arrange() {
     m_statusRect = mirrored({left, statusTop, statusWidth, statusHeight});
     m_barRect = hasBar ? mirrored({left, top + height - barHeight, width, barHeight}) : QRect();
 
-    setAccessibleName(oneLine(QString::fromStdString(m_item.title())));
+    setAccessibleName(oneLine(inUsersLanguage(QString::fromStdString(m_item.title()))));
     setAccessibleDescription(status);
     const bool isWhole = m_title == title.text && m_statusLines.join(' ') == status;
     m_tip = isWhole ? QStringList() : QStringList{title.text, status};
@@ -371,13 +373,16 @@ void ShelfCard::paintThumbnail(QPainter &painter) const {
         paintBadge(painter, lengthText(std::chrono::milliseconds(*m_item.capture->durationMs)), true);
 }
 
-void ShelfCard::paintBadge(QPainter &painter, const QString &text, bool isAtEnd) const {
+void ShelfCard::paintBadge(QPainter &painter, const QString &words, bool isAtEnd) const {
     constexpr int inset = 5;
     constexpr int sidePadding = 5;
     const QFont font = panelFont(badgeSize, QFont::DemiBold);
+    const QRect room = m_thumbnailRect.adjusted(inset, inset, -inset, -inset);
+    // Other languages are longer than the picture is wide.
+    const QString text =
+        QFontMetricsF(font).elidedText(words, Qt::ElideRight, room.width() - 2 * sidePadding);
     const int width = int(std::ceil(tabularWidth(text, font))) + 2 * sidePadding;
     const int height = int(std::ceil(QFontMetricsF(font).capHeight())) + 8;
-    const QRect room = m_thumbnailRect.adjusted(inset, inset, -inset, -inset);
     // The length at the lower end; what else there is to say at the upper.
     const bool isRight = layoutDirection() == Qt::LeftToRight;
     QRect badge(room.left(), room.top(), width, height);

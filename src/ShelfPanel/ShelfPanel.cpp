@@ -139,17 +139,18 @@ struct ShelfPanel::Panel final : ShelfStack::Host {
         if (!item)
             return nullptr;
         auto *menu = new QMenu;
-        const auto add = [this, menu](const char *text, bool isPossible, auto action) {
-            QAction *entry = menu->addAction(shelfText(text));
+        const auto add = [this, menu](const QString &text, bool isPossible, auto action) {
+            QAction *entry = menu->addAction(text);
             entry->setEnabled(isPossible);
             QObject::connect(entry, &QAction::triggered, &context, action);
         };
-        add("Open", item->isDone(), [this, id] { services.store.open(id); });
-        add("Retry", item->canRetry(), [this, id] { services.store.retry(id); });
-        add("Copy link", item->isDone() && owner.pageOf, [this, id] { copyLink(id); });
-        add("Show in file manager", item->fileURL().has_value(), [this, id] { showInFileManager(id); });
+        add(shelfText("Open"), item->isDone(), [this, id] { services.store.open(id); });
+        add(shelfText("Retry"), item->canRetry(), [this, id] { services.store.retry(id); });
+        add(shelfText("Copy link"), item->isDone() && owner.pageOf, [this, id] { copyLink(id); });
+        add(shelfText("Show in file manager"), item->fileURL().has_value(),
+            [this, id] { showInFileManager(id); });
         menu->addSeparator();
-        add("Dismiss", true, [this, id] { services.store.remove(id); });
+        add(shelfText("Dismiss"), true, [this, id] { services.store.remove(id); });
         return menu;
     }
 

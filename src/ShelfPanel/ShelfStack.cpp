@@ -312,15 +312,16 @@ void ShelfStack::fitWindow() {
 void ShelfStack::arrangeScrollButtons() {
     const int room = roomForCards();
     const int older = std::max(0, count() - room - m_newerHidden);
-    const auto arrangeOne = [this](PanelButton &button, int hidden, const char *words, int y) {
-        button.setLabel(shelfText(words).arg(hidden));
-        button.setWords(shelfText(words).arg(hidden));
+    const auto arrangeOne = [this](PanelButton &button, int hidden, const QString &words, int y) {
+        button.setLabel(words.arg(hidden));
+        button.setWords(words.arg(hidden));
         button.setVisible(hidden > 0);
         const QSize size = button.sizeHint();
         button.setGeometry(panelRect().center().x() - size.width() / 2, y, size.width(), size.height());
     };
-    arrangeOne(*m_older, older, "%1 older", panelRect().top() - scrollButtonGap - scrollButtonHeight);
-    arrangeOne(*m_newer, m_newerHidden, "%1 newer", panelRect().bottom() + 1 + scrollButtonGap);
+    arrangeOne(*m_older, older, shelfText("%1 older"),
+               panelRect().top() - scrollButtonGap - scrollButtonHeight);
+    arrangeOne(*m_newer, m_newerHidden, shelfText("%1 newer"), panelRect().bottom() + 1 + scrollButtonGap);
 }
 
 QRect ShelfStack::bodyOf(const ShelfCard &card) const {

@@ -4,6 +4,7 @@
 #include "Support/BlockMap.h"
 
 #include <algorithm>
+#include <cstring>
 #include <numeric>
 
 namespace vantrell {
@@ -58,7 +59,11 @@ int BlockMap::count() const {
 }
 
 bool BlockMap::any() const {
-    return std::ranges::any_of(m_marks, [](std::uint8_t mark) { return mark != 0; });
+    return !m_marks.empty() && std::memchr(m_marks.data(), 1, m_marks.size());
+}
+
+bool BlockMap::anyInRow(int row) const {
+    return std::memchr(&m_marks[index(0, row)], 1, std::size_t(m_columns));
 }
 
 PixelRect BlockMap::pixels(int column, int row, int columns, int rows) const {

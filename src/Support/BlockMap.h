@@ -36,6 +36,7 @@ public:
     bool isMarked(int column, int row) const { return m_marks[index(column, row)] != 0; }
     int count() const;
     bool any() const;
+    bool anyInRow(int row) const;
     /// One byte for each block, row by row: 1 marked, 0 not.
     const std::vector<std::uint8_t> &marks() const { return m_marks; }
 

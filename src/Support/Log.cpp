@@ -3,6 +3,8 @@
 
 #include "Support/Log.h"
 
+#include "Support/LogTail.h"
+
 #include <sys/stat.h>
 
 #include <cstdio>
@@ -18,6 +20,16 @@ Q_LOGGING_CATEGORY(logUpload, "app.vantrell.capture.upload")
 Q_LOGGING_CATEGORY(logAnalytics, "app.vantrell.capture.analytics")
 
 namespace {
+
+/// Who writes the lines: ours, or Qt's own, which reaches the journal.
+QtMessageHandler writer = nullptr;
+
+void keepAndWrite(QtMsgType type, const QMessageLogContext &context, const QString &message) {
+    const QByteArray line =
+        QByteArray(context.category ? context.category : "default") + ": " + message.toUtf8();
+    LogTail::add(line.constData());
+    writer(type, context, message);
+}
 
 void writeToStandardError(QtMsgType type, const QMessageLogContext &context, const QString &message) {
     const char *level = type == QtDebugMsg     ? "debug"
@@ -39,8 +51,9 @@ void installLogging() {
     struct stat journal{};
     const bool journalListens = ::stat("/run/systemd/journal/socket", &journal) == 0;
     // Qt's own handler reaches the journal when standard error is no terminal.
-    if (::isatty(STDERR_FILENO) == 1 || !journalListens)
-        qInstallMessageHandler(writeToStandardError);
+    writer = qInstallMessageHandler(keepAndWrite);
+    if (!writer || ::isatty(STDERR_FILENO) == 1 || !journalListens)
+        writer = writeToStandardError;
 }
 
 } // namespace vantrell

@@ -274,5 +274,16 @@ TEST_F(AnalyticsTest, recordsNothingWhenTheUserDoesNotWantIt) {
     EXPECT_THAT(service.batches(), IsEmpty());
 }
 
+TEST_F(AnalyticsTest, forgetsWhatWaitsWhenTheUserSwitchesItOff) {
+    trackMany(3);
+    queue->setOff(true);
+    EXPECT_EQ(queue->count(), 0);
+    trackMany(1);
+    EXPECT_EQ(queue->count(), 0);
+    queue->setOff(false);
+    trackMany(1);
+    EXPECT_EQ(queue->count(), 1);
+}
+
 } // namespace
 } // namespace vantrell::testing

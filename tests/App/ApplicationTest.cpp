@@ -4,11 +4,13 @@
 #include "Session/ApplicationBus.h"
 #include "Support/AtomicFile.h"
 #include "TestSupport/Account/SessionBus.h"
+#include "TestSupport/Camera/VirtualCamera.h"
 #include "TestSupport/ChildProcess.h"
 #include "TestSupport/Desktop/X11Session.h"
 #include "TestSupport/Network/LocalService.h"
 #include "TestSupport/Program/CaptureProgram.h"
 #include "TestSupport/RunTask.h"
+#include "TestSupport/Sound/SoundSession.h"
 #include "TestSupport/TestFile.h"
 
 #include <QDBusArgument>
@@ -322,6 +324,63 @@ TEST_F(ApplicationTest, keepsWhatIsRecordedWithoutAnAccount) {
     CaptureProgram command(app);
     EXPECT_EQ(command.run({"resume"}).exitCode, 0);
     expectArrived(1);
+    quit();
+}
+
+/// Before the application's environment is made.
+struct CameraServer {
+    SoundSession server;
+    VirtualCamera camera;
+};
+
+class ApplicationCameraTest : protected CameraServer, public ApplicationTest {
+protected:
+    ApplicationCameraTest() {
+        std::filesystem::create_directories(app.folder() / "config/VantrellCapture");
+        EXPECT_TRUE(writeFileAtomically(app.folder() / "config/VantrellCapture/settings.ini",
+                                        "[General]\ncameraEnabled=true\n"));
+    }
+    /// Records until the camera has sent so many pictures too.
+    void recordPictures(int count) {
+        record();
+        const int wanted = camera.sent() + count;
+        ASSERT_TRUE(eventually([&] { return camera.sent() >= wanted; }));
+    }
+    int cardsNamed(const char *beginning) {
+        const auto cards = qdbus_cast<QList<QVariantMap>>(call("Items").arguments().value(0));
+        return int(std::ranges::count_if(cards, [&](const QVariantMap &card) {
+            return card[QStringLiteral("title")].toString().startsWith(QLatin1String(beginning));
+        }));
+    }
+};
+
+TEST_F(ApplicationCameraTest, recordsACameraBesideTheScreenAndLosesNeither) {
+    launch();
+    recordPictures(30);
+    call("Pause");
+    ASSERT_TRUE(reaches("paused"));
+    call("Pause");
+    ASSERT_TRUE(reaches("recording"));
+    call("Stop");
+    expectArrived(2);
+    EXPECT_EQ(cardsNamed("Camera "), 1);
+    EXPECT_TRUE(eventually([&] { return !camera.isWatched(); }));
+
+    recordPictures(15);
+    call("Discard", {false});
+    ASSERT_TRUE(reaches("idle"));
+    expectArrived(2);
+
+    recordPictures(60);
+    app.signal(SIGKILL);
+    app.finish();
+    launch();
+    expectArrived(4);
+    EXPECT_EQ(cardsNamed("Camera "), 1);
+    camera.unplug();
+    record();
+    call("Stop");
+    expectArrived(5);
     quit();
 }
 

@@ -26,12 +26,15 @@ RecordArguments record(const std::string &options) {
 }
 
 TEST(Arguments, readsTheWholeRecordCommand) {
-    const RecordArguments all = record("--area -20,0,641,480 --seconds 2.5 --mic usb --system-audio "
-                                       "--cursor drawn --output out --upload --project p1");
+    const RecordArguments all =
+        record("--area -20,0,641,480 --seconds 2.5 --mic usb --system-audio --camera cam "
+               "--cursor drawn --output out --upload --project p1");
     EXPECT_EQ(std::get<CaptureRequest::Area>(all.target.what).pixels, (PixelRect{-20, 0, 641, 480}));
     EXPECT_EQ(all.seconds, 2.5);
     EXPECT_EQ(all.microphoneId, "usb");
     EXPECT_TRUE(all.systemAudio && all.drawsCursor && all.upload);
+    EXPECT_TRUE(all.camera);
+    EXPECT_EQ(all.cameraId, "cam");
     EXPECT_EQ(all.outputFolder, "out");
     EXPECT_EQ(all.projectId, "p1");
 

@@ -116,7 +116,7 @@ protected:
     std::shared_ptr<ToolBarState> state = std::make_shared<ToolBarState>();
     X11Application editor{{.pixels = {100, 50, 900, 600}}};
     std::unique_ptr<CaptureBar> bar =
-        std::make_unique<CaptureBar>(CaptureBar::Services{sound, &cameras, stills, settings, clock});
+        std::make_unique<CaptureBar>(CaptureBar::Services{sound, cameras, stills, settings, clock});
 };
 
 TEST_F(CaptureBarTest, writesEachChoiceAndThenTellsIt) {

@@ -21,13 +21,15 @@ namespace {
 
 // Seconds that a block has to stand still before it is made finer: a moment where a film or a page stopped, a
 // little longer where letters are typed, which would be encoded twice.
-constexpr double restOfCoarse = 0.3;
+constexpr double restOfCoarse = 0.31;
 constexpr double restOfFine = 0.6;
+/// Of a time that is kept as a float.
+constexpr double timeTolerance = 0.005;
 
-/// What the small encoders may be in all, of the whole picture; more than any plan asks for.
-constexpr double keptShare = 0.75;
-/// Macroblocks, besides.
-constexpr int fewestKept = 512;
+/// What the small encoders may take in all, as SmallEncoders reckons: of the whole picture, and besides. More
+/// than any plan asks for.
+constexpr double keptShare = 0.4;
+constexpr int fewestKept = 7000;
 
 /// Macroblocks for which it pays to wake another thread.
 constexpr int muchWork = 300;
@@ -135,11 +137,18 @@ std::expected<bool, PlatformError> BandEncoder::encodeTouched(const Nv12Frame &f
 }
 
 void BandEncoder::remember(const BlockMap &changed, int quantizer, double seconds, bool isKey) {
-    for (std::size_t i = 0; i < m_coarseness.size(); ++i) {
-        if (m_touched.marks()[i] || isKey)
-            m_coarseness[i] = std::uint8_t(quantizer);
-        if (changed.marks()[i])
-            m_changedAt[i] = float(seconds);
+    if (isKey)
+        std::ranges::fill(m_coarseness, std::uint8_t(quantizer));
+    const auto columns = std::size_t(m_touched.columns());
+    for (int row = 0; row < m_touched.rows(); ++row) {
+        if (!m_touched.anyInRow(row))
+            continue;
+        for (std::size_t i = std::size_t(row) * columns; i < std::size_t(row + 1) * columns; ++i) {
+            if (m_touched.marks()[i])
+                m_coarseness[i] = std::uint8_t(quantizer);
+            if (changed.marks()[i])
+                m_changedAt[i] = float(seconds);
+        }
     }
     if (quantizer <= QuantizerControl::atRest || !changed.any())
         return;
@@ -156,7 +165,7 @@ bool BandEncoder::findCoarse(double seconds) {
     for (std::size_t i = 0; i < m_coarseness.size(); ++i) {
         if (m_coarseness[i] <= QuantizerControl::atRest)
             continue;
-        if (seconds - double(m_changedAt[i]) >= restOfCoarse) {
+        if (seconds - double(m_changedAt[i]) >= restOfCoarse - timeTolerance) {
             m_touched.markBlock(int(i % columns), int(i / columns));
             found = true;
         } else {
@@ -215,7 +224,9 @@ std::optional<PlatformError> BandEncoder::encodeAll(const std::vector<SmallEncod
     std::array<std::optional<PlatformError>, 2> failures;
     const auto work = [&](std::size_t first, std::size_t last, std::optional<PlatformError> &failure) {
         for (std::size_t i = first; i < last && !failure; ++i) {
-            const auto encoded = encoders[i]->encode(frame, bands[i], m_touched, quantizer, reconstruction());
+            // What changes in so few places is text or nearly: a film beside it does not blur it.
+            const int own = bands[i].rows == 1 ? std::min(quantizer, QuantizerControl::finest) : quantizer;
+            const auto encoded = encoders[i]->encode(frame, bands[i], m_touched, own, reconstruction());
             if (!encoded)
                 failure = encoded.error();
         }

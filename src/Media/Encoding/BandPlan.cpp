@@ -19,8 +19,8 @@ constexpr int callCost = 75;
 /// other lose.
 constexpr int sliceCost = 75;
 /// Bands that cost more than that of the whole picture are not worth their copies and their memory.
-constexpr double worthwhileShare = 0.6;
-constexpr std::size_t mostStrips = 16;
+constexpr double worthwhileShare = 0.5;
+constexpr std::size_t mostStrips = 32;
 
 // Encoders are kept for each shape, so that there are few.
 constexpr std::array stripWidths{8, 32, 128};
@@ -41,6 +41,8 @@ BlockArea stripOf(const RowRun &run, int row, int columns) {
 
 /// A row's strips; runs that are near each other share one.
 void appendStrips(const BlockMap &touched, int row, std::vector<BlockArea> &strips) {
+    if (!touched.anyInRow(row))
+        return;
     const std::size_t begin = strips.size();
     std::optional<RowRun> run;
     for (int column = 0; column < touched.columns(); ++column) {

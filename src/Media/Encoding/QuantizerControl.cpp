@@ -16,7 +16,7 @@ constexpr double movingShare = 0.05;
 constexpr double stepsPerDoubling = 2.4;
 /// The quantizer's step size doubles every six.
 constexpr double stepsPerSizeDoubling = 6;
-constexpr double keyFrameSteps = 3;
+constexpr int keyFrameSteps = QuantizerControl::finest - QuantizerControl::finestOfKeyFrames;
 constexpr double inertia = 0.1;
 /// A cut counts as at most so many times the mean.
 constexpr double mostGrowth = 4;
@@ -27,7 +27,7 @@ constexpr double calmInterval = 0.3;
 } // namespace
 
 int QuantizerControl::quantizer(bool isKeyFrame) const {
-    return isKeyFrame ? m_quantizer - int(keyFrameSteps) : m_quantizer;
+    return isKeyFrame ? m_quantizer - keyFrameSteps : m_quantizer;
 }
 
 bool QuantizerControl::isCalm(double hostTime) const {

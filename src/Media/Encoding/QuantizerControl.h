@@ -14,9 +14,11 @@ namespace vantrell {
 class QuantizerControl {
 public:
     static constexpr int finest = 19;
-    static constexpr int coarsest = 27;
+    /// libx264 at a constant quantizer of 19 clips whatever is asked for to 16 to 22.
+    static constexpr int coarsest = 22;
+    static constexpr int finestOfKeyFrames = 16;
     /// Of what has stood still for a moment.
-    static constexpr int atRest = 17;
+    static constexpr int atRest = 16;
 
     /// `blocks` is the picture's number of macroblocks.
     explicit QuantizerControl(int blocks) : m_blocks(blocks) {}

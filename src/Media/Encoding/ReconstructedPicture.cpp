@@ -52,10 +52,15 @@ void ReconstructedPicture::fillFrom(const ReconstructedPicture &whole, const Blo
     forEachRow({{chroma, chromaStride, 2}, {whole.chroma, whole.chromaStride, 2}}, place, everything, copy);
 }
 
-void ReconstructedPicture::writeTo(const ReconstructedPicture &whole, const BlockArea &place) const {
-    const PixelSpan span{place.column == 0 ? -margin : 0, place.row == 0 ? -margin : 0,
-                         columns * blockEdge + (place.right() == whole.columns ? margin : 0),
-                         rows * blockEdge + (place.bottom() == whole.rows ? margin : 0)};
+void ReconstructedPicture::writeTo(const ReconstructedPicture &whole, const BlockArea &place,
+                                   const BlockArea &part) const {
+    if (part.count() == 0)
+        return;
+    const PixelSpan span{
+        (part.column - place.column) * blockEdge - (part.column == 0 ? margin : 0),
+        (part.row - place.row) * blockEdge - (part.row == 0 ? margin : 0),
+        (part.right() - place.column) * blockEdge + (part.right() == whole.columns ? margin : 0),
+        (part.bottom() - place.row) * blockEdge + (part.bottom() == whole.rows ? margin : 0)};
     const auto copy = [](const std::uint8_t *small, std::uint8_t *to, std::size_t bytes) {
         std::memcpy(to, small, bytes);
     };

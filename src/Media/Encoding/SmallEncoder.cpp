@@ -20,6 +20,28 @@ bool hasMargins(const ReconstructedPicture &picture) {
     return !picture.isNull() && picture.chroma && picture.lumaStride >= row && picture.chromaStride >= row;
 }
 
+/// The smallest area that has all blocks of `place` that are not known to be as before.
+BlockArea changedPart(const std::vector<std::uint8_t> &hints, const BlockArea &place) {
+    int left = place.columns;
+    int right = 0;
+    int top = place.rows;
+    int bottom = 0;
+    auto hint = hints.begin();
+    for (int row = 0; row < place.rows; ++row) {
+        for (int column = 0; column < place.columns; ++column) {
+            if (*hint++ == X264Instance::constantHint)
+                continue;
+            left = std::min(left, column);
+            right = std::max(right, column + 1);
+            top = std::min(top, row);
+            bottom = row + 1;
+        }
+    }
+    if (right <= left)
+        return {place.column, place.row, 0, 0};
+    return {place.column + left, place.row + top, right - left, bottom - top};
+}
+
 } // namespace
 
 std::optional<StreamFacts> StreamFacts::of(const X264Instance &whole) {
@@ -66,6 +88,7 @@ std::expected<void, PlatformError> SmallEncoder::encode(const Nv12Frame &frame, 
     const auto picture = m_instance->encode(frame, place, m_hints, quantizer, false);
     if (!picture)
         return std::unexpected(picture.error());
+    m_changed = changedPart(m_hints, place);
     const PlatformError odd = screenError(ScreenErrorCode::encoderFailed, "A band's slice is not understood");
     if (picture->isKey || !hasMargins(m_instance->reconstruction()))
         return std::unexpected(odd);
@@ -94,7 +117,7 @@ void SmallEncoder::appendTo(std::vector<std::uint8_t> &stream, std::uint32_t fra
 }
 
 void SmallEncoder::reconstructIn(const ReconstructedPicture &whole) const {
-    m_instance->reconstruction().writeTo(whole, m_place);
+    m_instance->reconstruction().writeTo(whole, m_place, m_changed);
 }
 
 } // namespace vantrell

@@ -63,6 +63,8 @@ private:
     const std::unique_ptr<X264Instance> m_instance;
     std::vector<std::uint8_t> m_hints;
     BlockArea m_place;
+    /// What of it the encoder changed.
+    BlockArea m_changed;
     std::vector<Slice> m_slices;
 };
 

@@ -13,6 +13,13 @@ namespace {
 /// Up to this many macroblocks an encoder is made in less than a millisecond.
 constexpr int smallBlocks = 32;
 
+/// What the smallest takes, in macroblocks: 0.5 MiB and 2 KiB.
+constexpr int ownWeight = 200;
+
+int weightOf(const SmallEncoder &encoder) {
+    return ownWeight + encoder.columns() * encoder.rows();
+}
+
 } // namespace
 
 std::vector<SmallEncoder *> SmallEncoders::forPlaces(std::span<const BlockArea> places) {
@@ -85,10 +92,10 @@ void SmallEncoders::add(std::unique_ptr<SmallEncoder> encoder) {
 void SmallEncoders::makeRoom() {
     int blocks = 0;
     for (const Entry &entry : m_entries)
-        blocks += entry.encoder->columns() * entry.encoder->rows();
+        blocks += weightOf(*entry.encoder);
     while (blocks > m_mostBlocks) {
         const auto oldest = std::ranges::min_element(m_entries, {}, &Entry::lastUsed);
-        blocks -= oldest->encoder->columns() * oldest->encoder->rows();
+        blocks -= weightOf(*oldest->encoder);
         m_entries.erase(oldest);
     }
 }

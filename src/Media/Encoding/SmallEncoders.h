@@ -25,7 +25,7 @@ class SmallEncoders {
 public:
     enum class Preparation { aside = 1, atOnce };
 
-    /// `stream` and the size of what all of them may keep, in macroblocks.
+    /// `mostBlocks`: the memory that they may keep in all, as that of so many macroblocks, 2 KiB each.
     SmallEncoders(StreamFacts stream, SmallEncoderFactory make, int mostBlocks, Preparation preparation)
         : m_stream(std::move(stream)), m_make(std::move(make)), m_mostBlocks(mostBlocks),
           m_preparation(preparation) {}

@@ -18,11 +18,10 @@ x264_param_t cameraParameters(PixelSize encoded, ColourMatrix matrix) {
     p.i_fps_num = 30;
     p.i_fps_den = 1;
 
-    // Measured on somebody who talks, with a small sensor's noise and without: what searches and divides more
-    // finely spends its time and its bytes on noise, and the result is further from the picture without noise
-    // and not nearer to that with it. The deblocking filter and the arithmetic coder are worth their time;
-    // large transforms cost nothing. What stands still keeps the key frame's picture, which is therefore
-    // finer.
+    // Measured on somebody who talks before a small, noisy sensor: at half the time this has the likeness and
+    // the size of "superfast" at CRF 23. Searching and dividing more finely pays little on soft edges. The
+    // deblocking filter and the arithmetic coder are worth their time; large transforms cost nothing. Some of
+    // the bits go from noisy places to smooth ones, where they are seen.
     p.i_frame_reference = 1;
     p.analyse.inter = 0;
     p.analyse.intra = 0;
@@ -32,8 +31,8 @@ x264_param_t cameraParameters(PixelSize encoded, ColourMatrix matrix) {
     p.analyse.i_weighted_pred = X264_WEIGHTP_NONE;
     p.rc.i_rc_method = X264_RC_CRF;
     p.rc.f_rf_constant = 22;
-    p.rc.f_ip_factor = 2;
-    p.rc.i_aq_mode = X264_AQ_NONE;
+    p.rc.i_aq_mode = X264_AQ_VARIANCE;
+    p.rc.f_aq_strength = 0.6F;
     x264_param_apply_profile(&p, "high");
     return p;
 }

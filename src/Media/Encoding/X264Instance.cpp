@@ -13,8 +13,7 @@ namespace vantrell {
 
 namespace {
 
-constexpr std::size_t lengthBytes = 4;
-constexpr int coarsestQuantizer = 51;
+constexpr std::size_t unitLengthBytes = 4;
 
 /// Whatever the number of slices and the size, the picture parameters are the same.
 x264_param_t parametersFor(const X264Instance::Options &options) {
@@ -30,6 +29,7 @@ x264_param_t parametersFor(const X264Instance::Options &options) {
     // The constant-macroblock hints are silently ignored unless the reference is the frame right before, is
     // not weighted and its quantizer is not above the present one.
     p.analyse.b_mb_info = 1;
+    p.analyse.b_mb_info_update = 1;
     p.i_frame_reference = 1;
     p.analyse.i_weighted_pred = X264_WEIGHTP_NONE;
     p.rc.i_rc_method = X264_RC_CQP;
@@ -79,7 +79,8 @@ bool X264Instance::learnParameters() {
     if (x264_encoder_headers(m_encoder.get(), &units, &count) < 0)
         return false;
     for (const x264_nal_t &unit : std::span(units, std::size_t(count))) {
-        const H264Unit payload(unit.p_payload + lengthBytes, std::size_t(unit.i_payload) - lengthBytes);
+        const H264Unit payload(unit.p_payload + unitLengthBytes,
+                               std::size_t(unit.i_payload) - unitLengthBytes);
         if (unit.i_type == NAL_SPS)
             m_sequenceParameters.assign(payload.begin(), payload.end());
         else if (unit.i_type == NAL_PPS)
@@ -93,7 +94,7 @@ void X264Instance::warmUp(int pictures) {
     std::vector<std::uint8_t> hints(std::size_t(m_reconstruction.columns) *
                                     std::size_t(m_reconstruction.rows));
     for (int i = 0; i < pictures; ++i)
-        (void)encode(nothing, {}, hints, coarsestQuantizer, i == 0);
+        (void)encode(nothing, {}, hints, QuantizerControl::finestOfKeyFrames, i == 0);
 }
 
 std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const Nv12Frame &frame,

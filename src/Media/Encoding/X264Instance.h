@@ -46,12 +46,13 @@ public:
     static std::unique_ptr<X264Instance> open(const Options &options);
 
     /// Encodes pictures of nothing: the memory of a fresh encoder comes with the first ones, which then take
-    /// several times as long as others. The next picture may refer to them.
+    /// several times as long as others. The next picture may refer to them, and what is said not to change is
+    /// then believed, since it is encoded as finely as can be.
     void warmUp(int pictures);
 
     /// Encodes the part of `frame` whose upper left macroblock `place` names; as large as this encoder's
     /// picture. `hints`: for each macroblock `constantHint` or 0; only those that are as in the picture
-    /// before may be constant.
+    /// before may be constant. Afterwards those are that were left as they had been reconstructed before.
     std::expected<Picture, PlatformError> encode(const Nv12Frame &frame, const BlockArea &place,
                                                  std::vector<std::uint8_t> &hints, int quantizer, bool isKey);
 

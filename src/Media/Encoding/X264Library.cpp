@@ -83,11 +83,11 @@ std::expected<std::vector<std::uint8_t>, PlatformError> x264Configuration(x264_t
     if (x264_encoder_headers(&encoder, &units, &count) < 0)
         return std::unexpected(
             screenError(ScreenErrorCode::encoderFailed, "The video encoder could not be started"));
-    constexpr int lengthBytes = 4;
+    constexpr int sizeBytes = 4;
     H264Unit sps;
     H264Unit pps;
     for (const x264_nal_t &unit : std::span(units, std::size_t(count))) {
-        const H264Unit payload(unit.p_payload + lengthBytes, std::size_t(unit.i_payload - lengthBytes));
+        const H264Unit payload(unit.p_payload + sizeBytes, std::size_t(unit.i_payload - sizeBytes));
         if (unit.i_type == NAL_SPS)
             sps = payload;
         else if (unit.i_type == NAL_PPS)

@@ -55,7 +55,7 @@ void FrameExchange::submit(Slot *slot, BlockMap changed, double hostTime) {
     m_latest = slot;
     {
         const std::scoped_lock lock(m_mutex);
-        m_jobs.push_back({slot, std::move(changed), hostTime});
+        m_jobs.push_back({.slot = slot, .changed = std::move(changed), .hostTime = hostTime});
     }
     m_changed.notify_all();
 }
@@ -86,6 +86,8 @@ std::optional<FrameExchange::Job> FrameExchange::next() {
 std::optional<FrameExchange::Job> FrameExchange::next(double deadline, const Job &before) {
     // The capture thread may be looking into the picture at this moment: a little later, then.
     constexpr double patience = 0.01;
+    // Its time is when it was due: a change that was seen before now may be on its way.
+    const double due = deadline;
     for (;; deadline = hostNow() + patience) {
         std::unique_lock lock(m_mutex);
         const std::chrono::duration<double> left(std::max(deadline - hostNow(), 0.0));
@@ -93,7 +95,7 @@ std::optional<FrameExchange::Job> FrameExchange::next(double deadline, const Job
             break;
         if (!before.slot->isBusy) {
             before.slot->isBusy = true;
-            return Job{before.slot, BlockMap(m_picture), hostNow()};
+            return Job{before.slot, BlockMap(m_picture), due, true};
         }
     }
     return next();

@@ -39,6 +39,8 @@ public:
         /// Blocks that differ from the job before.
         BlockMap changed;
         double hostTime = 0;
+        /// The picture of the job before, which has stood still.
+        bool isRepeated = false;
     };
 
     FrameExchange(PixelSize picture, int mostPictures) : m_picture(picture), m_mostPictures(mostPictures) {}

@@ -3,6 +3,7 @@
 
 #include "Media/Stream/StagedCaptureStream.h"
 
+#include "Media/Encoding/SlicedX264.h"
 #include "Media/Stream/EncodeStage.h"
 #include "Platform/ScreenError.h"
 #include "Support/HostTime.h"
@@ -15,8 +16,9 @@ namespace vantrell {
 
 namespace {
 
-/// Enough for the encoder to be four frames late without a loss.
+/// Enough for the encoder to be four frames late without a loss, or two where pictures are large.
 constexpr int pictures = 6;
+constexpr int largePictures = 4;
 /// How soon a change is looked at again after one that did not show in the picture.
 constexpr double quietInterval = 0.004;
 
@@ -100,7 +102,8 @@ std::expected<void, PlatformError> StagedCaptureStream::open() {
     m_videoTrack = m_writer->addVideoTrack({.size = (*encoder)->encodedSize(),
                                             .timeScale = VideoEncoder::timeScale,
                                             .decoderConfiguration = (*encoder)->codecConfiguration()});
-    m_exchange = std::make_unique<FrameExchange>(m_picture, pictures);
+    m_exchange =
+        std::make_unique<FrameExchange>(m_picture, SlicedX264::isLarge(m_picture) ? largePictures : pictures);
     m_encode =
         std::make_unique<EncodeStage>(*m_exchange, std::move(*encoder), *m_writer, m_videoTrack, [this] {
             m_encoderFailed = true;

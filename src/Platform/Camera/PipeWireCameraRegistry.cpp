@@ -163,7 +163,6 @@ std::vector<PipeWireCameraRegistry::Found> PipeWireCameraRegistry::cameras() con
     std::ranges::sort(nodes, {}, rank);
     std::vector<Found> found;
     std::set<std::string> files;
-    std::map<std::string, int> uses;
     for (const auto &[id, node] : nodes) {
         const auto device = m_devices.find(std::uint32_t(std::strtoul(node->deviceId.c_str(), nullptr, 10)));
         // Two drivers may offer one camera.
@@ -171,12 +170,15 @@ std::vector<PipeWireCameraRegistry::Found> PipeWireCameraRegistry::cameras() con
             !files.insert(device->second->files).second)
             continue;
         found.push_back(describe(id, *node));
-        ++uses[found.back().camera.id];
     }
     for (Found &each : found) {
         each.camera.isDefault = &each == found.data();
-        // Two of a kind without numbers: only their places tell them apart.
-        if (uses[each.camera.id] > 1)
+        // Two of a kind without numbers: the later one is told by its place.
+        const bool isLater = std::ranges::any_of(found, [&](const Found &other) {
+            return other.camera.id == each.camera.id &&
+                   std::pair(other.serial.size(), other.serial) < std::pair(each.serial.size(), each.serial);
+        });
+        if (isLater)
             each.camera.id = m_nodes.at(each.nodeId).name;
     }
     return found;

@@ -19,9 +19,9 @@ namespace vantrell {
 
 namespace {
 
-constexpr std::chrono::milliseconds retryInterval{1000};
+constexpr std::chrono::milliseconds deviceRetryInterval{1000};
 /// Cameras take a second or two to adjust to the light before they send.
-constexpr std::chrono::milliseconds firstPictureTime{4500};
+constexpr std::chrono::milliseconds devicePictureTime{4500};
 constexpr std::chrono::milliseconds forever{-1};
 
 } // namespace
@@ -51,7 +51,7 @@ void V4l2CameraSource::run() {
             return;
         report(CameraSourceState::deviceMissing,
                cameraError(m_hasRun && why == CameraErrorCode::noCamera ? CameraErrorCode::unplugged : why));
-    } while (wait(-1, retryInterval) != Wait::ended);
+    } while (wait(-1, deviceRetryInterval) != Wait::ended);
 }
 
 std::expected<V4l2Device, CameraErrorCode> V4l2CameraSource::findDevice() {
@@ -94,7 +94,7 @@ std::optional<CameraErrorCode> V4l2CameraSource::takePictures(V4l2Device &device
     bool hasPicture = false;
     const double begin = hostNow();
     for (;;) {
-        const double left = double(firstPictureTime.count()) / 1000 - (hostNow() - begin);
+        const double left = double(devicePictureTime.count()) / 1000 - (hostNow() - begin);
         if (!hasPicture && left <= 0)
             return CameraErrorCode::noPicture;
         const Wait waited =

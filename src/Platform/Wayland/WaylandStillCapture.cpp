@@ -124,6 +124,10 @@ Task<StillCapture::Result> WaylandStillCapture::captureArea(PixelRect area, std:
         co_return co_await runBlocking(
             [picture = *desktop, all = *displays, part = *wanted] { return cutOut(picture, all, part); },
             stop);
+    // A desktop that takes no stills at all shares its screen.
+    const auto *error = std::get_if<PlatformError>(&desktop.error());
+    if (error && isPortalError(*error, PortalErrorCode::missing))
+        co_return co_await fromCast(*wanted, stop);
     co_return std::unexpected(desktop.error());
 }
 

@@ -9,7 +9,8 @@
 namespace vantrell {
 
 /// Stills through the desktop's portals: one picture of a display that its user has agreed to share, else a
-/// part of the desktop's own picture of the whole; windows as one picture of what its dialog shared.
+/// part of the desktop's own picture of the whole, where the desktop makes such ones; windows as one picture
+/// of what its dialog shared.
 class WaylandStillCapture final : public StillCapture {
 public:
     /// The backend outlives it.

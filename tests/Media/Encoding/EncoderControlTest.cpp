@@ -79,7 +79,7 @@ TEST(QuantizerControl, staysFineOnTextGrowsCoarseOnDetailedFilmAndComesBackWhenI
     EXPECT_EQ(control.quantizer(false), QuantizerControl::finest);
     EXPECT_LT(control.quantizer(true), control.quantizer(false));
     play(120, blocks, 120000);
-    EXPECT_GE(control.quantizer(false), QuantizerControl::finest + 4);
+    EXPECT_GE(control.quantizer(false), QuantizerControl::finest + 3);
     EXPECT_LE(control.quantizer(false), QuantizerControl::coarsest);
     play(60, 20, 500);
     EXPECT_EQ(control.quantizer(false), QuantizerControl::finest);

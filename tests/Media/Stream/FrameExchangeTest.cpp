@@ -3,6 +3,8 @@
 
 #include "Media/Stream/FrameExchange.h"
 
+#include "Support/HostTime.h"
+
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -94,6 +96,35 @@ TEST(FrameExchange, makesTheCaptureWaitWhenAllPicturesAreTakenAndLetsItGoWhenThe
     capture.join();
     EXPECT_EQ(slot, nullptr);
     EXPECT_FALSE(exchange.next());
+}
+
+TEST(FrameExchange, givesAPictureThatRestsOnceMoreUnlessItIsBeingChanged) {
+    FrameExchange exchange(exchangeSize, 2);
+    exchange.submit(exchange.acquire(), BlockMap(exchangeSize), 1);
+    const auto job = exchange.next();
+    exchange.done(*job);
+    const auto repeated = exchange.next(2, *job);
+    ASSERT_TRUE(repeated);
+    EXPECT_TRUE(repeated->isRepeated);
+    EXPECT_EQ(repeated->slot, job->slot);
+    EXPECT_EQ(repeated->hostTime, 2);
+    // The capture goes on in another picture meanwhile.
+    auto *other = exchange.acquire();
+    EXPECT_NE(other, job->slot);
+    exchange.giveBack(other);
+    exchange.done(*repeated);
+
+    auto *changing = exchange.acquire();
+    ASSERT_EQ(changing, job->slot);
+    std::optional<FrameExchange::Job> next;
+    std::thread encoder([&] { next = exchange.next(2, *repeated); });
+    exchange.submit(changing, BlockMap(exchangeSize), 3);
+    encoder.join();
+    ASSERT_TRUE(next);
+    EXPECT_FALSE(next->isRepeated);
+    EXPECT_EQ(next->hostTime, 3);
+    exchange.close();
+    EXPECT_FALSE(exchange.next(hostNow() + 3600, *next));
 }
 
 } // namespace

@@ -146,6 +146,14 @@ void X11Session::killCompositor() {
     m_compositor.reset();
 }
 
+void X11Session::suspend() {
+    m_server->signal(SIGSTOP);
+}
+
+void X11Session::resume() {
+    m_server->signal(SIGCONT);
+}
+
 void X11Session::kill() {
     m_server->signal(SIGKILL);
     m_server.reset();

@@ -40,6 +40,9 @@ public:
 
     /// Ends the server before its time.
     void kill();
+    /// Alive, but answers nothing.
+    void suspend();
+    void resume();
 
 private:
     std::string m_display;

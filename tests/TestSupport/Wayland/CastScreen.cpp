@@ -142,7 +142,9 @@ void CastScreen::Implementation::stateChanged(pw_stream_state state) {
     isStreaming = state == PW_STREAM_STATE_STREAMING;
     isPictureDue = isAllDue = true;
     isPointerToldWhole = false;
-    trigger();
+    // With the next frame, as compositors do: who takes the pictures starts at the same moment.
+    if (isStreaming)
+        retry->start(std::chrono::milliseconds(16));
 }
 
 void CastScreen::Implementation::send() {

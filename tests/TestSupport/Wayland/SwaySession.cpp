@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 
 #include <unistd.h>
@@ -107,6 +108,22 @@ void SwaySession::showNumbers(double rate) {
 
 void SwaySession::hideNumbers() {
     m_numbers.reset();
+}
+
+double SwaySession::desktopCpuSeconds() const {
+    double ticks = 0;
+    for (const ChildProcess *process : {m_sway.get(), m_backend.get()}) {
+        std::ifstream in("/proc/" + std::to_string(process->pid()) + "/stat");
+        std::string line;
+        std::getline(in, line);
+        // Behind the name, which may hold anything: the 14th and 15th of all fields.
+        std::istringstream fields(line.substr(line.rfind(')') + 1));
+        std::string field;
+        for (int i = 3; fields >> field && i <= 15; ++i)
+            if (i >= 14)
+                ticks += std::stod(field);
+    }
+    return ticks / double(::sysconf(_SC_CLK_TCK));
 }
 
 void SwaySession::killCompositor() {

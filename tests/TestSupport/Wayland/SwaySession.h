@@ -41,6 +41,9 @@ public:
     void showNumbers(double rate);
     void hideNumbers();
 
+    /// Processor time that compositor and portal have used so far.
+    double desktopCpuSeconds() const;
+
     /// As crashes do.
     void killCompositor();
     void killBackend();
