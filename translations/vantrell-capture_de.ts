@@ -444,6 +444,10 @@
         <translation>Ein anderes Programm belegt die Tasten von „%1“</translation>
     </message>
     <message>
+        <source>Hot keys are bound in the desktop&apos;s settings</source>
+        <translation>Tastenkürzel legen Sie in den Einstellungen des Desktops fest</translation>
+    </message>
+    <message>
         <source>Recording in progress</source>
         <translation>Aufnahme läuft</translation>
     </message>
