@@ -133,7 +133,7 @@ TEST_F(AudioTrackRecorderTest, withoutADeviceTheTrackIsSilentAndAsLongAsTheRecor
 }
 
 TEST_F(AudioTrackRecorderTest, samplesThatAreNoNumbersDoNotEndTheTrack) {
-    const double epoch = hostNow() - 2;
+    const double epoch = hostNow() - 0.5;
     begin(epoch);
     m_source->play(epoch, epoch + 1, 2, [](double) { return std::numeric_limits<double>::quiet_NaN(); });
     m_source->play(epoch + 1 + blockSeconds, epoch + 2, 2, [](double) { return 0.5; });
