@@ -24,8 +24,8 @@ private:
     /// A picture with any fault is refused. Some cameras make no others: then they are taken as they come.
     bool m_isStrict = true;
     int m_refusedInARow = 0;
-    /// Pictures of a video stream that refer to a damaged one are left out: so many more, unless a key frame comes
-    /// before.
+    /// Pictures of a video stream that refer to a damaged one are left out: so many more, unless a key frame
+    /// comes before.
     int m_spoilt = 0;
     CodecContextPtr m_context;
     PacketPtr m_packet;

@@ -5,8 +5,8 @@
 
 namespace vantrell {
 
-/// How brightness and colour differences were made of red, green and blue. Primaries and transfer are BT.709's
-/// either way, and the range is limited.
+/// How brightness and colour differences were made of red, green and blue. Primaries and transfer are
+/// BT.709's either way, and the range is limited.
 enum class ColourMatrix {
     /// Screens: we make it ourselves.
     bt709 = 1,
