@@ -408,6 +408,10 @@
         <source>Keys</source>
         <translation>Tasten</translation>
     </message>
+    <message>
+        <source>Click, then choose a window in the desktop&apos;s dialog</source>
+        <translation>Klicken, dann im Dialog des Desktops ein Fenster wählen</translation>
+    </message>
 </context>
 <context>
     <name>Sentences</name>
@@ -438,6 +442,10 @@
     <message>
         <source>Another program holds the keys of %1</source>
         <translation>Ein anderes Programm belegt die Tasten von „%1“</translation>
+    </message>
+    <message>
+        <source>Hot keys are bound in the desktop&apos;s settings</source>
+        <translation>Tastenkürzel legen Sie in den Einstellungen des Desktops fest</translation>
     </message>
     <message>
         <source>Recording in progress</source>
@@ -913,6 +921,10 @@ Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es 
     <message>
         <source>Recorded without camera: %1</source>
         <translation>Ohne Kamera aufgenommen: %1</translation>
+    </message>
+    <message>
+        <source>Resume</source>
+        <translation>Fortsetzen</translation>
     </message>
 </context>
 <context>

@@ -29,6 +29,9 @@ constexpr const char *cameraNotSaved = "Camera recording failed to save";
 constexpr const char *screenshotCard = "Screenshot";
 /// The plan's limits are asked for at the start of a recording for this long; later ones still count.
 constexpr auto limitsPatience = 3s;
+/// What takes longer to be chosen was asked of the user.
+constexpr double dialogSeconds = 1;
+constexpr auto dialogFades = 400ms;
 
 /// What the usage events call the tool that led to it.
 ToolMode toolOf(const SelectionOutcome &outcome) {
@@ -123,9 +126,13 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
         timer.start(giveUpAfter, &m_services.clock, std::chrono::milliseconds(limitsPatience), given);
         co_await account.fetchLimitsOnce(given.get_token());
     }
+    const double asked = m_services.clock.hostNow();
     auto chosen = co_await m_services.platform.capture->choose(picked->request, stop);
     if (!chosen)
         co_return std::unexpected(asFailure(std::move(chosen.error())));
+    // The dialog that asked fades away, and shall not be the first thing that is recorded.
+    if (m_services.platform.capture->hasOwnPicker() && m_services.clock.hostNow() - asked > dialogSeconds)
+        co_await m_services.clock.sleep(dialogFades, stop);
     const std::shared_ptr<CaptureSource> source = chosen->source;
     rememberChoice(*source);
     const Display display = source->facts().display.value_or(picked->display);

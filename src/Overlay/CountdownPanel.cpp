@@ -39,6 +39,7 @@ constexpr auto compositorPatience = 1000ms;
 constexpr auto applicationPatience = 200ms;
 /// For what comes after the first painting.
 constexpr auto secondPatience = 40ms;
+/// For the compositor's next pictures, of which nobody tells.
 constexpr auto waylandPatience = 80ms;
 
 constexpr std::uint32_t escapeKey = 0xff1b;

@@ -7,6 +7,7 @@
 #include "Overlay/QtGeometry.h"
 #include "Panels/Theme.h"
 
+#include <QImage>
 #include <QPainter>
 
 #include <algorithm>
@@ -102,15 +103,23 @@ QRegion OverlayScene::changesFrom(const OverlayScene &before, double scale) cons
     return pointsCovering(lit.xored(before.lit), scale) + chrome(scale) + before.chrome(scale);
 }
 
-void OverlayScene::paint(QPainter &painter, const QRegion &part, double scale) const {
+void OverlayScene::paint(QPainter &painter, const QRegion &part, const QImage &picture, double scale) const {
     const QRegion pixels = pixelsCovering(part, scale);
     painter.save();
     painter.scale(1 / scale, 1 / scale);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
-    for (const QRect &rect : pixels - lit)
-        painter.fillRect(rect, overlayColours::dimming);
-    for (const QRect &rect : pixels &lit)
-        painter.fillRect(rect, Qt::transparent);
+    if (picture.isNull()) {
+        for (const QRect &rect : pixels - lit)
+            painter.fillRect(rect, overlayColours::dimming);
+        for (const QRect &rect : pixels &lit)
+            painter.fillRect(rect, Qt::transparent);
+    } else {
+        for (const QRect &rect : pixels)
+            painter.drawImage(rect.topLeft(), picture, rect);
+        painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+        for (const QRect &rect : pixels - lit)
+            painter.fillRect(rect, overlayColours::dimming);
+    }
     painter.restore();
     painter.save();
     painter.setClipRegion(part);

@@ -13,6 +13,7 @@
 #include <optional>
 #include <vector>
 
+class QImage;
 class QPainter;
 
 namespace vantrell {
@@ -41,8 +42,9 @@ struct OverlayScene {
     QRegion chromePixels(double scale) const;
     /// All but the dimming, in the painter's points; at least what lies in that part of the display's pixels.
     void draw(QPainter &painter, const QRect &part, double scale) const;
-    /// The whole of it, the dimming too, in that part of the view: what was there is replaced. In points.
-    void paint(QPainter &painter, const QRegion &part, double scale) const;
+    /// The whole of it, the dimming too, in that part of the view: what was there is replaced. It lies on the
+    /// picture of the display, or on what the compositor shows through it when that is null. In points.
+    void paint(QPainter &painter, const QRegion &part, const QImage &picture, double scale) const;
 
 private:
     QRegion chrome(double scale) const;

@@ -52,6 +52,11 @@ QScreen *screenOf(const Display &display) {
     return placed != screens.end() ? *placed : QGuiApplication::primaryScreen();
 }
 
+/// What lies below shows through a window that covers the screen.
+bool canBlend() {
+    return PanelShell::instance().placesWindows() && DesktopLink::instance().isComposited();
+}
+
 /// The smallest rectangle that holds them, in the desktop's pixels.
 PixelRect visibleOwnWindows(const std::vector<Display> &displays) {
     PixelRect all;
@@ -101,6 +106,9 @@ struct SelectionOverlayController::Private {
     ~Private();
 
     void build();
+    /// Where a window that covers the screen lets nothing through, it lies on a picture of it.
+    Task<> buildOnPicture(std::stop_token stop);
+    void buildViews(const QImage &picture, const QPoint &corner);
     /// Brings what has changed on a part of the desktop into the picture that the views lie on, without our
     /// own windows.
     Task<> retakePicture(PixelRect area, std::stop_token stop);
@@ -189,12 +197,33 @@ void SelectionOverlayController::Private::build() {
         return;
     }
     displays = std::move(*found);
-    isBlended = DesktopLink::instance().isComposited();
+    isBlended = canBlend();
+    if (PanelShell::instance().placesWindows())
+        buildViews({}, {});
+    else
+        scope.start(this, &Private::buildOnPicture);
+}
+
+Task<> SelectionOverlayController::Private::buildOnPicture(std::stop_token stop) {
+    PixelRect all;
+    for (const Display &display : displays)
+        all = united(all, display.pixels);
+    const auto picture = co_await services.stills.captureArea(all, stop);
+    if (stop.stop_requested())
+        co_return;
+    if (!picture)
+        qCInfo(logCapture, "overlay without a picture of the screen");
+    buildViews(picture ? *picture : QImage(), {all.x, all.y});
+}
+
+void SelectionOverlayController::Private::buildViews(const QImage &picture, const QPoint &corner) {
     for (const Display &display : displays) {
         views.push_back(std::make_unique<SelectionView>(display, screenOf(display), isBlended));
         wire(*views.back());
         views.back()->setTool(tool);
         views.back()->setDesktopPicks(services.capture.hasOwnPicker());
+        if (!picture.isNull())
+            views.back()->setPicture(picture, corner - QPoint(display.pixels.x, display.pixels.y));
     }
     const PixelRect ownWindows = visibleOwnWindows(displays);
     if (!isBlended)
@@ -202,7 +231,7 @@ void SelectionOverlayController::Private::build() {
             view->freezeScreen();
     show();
     // Those are in the picture too, where for now they lie over it.
-    if (!isBlended && !ownWindows.isEmpty())
+    if (!isBlended && !ownWindows.isEmpty() && services.stills.canWatch())
         scope.start(this, &Private::retakePicture, ownWindows);
 }
 
@@ -283,7 +312,7 @@ void SelectionOverlayController::Private::watchScreens() {
 
 bool SelectionOverlayController::Private::isCurrent() const {
     const auto now = services.capture.displays();
-    return now && *now == displays && isBlended == DesktopLink::instance().isComposited() &&
+    return now && *now == displays && isBlended == canBlend() &&
            std::ranges::all_of(views,
                                [](const View &view) { return view->screen() == screenOf(view->display()); });
 }

@@ -89,9 +89,13 @@ void SelectionView::freezeScreen() {
 void SelectionView::setPicture(const QImage &picture, const QPoint &corner) {
     const QRect part =
         picture.rect().translated(corner) & QRect(0, 0, m_display.pixels.width, m_display.pixels.height);
-    if (!m_canvas || part.isEmpty())
+    if ((!m_canvas && m_hasServer) || part.isEmpty())
         return;
-    m_canvas->setPicture(picture.copy(part.translated(-corner)), part.topLeft());
+    const QImage own = picture.copy(part.translated(-corner));
+    if (m_canvas)
+        m_canvas->setPicture(own, part.topLeft());
+    else
+        m_picture = own.convertToFormat(QImage::Format_RGB32);
     m_loupePicture = {};
     update(pointsCovering(part, scale()));
 }
@@ -245,7 +249,7 @@ void SelectionView::addArea(OverlayScene &scene) const {
 }
 
 std::optional<Loupe> SelectionView::loupe(const QRect &selected) const {
-    const bool hasPixels = m_isBlended ? bool(onPixelsWanted) : bool(m_canvas);
+    const bool hasPixels = m_isBlended ? bool(onPixelsWanted) : m_canvas || !m_picture.isNull();
     if (!hasPixels || !isDragging() || std::holds_alternative<Drag::Move>(m_area.drag()->kind))
         return std::nullopt;
     // The edge that follows the pointer, which it need not touch.
@@ -277,6 +281,8 @@ void SelectionView::fetchLoupePixels(const QRect &shown) {
         onPixelsWanted(part);
     else if (m_canvas)
         setLoupePicture(m_canvas->pixels(part), part.topLeft());
+    else if (!m_picture.isNull())
+        setLoupePicture(m_picture.copy(part), part.topLeft());
 }
 
 void SelectionView::addWindow(OverlayScene &scene) const {
@@ -362,7 +368,7 @@ void SelectionView::paintEvent(QPaintEvent *event) {
         m_canvas->paint(pixelsCovering(event->region(), scale()), m_scene, scale());
     } else if (!m_hasServer) {
         QPainter painter(this);
-        m_scene.paint(painter, event->region(), scale());
+        m_scene.paint(painter, event->region(), m_picture, scale());
     }
 }
 

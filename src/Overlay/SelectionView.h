@@ -128,6 +128,8 @@ private:
     const bool m_isBlended;
     const bool m_hasServer;
     std::unique_ptr<OverlayCanvas> m_canvas;
+    /// What it lies on where there is no server to keep it.
+    QImage m_picture;
     ToolMode m_tool = ToolMode::area;
     AreaSelection m_area;
     /// The selection is shown by another view for as long as the pointer is there.

@@ -9,21 +9,18 @@
 
 namespace vantrell {
 
-/// Follows the pointer that drags a surface of the layer shell. While a button is held some compositors tell
-/// the pointer's place from where the surface was when it was pressed, others from where it is now; which it
-/// is shows when the surface has moved some way: in the one case the pointer moves away from the place that
-/// it took hold of, in the other it stays there. Main thread.
+/// Follows the pointer that drags a surface of the layer shell. While a button is held the compositors built
+/// on wlroots tell the pointer's place from where the surface was when it was pressed, KDE's from where it is
+/// now. Main thread.
 class LayerDrag {
 public:
     LayerDrag();
 
     /// Where the surface's corner belongs; none while the compositor has not yet put it where it was told to.
-    std::optional<QPoint> place(const QPoint &corner, const PanelShell::Drag &drag, bool isSettled);
+    std::optional<QPoint> place(const QPoint &corner, const PanelShell::Drag &drag, bool isSettled) const;
 
 private:
-    bool m_countsFromPress;
-    /// So many of the last places have told the opposite.
-    int m_doubts = 0;
+    const bool m_countsFromPress;
 };
 
 } // namespace vantrell

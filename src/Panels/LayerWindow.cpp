@@ -9,8 +9,10 @@
 #include <QEvent>
 #include <QPlatformSurfaceEvent>
 #include <QScreen>
+#include <QTimer>
 #include <QWidget>
 
+#include <chrono>
 #include <utility>
 
 #include <qpa/qplatformwindow.h>
@@ -22,9 +24,12 @@ namespace vantrell {
 
 namespace {
 
+using namespace std::chrono_literals;
+
 constexpr const char *windowProperty = "vantrellLayerWindow";
 /// Lies where it is put, whatever room the desktop's own panels take.
 constexpr int ignoresOthers = -1;
+constexpr auto screenPatience = 200ms;
 
 } // namespace
 
@@ -185,6 +190,9 @@ LayerWindow *LayerWindow::parentOfPopup() const {
 void LayerWindow::place() {
     if (!m_layer)
         return;
+    // A surface stays on the screen that it was made for.
+    if (m_screen != m_window.screen())
+        return remap();
     const QRect frame = m_window.geometry();
     const QPoint corner = frame.topLeft() - m_screen->geometry().topLeft();
     zwlr_layer_surface_v1_set_size(m_layer, std::uint32_t(frame.width()), std::uint32_t(frame.height()));
@@ -192,8 +200,8 @@ void LayerWindow::place() {
                                      ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT);
     zwlr_layer_surface_v1_set_margin(m_layer, corner.y(), 0, 0, corner.x());
     if (m_isConfigured) {
-        commit();
         settle();
+        commit();
     }
 }
 
@@ -211,7 +219,7 @@ void LayerWindow::setKeyboard(bool has) {
 
 void LayerWindow::remap() {
     wl_surface *surface = WaylandLink::surfaceOf(m_window);
-    if (!m_layer || !surface)
+    if (!surface || !m_window.isVisible())
         return;
     surfaceGone();
     wl_surface_attach(surface, nullptr, 0, 0);
@@ -237,13 +245,23 @@ void LayerWindow::settle() {
     wl_surface *surface = WaylandLink::surfaceOf(m_window);
     if (m_settling || !surface)
         return;
-    m_settling = m_link.sync();
+    // Not a round trip: some compositors put their layers in order a moment after they have answered.
+    m_settling = wl_surface_frame(surface);
     wl_callback_add_listener(m_settling, &Listeners::callback, this);
 }
 
 void LayerWindow::close() {
-    // The screen has gone, or the user has turned away from the menu.
-    QMetaObject::invokeMethod(this, [this] { m_window.close(); }, Qt::QueuedConnection);
+    if (m_popup) {
+        // The user has turned away from the menu.
+        QMetaObject::invokeMethod(this, [this] { m_window.close(); }, Qt::QueuedConnection);
+        return;
+    }
+    // Its screen has gone. Qt learns of that too, and moves the window to another.
+    surfaceGone();
+    QTimer::singleShot(screenPatience, this, [this] {
+        if (!m_layer)
+            remap();
+    });
 }
 
 } // namespace vantrell

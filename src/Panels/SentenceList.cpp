@@ -17,6 +17,7 @@ constexpr const char *sentences[] = {
     QT_TRANSLATE_NOOP("Sentences", "Stop Recording"),
     QT_TRANSLATE_NOOP("Sentences", "Record Microphone"),
     QT_TRANSLATE_NOOP("Sentences", "Another program holds the keys of %1"),
+    QT_TRANSLATE_NOOP("Sentences", "Hot keys are bound in the desktop's settings"),
     QT_TRANSLATE_NOOP("Sentences", "Recording in progress"),
     QT_TRANSLATE_NOOP("Sentences", "Uploading 1 capture…"),
     QT_TRANSLATE_N_NOOP("Sentences", "Uploading %n captures…"),

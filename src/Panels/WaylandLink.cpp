@@ -96,10 +96,6 @@ bool WaylandLink::roundtrip() {
     return wl_display_roundtrip_queue(m_display, m_queue) >= 0;
 }
 
-wl_callback *WaylandLink::sync() const {
-    return wl_display_sync(m_display);
-}
-
 wl_surface *WaylandLink::surfaceOf(const QWindow &window) {
     if (!window.handle())
         return nullptr;

@@ -8,7 +8,6 @@
 
 class QScreen;
 class QWindow;
-struct wl_callback;
 struct wl_compositor;
 struct wl_display;
 struct wl_event_queue;
@@ -49,8 +48,6 @@ public:
 
     /// Returns when the compositor has answered all that was asked; false when it is gone.
     bool roundtrip();
-    /// Is told, in Qt's event loop, when the compositor has done all that was asked until now.
-    wl_callback *sync() const;
 
     /// Null while the window has none.
     static wl_surface *surfaceOf(const QWindow &window);

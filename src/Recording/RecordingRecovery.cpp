@@ -243,8 +243,8 @@ std::vector<fs::path> RecordingRecovery::needed(const fs::path &folder) {
             const auto record = readRecord(file);
             if (!record)
                 continue;
-            for (const fs::path &movie : segmentFiles(*record))
-                files.push_back(folder / movie);
+            for (const fs::path &segment : segmentFiles(*record))
+                files.push_back(folder / segment);
             for (const auto *places : {&record->movies, &record->cameraMovies})
                 for (const fs::path &place : *places)
                     files.push_back(folder / place);

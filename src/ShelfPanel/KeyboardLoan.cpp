@@ -15,7 +15,8 @@ void KeyboardLoan::take() {
     if (m_lender)
         return;
     m_lender = DesktopLink::instance().focusedWindow();
-    if (PanelShell::instance().lendKeyboard(m_panel))
+    m_isLent = PanelShell::instance().lendKeyboard(m_panel);
+    if (m_isLent)
         return;
     m_panel.windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, false);
     DesktopLink::instance().focus(DesktopLink::WindowId(m_panel.winId()));
@@ -31,8 +32,9 @@ void KeyboardLoan::giveBack() {
 void KeyboardLoan::forget() {
     if (!std::exchange(m_lender, {}))
         return;
-    PanelShell::instance().takeKeyboardBack(m_panel);
-    if (m_panel.windowHandle())
+    if (std::exchange(m_isLent, false))
+        PanelShell::instance().takeKeyboardBack(m_panel);
+    else
         m_panel.windowHandle()->setFlag(Qt::WindowDoesNotAcceptFocus, true);
 }
 

@@ -28,6 +28,8 @@ public:
 private:
     QWidget &m_panel;
     std::optional<DesktopLink::WindowId> m_lender;
+    /// By the desktop, not taken from another window.
+    bool m_isLent = false;
 };
 
 } // namespace vantrell

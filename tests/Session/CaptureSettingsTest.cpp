@@ -33,7 +33,9 @@ TEST(CaptureSettings, keepsADamagedFileBesideAndSeesWhatOthersWrite) {
     // Another process, by renaming as well as in place.
     for (const int seconds : {3, 5}) {
         changes = 0;
-        const std::string text = "[General]\ncountdownSeconds=" + std::to_string(seconds) + "\n";
+        // Of different lengths: two writes in the same few milliseconds are told apart by nothing else.
+        const std::string text = "[General]\ncountdownSeconds=" + std::to_string(seconds) +
+                                 std::string(std::size_t(seconds), '\n');
         ASSERT_TRUE(writeFileAtomically(file, text));
         EXPECT_TRUE(eventually([&] { return changes > 0 && settings.countdownSeconds() == seconds; }));
     }

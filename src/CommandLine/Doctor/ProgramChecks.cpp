@@ -58,6 +58,8 @@ std::vector<const char *> runningRecorders() {
 }
 
 Finding hotKeyFinding(const QVariantMap &status) {
+    if (const QString hint = status.value(QStringLiteral("hotKeysHint")).toString(); !hint.isEmpty())
+        return adviceFinding("Hot keys", "the desktop gives none", hint.toStdString());
     std::string taken;
     for (const QString &key : status.value(QStringLiteral("failedHotKeys")).toStringList())
         taken += (taken.empty() ? "" : ", ") + key.toStdString();

@@ -35,7 +35,8 @@ void EncodeStage::run() {
     while (auto job = next()) {
         std::int64_t time = ticks(job->hostTime);
         if (m_last)
-            time = std::max(time, m_result.lastPresentationTime + 1);
+            time = std::max(time, m_lastEncoderTime + 1);
+        m_lastEncoderTime = time;
         const bool encoded = job->isRepeated ? refine(*job, time) : encode(*job, time);
         m_exchange.done(*job);
         m_last = std::move(job);
@@ -58,7 +59,9 @@ bool EncodeStage::refine(const FrameExchange::Job &job, std::int64_t presentatio
         fail(frame.error());
         return false;
     }
-    return !*frame || write(**frame, job.hostTime);
+    // Right behind what it refines: the next picture may come late and still be of an earlier moment than
+    // now.
+    return !*frame || write(**frame, job.hostTime, m_result.lastPresentationTime + 1);
 }
 
 bool EncodeStage::encode(const FrameExchange::Job &job, std::int64_t presentationTime) {
@@ -69,21 +72,22 @@ bool EncodeStage::encode(const FrameExchange::Job &job, std::int64_t presentatio
         fail(frame.error());
         return false;
     }
-    return write(*frame, job.hostTime);
+    return write(*frame, job.hostTime,
+                 m_last ? std::max(ticks(job.hostTime), m_result.lastPresentationTime + 1)
+                        : presentationTime);
 }
 
-bool EncodeStage::write(const EncodedFrame &frame, double hostTime) {
+bool EncodeStage::write(const EncodedFrame &frame, double hostTime, std::int64_t movieTime) {
     m_keyFrames.frameEncoded(hostTime, frame.data.size(), frame.isKeyFrame);
-    const auto written = m_movie.append(m_track, EncodedSample{.data = frame.data,
-                                                               .pts = frame.presentationTime,
-                                                               .dts = frame.presentationTime,
-                                                               .isKey = frame.isKeyFrame});
+    const auto written = m_movie.append(
+        m_track,
+        EncodedSample{.data = frame.data, .pts = movieTime, .dts = movieTime, .isKey = frame.isKeyFrame});
     if (!written) {
         fail(written.error());
         return false;
     }
     ++m_result.frames;
-    m_result.lastPresentationTime = frame.presentationTime;
+    m_result.lastPresentationTime = movieTime;
     return true;
 }
 
@@ -108,7 +112,8 @@ void EncodeStage::hold(std::int64_t endTime) {
         return;
     const auto nothing = BlockMap(m_last->slot->frame.picture());
     // Nothing differs, so it is a few bytes and never worth a key frame.
-    const auto frame = m_encoder->encode(m_last->slot->frame, nothing, time, false);
+    const auto frame =
+        m_encoder->encode(m_last->slot->frame, nothing, std::max(time, m_lastEncoderTime + 1), false);
     if (!frame)
         return;
     const auto written = m_movie.append(

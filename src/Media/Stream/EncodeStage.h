@@ -53,7 +53,7 @@ private:
     /// What comes, or what came last once more when it is worth being refined.
     std::optional<FrameExchange::Job> next();
     bool refine(const FrameExchange::Job &job, std::int64_t presentationTime);
-    bool write(const EncodedFrame &frame, double hostTime);
+    bool write(const EncodedFrame &frame, double hostTime, std::int64_t movieTime);
     bool encode(const FrameExchange::Job &job, std::int64_t presentationTime);
     void hold(std::int64_t endTime);
     void fail(PlatformError error);
@@ -66,6 +66,8 @@ private:
     double m_epoch;
     KeyFrameSchedule m_keyFrames;
     std::optional<FrameExchange::Job> m_last;
+    /// What the encoder was told, which rises also where the movie's times stay behind.
+    std::int64_t m_lastEncoderTime = 0;
     Result m_result;
     WorkerThread m_thread;
 };

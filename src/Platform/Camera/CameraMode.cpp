@@ -14,10 +14,10 @@ namespace {
 constexpr double wantedRate = 30;
 /// Below it a face moves in jerks.
 constexpr double fluentRate = 24;
-constexpr PixelSize largest{1920, 1080};
+constexpr PixelSize largestSize{1920, 1080};
 
 auto rank(const CameraMode &mode) {
-    const bool fits = mode.size.width <= largest.width && mode.size.height <= largest.height;
+    const bool fits = mode.size.width <= largestSize.width && mode.size.height <= largestSize.height;
     const int area = mode.size.width * mode.size.height;
     const bool isFluent = mode.framesPerSecond >= fluentRate;
     return std::tuple(fits, isFluent, fits ? area : -area,

@@ -21,8 +21,8 @@ constexpr int mostDamageRegions = 32;
 /// More rectangles than this between two looks are everything.
 constexpr std::size_t mostDamage = 256;
 constexpr int largestCursor = 256;
-constexpr std::chrono::seconds firstPicturePatience(10);
-constexpr double pictureLimit = 5;
+constexpr std::chrono::seconds firstPicturePatience(4);
+constexpr double pictureLimit = 2;
 /// How long a compositor may take for a picture before it is asked again, and how often it is.
 constexpr std::chrono::milliseconds askInterval(600);
 constexpr int mostAsking = 6;
@@ -261,8 +261,14 @@ void CastFeed::bufferGoes(const pw_buffer *buffer) {
 Task<std::expected<PixelSize, CastFeed::Failure>> CastFeed::firstPicture(std::stop_token stop) {
     QTimer timer;
     timer.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, &timer,
-                     [first = m_first] { first.resolve(std::unexpected(noPicture())); });
+    QObject::connect(&timer, &QTimer::timeout, &timer, [this, first = m_first] {
+        // Some send nothing before something moves: what they agreed to send is known all the same.
+        const PixelSize agreed = pictureSize();
+        if (agreed.isEmpty())
+            first.resolve(std::unexpected(noPicture()));
+        else
+            first.resolve(agreed);
+    });
     timer.start(firstPicturePatience);
     const auto came = co_await m_first.wait(stop);
     if (!came)
@@ -274,7 +280,7 @@ Task<std::expected<PixelSize, CastFeed::Failure>> CastFeed::firstPicture(std::st
 
 PixelSize CastFeed::pictureSize() const {
     const std::scoped_lock lock(m_mutex);
-    return m_crop.size();
+    return m_crop.isEmpty() ? m_format.size : m_crop.size();
 }
 
 void CastFeed::setActive(bool active) {
@@ -371,7 +377,7 @@ std::expected<void, PlatformError> CastFeed::waitForPicture(double patience) {
                          [&] { return isOver() || m_newest || m_current; });
     if (m_ended)
         return std::unexpected(*m_ended);
-    if (!m_newest && !m_current)
+    if (!m_newest && !m_current && m_format.size.isEmpty())
         return std::unexpected(noPicture());
     m_hasNews = true;
     return {};

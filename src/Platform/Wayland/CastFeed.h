@@ -47,9 +47,10 @@ public:
     CastFeed(const CastFeed &) = delete;
     CastFeed &operator=(const CastFeed &) = delete;
 
-    /// Waits for the first picture, at most ten seconds. Main thread, once.
+    /// Waits for the first picture, or four seconds for one that comes only with the first change: its size.
+    /// Main thread, once.
     Task<std::expected<PixelSize, Failure>> firstPicture(std::stop_token stop);
-    /// Of the newest picture; empty before the first.
+    /// Of the newest picture; before the first what was agreed to, empty before that.
     PixelSize pictureSize() const;
     /// An inactive cast costs nobody anything; the last picture stays.
     void setActive(bool active);
@@ -77,7 +78,7 @@ public:
     /// As a FrameSource waits. A picture that is there when the cast has ended is still told of.
     std::expected<FrameWait, PlatformError> wait(double notBefore, std::optional<double> deadline);
     /// Waits until a picture came after the cast was made active, or, from `patience` seconds on, until there
-    /// is one at all.
+    /// is one at all, for two seconds: it may come with the first change only.
     std::expected<void, PlatformError> waitForPicture(double patience);
     void interrupt();
 

@@ -78,6 +78,9 @@ std::expected<FrameUpdate, PlatformError> PipeWireFrameSource::fetch() {
     // Not before what was told already, nor before this stretch began.
     m_lastTime = std::max(m_lastTime, look.hostTime);
     FrameUpdate update{.hostTime = m_lastTime, .size = m_size, .content = {}, .pointer = {}};
+    // Nothing to see yet.
+    if (!look.pixels && m_view.isEmpty())
+        update.size = {};
     const PixelRect view = look.pixels ? viewOf(look.size) : PixelRect();
     if (look.pixels) {
         update.size = view.size();

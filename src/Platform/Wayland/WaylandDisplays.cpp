@@ -21,7 +21,7 @@ namespace vantrell {
 
 namespace {
 
-constexpr double patience = 2;
+constexpr double compositorPatience = 2;
 /// The version that tells an output's name.
 constexpr std::uint32_t outputVersion = 4;
 constexpr std::uint32_t xdgOutputVersion = 3;
@@ -60,7 +60,7 @@ std::unexpected<PlatformError> unreachable() {
         screenError(ScreenErrorCode::connectionLost, "The Wayland compositor does not answer"));
 }
 
-const wl_output_listener outputEvents{
+const wl_output_listener wlOutputEvents{
     .geometry =
         [](void *data, wl_output *, std::int32_t x, std::int32_t y, std::int32_t, std::int32_t, std::int32_t,
            const char *, const char *, std::int32_t transform) {
@@ -112,7 +112,7 @@ void Listing::found(wl_registry *registry, std::uint32_t global, const char *int
         output->global = global;
         output->output = static_cast<wl_output *>(
             wl_registry_bind(registry, global, &wl_output_interface, std::min(version, outputVersion)));
-        wl_output_add_listener(output->output, &outputEvents, output.get());
+        wl_output_add_listener(output->output, &wlOutputEvents, output.get());
         m_outputs.push_back(std::move(output));
     } else if (std::strcmp(interface, xdgOutputManagerInterface.name) == 0) {
         m_manager = static_cast<wl_proxy *>(wl_registry_bind(registry, global, &xdgOutputManagerInterface,
@@ -127,7 +127,7 @@ bool Listing::roundTrip() {
         .done = [](void *data, wl_callback *, std::uint32_t) { *static_cast<bool *>(data) = true; }};
     wl_callback *callback = wl_display_sync(m_display.get());
     wl_callback_add_listener(callback, &events, &isDone);
-    const double end = hostNow() + patience;
+    const double end = hostNow() + compositorPatience;
     bool isWell = true;
     while (!isDone && isWell) {
         while (wl_display_prepare_read(m_display.get()) != 0)

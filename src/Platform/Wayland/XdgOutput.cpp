@@ -26,7 +26,7 @@ const std::array managerRequests{
     wl_message{"get_xdg_output", "no", types(getTypes)},
 };
 const std::array outputRequests{wl_message{"destroy", "", types(noTypes)}};
-const std::array outputEvents{
+const std::array logicalOutputEvents{
     wl_message{"logical_position", "ii", types(noTypes)},
     wl_message{"logical_size", "ii", types(noTypes)},
     wl_message{"done", "", types(noTypes)},
@@ -38,9 +38,12 @@ const std::array outputEvents{
 
 const wl_interface xdgOutputManagerInterface{"zxdg_output_manager_v1", 3, int(managerRequests.size()),
                                              managerRequests.data(),   0, nullptr};
-const wl_interface xdgOutputInterface{"zxdg_output_v1",           3,
-                                      int(outputRequests.size()), outputRequests.data(),
-                                      int(outputEvents.size()),   outputEvents.data()};
+const wl_interface xdgOutputInterface{"zxdg_output_v1",
+                                      3,
+                                      int(outputRequests.size()),
+                                      outputRequests.data(),
+                                      int(logicalOutputEvents.size()),
+                                      logicalOutputEvents.data()};
 
 wl_proxy *xdgOutputOf(wl_proxy *manager, wl_output *output, const XdgOutputEvents &events, void *data) {
     wl_proxy *made = wl_proxy_marshal_flags(manager, getXdgOutput, &xdgOutputInterface,

@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#include "Session/ApplicationBus.h"
+#include "TestSupport/ChildProcess.h"
+#include "TestSupport/Movie/DecodedMovie.h"
+#include "TestSupport/Program/CaptureProgram.h"
+#include "TestSupport/RunTask.h"
+#include "TestSupport/Wayland/FakeInput.h"
+#include "TestSupport/Wayland/SwaySession.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QImage>
+
+#include <linux/input-event-codes.h>
+
+namespace vantrell::testing {
+
+namespace {
+
+/// The panels' colours, which nothing else on the screen has.
+constexpr QRgb recordingRed = 0xffd63b41;
+constexpr QRgb resumeGreen = 0xff7cc4b7;
+
+/// The application on a Wayland compositor, worked as its user does.
+class WaylandLifeTest : public ::testing::Test {
+protected:
+    WaylandLifeTest() {
+        for (const auto &[name, value] : session.environment())
+            app.set(name, value);
+        app.set("XDG_SESSION_TYPE", "wayland");
+        app.set("QT_QPA_PLATFORM", "wayland");
+        app.set("QT_LOGGING_RULES", "app.vantrell.*=true");
+        app.set("VANTRELL_API_URL", "http://127.0.0.1:9");
+        app.set("HOME", app.folder());
+        session.showNumbers(10);
+        app.start({});
+        app.waitForLog("launched");
+    }
+    ~WaylandLifeTest() override {
+        app.signal(SIGTERM);
+        EXPECT_EQ(app.finish().exitCode, 0);
+    }
+
+    QVariantMap status() {
+        const QDBusReply<QVariantMap> answer = session.bus().connection().call(QDBusMessage::createMethodCall(
+            applicationBus::name, applicationBus::path, applicationBus::interface, "Status"));
+        return answer.value();
+    }
+    bool reaches(const QString &wanted) {
+        return eventually([&] { return status().value("state").toString() == wanted; });
+    }
+    bool recordsFor(double seconds) {
+        return eventually([&] { return status().value("elapsedSeconds").toDouble() >= seconds; });
+    }
+    void choose(const std::string &tool) { EXPECT_EQ(CaptureProgram(app).run({tool}).exitCode, 0); }
+
+    QImage screen() {
+        const std::string file = (app.folder() / "screen.png").string();
+        EXPECT_EQ(ChildProcess({"grim", file}, session.environment()).waitForExit(), 0);
+        return QImage(QString::fromStdString(file)).convertToFormat(QImage::Format_RGB32);
+    }
+    /// What is of that colour on the screen.
+    QRect find(QRgb colour) {
+        const QImage picture = screen();
+        QRect found;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x)
+                if (picture.pixel(x, y) == colour)
+                    found |= QRect(x, y, 1, 1);
+        return found;
+    }
+    bool clickWhenThere(QRgb colour) {
+        QRect place;
+        const bool isThere = eventually([&] {
+            place = find(colour);
+            return !place.isEmpty();
+        });
+        input.click(place.center().x(), place.center().y());
+        return isThere;
+    }
+    bool dragArea(const QRect &area) {
+        input.move(area.left(), area.top());
+        input.press();
+        input.move(area.center().x(), area.center().y());
+        input.move(area.left() + area.width(), area.top() + area.height());
+        input.release();
+        return !find(recordingRed).isEmpty();
+    }
+
+    SwaySession session;
+    FakeInput input{{1280, 720}};
+    CaptureProgram app;
+};
+
+TEST_F(WaylandLifeTest, recordsAnAreaBesideWhichItsPanelLies) {
+    const QRect area(200, 120, 400, 300);
+    choose("area");
+    // Until the overlay has come.
+    ASSERT_TRUE(eventually([&] { return dragArea(area); }));
+    input.key(KEY_ENTER);
+    ASSERT_TRUE(reaches("recording"));
+
+    QRect stop;
+    ASSERT_TRUE(eventually([&] {
+        stop = find(recordingRed);
+        return !stop.isEmpty();
+    }));
+    EXPECT_FALSE(stop.intersects(area));
+    ASSERT_TRUE(recordsFor(1));
+    constexpr int toNextButton = 24;
+    input.click(stop.right() + toNextButton, stop.center().y());
+    ASSERT_TRUE(reaches("paused"));
+    ASSERT_TRUE(clickWhenThere(resumeGreen));
+    ASSERT_TRUE(reaches("recording"));
+    ASSERT_TRUE(recordsFor(2));
+    ASSERT_TRUE(clickWhenThere(recordingRed));
+    ASSERT_TRUE(reaches("idle"));
+
+    const auto files = app.captureFiles();
+    const auto movie =
+        std::ranges::find_if(files, [](const std::string &name) { return name.ends_with(".mov"); });
+    ASSERT_NE(movie, files.end());
+    const DecodedMovie decoded = decodeMovie(app.captures() / *movie);
+    EXPECT_EQ(decoded.error, "");
+    ASSERT_FALSE(decoded.streams.empty());
+    ASSERT_FALSE(decoded.streams[0].pictures.empty());
+    EXPECT_EQ(decoded.streams[0].pictures[0].width, area.width());
+    EXPECT_EQ(decoded.streams[0].pictures[0].height, area.height());
+}
+
+TEST_F(WaylandLifeTest, showsNoPanelOnAScreenThatIsRecorded) {
+    choose("screen");
+    ASSERT_TRUE(eventually([&] {
+        input.key(KEY_ENTER);
+        return status().value("state").toString() == "recording";
+    }));
+    ASSERT_TRUE(recordsFor(1));
+    EXPECT_EQ(find(recordingRed), QRect());
+    EXPECT_EQ(CaptureProgram(app).run({"stop"}).exitCode, 0);
+    EXPECT_TRUE(reaches("idle"));
+}
+
+TEST_F(WaylandLifeTest, givesTheKeyboardFromTheOverlayToTheBarAndBack) {
+    choose("area");
+    ASSERT_TRUE(eventually([&] { return dragArea({200, 120, 400, 300}); }));
+    // To the bar, there to its window tool; back again, where Escape means the overlay.
+    input.key(KEY_TAB);
+    input.key(KEY_RIGHT);
+    input.key(KEY_ESC);
+    ASSERT_TRUE(eventually([&] {
+        input.key(KEY_ESC);
+        return find(recordingRed).isEmpty();
+    }));
+    EXPECT_EQ(status().value("state").toString(), "idle");
+}
+
+} // namespace
+} // namespace vantrell::testing
