@@ -96,13 +96,13 @@ const spa_pod *build(spa_pod_builder &builder, const KnownFormat &known, const C
         spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_format, SPA_POD_Id(known.pixels), 0);
     const PixelSize wanted = mode ? mode->size : PixelSize{1280, 720};
     const spa_rectangle size{std::uint32_t(wanted.width), std::uint32_t(wanted.height)};
-    const spa_rectangle smallest{1, 1};
-    const spa_rectangle largest{8192, 8192};
+    const spa_rectangle atLeast{1, 1};
+    const spa_rectangle atMost{8192, 8192};
     if (mode)
         spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_size, SPA_POD_Rectangle(&size), 0);
     else
         spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_size,
-                            SPA_POD_CHOICE_RANGE_Rectangle(&size, &smallest, &largest), 0);
+                            SPA_POD_CHOICE_RANGE_Rectangle(&size, &atLeast, &atMost), 0);
     // A rate that is not whole (29.97) is in the range as well.
     const spa_fraction rate{std::uint32_t((mode ? mode->framesPerSecond : 30) * 1000 + 0.5), 1000};
     const spa_fraction slowest{0, 1};

@@ -91,8 +91,8 @@ void PipeWireCameraWatch::connect() {
 
 void PipeWireCameraWatch::look() {
     auto cameras = camerasOf(*m_registry);
-    const auto before = std::exchange(m_known, cameras);
-    if (before && *before != cameras)
+    // The first time too: what was listed before the watch began may have changed since.
+    if (std::exchange(m_known, cameras) != cameras)
         m_changed();
 }
 

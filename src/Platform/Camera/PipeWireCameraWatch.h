@@ -21,7 +21,7 @@ std::expected<std::vector<Camera>, PlatformError> listPipeWireCameras(const Pipe
 /// Watches the cameras of a PipeWire server for as long as it lives, also across the server's restarts.
 class PipeWireCameraWatch {
 public:
-    /// `changed` is called on the watch's own thread, and not in the beginning.
+    /// `changed` is called on the watch's own thread, for the first time when it has begun to watch.
     PipeWireCameraWatch(PipeWireRemote remote, std::function<void()> changed);
     ~PipeWireCameraWatch();
     PipeWireCameraWatch(const PipeWireCameraWatch &) = delete;
