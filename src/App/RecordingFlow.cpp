@@ -239,12 +239,11 @@ Task<> RecordingFlow::pauseInTurn(std::stop_token stop) {
             hud->isPaused = engine->isPaused();
             if (!engine->isPaused())
                 hud->startTimer();
-            changed();
-        }
-        if (m_engine == engine)
             co_await m_camera.pauseEnds(engine, stop);
+        }
     }
     m_isTogglingPause = false;
+    changed();
     done.resolve(true);
 }
 

@@ -72,7 +72,8 @@ public:
     void cancelStart() { m_startScope.cancel(); }
 
     bool isRecording() const { return m_engine != nullptr; }
-    bool isPaused() const { return m_engine && m_engine->isPaused(); }
+    /// Not before the camera's file is whole too: until then nothing can be toggled.
+    bool isPaused() const { return m_engine && m_engine->isPaused() && !m_isTogglingPause; }
     bool isStartingRecording() const { return m_isStartingRecording; }
     bool isFinalizingRecording() const { return m_finalizing > 0; }
     /// Recorded time without the pauses; 0 when nothing is recorded.
