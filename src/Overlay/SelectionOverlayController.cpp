@@ -291,7 +291,7 @@ void SelectionOverlayController::Private::wire(SelectionView &view) {
 
 void SelectionOverlayController::Private::dismissViews() {
     for (View &view : views) {
-        view->hide();
+        view->dismiss();
         // It may be the one that is calling.
         view.release()->deleteLater();
     }

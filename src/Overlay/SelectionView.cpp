@@ -129,6 +129,11 @@ void SelectionView::selectMiddle() {
     refresh();
 }
 
+void SelectionView::dismiss() {
+    m_isDismissed = true;
+    hide();
+}
+
 void SelectionView::commitSelection(bool record) {
     const auto rect = m_area.committed();
     if (m_tool != ToolMode::area || !rect || !onOutcome)
@@ -546,6 +551,13 @@ void SelectionView::leaveEvent(QEvent *) {
     }
     if (!isDragging() && onPointerMoved)
         onPointerMoved();
+}
+
+bool SelectionView::event(QEvent *event) {
+    // What was on its way when the window went, as the release of the key that ended it, has nobody to go to.
+    if (m_isDismissed && (event->isInputEvent() || event->type() == QEvent::Leave))
+        return true;
+    return QWidget::event(event);
 }
 
 // What the keys do

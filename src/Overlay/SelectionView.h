@@ -45,6 +45,9 @@ public:
     void present();
     void setTool(ToolMode tool);
 
+    /// Takes it from the screen; it tells nobody anything any more.
+    void dismiss();
+
     const AreaSelection &area() const { return m_area; }
     /// Points from the display's corner; made to fit.
     void setSelection(const std::optional<Rect> &rect);
@@ -95,6 +98,7 @@ public:
     std::function<Rect()> barFrame;
 
 protected:
+    bool event(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
@@ -144,6 +148,7 @@ private:
     bool m_isLit = false;
     QString m_notice;
     bool m_isHelpShown = false;
+    bool m_isDismissed = false;
 
     /// In points from the display's corner; whole, and on the edge when it touches the last pixel.
     Point m_mouse;
