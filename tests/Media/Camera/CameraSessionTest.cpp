@@ -112,7 +112,7 @@ TEST_F(CameraSessions, RecordEveryPictureAtItsTimeWhateverTheFormat) {
         VirtualCamera camera({.modes = {{format, {640, 480}, 30}},
                               .spoil = [format](std::uint32_t number, std::vector<std::uint8_t> &bytes) {
                                   if ((format == CameraFormat::mjpeg && number % 16 == 9) ||
-                                      (format == CameraFormat::h264 && number == 9))
+                                      (format == CameraFormat::h264 && number == 25))
                                       bytes.resize(bytes.size() / 2);
                               }});
         const auto session = open();
