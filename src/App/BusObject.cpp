@@ -388,6 +388,8 @@ Task<> BusObject::uploadFiles(QDBusMessage call, std::stop_token stop) {
 
 Task<> BusObject::openFiles(QDBusMessage call, std::stop_token stop) {
     m_bus.send(call.createReply());
+    // Started for this call, it may not know yet that it is connected: the card would ask for that.
+    co_await m_delegate->account().pairing().ready(stop);
     for (const QString &uri : call.arguments().value(0).toStringList()) {
         const std::filesystem::path path(QUrl(uri).toLocalFile().toStdString());
         auto capture = co_await runBlocking([path] { return readCaptureFile(path); }, stop);
