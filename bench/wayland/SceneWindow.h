@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Scene.h"
+#include "../record/Scene.h"
 
 #include <QImage>
 #include <QRasterWindow>
