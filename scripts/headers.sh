@@ -36,7 +36,7 @@ done | xargs awk -v flags="$flags" '
     }
   }
   END {
-    print "flags = -std=c++23 -pthread -DQT_NO_KEYWORDS -Wall -Wextra -Wno-missing-field-initializers -Werror -Isrc -Itests" flags
+    print "flags = -std=c++23 -pthread -DQT_NO_KEYWORDS -Wall -Wextra -Wno-missing-field-initializers -Werror -Isrc -Itests -Ibench/record" flags
     print "builddir = build/headers"
     print "rule libraries"
     print "  command = clang++-19 $flags -x c++-header -o $out $in"

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "../record/Scene.h"
+#include "Scene.h"
 
 #include <QImage>
 #include <QRasterWindow>

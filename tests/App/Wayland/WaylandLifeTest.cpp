@@ -3,7 +3,6 @@
 
 #include "Session/ApplicationBus.h"
 #include "TestSupport/ChildProcess.h"
-#include "TestSupport/Movie/DecodedMovie.h"
 #include "TestSupport/Program/CaptureProgram.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/Wayland/FakeInput.h"
@@ -20,7 +19,7 @@ namespace vantrell::testing {
 
 namespace {
 
-/// The panels' colours, which nothing else on the screen has.
+/// A colour of the panels that nothing else on the screen has.
 constexpr QRgb recordingRed = 0xffd63b41;
 
 /// The application on a Wayland compositor, worked as its user does.
@@ -34,6 +33,8 @@ protected:
         app.set("QT_LOGGING_RULES", "app.vantrell.*=true");
         app.set("VANTRELL_API_URL", "http://127.0.0.1:9");
         app.set("HOME", app.folder());
+        app.set("XDG_DATA_HOME", app.folder() / "data");
+        app.set("XDG_CONFIG_HOME", app.folder() / "config");
         session.showNumbers(10);
         app.start({});
         app.waitForLog("launched");
@@ -84,42 +85,6 @@ protected:
     FakeInput input{{1280, 720}};
     CaptureProgram app;
 };
-
-TEST_F(WaylandLifeTest, recordsAnAreaBesideWhichItsPanelLies) {
-    const QRect area(200, 120, 400, 300);
-    choose("area");
-    // Until the overlay has come.
-    ASSERT_TRUE(eventually([&] { return dragArea(area); }));
-    input.key(KEY_ENTER);
-    ASSERT_TRUE(reaches("recording"));
-
-    QRect stop;
-    ASSERT_TRUE(eventually([&] {
-        stop = find(recordingRed);
-        return !stop.isEmpty();
-    }));
-    EXPECT_FALSE(stop.intersects(area));
-    ASSERT_TRUE(recordsFor(1));
-    constexpr int toNextButton = 24;
-    input.click(stop.right() + toNextButton, stop.center().y());
-    ASSERT_TRUE(reaches("paused"));
-    input.click(stop.right() + toNextButton, stop.center().y());
-    ASSERT_TRUE(reaches("recording"));
-    ASSERT_TRUE(recordsFor(2));
-    input.click(stop.center().x(), stop.center().y());
-    ASSERT_TRUE(reaches("idle"));
-
-    const auto files = app.captureFiles();
-    const auto movie =
-        std::ranges::find_if(files, [](const std::string &name) { return name.ends_with(".mov"); });
-    ASSERT_NE(movie, files.end());
-    const DecodedMovie decoded = decodeMovie(app.captures() / *movie);
-    EXPECT_EQ(decoded.error, "");
-    ASSERT_FALSE(decoded.streams.empty());
-    ASSERT_FALSE(decoded.streams[0].pictures.empty());
-    EXPECT_EQ(decoded.streams[0].pictures[0].width, area.width());
-    EXPECT_EQ(decoded.streams[0].pictures[0].height, area.height());
-}
 
 TEST_F(WaylandLifeTest, showsNoPanelOnAScreenThatIsRecorded) {
     choose("screen");
