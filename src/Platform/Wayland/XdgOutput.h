@@ -5,6 +5,8 @@
 
 #include <wayland-client.h>
 
+#include <cstdint>
+
 // The part of the protocol xdg-output that tells where a monitor lies among the others, written out here: no
 // library has it.
 
