@@ -33,7 +33,7 @@ if [ "${1:-}" = --tidy ]; then
   }
   export -f tidy
   sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p; s/^ *"command": .* -o \([^ ]*\) .*$/\1/p' build/asan/compile_commands.json |
-    paste -d ' ' - - | grep -vE 'autogen|_deps|Catalogues|precompiled\.dir|precompiled_tests\.dir' |
+    paste -d ' ' - - | grep -vE 'autogen|_deps|Catalogues|wayland_protocols|precompiled\.dir|precompiled_tests\.dir' |
     xargs -P "$(nproc)" -n 2 bash -c 'tidy "$@"' tidy ||
     complain "clang-tidy found the above"
 fi

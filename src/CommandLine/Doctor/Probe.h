@@ -23,19 +23,19 @@ public:
     template <typename Work, typename Value = std::invoke_result_t<Work>>
     static Task<std::expected<Value, Cancelled>> run(Work work, std::stop_token stop) {
         const OneShot<Value> done;
-        ++s_running;
+        ++running;
         std::thread([done, work = std::move(work)]() mutable {
             done.resolve(work());
-            --s_running;
+            --running;
         }).detach();
         co_return co_await done.wait(stop);
     }
 
     /// Threads that have not come back. Thread-safe.
-    static int left() { return s_running; }
+    static int left() { return running; }
 
 private:
-    static inline std::atomic<int> s_running = 0;
+    static inline std::atomic<int> running = 0;
 };
 
 } // namespace vantrell
