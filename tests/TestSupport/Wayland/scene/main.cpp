@@ -21,7 +21,7 @@ namespace {
 
 class Numbers : public QRasterWindow {
 public:
-    explicit Numbers(QColor ground) : m_ground(std::move(ground)) {}
+    explicit Numbers(QColor ground) : m_ground(ground) {}
 
     void next() {
         ++m_number;
