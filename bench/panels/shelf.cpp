@@ -6,6 +6,8 @@
 //
 //     bench_shelf [--seconds 15] [--compositor]
 
+#include "OwnProcessorTime.h"
+
 #include "Platform/NullCaptureBackend.h"
 #include "Platform/X11/X11StillCapture.h"
 #include "ShelfPanel/ShelfPanel.h"
@@ -25,8 +27,6 @@
 #include <string_view>
 #include <vector>
 
-#include <sys/resource.h>
-
 using namespace vantrell;
 using namespace std::chrono_literals;
 
@@ -39,13 +39,6 @@ struct NoFiles final : FileOpener {
     bool openFile(const std::filesystem::path &) override { return false; }
     bool showInFileManager(const std::filesystem::path &) override { return false; }
 };
-
-double cpuSeconds() {
-    rusage usage{};
-    ::getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval &time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
 
 void runFor(std::chrono::milliseconds time) {
     QEventLoop loop;
@@ -104,9 +97,9 @@ double cpuOfUploads(ShelfStore &store, std::chrono::seconds length) {
         timer->start(100ms);
         runFor(8ms);
     }
-    const double before = cpuSeconds();
+    const double before = ownProcessorTime();
     runFor(length);
-    return (cpuSeconds() - before) * 60 / double(length.count());
+    return (ownProcessorTime() - before) * 60 / double(length.count());
 }
 
 } // namespace

@@ -163,9 +163,9 @@ PortalRequests::ask(Request request, std::stop_token stop) {
 }
 
 Task<std::expected<QVariantList, PortalRequests::Failure>>
-PortalRequests::call(QString interface, QString member, QVariantList arguments, std::stop_token stop) {
+PortalRequests::callMethod(QString interface, QString member, QVariantList arguments, std::stop_token stop) {
     const OneShot<std::expected<QVariantList, PlatformError>> answered;
-    const BusClient::Call calling{portalPath, portalPrefix + interface, member, arguments, true};
+    const BusClient::Call calling{portalPath, interface, member, arguments, true};
     m_client.call(
         calling,
         [answered](const BusClient::Answer &answer) {
@@ -183,30 +183,24 @@ PortalRequests::call(QString interface, QString member, QVariantList arguments, 
     co_return std::move(**answer);
 }
 
+Task<std::expected<QVariantList, PortalRequests::Failure>>
+PortalRequests::call(QString interface, QString member, QVariantList arguments, std::stop_token stop) {
+    return callMethod(portalPrefix + interface, std::move(member), std::move(arguments), stop);
+}
+
 Task<std::expected<QVariantMap, PortalRequests::Failure>> PortalRequests::properties(QString interface,
                                                                                      std::stop_token stop) {
-    const OneShot<std::expected<QVariantList, PlatformError>> answered;
     const QVariantList arguments{portalPrefix + interface};
-    const BusClient::Call calling{portalPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-                                  QStringLiteral("GetAll"), arguments, true};
-    m_client.call(
-        calling,
-        [answered](const BusClient::Answer &answer) {
-            if (answer)
-                answered.resolve(answer->arguments());
-            else
-                answered.resolve(std::unexpected(portalErrorOf(answer.error())));
-        },
-        callPatience);
-    auto answer = co_await answered.wait(stop);
-    if (!answer)
-        co_return std::unexpected(Failure(Cancelled{}));
-    if (!*answer)
+    const auto answer = co_await callMethod(QStringLiteral("org.freedesktop.DBus.Properties"),
+                                            QStringLiteral("GetAll"), arguments, stop);
+    if (!answer) {
         // The portals answer a question for an interface that they do not have with whatever error.
-        co_return std::unexpected(Failure(isPortalError(answer->error(), PortalErrorCode::refused)
-                                              ? portalError(PortalErrorCode::missing)
-                                              : answer->error()));
-    const QVariantMap found = (*answer)->isEmpty() ? QVariantMap() : mapOf((*answer)->front());
+        const auto *const error = std::get_if<PlatformError>(&answer.error());
+        co_return std::unexpected(error && isPortalError(*error, PortalErrorCode::refused)
+                                      ? Failure(portalError(PortalErrorCode::missing))
+                                      : answer.error());
+    }
+    const QVariantMap found = answer->isEmpty() ? QVariantMap() : mapOf(answer->front());
     if (found.isEmpty())
         co_return std::unexpected(Failure(portalError(PortalErrorCode::missing)));
     co_return found;

@@ -94,6 +94,9 @@ public:
 private:
     using Response = std::expected<Answer, Failure>;
 
+    /// Of any interface of the portals' object.
+    Task<std::expected<QVariantList, Failure>> callMethod(QString interface, QString member,
+                                                          QVariantList arguments, std::stop_token stop);
     void responded(const QDBusMessage &message);
     void serviceLost();
     QString requestPath(const QString &token) const;

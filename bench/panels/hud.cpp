@@ -6,6 +6,8 @@
 //
 //     bench_hud [SECONDS]     20 by default; on a virtual display of its own
 
+#include "OwnProcessorTime.h"
+
 #include "Overlay/RecordingHUD.h"
 #include "Platform/X11/X11StillCapture.h"
 #include "Support/SystemClock.h"
@@ -19,22 +21,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include <sys/resource.h>
-
 using namespace vantrell;
-
-namespace {
-
-double cpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval &time) {
-        return double(time.tv_sec) + double(time.tv_usec) * 1e-6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
-
-} // namespace
 
 int main(int argc, char **argv) {
     const double seconds = argc > 1 ? std::atof(argv[1]) : 20;
@@ -55,9 +42,9 @@ int main(int argc, char **argv) {
     voice.start(100);
     // What is made once does not count.
     QTimer::singleShot(1000, &voice, [&] {
-        const double before = cpuSeconds();
+        const double before = ownProcessorTime();
         QTimer::singleShot(int(seconds * 1000), &voice, [&, before] {
-            std::printf("a minute of HUD: %.3f s CPU\n", (cpuSeconds() - before) * 60 / seconds);
+            std::printf("a minute of HUD: %.3f s CPU\n", (ownProcessorTime() - before) * 60 / seconds);
             QApplication::quit();
         });
     });

@@ -6,6 +6,8 @@
 //
 //     bench_bubble [SECONDS]     10 by default, each; on a virtual display of its own
 
+#include "OwnProcessorTime.h"
+
 #include "Overlay/CameraBubble.h"
 #include "Support/SystemClock.h"
 #include "TestSupport/Desktop/X11Session.h"
@@ -18,20 +20,9 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include <sys/resource.h>
-
 using namespace vantrell;
 
 namespace {
-
-double cpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval &time) {
-        return double(time.tv_sec) + double(time.tv_usec) * 1e-6;
-    };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
-}
 
 /// A camera of which every picture is another one.
 class TwoPictures {
@@ -75,10 +66,10 @@ void measure(int size, double seconds) {
     frames.start(1000 / 30);
     // What is made once does not count.
     QTimer::singleShot(1000, &frames, [&] {
-        const double before = cpuSeconds();
+        const double before = ownProcessorTime();
         QTimer::singleShot(int(seconds * 1000), &frames, [&, before] {
             std::printf("bubble of size %d: %.1f %% of a core\n", size + 1,
-                        (cpuSeconds() - before) * 100 / seconds);
+                        (ownProcessorTime() - before) * 100 / seconds);
             QApplication::quit();
         });
     });
