@@ -3,6 +3,7 @@
 
 #include "Session/ApplicationBus.h"
 #include "TestSupport/ChildProcess.h"
+#include "TestSupport/Movie/DecodedMovie.h"
 #include "TestSupport/Program/CaptureProgram.h"
 #include "TestSupport/RunTask.h"
 #include "TestSupport/Wayland/FakeInput.h"
@@ -19,7 +20,7 @@ namespace vantrell::testing {
 
 namespace {
 
-/// A colour of the panels that nothing else on the screen has.
+/// The panels' colours, which nothing else on the screen has.
 constexpr QRgb recordingRed = 0xffd63b41;
 
 /// The application on a Wayland compositor, worked as its user does.
@@ -72,19 +73,59 @@ protected:
                     found |= QRect(x, y, 1, 1);
         return found;
     }
-    bool dragArea(const QRect &area) {
+    /// Waits until the overlay has come, and draws a selection: once, since from the corner of one that is
+    /// there already it would be a resizing.
+    bool drawArea(const QRect &area) {
+        const QPoint aside(20, 600);
+        const QRgb before = screen().pixel(aside);
+        choose("area");
+        const bool isUp = eventually([&] { return screen().pixel(aside) != before; });
         input.move(area.left(), area.top());
         input.press();
         input.move(area.center().x(), area.center().y());
         input.move(area.left() + area.width(), area.top() + area.height());
         input.release();
-        return !find(recordingRed).isEmpty();
+        return isUp && eventually([&] { return !find(recordingRed).isEmpty(); });
     }
 
     SwaySession session;
     FakeInput input{{1280, 720}};
     CaptureProgram app;
 };
+
+TEST_F(WaylandLifeTest, recordsAnAreaBesideWhichItsPanelLies) {
+    const QRect area(200, 120, 400, 300);
+    ASSERT_TRUE(drawArea(area));
+    input.key(KEY_ENTER);
+    ASSERT_TRUE(reaches("recording"));
+
+    QRect stop;
+    ASSERT_TRUE(eventually([&] {
+        stop = find(recordingRed);
+        return !stop.isEmpty();
+    }));
+    EXPECT_FALSE(stop.intersects(area));
+    ASSERT_TRUE(recordsFor(1));
+    constexpr int toNextButton = 24;
+    input.click(stop.right() + toNextButton, stop.center().y());
+    ASSERT_TRUE(reaches("paused"));
+    input.click(stop.right() + toNextButton, stop.center().y());
+    ASSERT_TRUE(reaches("recording"));
+    ASSERT_TRUE(recordsFor(2));
+    input.click(stop.center().x(), stop.center().y());
+    ASSERT_TRUE(reaches("idle"));
+
+    const auto files = app.captureFiles();
+    const auto movie =
+        std::ranges::find_if(files, [](const std::string &name) { return name.ends_with(".mov"); });
+    ASSERT_NE(movie, files.end());
+    const DecodedMovie decoded = decodeMovie(app.captures() / *movie);
+    EXPECT_EQ(decoded.error, "");
+    ASSERT_FALSE(decoded.streams.empty());
+    ASSERT_FALSE(decoded.streams[0].pictures.empty());
+    EXPECT_EQ(decoded.streams[0].pictures[0].width, area.width());
+    EXPECT_EQ(decoded.streams[0].pictures[0].height, area.height());
+}
 
 TEST_F(WaylandLifeTest, showsNoPanelOnAScreenThatIsRecorded) {
     choose("screen");
@@ -99,8 +140,7 @@ TEST_F(WaylandLifeTest, showsNoPanelOnAScreenThatIsRecorded) {
 }
 
 TEST_F(WaylandLifeTest, givesTheKeyboardFromTheOverlayToTheBarAndBack) {
-    choose("area");
-    ASSERT_TRUE(eventually([&] { return dragArea({200, 120, 400, 300}); }));
+    ASSERT_TRUE(drawArea({200, 120, 400, 300}));
     // To the bar, there to its window tool; back again, where Escape means the overlay.
     input.key(KEY_TAB);
     input.key(KEY_RIGHT);
