@@ -81,7 +81,7 @@ TEST_F(CameraEngineTest, keepsWhatIsThereAndWaitsFifteenSecondsForTheRest) {
     ASSERT_TRUE(runTask(engine.open({})));
     engine.start(journal);
     cameras.picture(100);
-    cameras.session().writer->finish(std::vector<TrackEnd>{{{0}, 90000}});
+    ASSERT_TRUE(cameras.session().writer->finish(std::vector<TrackEnd>{{{0}, 90000}}));
     cameras.session().events.recordingFailed({"test", 1, "the disk hiccuped"});
     EXPECT_TRUE(eventually([this] { return engine.segmentURLs().size() == 1; }));
 
