@@ -37,6 +37,8 @@ PanelInterface::PanelInterface(Services services)
 }
 
 PanelInterface::~PanelInterface() {
+    // It tells the overlay where it is until the end.
+    m_captureBar.reset();
     BackdropMonitor::setDesktopColours(nullptr);
 }
 
@@ -51,10 +53,15 @@ std::unique_ptr<QMenu> PanelInterface::makePanelMenu() {
 }
 
 void PanelInterface::showCaptureBar(std::shared_ptr<ToolBarState> state) {
-    if (!m_captureBar)
+    if (!m_captureBar) {
         m_captureBar = std::make_unique<CaptureBar>(
             CaptureBar::Services{*m_services.platform.audio, *m_services.platform.cameras,
                                  *m_services.platform.stills, m_services.settings.store(), m_services.clock});
+        m_captureBar->onPlaced = [this] {
+            if (m_overlay)
+                m_overlay->followBar();
+        };
+    }
     m_captureBar->show(std::move(state), std::nullopt, [this] { return makePanelMenu(); });
 }
 
@@ -75,9 +82,14 @@ void PanelInterface::beginSelection(ToolMode tool,
         if (m_captureBar)
             m_captureBar->takeKeyboard();
     };
-    m_overlay->onShown = [this] {
-        if (m_captureBar && m_captureBar->isVisible())
-            m_captureBar->raise();
+    m_overlay->onShown = [this](QWidget &overlay) {
+        if (m_captureBar)
+            m_captureBar->raise(overlay);
+    };
+    m_overlay->onPictureWanted = [this] { return m_captureBar && m_captureBar->setAside(); };
+    m_overlay->onPictureTaken = [this] {
+        if (m_captureBar)
+            m_captureBar->comeBack();
     };
     m_overlay->barFrame = [this] { return m_captureBar ? m_captureBar->frame() : QRect(); };
     m_overlay->begin(
@@ -85,6 +97,8 @@ void PanelInterface::beginSelection(ToolMode tool,
         [this, completion = std::move(completion)](SelectionOutcome outcome, ToolMode used) {
             // Out of the way first: it is asked whether there still is an overlay.
             const auto ended = std::move(m_overlay);
+            if (m_captureBar && outcome.isCancelled())
+                m_captureBar->comeBack();
             const auto told = completion;
             told(std::move(outcome), used);
         });

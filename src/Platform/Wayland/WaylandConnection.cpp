@@ -13,7 +13,7 @@ namespace vantrell {
 
 namespace {
 
-constexpr double compositorPatience = 2;
+constexpr double compositorPatience = 4;
 
 } // namespace
 

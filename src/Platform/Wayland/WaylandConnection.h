@@ -26,7 +26,7 @@ public:
     WaylandConnection &operator=(const WaylandConnection &) = delete;
 
     /// Returns when the compositor has answered all that was asked; false when it is gone, or does not answer
-    /// within two seconds.
+    /// within four seconds.
     bool roundTrip();
 
 private:
