@@ -83,7 +83,8 @@ int measureTiming(double seconds) {
             errors.push_back(std::abs(found->second - stamp) * 1000);
     }
     if (errors.empty()) {
-        std::fprintf(stderr, "no picture of the cast is in the movie\n");
+        std::fprintf(stderr, "of %zu pictures sent and %zu in the movie none is the same\n",
+                     listener.heard().size(), movie.shown.size());
         return 1;
     }
     std::ranges::sort(errors);

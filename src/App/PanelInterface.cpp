@@ -10,9 +10,32 @@
 #include "Panels/PanelShell.h"
 #include "Platform/DisplayLayout.h"
 
+#include <QApplication>
 #include <QMenu>
 
+#include <chrono>
+
 namespace vantrell {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// How long the screen shows a window that has gone: a picture or two, or until it has faded away where the
+/// desktop treats it as an ordinary one.
+constexpr auto paintTime = 80ms;
+constexpr auto fadeTime = 350ms;
+
+/// Of all windows that are on the screen.
+std::vector<QRect> visibleFrames() {
+    std::vector<QRect> frames;
+    for (const QWidget *window : QApplication::topLevelWidgets())
+        if (window->isVisible())
+            frames.push_back(window->geometry());
+    return frames;
+}
+
+} // namespace
 
 PanelInterface::PanelInterface(Services services)
     : m_services(services), m_shelfPanel({services.shelf, *services.platform.capture, *services.desktop.files,
@@ -118,13 +141,20 @@ Task<bool> PanelInterface::countDown(int seconds, Display display, std::stop_tok
     return vantrell::countDown(seconds, std::move(display), m_services.clock, std::move(stop));
 }
 
-void PanelInterface::showHUD(std::shared_ptr<RecordingHUDState> state, const Recorded &recorded) {
-    const Display &display = recorded.display;
-    if (recorded.place) {
-        const Rect place = inPointsOf(display, *recorded.place);
-        PanelShell::instance().setInPicture(
-            QRectF(place.x, place.y, place.width, place.height).toAlignedRect());
-    }
+Task<> PanelInterface::leavePicture(Recorded recorded, std::stop_token stop) {
+    if (!recorded.place)
+        co_return;
+    const Rect place = inPointsOf(recorded.display, *recorded.place);
+    PanelShell &shell = PanelShell::instance();
+    const std::vector<QRect> before = visibleFrames();
+    shell.setInPicture(QRectF(place.x, place.y, place.width, place.height).toAlignedRect());
+    if (visibleFrames() == before)
+        co_return;
+    shell.sync();
+    co_await m_services.clock.sleep(shell.placesWindows() ? paintTime : fadeTime, stop);
+}
+
+void PanelInterface::showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) {
     m_hud = std::make_unique<RecordingHUD>(
         RecordingHUD::Services{*m_services.platform.stills, m_services.settings.store(), m_services.clock},
         std::move(state));
@@ -132,10 +162,11 @@ void PanelInterface::showHUD(std::shared_ptr<RecordingHUDState> state, const Rec
 }
 
 void PanelInterface::hideHUD() {
+    if (m_hud)
+        m_hud->hide();
+    PanelShell::instance().setInPicture({});
     if (!m_hud)
         return;
-    m_hud->hide();
-    PanelShell::instance().setInPicture({});
     // One of its buttons may be in the middle of calling this.
     QMetaObject::invokeMethod(
         QCoreApplication::instance(), [hud = std::shared_ptr(std::move(m_hud))] {}, Qt::QueuedConnection);
