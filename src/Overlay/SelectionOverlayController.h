@@ -54,8 +54,8 @@ public:
     /// Its windows have come onto the screen above everything, at first or anew; one of them: what shall lie
     /// above it is raised now.
     std::function<void(QWidget &window)> onShown;
-    /// A picture of the screen is about to be taken, to lie on: what of ours would be in it is hidden now, and
-    /// true when something was; and it is taken, before the windows come: what was hidden comes back.
+    /// A picture of the screen is about to be taken, to lie on: what of ours would be in it is hidden now,
+    /// and true when something was; and it is taken, before the windows come: what was hidden comes back.
     std::function<bool()> onPictureWanted;
     std::function<void()> onPictureTaken;
     /// Where the capture bar is, in Qt's coordinates; empty while it is hidden. The action buttons keep off
