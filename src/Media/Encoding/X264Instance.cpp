@@ -4,9 +4,13 @@
 #include "Media/Encoding/X264Instance.h"
 
 #include "Media/Encoding/QuantizerControl.h"
+#include "Media/Encoding/ReconstructionMargin.h"
 #include "Media/Encoding/X264Library.h"
 #include "Platform/ScreenError.h"
 
+#include <algorithm>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 namespace vantrell {
@@ -14,6 +18,8 @@ namespace vantrell {
 namespace {
 
 constexpr std::size_t unitLengthBytes = 4;
+/// A thread of the encoder waits for a core like all others.
+constexpr std::chrono::seconds longestFinishing(2);
 
 /// Whatever the number of slices and the size, the picture parameters are the same.
 x264_param_t parametersFor(const X264Instance::Options &options) {
@@ -97,6 +103,27 @@ void X264Instance::warmUp(int pictures) {
         (void)encode(nothing, {}, hints, QuantizerControl::finestOfKeyFrames, i == 0);
 }
 
+void X264Instance::expectMargin() {
+    for (const ReconstructedPicture &place : m_places)
+        if (place.luma != m_reconstruction.luma)
+            spoilMargin(place);
+}
+
+void X264Instance::waitForMargin() {
+    if (m_options.slices <= 1 || m_reconstruction.isNull())
+        return;
+    if (std::ranges::find(m_places, m_reconstruction.luma, &ReconstructedPicture::luma) == m_places.end())
+        m_places.push_back(m_reconstruction);
+    const auto patience = std::chrono::steady_clock::now() + longestFinishing;
+    while (!m_isUnfinished && !hasMargin(m_reconstruction)) {
+        m_isUnfinished = std::chrono::steady_clock::now() > patience;
+        std::this_thread::yield();
+    }
+    // Or it keeps it elsewhere.
+    if (m_isUnfinished)
+        m_reconstruction.luma = nullptr;
+}
+
 std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const Nv12Frame &frame,
                                                                          const BlockArea &place,
                                                                          std::vector<std::uint8_t> &hints,
@@ -118,6 +145,7 @@ std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const N
     picture.img.i_stride[0] = int(frame.stride());
     picture.img.i_stride[1] = int(frame.stride());
 
+    expectMargin();
     x264_nal_t *units = nullptr;
     int count = 0;
     x264_picture_t encoded;
@@ -129,6 +157,7 @@ std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const N
     m_reconstruction.chroma = isShown ? encoded.img.plane[1] : nullptr;
     m_reconstruction.lumaStride = encoded.img.i_stride[0];
     m_reconstruction.chromaStride = encoded.img.i_stride[1];
+    waitForMargin();
     return Picture{std::span(units[0].p_payload, std::size_t(size)), encoded.b_keyframe != 0};
 }
 

@@ -71,6 +71,8 @@ public:
 private:
     X264Instance(const Options &options, X264Ptr encoder);
     bool learnParameters();
+    void expectMargin();
+    void waitForMargin();
 
     const Options m_options;
     const X264Ptr m_encoder;
@@ -79,6 +81,10 @@ private:
     int m_level = 0;
     std::int64_t m_pictures = 0;
     ReconstructedPicture m_reconstruction;
+    /// Where the encoder puts its pictures by turns, as far as it has shown; only if it works in slices.
+    std::vector<ReconstructedPicture> m_places;
+    /// It was waited for in vain.
+    bool m_isUnfinished = false;
 };
 
 } // namespace vantrell
