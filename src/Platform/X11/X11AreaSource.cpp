@@ -91,7 +91,7 @@ void X11AreaSource::handle(const xcb_generic_event_t &event, double now) {
     double when = now;
     const std::uint8_t type = event.response_type & ~X11Connection::sentEventBit;
     const auto &configured = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
-    if (m_damage->handles(event, now, when) || (m_underPanels && m_underPanels->handles(event, now, when))) {
+    if (isDrawn(event, now, when)) {
         m_isDrawnMeanwhile = true;
         noteChange(when);
     } else if (type == XCB_CONFIGURE_NOTIFY && configured.window == x11().root()) {
@@ -104,6 +104,18 @@ void X11AreaSource::handle(const xcb_generic_event_t &event, double now) {
         m_monitorsChanged = true;
         noteChange(now);
     }
+}
+
+bool X11AreaSource::isDrawn(const xcb_generic_event_t &event, double now, double &when) {
+    if (m_damage->handles(event, now, when)) {
+        m_isDamageHidden = m_underPanels && m_underPanels->hides(m_damage->reach());
+        return !m_isDamageHidden;
+    }
+    if (!m_underPanels)
+        return false;
+    const bool isDrawn = m_underPanels->handles(event, now, when);
+    // Where panels have drawn the compositor's drawing would reach no further and tell nothing.
+    return isDrawn || (m_isDamageHidden && m_underPanels->awaitsCompositor());
 }
 
 std::optional<PlatformError> X11AreaSource::ended() const {
@@ -208,6 +220,7 @@ void X11AreaSource::findStale() {
     const auto mark = [this](const PixelRect &desktop) { m_stale.mark(onPicture(desktop)); };
     const bool isGrabbed = m_underPanels && m_underPanels->askDamage();
     m_damage->ask();
+    m_isDamageHidden = false;
     if (isGrabbed)
         xcb_ungrab_server(xcb());
     askForPointer();
@@ -227,6 +240,23 @@ void X11AreaSource::findStale() {
     }
 }
 
+/// As long as panels lie in the picture it matters where something is drawn.
+void X11AreaSource::watchReach() {
+    const auto wanted = m_underPanels->isActive() ? X11Damage::Events::reaching : X11Damage::Events::first;
+    if (m_damage->events() == wanted)
+        return;
+    auto next = X11Damage::create(x11(), x11().root(), wanted);
+    if (!next)
+        return;
+    next->forget();
+    // Only now: between the two nothing is lost.
+    m_damage->expectDamage();
+    m_damage->ask();
+    m_damage->answer([this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); });
+    m_damage->end();
+    m_damage = *next;
+}
+
 /// What is to be read now, of the picture; none while there is no whole picture and parts of it are missing.
 std::optional<std::vector<PixelRect>> X11AreaSource::readable() {
     m_held.clear();
@@ -234,6 +264,7 @@ std::optional<std::vector<PixelRect>> X11AreaSource::readable() {
         return m_stale.rectangles(mostPatches);
     m_underPanels->setArea(m_area);
     m_underPanels->update(hostNow(), [this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); });
+    watchReach();
     const QRegion held = m_underPanels->held();
     const bool isDue = !m_hasPicture && hostNow() >= m_pictureDue;
     if (held.isEmpty() || isDue)

@@ -22,6 +22,8 @@ public:
     /// What was drawn on the root. Returns what waits no longer.
     QRegion release(const QRegion &onRoot);
 
+    /// Something has changed that nothing on the root has shown so far.
+    bool isWaiting() const { return m_since.has_value(); }
     /// What must not be read yet.
     const QRegion &waiting() const { return m_waiting; }
 

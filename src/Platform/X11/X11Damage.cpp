@@ -8,7 +8,7 @@
 namespace vantrell {
 
 std::expected<X11Damage, PlatformError> X11Damage::create(const X11Connection &connection,
-                                                          xcb_window_t window) {
+                                                          xcb_window_t window, Events events) {
     const auto damageExtension = connection.require(&xcb_damage_id, "DAMAGE");
     if (!damageExtension)
         return std::unexpected(damageExtension.error());
@@ -22,7 +22,10 @@ std::expected<X11Damage, PlatformError> X11Damage::create(const X11Connection &c
     damage.m_region = xcb_generate_id(damage.m_xcb);
     xcb_xfixes_create_region(damage.m_xcb, damage.m_region, 0, nullptr);
     damage.m_damage = xcb_generate_id(damage.m_xcb);
-    xcb_damage_create(damage.m_xcb, damage.m_damage, window, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+    damage.m_events = events;
+    xcb_damage_create(damage.m_xcb, damage.m_damage, window,
+                      events == Events::first ? XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY
+                                              : XCB_DAMAGE_REPORT_LEVEL_BOUNDING_BOX);
     return damage;
 }
 
@@ -40,6 +43,7 @@ bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &ho
     if (notify.damage != m_damage)
         return false;
     m_isDamaged = true;
+    m_reach = {notify.area.x, notify.area.y, notify.area.width, notify.area.height};
     hostTime = X11Connection::hostTime(notify.timestamp, now);
     return true;
 }

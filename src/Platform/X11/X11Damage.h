@@ -20,8 +20,11 @@ namespace vantrell {
 /// Belongs to the connection's thread and ends before it.
 class X11Damage {
 public:
+    /// What wakes up: the first drawing since it was last asked, or each that reaches further (`reach`).
+    enum class Events { first, reaching };
+
     static std::expected<X11Damage, PlatformError> create(const X11Connection &connection,
-                                                          xcb_window_t window);
+                                                          xcb_window_t window, Events events = Events::first);
 
     /// What is damaged up to now is of no interest. A window counts as damaged whole when its watch begins.
     void forget() { xcb_damage_subtract(m_xcb, m_damage, XCB_NONE, XCB_NONE); }
@@ -31,7 +34,13 @@ public:
 
     /// True when the event says that there is damage; it then happened at `hostTime`.
     bool handles(const xcb_generic_event_t &event, double now, double &hostTime);
+    Events events() const { return m_events; }
+    /// Within what everything was drawn since it was last asked, as the last event told; with the events
+    /// `first` it is the whole window.
+    const PixelRect &reach() const { return m_reach; }
 
+    /// Damage that no event has told yet is asked for as well.
+    void expectDamage() { m_isDamaged = true; }
     /// Sends the question about what is damaged; nothing is asked when nothing is.
     void ask();
     /// Shows every damaged rectangle, in the window's coordinates. False when the connection is lost.
@@ -44,6 +53,8 @@ private:
     std::uint8_t m_firstEvent = 0;
     xcb_damage_damage_t m_damage = XCB_NONE;
     xcb_xfixes_region_t m_region = XCB_NONE;
+    Events m_events = Events::first;
+    PixelRect m_reach;
     bool m_isDamaged = false;
     std::optional<xcb_xfixes_fetch_region_cookie_t> m_asked;
 };

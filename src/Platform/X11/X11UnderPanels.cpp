@@ -90,8 +90,8 @@ bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, doubl
             m_panels.follow(m_stack.windows(), m_compositor.isRunning(), now);
     }
     m_isOutdated |= m_havePanelsChanged || isActive();
-    // Panels that come or move are damage on the root: that wakes up.
-    return change == X11WindowStack::Change::other && noteChange(hostTime);
+    // A panel that comes is damage on the root: that wakes up.
+    return isActive() && (change == X11WindowStack::Change::panels || noteChange(hostTime));
 }
 
 void X11UnderPanels::followWindow(const xcb_generic_event_t &event) {
@@ -279,6 +279,11 @@ QRegion X11UnderPanels::held() const {
             held += window->missing().translated(layer.place.x, layer.place.y) & layer.seen;
     }
     return held;
+}
+
+bool X11UnderPanels::hides(const PixelRect &drawn) const {
+    return isActive() && !m_isOutdated && !awaitsCompositor() &&
+           (QRegion(toQt(drawn)) - m_composed).isEmpty();
 }
 
 bool X11UnderPanels::askDamage() {

@@ -65,6 +65,11 @@ public:
     /// Where the pixels come from the windows beneath and not from the root; what is damaged there on the
     /// root is of no interest.
     const QRegion &composed() const { return m_composed; }
+    /// Nothing of it is in a picture that was drawn on the root within there: panels drew themselves, and no
+    /// compositor owes anything.
+    bool hides(const PixelRect &drawn) const;
+    /// A compositor is about to show what has changed beneath.
+    bool awaitsCompositor() const { return m_lag.isWaiting(); }
     /// The part of it that cannot be read yet: programs have been asked for it and have not drawn it, or it
     /// is part of something that a compositor has not shown beside the panels yet.
     QRegion held() const;
