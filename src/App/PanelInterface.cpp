@@ -6,8 +6,8 @@
 #include "App/MenuBuilder.h"
 #include "Overlay/CountdownPanel.h"
 #include "Panels/Alert.h"
-#include "Panels/BackdropMonitor.h"
 #include "Panels/PanelShell.h"
+#include "Panels/Theme.h"
 #include "Platform/DisplayLayout.h"
 
 #include <QMenu>
@@ -17,7 +17,7 @@ namespace vantrell {
 PanelInterface::PanelInterface(Services services)
     : m_services(services), m_shelfPanel({services.shelf, *services.platform.capture, *services.desktop.files,
                                           services.platform.stills.get(), &services.clock}) {
-    BackdropMonitor::setDesktopColours(services.desktop.colours.get());
+    setDesktopAppearance(services.desktop.appearance.get());
     m_statusItem.onMenu = [this](const MenuEntry &entry) {
         if (onMenu)
             onMenu(entry);
@@ -37,7 +37,7 @@ PanelInterface::PanelInterface(Services services)
 }
 
 PanelInterface::~PanelInterface() {
-    BackdropMonitor::setDesktopColours(nullptr);
+    setDesktopAppearance(nullptr);
 }
 
 std::unique_ptr<QMenu> PanelInterface::makePanelMenu() {

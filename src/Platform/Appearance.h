@@ -10,25 +10,33 @@
 
 namespace vantrell {
 
-/// Port: how light the user wants programs to be. Main thread.
-class ColourScheme {
+/// Port: how the user wants programs to look. What the desktop does not say is false, and everything until it
+/// has answered. Main thread.
+class Appearance {
 public:
-    virtual ~ColourScheme() = default;
+    virtual ~Appearance() = default;
 
-    /// False also where the desktop does not say, and until it has answered.
-    bool isLight() const { return m_isLight; }
+    bool isLight() const { return m_wishes.isLight; }
+    /// Nothing is to move or fade.
+    bool reducesMotion() const { return m_wishes.reducesMotion; }
     [[nodiscard]] Observation observe(std::function<void()> changed) {
         return m_observers.observe(std::move(changed));
     }
 
 protected:
-    void set(bool isLight) {
-        if (std::exchange(m_isLight, isLight) != isLight)
+    struct Wishes {
+        bool isLight = false;
+        bool reducesMotion = false;
+        bool operator==(const Wishes &) const = default;
+    };
+    const Wishes &wishes() const { return m_wishes; }
+    void set(const Wishes &wishes) {
+        if (std::exchange(m_wishes, wishes) != wishes)
             m_observers.notify();
     }
 
 private:
-    bool m_isLight = false;
+    Wishes m_wishes;
     Observers m_observers;
 };
 

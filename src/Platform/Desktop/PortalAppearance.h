@@ -3,22 +3,26 @@
 
 #pragma once
 
+#include "Platform/Appearance.h"
 #include "Platform/Bus/BusClient.h"
-#include "Platform/ColourScheme.h"
 
 #include <QDBusConnection>
+#include <QString>
 
 namespace vantrell {
 
 /// As the desktop's portal for settings tells it. Main thread.
-class PortalColourScheme final : public ColourScheme {
+class PortalAppearance final : public Appearance {
 public:
-    explicit PortalColourScheme(QDBusConnection session);
+    /// `startsPortal`: it is worth it to have the bus start a portal that does not run yet.
+    PortalAppearance(QDBusConnection session, bool startsPortal);
 
 private:
-    void ask();
-    void take(const QVariant &value);
+    void askAll(bool startsPortal);
+    void take(const QString &group, const QString &key, const QVariant &value);
 
+    bool m_hasLessMotion = false;
+    bool m_hasNoAnimations = false;
     BusClient m_portal;
 };
 
