@@ -219,6 +219,9 @@ std::expected<FrameUpdate, PlatformError> X11AreaSource::fetch() {
 void X11AreaSource::findStale() {
     const auto mark = [this](const PixelRect &desktop) { m_stale.mark(onPicture(desktop)); };
     const bool isGrabbed = m_underPanels && m_underPanels->askDamage();
+    // The look at the root has brought there what was drawn into windows that are kept whole.
+    if (isGrabbed)
+        m_damage->expectDamage();
     m_damage->ask();
     m_isDamageHidden = false;
     if (isGrabbed)

@@ -42,6 +42,9 @@ bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &ho
     const auto &notify = reinterpret_cast<const xcb_damage_notify_event_t &>(event);
     if (notify.damage != m_damage)
         return false;
+    // What was drawn before the last question is in its answer.
+    if (m_lastQuestion && std::int32_t(event.full_sequence - *m_lastQuestion) < 0)
+        return false;
     m_isDamaged = true;
     m_reach = {notify.area.x, notify.area.y, notify.area.width, notify.area.height};
     hostTime = X11Connection::hostTime(notify.timestamp, now);
@@ -51,7 +54,7 @@ bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &ho
 void X11Damage::ask() {
     if (!std::exchange(m_isDamaged, false))
         return;
-    xcb_damage_subtract(m_xcb, m_damage, XCB_NONE, m_region);
+    m_lastQuestion = xcb_damage_subtract(m_xcb, m_damage, XCB_NONE, m_region).sequence;
     m_asked = xcb_xfixes_fetch_region(m_xcb, m_region);
 }
 

@@ -27,7 +27,7 @@ public:
                                                           xcb_window_t window, Events events = Events::first);
 
     /// What is damaged up to now is of no interest. A window counts as damaged whole when its watch begins.
-    void forget() { xcb_damage_subtract(m_xcb, m_damage, XCB_NONE, XCB_NONE); }
+    void forget() { m_lastQuestion = xcb_damage_subtract(m_xcb, m_damage, XCB_NONE, XCB_NONE).sequence; }
 
     /// Watches no longer. Before that the object's end leaves the server watching.
     void end();
@@ -56,6 +56,8 @@ private:
     Events m_events = Events::first;
     PixelRect m_reach;
     bool m_isDamaged = false;
+    /// Its number among the connection's requests.
+    std::optional<std::uint32_t> m_lastQuestion;
     std::optional<xcb_xfixes_fetch_region_cookie_t> m_asked;
 };
 
