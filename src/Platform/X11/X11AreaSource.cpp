@@ -107,15 +107,9 @@ void X11AreaSource::handle(const xcb_generic_event_t &event, double now) {
 }
 
 bool X11AreaSource::isDrawn(const xcb_generic_event_t &event, double now, double &when) {
-    if (m_damage->handles(event, now, when)) {
-        m_isDamageHidden = m_underPanels && m_underPanels->hides(m_damage->reach());
-        return !m_isDamageHidden;
-    }
-    if (!m_underPanels)
-        return false;
-    const bool isDrawn = m_underPanels->handles(event, now, when);
-    // Where panels have drawn the compositor's drawing would reach no further and tell nothing.
-    return isDrawn || (m_isDamageHidden && m_underPanels->awaitsCompositor());
+    if (m_damage->handles(event, now, when))
+        return !m_underPanels || !m_underPanels->hides(m_damage->place());
+    return m_underPanels && m_underPanels->handles(event, now, when);
 }
 
 std::optional<PlatformError> X11AreaSource::ended() const {
@@ -137,8 +131,8 @@ std::optional<double> X11AreaSource::looksAt() const {
 
 void X11AreaSource::look(double now) {
     const bool isLate = !m_hasPicture && !m_goneSince && now >= m_pictureDue;
-    if (m_underPanels->look(now) || isLate)
-        noteChange(now);
+    if (const auto since = m_underPanels->look(now); since || isLate)
+        noteChange(since.value_or(now));
 }
 
 std::expected<void, PlatformError> X11AreaSource::followDisplay() {
@@ -223,7 +217,6 @@ void X11AreaSource::findStale() {
     if (isGrabbed)
         m_damage->expectDamage();
     m_damage->ask();
-    m_isDamageHidden = false;
     if (isGrabbed)
         xcb_ungrab_server(xcb());
     askForPointer();
@@ -244,20 +237,30 @@ void X11AreaSource::findStale() {
 }
 
 /// As long as panels lie in the picture it matters where something is drawn.
-void X11AreaSource::watchReach() {
-    const auto wanted = m_underPanels->isActive() ? X11Damage::Events::reaching : X11Damage::Events::first;
-    if (m_damage->events() == wanted)
+void X11AreaSource::leaveOutHidden() {
+    const QRegion &hidden = m_underPanels->composed();
+    if (hidden == m_hidden)
         return;
-    auto next = X11Damage::create(x11(), x11().root(), wanted);
-    if (!next)
+    m_hidden = hidden;
+    const auto events = hidden.isEmpty() ? X11Damage::Events::first : X11Damage::Events::each;
+    if (m_damage->events() != events) {
+        auto next = X11Damage::create(x11(), x11().root(), events);
+        if (!next)
+            return;
+        next->forget();
+        // Only now: between the two nothing is lost.
+        m_damage->expectDamage();
+        m_damage->ask();
+        m_damage->answer([this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); });
+        m_damage->end();
+        m_damage = *next;
+    }
+    if (hidden.isEmpty())
         return;
-    next->forget();
-    // Only now: between the two nothing is lost.
+    m_damage->leaveOut(hidden);
+    // What was left where a panel was makes no event before it has been asked for.
     m_damage->expectDamage();
-    m_damage->ask();
-    m_damage->answer([this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); });
-    m_damage->end();
-    m_damage = *next;
+    noteChange(hostNow());
 }
 
 /// What is to be read now, of the picture; none while there is no whole picture and parts of it are missing.
@@ -267,7 +270,7 @@ std::optional<std::vector<PixelRect>> X11AreaSource::readable() {
         return m_stale.rectangles(mostPatches);
     m_underPanels->setArea(m_area);
     m_underPanels->update(hostNow(), [this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); });
-    watchReach();
+    leaveOutHidden();
     const QRegion held = m_underPanels->held();
     const bool isDue = !m_hasPicture && hostNow() >= m_pictureDue;
     if (held.isEmpty() || isDue)

@@ -38,7 +38,7 @@ private:
     void renewPicture();
     bool isDrawn(const xcb_generic_event_t &event, double now, double &when);
     void findStale();
-    void watchReach();
+    void leaveOutHidden();
     std::optional<std::vector<PixelRect>> readable();
     enum class Reading { refused = 1, disturbed, torn, done };
     Reading read(std::span<const PixelRect> rects);
@@ -54,10 +54,9 @@ private:
     std::optional<std::uint8_t> m_firstMonitorEvent;
     bool m_monitorsChanged = false;
     std::optional<double> m_goneSince;
-    /// Tells how far drawing reaches while a panel lies in the picture: what panels draw wakes nobody then.
+    /// Leaves out what panels hide, so that what they draw wakes nobody.
     std::optional<X11Damage> m_damage;
-    /// It has told of something since it was last asked, but only of what panels hide.
-    bool m_isDamageHidden = false;
+    QRegion m_hidden;
     std::optional<X11PatchReader> m_reader;
     /// None where the display server lacks what it takes.
     std::unique_ptr<X11UnderPanels> m_underPanels;

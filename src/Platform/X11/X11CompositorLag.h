@@ -22,15 +22,14 @@ public:
     /// What was drawn on the root. Returns what waits no longer.
     QRegion release(const QRegion &onRoot);
 
-    /// Something has changed that nothing on the root has shown so far.
-    bool isWaiting() const { return m_since.has_value(); }
     /// What must not be read yet.
     const QRegion &waiting() const { return m_waiting; }
 
     /// When `look` is due; none: never.
     std::optional<double> looksAt() const;
-    /// True when nothing waits any longer: what is wholly hidden a compositor may never show.
-    bool look(double now);
+    /// Since when something has waited, once nothing waits any longer: what is wholly hidden a compositor may
+    /// never show.
+    std::optional<double> look(double now);
 
 private:
     std::optional<double> m_since;

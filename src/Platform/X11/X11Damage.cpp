@@ -3,7 +3,9 @@
 
 #include "Platform/X11/X11Damage.h"
 
+#include <limits>
 #include <utility>
+#include <vector>
 
 namespace vantrell {
 
@@ -25,7 +27,7 @@ std::expected<X11Damage, PlatformError> X11Damage::create(const X11Connection &c
     damage.m_events = events;
     xcb_damage_create(damage.m_xcb, damage.m_damage, window,
                       events == Events::first ? XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY
-                                              : XCB_DAMAGE_REPORT_LEVEL_BOUNDING_BOX);
+                                              : XCB_DAMAGE_REPORT_LEVEL_DELTA_RECTANGLES);
     return damage;
 }
 
@@ -34,6 +36,23 @@ void X11Damage::end() {
         xcb_discard_reply(m_xcb, asked->sequence);
     xcb_damage_destroy(m_xcb, m_damage);
     xcb_xfixes_destroy_region(m_xcb, m_region);
+    if (m_wanted != XCB_NONE)
+        xcb_xfixes_destroy_region(m_xcb, m_wanted);
+}
+
+void X11Damage::leaveOut(const QRegion &part) {
+    // Larger than any window.
+    constexpr int side = std::numeric_limits<std::int16_t>::max();
+    std::vector<xcb_rectangle_t> wanted;
+    for (const QRect &rect : QRegion(0, 0, side, side) - part)
+        wanted.push_back({std::int16_t(rect.x()), std::int16_t(rect.y()), std::uint16_t(rect.width()),
+                          std::uint16_t(rect.height())});
+    if (m_wanted == XCB_NONE) {
+        m_wanted = xcb_generate_id(m_xcb);
+        xcb_xfixes_create_region(m_xcb, m_wanted, std::uint32_t(wanted.size()), wanted.data());
+    } else {
+        xcb_xfixes_set_region(m_xcb, m_wanted, std::uint32_t(wanted.size()), wanted.data());
+    }
 }
 
 bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &hostTime) {
@@ -46,7 +65,7 @@ bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &ho
     if (m_lastQuestion && std::int32_t(event.full_sequence - *m_lastQuestion) < 0)
         return false;
     m_isDamaged = true;
-    m_reach = {notify.area.x, notify.area.y, notify.area.width, notify.area.height};
+    m_place = {notify.area.x, notify.area.y, notify.area.width, notify.area.height};
     hostTime = X11Connection::hostTime(notify.timestamp, now);
     return true;
 }
@@ -54,7 +73,7 @@ bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &ho
 void X11Damage::ask() {
     if (!std::exchange(m_isDamaged, false))
         return;
-    m_lastQuestion = xcb_damage_subtract(m_xcb, m_damage, XCB_NONE, m_region).sequence;
+    m_lastQuestion = xcb_damage_subtract(m_xcb, m_damage, m_wanted, m_region).sequence;
     m_asked = xcb_xfixes_fetch_region(m_xcb, m_region);
 }
 

@@ -141,8 +141,9 @@ std::optional<double> X11UnderPanels::looksAt() const {
     return at;
 }
 
-bool X11UnderPanels::look(double now) {
-    bool hasChanged = m_lag.look(now);
+std::optional<double> X11UnderPanels::look(double now) {
+    const auto waitedSince = m_lag.look(now);
+    bool hasChanged = false;
     for (X11CoveredWindow &window : m_covered) {
         const bool wasMissing = !window.missing().isEmpty();
         window.look(now);
@@ -156,7 +157,7 @@ bool X11UnderPanels::look(double now) {
         m_idleSince.reset();
         releaseAll();
     }
-    return hasChanged;
+    return waitedSince || !hasChanged ? waitedSince : std::optional(now);
 }
 
 std::vector<X11UnderPanels::Layer> X11UnderPanels::layersUnder(int margin, QRegion &composed) const {
@@ -282,8 +283,7 @@ QRegion X11UnderPanels::held() const {
 }
 
 bool X11UnderPanels::hides(const PixelRect &drawn) const {
-    return isActive() && !m_isOutdated && !awaitsCompositor() &&
-           (QRegion(toQt(drawn)) - m_composed).isEmpty();
+    return isActive() && !m_isOutdated && (QRegion(toQt(drawn)) - m_composed).isEmpty();
 }
 
 bool X11UnderPanels::askDamage() {
