@@ -11,6 +11,8 @@ namespace {
 constexpr double cheapShare = 20;
 constexpr double shortest = 4;
 constexpr double usual = 10;
+/// Of what changed, as a multiple of a key frame's own bytes: a large screen on which somebody types has few.
+constexpr double usualShare = 2;
 constexpr double longest = 60;
 /// A player decodes so many frames in about a second.
 constexpr int manyFrames = 600;
@@ -26,7 +28,7 @@ bool KeyFrameSchedule::isDue(double now) const {
     if (age >= longest)
         return true;
     if (age >= usual)
-        return bytes >= keyBytes || m_framesSince >= manyFrames;
+        return bytes >= usualShare * keyBytes || m_framesSince >= manyFrames;
     return age >= shortest && bytes >= cheapShare * keyBytes;
 }
 

@@ -13,6 +13,9 @@ namespace {
 
 constexpr int edge = BlockMap::blockSize;
 constexpr int paddedStride = edge * bytesPerPixel;
+constexpr int lineBytes = 64;
+/// Blocks whose rows begin in one line of the processor's cache.
+constexpr int blocksInLine = lineBytes / edge;
 
 using PaddedBlock = std::array<std::uint8_t, std::size_t(edge) * paddedStride>;
 
@@ -26,6 +29,28 @@ void fillBlock(PaddedBlock &block, const std::uint8_t *pixels, std::ptrdiff_t st
             std::memcpy(to + x * bytesPerPixel, from + std::ptrdiff_t(width - 1) * bytesPerPixel,
                         bytesPerPixel);
     }
+}
+
+/// Asks for what is read and written some blocks later. The blocks' rows lie so far apart that the processor
+/// does not see what comes; waiting for it took longer than converting.
+void fetchAhead(const std::uint8_t *pixels, std::ptrdiff_t stride) {
+    constexpr std::ptrdiff_t ahead = 3 * paddedStride;
+    for (int y = 0; y < edge; ++y)
+        __builtin_prefetch(pixels + y * stride + ahead);
+}
+
+/// A share of the rows with each block: all of them once in a line of the cache.
+template <bool isWritten>
+void fetchAhead(const Nv12Block &block, int column) {
+    constexpr std::ptrdiff_t ahead = 2 * lineBytes;
+    const auto fetch = [&](const std::uint8_t *from, int rows) {
+        const int share = rows / blocksInLine;
+        const int first = column % blocksInLine * share;
+        for (int y = first; y < first + share; ++y)
+            __builtin_prefetch(from + y * block.stride + ahead, isWritten);
+    };
+    fetch(block.luma, edge);
+    fetch(block.chroma, edge / 2);
 }
 
 Nv12Block blockAt(const Nv12Frame &frame, int column, int row) {
@@ -52,8 +77,15 @@ void PatchConverter::convert(const FramePatch &patch, const Nv12Frame &previous,
                 fillBlock(padded, pixels, stride, width, height);
                 pixels = padded.data();
                 stride = paddedStride;
+            } else {
+                fetchAhead(pixels, stride);
             }
-            if (m_convert(pixels, stride, blockAt(previous, column, row), blockAt(out, column, row)))
+            const Nv12Block before = blockAt(previous, column, row);
+            const Nv12Block after = blockAt(out, column, row);
+            fetchAhead<false>(before, column);
+            if (after.luma != before.luma)
+                fetchAhead<true>(after, column);
+            if (m_convert(pixels, stride, before, after))
                 changed.markBlock(column, row);
         }
     }
