@@ -78,7 +78,7 @@ void addOddities(Shelf &shelf) {
     shelf.add("two\nlines \u202eand a mark that turns <b>what</b> follows", ShelfItem::Done{"1"});
     shelf.add("הקלטת מסך של ישיבה, Nov 21", ShelfItem::Failed{std::string(60, 'x') + " was refused"});
     shelf.add("Firefox, Nov 21 at 9.12.03 AM (recovered)", ShelfItem::Done{"1"}, 751s);
-    shelf.store.addRestored("Screenshot", "/tmp/still.png", QUuid::createUuid(),
+    shelf.store.addRestored("Screenshot", "/tmp/still.png", std::nullopt, QUuid::createUuid(),
                             ShelfItem::Failed{"The recording file was cleaned up and can't be re-uploaded"});
 }
 

@@ -10,6 +10,7 @@
 #include "Support/FilePath.h"
 #include "Support/Log.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vantrell {
@@ -52,7 +53,11 @@ void CaptureHandover::retry(const ShelfItem &item) {
         m_services.uploads.manager().retry({*item.entryId, item.id}, project);
         return;
     }
-    if (!item.capture)
+    const auto unrecovered =
+        std::ranges::find(m_unrecovered, item.id, [](const auto &each) { return each.second; });
+    if (unrecovered != m_unrecovered.end())
+        m_scope.start(this, &CaptureHandover::recover, unrecovered->first);
+    else if (!item.capture)
         shelf.update(item.id, ShelfItem::Failed{nothingToUpload});
     else if (!m_services.account.isPaired())
         shelf.update(item.id, ShelfItem::Failed{connectFirst});
@@ -70,6 +75,10 @@ void CaptureHandover::retryWith(const ShelfItem &item, const std::string &projec
         m_services.uploads.manager().enqueue(item.capture, projectId, item.id);
 }
 
+void CaptureHandover::keepUnsaved(std::filesystem::path recoverable, const QUuid &card) {
+    m_unrecovered.insert_or_assign(std::move(recoverable), card);
+}
+
 void CaptureHandover::offerRecovered(std::set<std::filesystem::path> taken) {
     m_taken.merge(taken);
     if (!std::exchange(m_isRecovering, true))
@@ -81,34 +90,57 @@ Task<> CaptureHandover::recoverAll(std::stop_token stop) {
         co_await runBlocking([] { return RecordingRecovery::abandoned(CaptureStorage::directory()); }, stop);
     if (!found)
         co_return;
-    for (const std::filesystem::path &what : *found) {
-        auto recovered = co_await runBlocking(
-            [what, now = m_services.clock.wallNow()] { return RecordingRecovery::recover(what, now); }, stop);
-        if (!recovered) {
-            if (std::holds_alternative<Cancelled>(recovered.error()))
-                co_return;
-            // It stays where it is for the next start.
-            qCCritical(logCapture, "recording not recovered: %s", description(recovered.error()).c_str());
-            ShelfStore &shelf = m_services.uploads.shelf();
-            shelf.update(shelf.addProcessing("Screen recording (recovered)"),
-                         ShelfItem::Failed{"Recording failed to save: " + description(recovered.error())});
-            continue;
-        }
-        co_await offer(what, RecordingLayer::screen, std::move(recovered->screen), stop);
-        co_await offer(what, RecordingLayer::camera, std::move(recovered->camera), stop);
-    }
+    for (const std::filesystem::path &what : *found)
+        co_await recover(what, stop);
     m_isRecovering = false;
 }
 
+Task<> CaptureHandover::recover(std::filesystem::path what, std::stop_token stop) {
+    if (!m_underRecovery.insert(what).second)
+        co_return;
+    ShelfStore &shelf = m_services.uploads.shelf();
+    if (const auto failed = m_unrecovered.find(what); failed != m_unrecovered.end())
+        shelf.update(failed->second, ShelfItem::Processing{});
+    auto recovered = co_await runBlocking(
+        [what, now = m_services.clock.wallNow()] { return RecordingRecovery::recover(what, now); }, stop);
+    if (stop.stop_requested())
+        co_return;
+    m_underRecovery.erase(what);
+    if (!recovered) {
+        showUnrecovered(what, recovered.error());
+        co_return;
+    }
+    const auto failed = m_unrecovered.extract(what);
+    const QUuid card = failed ? failed.mapped() : QUuid();
+    co_await offer(what, RecordingLayer::screen, std::move(recovered->screen), card, stop);
+    co_await offer(what, RecordingLayer::camera, std::move(recovered->camera), {}, stop);
+    if (const ShelfItem *const left = shelf.find(card); left && !left->capture)
+        shelf.remove(card);
+}
+
+void CaptureHandover::showUnrecovered(const std::filesystem::path &what, const Failure &failure) {
+    // It stays where it is, for another try or the next start.
+    qCCritical(logCapture, "recording not recovered: %s", description(failure).c_str());
+    ShelfStore &shelf = m_services.uploads.shelf();
+    const auto [card, isNew] = m_unrecovered.try_emplace(what);
+    if (isNew)
+        card->second = shelf.addProcessing("Screen recording" + std::string(recoveredSuffix));
+    shelf.update(card->second, ShelfItem::Failed{"Recording failed to save: " + description(failure)});
+}
+
 Task<> CaptureHandover::offer(std::filesystem::path what, RecordingLayer layer,
-                              std::optional<CaptureResult> capture, std::stop_token stop) {
-    if (!capture || stop.stop_requested())
+                              std::optional<CaptureResult> found, QUuid card, std::stop_token stop) {
+    if (!found || stop.stop_requested())
         co_return;
     // It was handed over, but its journal not forgotten yet.
-    if (m_taken.contains(realPath(capture->fileURL)))
+    if (m_taken.contains(realPath(found->fileURL))) {
         co_await runBlocking([what, layer] { RecordingRecovery::forget(what, layer); }, stop);
-    else
-        deliver(std::make_shared<const CaptureResult>(std::move(*capture)), std::nullopt, what, layer);
+        co_return;
+    }
+    auto capture = std::make_shared<const CaptureResult>(std::move(*found));
+    ShelfStore &shelf = m_services.uploads.shelf();
+    shelf.attach(capture, card);
+    deliver(std::move(capture), shelf.find(card) ? std::optional(card) : std::nullopt, what, layer);
 }
 
 } // namespace vantrell

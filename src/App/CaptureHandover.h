@@ -5,6 +5,7 @@
 
 #include "App/ServiceAccount.h"
 #include "Capture/CaptureResult.h"
+#include "Recording/Failure.h"
 #include "Recording/RecordingRecord.h"
 #include "Session/CaptureSettings.h"
 #include "Session/UploadRun.h"
@@ -15,6 +16,7 @@
 #include <QUuid>
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -51,20 +53,31 @@ public:
     /// The same with a project that was chosen on the card alone.
     void retryWith(const ShelfItem &item, const std::string &projectId);
 
+    /// A recording could not be saved, but `RecordingRecovery` may make a capture of it: the card's user may
+    /// try again.
+    void keepUnsaved(std::filesystem::path recoverable, const QUuid &card);
     /// Makes cards of what crashes have left, but not of what is on its way already or was: `taken` are the
-    /// files of the journal as the program found it. Does nothing while it is at it.
+    /// files of the journal as the program found it. Does nothing while it is at it. What could not be
+    /// recovered keeps its card, whose user may try again.
     void offerRecovered(std::set<std::filesystem::path> taken);
 
 private:
     Task<> forgetWhenSafe(std::filesystem::path recoverable, RecordingLayer layer, std::stop_token stop);
-    Task<> offer(std::filesystem::path what, RecordingLayer layer, std::optional<CaptureResult> capture,
-                 std::stop_token stop);
     Task<> recoverAll(std::stop_token stop);
+    Task<> recover(std::filesystem::path what, std::stop_token stop);
+    void showUnrecovered(const std::filesystem::path &what, const Failure &failure);
+    /// On that card, if it is there.
+    Task<> offer(std::filesystem::path what, RecordingLayer layer, std::optional<CaptureResult> found,
+                 QUuid card, std::stop_token stop);
 
     const Services m_services;
     /// The files that the upload journal has, or has had in this run of the program.
     std::set<std::filesystem::path> m_taken;
     bool m_isRecovering = false;
+    /// What is being recovered at this moment.
+    std::set<std::filesystem::path> m_underRecovery;
+    /// The cards of what could not be recovered so far.
+    std::map<std::filesystem::path, QUuid> m_unrecovered;
     TaskScope m_scope;
 };
 

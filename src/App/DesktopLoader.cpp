@@ -10,7 +10,7 @@
 #include "Platform/Desktop/DesktopFileOpener.h"
 #include "Platform/Desktop/DesktopNotifier.h"
 #include "Platform/Desktop/LogindSessionMonitor.h"
-#include "Platform/Desktop/PortalColourScheme.h"
+#include "Platform/Desktop/PortalAppearance.h"
 #include "Platform/Desktop/PortalHotKeys.h"
 #include "Platform/NullHotKeys.h"
 #include "Platform/NullNotifier.h"
@@ -97,11 +97,8 @@ DesktopServices loadDesktopServices() {
         services.screenAccess = std::make_unique<WaylandScreenAccess>(bus, desktopName());
     else
         services.screenAccess = std::make_unique<AlwaysGrantedScreenAccess>(desktopName());
-    // Elsewhere the panels look at the screen behind them.
-    if (session == SessionKind::wayland)
-        services.colours = std::make_unique<PortalColourScheme>(bus);
-    else
-        services.colours = std::make_unique<ColourScheme>();
+    // Elsewhere the panels look at the screen behind them, and the rest is not worth starting a portal.
+    services.appearance = std::make_unique<PortalAppearance>(bus, session == SessionKind::wayland);
     services.files = std::make_unique<DesktopFileOpener>(bus);
     return services;
 }

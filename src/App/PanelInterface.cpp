@@ -6,8 +6,8 @@
 #include "App/MenuBuilder.h"
 #include "Overlay/CountdownPanel.h"
 #include "Panels/Alert.h"
-#include "Panels/BackdropMonitor.h"
 #include "Panels/PanelShell.h"
+#include "Panels/Theme.h"
 #include "Platform/DisplayLayout.h"
 
 #include <QApplication>
@@ -40,7 +40,7 @@ std::vector<QRect> visibleFrames() {
 PanelInterface::PanelInterface(Services services)
     : m_services(services), m_shelfPanel({services.shelf, *services.platform.capture, *services.desktop.files,
                                           services.platform.stills.get(), &services.clock}) {
-    BackdropMonitor::setDesktopColours(services.desktop.colours.get());
+    setDesktopAppearance(services.desktop.appearance.get());
     m_statusItem.onMenu = [this](const MenuEntry &entry) {
         if (onMenu)
             onMenu(entry);
@@ -62,7 +62,7 @@ PanelInterface::PanelInterface(Services services)
 PanelInterface::~PanelInterface() {
     // It tells the overlay where it is until the end.
     m_captureBar.reset();
-    BackdropMonitor::setDesktopColours(nullptr);
+    setDesktopAppearance(nullptr);
 }
 
 std::unique_ptr<QMenu> PanelInterface::makePanelMenu() {

@@ -294,6 +294,8 @@ RecordingFlow::finalizeScreen(Taken taken, QUuid card, std::optional<Failure> ca
         qCCritical(logCapture, "record stop failed: %s", description(outcome.error()).c_str());
         const std::string why = cause ? description(*cause) : description(outcome.error());
         m_services.shelf.update(card, ShelfItem::Failed{"Recording failed to save: " + why});
+        if (outcome.error().isRecoverable)
+            m_services.handover.keepUnsaved(taken.engine->journal()->path(), card);
         co_return std::vector<RecordedSegment>();
     }
     if (outcome->isPartial)

@@ -10,18 +10,14 @@
 
 namespace vantrell {
 
-namespace {
-constexpr char keyVariable[] = "VANTRELL_API_KEY";
-}
-
 std::optional<std::string> KeyProvider::takeFromEnvironment() {
-    char *value = std::getenv(keyVariable);
+    char *value = std::getenv(variable);
     if (!value)
         return std::nullopt;
     const std::string key = value;
     // Removing the variable alone would leave the text where /proc shows the initial environment.
     explicit_bzero(value, key.size());
-    ::unsetenv(keyVariable);
+    ::unsetenv(variable);
     return key.empty() ? std::nullopt : std::optional(key);
 }
 

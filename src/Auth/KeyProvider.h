@@ -19,6 +19,7 @@ public:
     /// Reads the variable and wipes it from this process's environment, so that no child inherits it and the
     /// process list does not show it. Called first in main, before any thread runs.
     static std::optional<std::string> takeFromEnvironment();
+    static constexpr const char *variable = "VANTRELL_API_KEY";
 
     /// A key given as `overriding` goes before the keychain's. The keychain must outlive the provider.
     KeyProvider(const Keychain &keychain, std::optional<std::string> overriding);

@@ -154,9 +154,13 @@ Task<ApplicationUploads::Asset> ApplicationUploads::upload(std::filesystem::path
         co_return std::unexpected(taken.error().sentence);
     if (!taken->front().id)
         co_return std::unexpected(taken->front().id.error());
+    co_return co_await awaitUpload(QUuid(textOf(*taken->front().id)), stop);
+}
+
+Task<ApplicationUploads::Asset> ApplicationUploads::awaitUpload(QUuid journalId, std::stop_token stop) {
     Asset asset = std::unexpected(Cancelled());
     std::vector<std::string> ids;
-    ids.push_back(*taken->front().id);
+    ids.push_back(journalId.toString(QUuid::WithoutBraces).toStdString());
     const auto awaited = co_await await(
         ids,
         [&asset](const RunningApplication::Uploaded &uploaded) {

@@ -29,6 +29,7 @@ public:
     Task<std::expected<void, Refusal>> prepare(std::stop_token stop) override;
     Task<Asset> upload(std::filesystem::path file, std::optional<std::string> projectId,
                        std::stop_token stop) override;
+    Task<Asset> awaitUpload(QUuid journalId, std::stop_token stop) override;
 
     struct Taken {
         std::filesystem::path file;

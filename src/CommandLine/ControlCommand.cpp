@@ -3,6 +3,7 @@
 
 #include "CommandLine/ControlCommand.h"
 
+#include "Auth/KeyProvider.h"
 #include "CommandLine/RunningApplication.h"
 #include "Session/ApplicationBus.h"
 #include "Support/DetachedProgram.h"
@@ -25,9 +26,13 @@ using What = ControlArguments::What;
 constexpr auto startPoll = 100ms;
 constexpr int startPolls = 100;
 
-/// Starts it and waits until it can be called.
-Task<bool> startApplication(Clock *clock, std::stop_token stop) {
-    if (!startDetached(QCoreApplication::applicationFilePath().toStdString()))
+/// Starts it and waits until it can be called. It has the key that this command was given, as if its user had
+/// started it.
+Task<bool> startApplication(Clock *clock, std::optional<std::string> key, std::stop_token stop) {
+    std::map<std::string, std::string> variables;
+    if (key)
+        variables.emplace(KeyProvider::variable, *key);
+    if (!startDetached(QCoreApplication::applicationFilePath().toStdString(), {}, variables))
         co_return false;
     for (int poll = 0; poll < startPolls; ++poll) {
         if (RunningApplication::isThere())
@@ -89,7 +94,7 @@ bool startsApplication(What what) {
 Task<ExitCode> runControl(ControlArguments arguments, CommandContext context, std::stop_token stop) {
     const Call call = callOf(arguments.what);
     if (startsApplication(arguments.what) && !RunningApplication::isThere() &&
-        !co_await startApplication(&context.clock, stop)) {
+        !co_await startApplication(&context.clock, context.environmentKey, stop)) {
         context.reporter.failure("Vantrell Capture could not be started");
         co_return ExitCode::failed;
     }

@@ -52,9 +52,23 @@ Task<std::expected<void, ExitCode>> ReportedDelivery::prepare(std::stop_token st
         co_return std::unexpected(prepared.error().isNotConnected ? ExitCode::notConnected
                                                                   : ExitCode::failed);
     }
-    if (UploadRun *const uploads = m_delivery.uploads())
+    if (UploadRun *const uploads = m_delivery.uploads()) {
         m_progress.emplace(*uploads);
+        m_scope.start(this, &ReportedDelivery::yieldToApplication);
+        if (RunningApplication::isThere())
+            yieldNow();
+    }
     co_return std::expected<void, ExitCode>();
+}
+
+Task<> ReportedDelivery::yieldToApplication(std::stop_token stop) {
+    if (co_await RunningApplication::arrival(stop))
+        yieldNow();
+}
+
+void ReportedDelivery::yieldNow() {
+    m_progress.reset();
+    m_delivery.yieldTo(std::make_unique<ApplicationUploads>(m_context.clock));
 }
 
 Task<ExitCode> ReportedDelivery::deliver(CaptureDelivery::Captures captures, bool isPartial,

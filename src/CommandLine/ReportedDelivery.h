@@ -7,6 +7,7 @@
 #include "CommandLine/ExitCode.h"
 #include "CommandLine/UploadProgress.h"
 #include "Session/CaptureDelivery.h"
+#include "Support/TaskScope.h"
 
 #include <nlohmann/json.hpp>
 
@@ -32,9 +33,14 @@ public:
     void interrupt() { m_delivery.interrupt(); }
 
 private:
+    /// An application that is started uploads from then on.
+    Task<> yieldToApplication(std::stop_token stop);
+    void yieldNow();
+
     const CommandContext m_context;
     CaptureDelivery m_delivery;
     std::optional<UploadProgress> m_progress;
+    TaskScope m_scope;
 };
 
 } // namespace vantrell

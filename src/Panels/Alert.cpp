@@ -79,6 +79,9 @@ private:
         label->setWordWrap(true);
         label->setFont(font);
         label->setFixedWidth(alertTextWidth);
+        // Where the lines of this desktop begin, whatever language the words are in.
+        label->setAlignment((label->isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute |
+                            Qt::AlignVCenter);
         QPalette palette = label->palette();
         palette.setColor(QPalette::WindowText, ink);
         label->setPalette(palette);

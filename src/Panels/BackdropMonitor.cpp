@@ -4,6 +4,8 @@
 #include "Panels/BackdropMonitor.h"
 
 #include "Panels/FloatingPanel.h"
+#include "Panels/Theme.h"
+#include "Platform/Appearance.h"
 #include "Support/Geometry.h"
 
 #include <QApplication>
@@ -28,8 +30,6 @@ constexpr int calmLooks = 6;
 /// changes nothing, so that a film behind it does not make it flicker.
 constexpr double turnsLight = 0.66;
 constexpr double turnsDark = 0.5;
-
-ColourScheme *desktopColours = nullptr;
 
 /// Another panel of ours lies there: it is not the backdrop.
 bool isOurs(const QRect &strip, const FloatingPanel &panel) {
@@ -76,14 +76,11 @@ BackdropMonitor::BackdropMonitor(FloatingPanel &panel, StillCapture &stills, Clo
                                  std::function<void(bool)> changed)
     : m_panel(panel), m_stills(stills), m_clock(clock), m_changed(std::move(changed)) {}
 
-void BackdropMonitor::setDesktopColours(ColourScheme *colours) {
-    desktopColours = colours;
-}
-
 void BackdropMonitor::start() {
     m_scope.cancel();
     if (!m_stills.canWatch()) {
-        m_colours = desktopColours ? desktopColours->observe([this] { followColours(); }) : nullptr;
+        Appearance *desktop = desktopAppearance();
+        m_colours = desktop ? desktop->observe([this] { followColours(); }) : nullptr;
         followColours();
         return;
     }
@@ -91,7 +88,7 @@ void BackdropMonitor::start() {
 }
 
 void BackdropMonitor::followColours() {
-    m_isLight = desktopColours && desktopColours->isLight();
+    m_isLight = desktopAppearance() && desktopAppearance()->isLight();
     m_changed(m_isLight);
 }
 

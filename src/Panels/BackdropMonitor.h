@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "Platform/ColourScheme.h"
 #include "Platform/StillCapture.h"
 #include "Support/Clock.h"
+#include "Support/Observers.h"
 #include "Support/TaskScope.h"
 
 #include <QImage>
@@ -31,9 +31,6 @@ public:
     /// Looks at once, and from then on; again after the panel was moved.
     void start();
     void stop();
-
-    /// The desktop's colours for all monitors; outlive them.
-    static void setDesktopColours(ColourScheme *colours);
 
 private:
     void followColours();

@@ -214,6 +214,10 @@ void FloatingPanel::redraw() {
     update();
     for (QWidget *child : findChildren<QWidget *>())
         child->update();
+    // Open menus are windows of their own, in the look of the panel that they belong to.
+    for (QWidget *window : QApplication::topLevelWidgets())
+        if (window->windowType() == Qt::Popup)
+            window->update();
 }
 
 QScreen *screenAt(const QPoint &point) {

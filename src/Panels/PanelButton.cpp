@@ -144,7 +144,7 @@ void PanelButton::openMenu() {
     QMenu *menu = m_menuMaker();
     if (!menu)
         return;
-    dressMenu(*menu, Theme::of(*this));
+    dressMenu(*menu, *this);
     m_isMenuOpen = true;
     update();
     const QPointer<PanelButton> self(this);

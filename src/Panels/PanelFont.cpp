@@ -35,12 +35,17 @@ struct TabularPiece {
     double cell = 0;
 };
 
+/// Some of it, at least.
+bool isReadFromRight(const QString &text) {
+    return std::ranges::any_of(text, [](QChar character) {
+        return character.direction() == QChar::DirR || character.direction() == QChar::DirAL;
+    });
+}
+
 /// Letters stay together, for marks, joined letters and characters of two parts; text that is read from the
 /// right stays whole.
 std::vector<TabularPiece> tabularPieces(const QString &text, const QFontMetricsF &metrics) {
-    const bool isWhole = std::ranges::any_of(text, [](QChar character) {
-        return character.direction() == QChar::DirR || character.direction() == QChar::DirAL;
-    });
+    const bool isWhole = isReadFromRight(text);
     const double digit = digitWidth(metrics);
     std::vector<TabularPiece> pieces;
     const auto add = [&](const QString &part, bool isDigit) {
@@ -84,11 +89,15 @@ void drawTabular(QPainter &painter, const QRectF &rect, const QString &text, con
     const QFontMetricsF metrics(font);
     const double baseline = rect.center().y() + metrics.capHeight() / 2;
     painter.setFont(font);
+    const Qt::LayoutDirection before = painter.layoutDirection();
+    // Also among what is read from the right: left to the painter, spaces and signs would change sides.
+    painter.setLayoutDirection(isReadFromRight(text) ? Qt::LayoutDirectionAuto : Qt::LeftToRight);
     double x = rect.left();
     for (const TabularPiece &piece : tabularPieces(text, metrics)) {
         painter.drawText(QPointF(x + (piece.cell - piece.width) / 2, baseline), piece.text);
         x += piece.cell;
     }
+    painter.setLayoutDirection(before);
 }
 
 QString oneLine(const QString &name) {

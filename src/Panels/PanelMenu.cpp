@@ -9,9 +9,11 @@
 #include "Panels/PanelFont.h"
 #include "Panels/PanelShape.h"
 #include "Panels/PanelShell.h"
+#include "Panels/Theme.h"
 
 #include <QMenu>
 #include <QPainter>
+#include <QPointer>
 #include <QProxyStyle>
 #include <QScreen>
 #include <QStyleFactory>
@@ -40,8 +42,8 @@ constexpr int mostNoteWidth = 680;
 
 class PanelMenuStyle final : public QProxyStyle {
 public:
-    explicit PanelMenuStyle(const Theme &theme)
-        : QProxyStyle(QStyleFactory::create("fusion")), m_theme(theme) {}
+    explicit PanelMenuStyle(const QWidget &control)
+        : QProxyStyle(QStyleFactory::create("fusion")), m_control(&control) {}
 
     int pixelMetric(PixelMetric metric, const QStyleOption *option, const QWidget *widget) const override {
         switch (metric) {
@@ -94,12 +96,12 @@ public:
             QProxyStyle::drawPrimitive(element, option, painter, widget);
             return;
         }
-        QColor ground = m_theme.panel;
+        QColor ground = theme().panel;
         ground.setAlpha(255);
         const QRectF area(option->rect);
         painter->save();
         painter->setRenderHint(QPainter::Antialiasing);
-        painter->setPen(QPen(m_theme.hairline, 1));
+        painter->setPen(QPen(theme().hairline, 1));
         if (DesktopLink::instance().isComposited()) {
             painter->setCompositionMode(QPainter::CompositionMode_Source);
             painter->fillRect(area, Qt::transparent);
@@ -149,7 +151,7 @@ private:
         painter.setLayoutDirection(Qt::LayoutDirectionAuto);
         if (item.menuItemType == QStyleOptionMenuItem::Separator && item.text.isEmpty()) {
             painter.fillRect(QRectF(area.left() + 8, area.center().y(), area.width() - 16, 1),
-                             m_theme.hairline);
+                             theme().hairline);
             painter.restore();
             return;
         }
@@ -157,14 +159,14 @@ private:
         const bool isEnabled = item.state & State_Enabled;
         const bool isSelected = (item.state & State_Selected) && !isSection;
         if (isSelected && isEnabled)
-            painter.fillPath(roundedPath(area, menuRadius - menuPadding + 1), m_theme.selected);
-        const QColor ink = isEnabled && !isSection ? m_theme.text : m_theme.quietText;
+            painter.fillPath(roundedPath(area, menuRadius - menuPadding + 1), theme().selected);
+        const QColor ink = isEnabled && !isSection ? theme().text : theme().quietText;
         const double scale = painter.device()->devicePixelRatio();
         if (item.checked) {
             const QRectF place =
                 placed({area.left() + 11, area.center().y() - checkSize / 2, checkSize, checkSize});
             painter.drawPixmap(place.topLeft(),
-                               symbolPixmap(Symbol::check, m_theme.accent, checkSize, scale));
+                               symbolPixmap(Symbol::check, theme().accent, checkSize, scale));
         }
         const int leading = (isMirrored ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute;
         const int trailing = (isMirrored ? Qt::AlignLeft : Qt::AlignRight) | Qt::AlignAbsolute;
@@ -174,7 +176,7 @@ private:
         painter.setFont(isSection ? panelFont(secondLineSize, QFont::DemiBold)
                                   : panelFont(labelSize, QFont::Medium));
         painter.drawText(line, leading | Qt::AlignVCenter | Qt::TextSingleLine, words(item));
-        painter.setPen(m_theme.quietText);
+        painter.setPen(theme().quietText);
         painter.setFont(panelFont(secondLineSize));
         painter.drawText(line, trailing | Qt::AlignVCenter | Qt::TextSingleLine, keys(item));
         if (item.menuItemType == QStyleOptionMenuItem::SubMenu) {
@@ -183,18 +185,20 @@ private:
             painter.translate(place.center());
             painter.rotate(isMirrored ? 90 : -90);
             painter.drawPixmap(QPointF(-arrowSize / 2.0, -arrowSize / 2.0),
-                               symbolPixmap(Symbol::chevronDown, m_theme.quietText, arrowSize, scale));
+                               symbolPixmap(Symbol::chevronDown, theme().quietText, arrowSize, scale));
         }
         painter.restore();
     }
 
-    const Theme &m_theme;
+    const Theme &theme() const { return m_control ? Theme::of(*m_control) : Theme::ofDesktop(); }
+
+    const QPointer<const QWidget> m_control;
 };
 
 } // namespace
 
-void dressMenu(QMenu &menu, const Theme &theme) {
-    auto *style = new PanelMenuStyle(theme);
+void dressMenu(QMenu &menu, const QWidget &control) {
+    auto *style = new PanelMenuStyle(control);
     style->setParent(&menu);
     menu.setWindowFlag(Qt::FramelessWindowHint);
     menu.setWindowFlag(Qt::NoDropShadowWindowHint);
@@ -204,7 +208,7 @@ void dressMenu(QMenu &menu, const Theme &theme) {
     PanelShell::instance().adopt(menu, PanelShell::Role::menu);
     for (const QAction *action : menu.actions()) {
         if (action->menu())
-            dressMenu(*action->menu(), theme);
+            dressMenu(*action->menu(), control);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "Panels/Theme.h"
 
 #include "Panels/FloatingPanel.h"
+#include "Platform/Appearance.h"
 
 #include <QApplication>
 #include <QPalette>
@@ -15,6 +16,8 @@
 namespace vantrell {
 
 namespace {
+
+Appearance *appearanceOfDesktop = nullptr;
 
 /// Relative luminance and contrast as the accessibility guidelines define them.
 double luminance(const QColor &color) {
@@ -113,8 +116,17 @@ const Theme &Theme::of(const QWidget &widget) {
     return panel ? panel->theme() : ofDesktop();
 }
 
+void setDesktopAppearance(Appearance *appearance) {
+    appearanceOfDesktop = appearance;
+}
+
+Appearance *desktopAppearance() {
+    return appearanceOfDesktop;
+}
+
 bool prefersReducedMotion() {
-    return !qEnvironmentVariableIsEmpty("VANTRELL_REDUCED_MOTION") ||
+    return (appearanceOfDesktop && appearanceOfDesktop->reducesMotion()) ||
+           !qEnvironmentVariableIsEmpty("VANTRELL_REDUCED_MOTION") ||
            QApplication::style()->styleHint(QStyle::SH_Widget_Animation_Duration) == 0;
 }
 

@@ -9,6 +9,8 @@ class QWidget;
 
 namespace vantrell {
 
+class Appearance;
+
 /// The colours of a panel: dark, or light where the screen behind it is light; stronger when the desktop asks
 /// for high contrast. Main thread.
 struct Theme {
@@ -41,6 +43,10 @@ struct Theme {
     /// The panel's that the widget is part of; the desktop's when it is part of none.
     static const Theme &of(const QWidget &widget);
 };
+
+/// What is known of the desktop's wishes, for all panels: it outlives them or is taken back with null.
+void setDesktopAppearance(Appearance *appearance);
+Appearance *desktopAppearance();
 
 /// Panels do not move or fade: the desktop asks for it, or VANTRELL_REDUCED_MOTION does.
 bool prefersReducedMotion();

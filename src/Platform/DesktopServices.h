@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Platform/ColourScheme.h"
+#include "Platform/Appearance.h"
 #include "Platform/FileOpener.h"
 #include "Platform/HotKeyBackend.h"
 #include "Platform/LoginItem.h"
@@ -24,7 +24,7 @@ struct DesktopServices {
     std::unique_ptr<LoginItem> loginItem;
     std::unique_ptr<ScreenAccess> screenAccess;
     std::unique_ptr<FileOpener> files;
-    std::unique_ptr<ColourScheme> colours;
+    std::unique_ptr<Appearance> appearance;
 };
 
 } // namespace vantrell

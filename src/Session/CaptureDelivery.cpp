@@ -112,6 +112,22 @@ CaptureDelivery::send(CaptureResult capture, std::filesystem::path file, std::st
     co_return std::nullopt;
 }
 
+void CaptureDelivery::yieldTo(std::unique_ptr<UploadAgent> agent) {
+    if (!m_uploads)
+        return;
+    m_agent = std::move(agent);
+    if (m_isUploading)
+        m_uploads->interrupt();
+    else
+        leaveJournal();
+}
+
+void CaptureDelivery::leaveJournal() {
+    m_scope.cancel();
+    m_uploads.reset();
+    m_session.reset();
+}
+
 void CaptureDelivery::interrupt() {
     if (m_uploads)
         m_uploads->interrupt();
@@ -126,6 +142,7 @@ Task<> CaptureDelivery::fetchLimits(std::stop_token stop) {
 Task<CaptureDelivery::Asset> CaptureDelivery::upload(CaptureResult capture, std::filesystem::path file,
                                                      std::stop_token stop) {
     capture.fileURL = file;
+    m_isUploading = true;
     // Into the journal before anything is waited for: a project that is not known yet follows.
     const auto project = ServiceSession::knownProject(m_options.projectId);
     const QUuid id = m_uploads->add(capture, project);
@@ -141,6 +158,11 @@ Task<CaptureDelivery::Asset> CaptureDelivery::upload(CaptureResult capture, std:
     }
     // Without a project there is nothing to wait for but the journal.
     const bool hasEnded = co_await m_uploads->finish(problem ? std::set<QUuid>() : std::set{id}, stop);
+    m_isUploading = false;
+    if (m_agent && !hasEnded) {
+        leaveJournal();
+        co_return co_await m_agent->awaitUpload(id, m_choosing.get_token());
+    }
     if (problem)
         co_return std::unexpected(*problem);
     if (!hasEnded)

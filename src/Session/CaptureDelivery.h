@@ -76,10 +76,15 @@ public:
     Task<std::expected<AllDelivered, std::variant<PlatformError, Cancelled>>> deliver(Captures captures,
                                                                                       std::stop_token stop);
 
+    /// Another process uploads from now on, also what is on its way: this one leaves it the journal. Nothing
+    /// unless prepared to upload.
+    void yieldTo(std::unique_ptr<UploadAgent> agent);
+
     /// Ends waiting for the upload, which can be resumed later.
     void interrupt();
 
 private:
+    void leaveJournal();
     Task<> fetchLimits(std::stop_token stop);
     Task<std::optional<Asset>> send(CaptureResult capture, std::filesystem::path file, std::stop_token stop);
     Task<Asset> upload(CaptureResult capture, std::filesystem::path file, std::stop_token stop);
@@ -92,6 +97,8 @@ private:
     std::unique_ptr<UploadAgent> m_agent;
     std::unique_ptr<ServiceSession> m_session;
     std::unique_ptr<UploadRun> m_uploads;
+    /// The uploads are being waited for.
+    bool m_isUploading = false;
     /// Ends what is waited for before the upload.
     std::stop_source m_choosing;
     TaskScope m_scope;

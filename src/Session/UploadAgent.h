@@ -6,7 +6,9 @@
 #include "Support/Cancelled.h"
 #include "Support/Task.h"
 
+#include <QUuid>
 #include <expected>
+
 #include <filesystem>
 #include <optional>
 #include <stop_token>
@@ -36,6 +38,8 @@ public:
     /// Hands a capture's file over with the side files beside it, and waits until it has arrived.
     virtual Task<Asset> upload(std::filesystem::path file, std::optional<std::string> projectId,
                                std::stop_token stop) = 0;
+    /// Waits until an upload of the journal that it has taken over has arrived.
+    virtual Task<Asset> awaitUpload(QUuid journalId, std::stop_token stop) = 0;
 };
 
 } // namespace vantrell

@@ -28,6 +28,10 @@ std::optional<std::filesystem::path> ShelfItem::fileURL() const {
     return capture ? std::optional(capture->fileURL) : restoredFileURL;
 }
 
+std::optional<std::int64_t> ShelfItem::durationMs() const {
+    return capture ? capture->durationMs : restoredDurationMs;
+}
+
 const std::string &ShelfItem::title() const {
     return capture && !capture->name.empty() ? capture->name : placeholderName;
 }

@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QUuid>
 
+#include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -55,9 +56,13 @@ struct ShelfItem {
     /// Only on cards restored at launch.
     std::optional<QImage> restoredPreview;
     std::optional<std::filesystem::path> restoredFileURL;
+    std::optional<std::int64_t> restoredDurationMs;
 
-    /// The capture's file, or the restored card's.
+    // The capture's, or the restored card's.
+
     std::optional<std::filesystem::path> fileURL() const;
+    /// Absent for stills, and as long as it is not known.
+    std::optional<std::int64_t> durationMs() const;
     /// The capture's name, or the placeholder.
     const std::string &title() const;
     /// What the card says about its state.

@@ -44,9 +44,13 @@ QUuid ShelfStore::add(std::shared_ptr<const CaptureResult> capture) {
 }
 
 QUuid ShelfStore::addRestored(const std::string &name, const std::filesystem::path &file,
-                              const QUuid &entryId, ShelfItem::Status status) {
-    return append(
-        {.entryId = entryId, .status = std::move(status), .placeholderName = name, .restoredFileURL = file});
+                              std::optional<std::int64_t> durationMs, const QUuid &entryId,
+                              ShelfItem::Status status) {
+    return append({.entryId = entryId,
+                   .status = std::move(status),
+                   .placeholderName = name,
+                   .restoredFileURL = file,
+                   .restoredDurationMs = durationMs});
 }
 
 void ShelfStore::attach(std::shared_ptr<const CaptureResult> capture, const QUuid &id) {

@@ -45,8 +45,8 @@ public:
     /// A card for a finished capture that is about to be uploaded.
     QUuid add(std::shared_ptr<const CaptureResult> capture);
     /// A card for an upload that an earlier run of the program left.
-    QUuid addRestored(const std::string &name, const std::filesystem::path &file, const QUuid &entryId,
-                      ShelfItem::Status status);
+    QUuid addRestored(const std::string &name, const std::filesystem::path &file,
+                      std::optional<std::int64_t> durationMs, const QUuid &entryId, ShelfItem::Status status);
 
     // Unknown ids are ignored by all of these.
 

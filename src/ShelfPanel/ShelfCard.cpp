@@ -386,8 +386,8 @@ void ShelfCard::paintThumbnail(QPainter &painter) const {
     }
     if (m_isRecovered)
         paintBadge(painter, shelfText("Recovered"), false);
-    if (m_item.capture && m_item.capture->durationMs)
-        paintBadge(painter, lengthText(std::chrono::milliseconds(*m_item.capture->durationMs)), true);
+    if (const auto length = m_item.durationMs())
+        paintBadge(painter, lengthText(std::chrono::milliseconds(*length)), true);
 }
 
 void ShelfCard::paintBadge(QPainter &painter, const QString &words, bool isAtEnd) const {

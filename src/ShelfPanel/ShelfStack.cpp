@@ -555,7 +555,7 @@ void ShelfStack::showMenu(ShelfCard &card, const QPoint &globalPlace) {
     QMenu *menu = m_host.makeCardMenu(card.id());
     if (!menu)
         return;
-    dressMenu(*menu, theme());
+    dressMenu(*menu, *this);
     followMenu(*menu, card.id());
     QObject::connect(menu, &QMenu::aboutToHide, menu, &QObject::deleteLater);
     PanelShell::instance().adopt(*menu, PanelShell::Role::menu, this);

@@ -53,6 +53,14 @@ const char *parkReason(Phase phase) {
     }
 }
 
+/// What a card of an earlier run is called: it still tells what was recovered after a crash.
+std::string restoredName(const UploadJournalEntry &entry) {
+    std::string name = entry.kind == "image" ? "Screenshot" : "Screen recording";
+    if (entry.name && entry.name->ends_with(recoveredSuffix))
+        name += recoveredSuffix;
+    return name;
+}
+
 std::int64_t roundedMegabytes(const std::filesystem::path &file) {
     const auto stamp = FileStamp::of(file);
     return stamp ? std::llround(double(stamp->size) / 1e6) : 0;
@@ -379,9 +387,8 @@ void UploadManager::restoreFromJournal() {
             status = ShelfItem::NeedsProject{};
         else if (entry.phase == Phase::failed)
             status = ShelfItem::Failed{entry.failureReason.value_or(uploadMessages::failed)};
-        shelfIds.push_back(
-            m_services.shelf.addRestored(entry.kind == "image" ? "Screenshot" : "Screen recording",
-                                         entry.masterFile(), entry.captureId, status));
+        shelfIds.push_back(m_services.shelf.addRestored(restoredName(entry), entry.masterFile(),
+                                                        entry.durationMs, entry.captureId, status));
     }
     m_scope.start(this, &UploadManager::loadPreviews, entries, shelfIds);
 

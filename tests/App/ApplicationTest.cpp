@@ -1,22 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Session/ApplicationBus.h"
-#include "Support/AtomicFile.h"
-#include "TestSupport/Account/SessionBus.h"
-#include "TestSupport/Camera/VirtualCamera.h"
+#include "ApplicationFixture.h"
+#include "Support/DiskFile.h"
 #include "TestSupport/ChildProcess.h"
-#include "TestSupport/Desktop/X11Session.h"
-#include "TestSupport/Network/LocalService.h"
-#include "TestSupport/Program/CaptureProgram.h"
-#include "TestSupport/RunTask.h"
-#include "TestSupport/Sound/SoundSession.h"
 #include "TestSupport/TestFile.h"
-
-#include <QDBusArgument>
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusReply>
 
 #include <gmock/gmock.h>
 
@@ -31,76 +19,6 @@ namespace {
 
 using ::testing::AllOf;
 using ::testing::HasSubstr;
-
-/// The application as it runs in a session: a display with a window manager, a bus, a service.
-class ApplicationTest : public ::testing::Test {
-protected:
-    ApplicationTest() {
-        app.set("VANTRELL_API_URL", service.url());
-        app.set("VANTRELL_API_KEY", key);
-        app.set("DBUS_SESSION_BUS_ADDRESS", bus.address());
-        app.set("QT_QPA_PLATFORM", "xcb");
-        app.set("DISPLAY", x11.display());
-        app.set("QT_LOGGING_RULES", "app.vantrell.*=true");
-        app.set("HOME", app.folder());
-    }
-
-    void launch() {
-        app.start({});
-        app.waitForLog("launched");
-    }
-    QDBusMessage call(const std::string &method, const QVariantList &arguments = {}) {
-        QDBusMessage message = QDBusMessage::createMethodCall(applicationBus::name, applicationBus::path,
-                                                              applicationBus::interface, method.c_str());
-        message.setArguments(arguments);
-        return bus.connection().call(message, QDBus::Block, 60'000);
-    }
-    std::string state() {
-        const QDBusReply<QVariantMap> status = call("Status");
-        return status.value().value(QStringLiteral("state")).toString().toStdString();
-    }
-    bool reaches(const std::string &wanted) {
-        return eventually([&] { return state() == wanted; });
-    }
-    void record() {
-        const QDBusMessage answer = call("Start", {QVariantMap()});
-        ASSERT_NE(answer.type(), QDBusMessage::ErrorMessage) << answer.errorMessage().toStdString();
-        ASSERT_TRUE(reaches("recording"));
-    }
-    void writeSettings(const std::string &line) {
-        const std::filesystem::path settings = app.folder() / "config/VantrellCapture/settings.ini";
-        std::filesystem::create_directories(settings.parent_path());
-        ASSERT_TRUE(writeFileAtomically(settings, "[General]\n" + line + "\n"));
-    }
-    int confirmed() {
-        int count = 0;
-        for (const nlohmann::json &capture : service.captures(key))
-            count += capture.at("status") == "confirmed" ? 1 : 0;
-        return count;
-    }
-    /// All that was recorded has arrived and nothing of it waits any more.
-    void expectArrived(int captures) {
-        EXPECT_TRUE(eventually([&] { return confirmed() == captures; })) << confirmed();
-        EXPECT_TRUE(eventually([&] {
-            const auto files = app.captureFiles();
-            return std::ranges::none_of(files,
-                                        [](const std::string &name) { return name.ends_with(".recording"); });
-        }));
-        EXPECT_EQ(confirmed(), captures);
-        EXPECT_EQ(int(service.captures(key).size()), captures);
-    }
-    void quit() {
-        call("Quit");
-        EXPECT_EQ(app.finish().exitCode, 0);
-    }
-
-    X11Session x11{{.width = 960, .height = 600, .windowManager = true}};
-    SessionBus bus;
-    LocalService service;
-    const std::string key = service.createKey();
-    const std::string project = service.createProject("Tests");
-    CaptureProgram app;
-};
 
 TEST_F(ApplicationTest, isOneHoweverOftenItIsStarted) {
     std::vector<std::unique_ptr<CaptureProgram>> copies;
@@ -124,6 +42,11 @@ TEST_F(ApplicationTest, isOneHoweverOftenItIsStarted) {
     EXPECT_EQ(command.run({"quit"}).exitCode, 0);
     EXPECT_TRUE(eventually([&] { return running() == 0; }));
     EXPECT_THAT(command.run({"pause"}).errors, HasSubstr("Vantrell Capture is not running"));
+    // What needs it starts it, with the key of whoever asked.
+    EXPECT_EQ(command.run({"area"}).exitCode, 0);
+    const QDBusReply<QVariantMap> status = call("Status");
+    EXPECT_TRUE(status.value().value(QStringLiteral("connected")).toBool());
+    EXPECT_EQ(command.run({"quit"}).exitCode, 0);
 }
 
 TEST_F(ApplicationTest, recordsPausesAndUploads) {
@@ -181,9 +104,7 @@ TEST_F(ApplicationTest, keepsARecordingWhoseProjectIsDeletedMeanwhile) {
     call("Stop");
     ASSERT_TRUE(reaches("idle"));
     const auto cardState = [&] {
-        const auto cards = qdbus_cast<QList<QVariantMap>>(call("Items").arguments().value(0));
-        return cards.isEmpty() ? std::string()
-                               : cards.first().value(QStringLiteral("state")).toString().toStdString();
+        return cards().value(0).value(QStringLiteral("state")).toString().toStdString();
     };
     EXPECT_TRUE(eventually([&] { return cardState() == "needsProject" || cardState() == "failed"; }))
         << cardState();
@@ -239,6 +160,39 @@ TEST_F(ApplicationTest, losesNothingHoweverItEnds) {
     quit();
 }
 
+TEST_F(ApplicationTest, recoversOnAnotherTryWhatItCouldNotAtFirst) {
+    launch();
+    record();
+    std::vector<DiskFile> held;
+    const auto holdMovies = [&] {
+        for (const std::string &name : app.captureFiles())
+            if (!name.ends_with(".recording"))
+                held.push_back(std::move(*DiskFile::openForWriting(app.captures() / name)));
+        return std::ranges::all_of(held, [](const DiskFile &file) { return file.lock().has_value(); });
+    };
+    // A killed process may take the last two seconds with it.
+    std::this_thread::sleep_for(std::chrono::milliseconds(2500));
+    app.signal(SIGKILL);
+    app.finish();
+    // As another process does that is still writing them.
+    ASSERT_TRUE(holdMovies());
+    launch();
+    const auto state = [&] { return cards().value(0).value(QStringLiteral("state")).toString(); };
+    ASSERT_TRUE(eventually([&] { return state() == QStringLiteral("failed"); }));
+    EXPECT_EQ(cards().first().value(QStringLiteral("title")).toString(), "Screen recording (recovered)");
+    call("Recover");
+    EXPECT_TRUE(eventually([&] { return state() == QStringLiteral("failed"); }));
+    EXPECT_EQ(cards().size(), 1);
+    held.clear();
+    EXPECT_TRUE(eventually([&] {
+        call("Recover");
+        return confirmed() == 1;
+    }));
+    expectArrived(1);
+    EXPECT_LE(cards().size(), 1);
+    quit();
+}
+
 TEST_F(ApplicationTest, uploadsForTheCommandsThatRunBesideIt) {
     launch();
     CaptureProgram command(app);
@@ -276,6 +230,17 @@ TEST_F(ApplicationTest, takesOverWhatACommandUploads) {
     EXPECT_EQ(uploaded.exitCode, 0) << uploaded.errors;
     EXPECT_THAT(uploaded.output, HasSubstr("assetId"));
     expectArrived(1);
+    quit();
+
+    // It starts in the middle of a recording, too, and uploads that.
+    command.start({"record", "--upload", "--json"});
+    command.waitForLog("recording started");
+    launch();
+    command.signal(SIGINT);
+    const auto recorded = command.finish();
+    EXPECT_EQ(recorded.exitCode, 0) << recorded.errors;
+    EXPECT_THAT(recorded.output, HasSubstr("assetId"));
+    expectArrived(2);
     quit();
 }
 
@@ -326,33 +291,6 @@ TEST_F(ApplicationTest, keepsWhatIsRecordedWithoutAnAccount) {
     expectArrived(1);
     quit();
 }
-
-/// Before the application's environment is made.
-struct CameraServer {
-    SoundSession server;
-    VirtualCamera camera;
-};
-
-class ApplicationCameraTest : protected CameraServer, public ApplicationTest {
-protected:
-    ApplicationCameraTest() {
-        std::filesystem::create_directories(app.folder() / "config/VantrellCapture");
-        EXPECT_TRUE(writeFileAtomically(app.folder() / "config/VantrellCapture/settings.ini",
-                                        "[General]\ncameraEnabled=true\n"));
-    }
-    /// Records until the camera has sent so many pictures too.
-    void recordPictures(int count) {
-        record();
-        const int wanted = camera.sent() + count;
-        ASSERT_TRUE(eventually([&] { return camera.sent() >= wanted; }));
-    }
-    int cardsNamed(const char *beginning) {
-        const auto cards = qdbus_cast<QList<QVariantMap>>(call("Items").arguments().value(0));
-        return int(std::ranges::count_if(cards, [&](const QVariantMap &card) {
-            return card[QStringLiteral("title")].toString().startsWith(QLatin1String(beginning));
-        }));
-    }
-};
 
 TEST_F(ApplicationCameraTest, recordsACameraBesideTheScreenAndLosesNeither) {
     launch();

@@ -96,8 +96,16 @@ TEST_F(UploadRestartTest, showsParkedUploadsWithoutTouchingThem) {
     parked.captureId = QUuid::createUuid();
     parked.failureReason = "This recording is over your plan's size limit.";
     journal->upsert(parked);
+    UploadJournalEntry recovered = parked;
+    recovered.captureId = QUuid::createUuid();
+    recovered.kind = "video";
+    recovered.name = "Capture Nov 21 at 4.58.45 PM (recovered)";
+    recovered.durationMs = 41'000;
+    journal->upsert(recovered);
     restartProgram();
-    ASSERT_EQ(shelf.items().size(), 2u);
+    ASSERT_EQ(shelf.items().size(), 3u);
+    EXPECT_EQ(shelf.items()[2].title(), "Screen recording (recovered)");
+    EXPECT_EQ(shelf.items()[2].durationMs(), 41'000);
     EXPECT_EQ(shelf.items()[0].title(), "Screenshot");
     EXPECT_EQ(shelf.items()[0].statusText(), "Upload failed");
     EXPECT_EQ(shelf.items()[1].statusText(), "This recording is over your plan's size limit.");
