@@ -8,6 +8,7 @@
 #include "TestSupport/RunTask.h"
 #include "TestSupport/TemporaryFolder.h"
 #include "TestSupport/Wayland/SwaySession.h"
+#include "Timing.h"
 
 #include <QGuiApplication>
 
@@ -137,6 +138,7 @@ int main(int argc, char **argv) {
     }
     QCoreApplication application(argc, argv);
     Options options;
+    bool isTiming = false;
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::string key = argv[i];
         if (key == "--seconds")
@@ -145,6 +147,8 @@ int main(int argc, char **argv) {
             options.repeat = std::max(1, std::atoi(argv[i + 1]));
         else if (key == "--scenes")
             options.scenes = listed(argv[i + 1]);
+        else if (key == "--timing")
+            isTiming = std::string(argv[i + 1]) != "0";
     }
-    return compare(options);
+    return isTiming ? measureTiming(options.seconds) : compare(options);
 }

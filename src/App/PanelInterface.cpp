@@ -10,9 +10,32 @@
 #include "Panels/PanelShell.h"
 #include "Platform/DisplayLayout.h"
 
+#include <QApplication>
 #include <QMenu>
 
+#include <chrono>
+
 namespace vantrell {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// How long the screen shows a window that has gone: a picture or two, or until it has faded away where the
+/// desktop treats it as an ordinary one.
+constexpr auto paintTime = 80ms;
+constexpr auto fadeTime = 350ms;
+
+/// Of all windows that are on the screen.
+std::vector<QRect> visibleFrames() {
+    std::vector<QRect> frames;
+    for (const QWidget *window : QApplication::topLevelWidgets())
+        if (window->isVisible())
+            frames.push_back(window->geometry());
+    return frames;
+}
+
+} // namespace
 
 PanelInterface::PanelInterface(Services services)
     : m_services(services), m_shelfPanel({services.shelf, *services.platform.capture, *services.desktop.files,
@@ -37,6 +60,8 @@ PanelInterface::PanelInterface(Services services)
 }
 
 PanelInterface::~PanelInterface() {
+    // It tells the overlay where it is until the end.
+    m_captureBar.reset();
     BackdropMonitor::setDesktopColours(nullptr);
 }
 
@@ -51,10 +76,15 @@ std::unique_ptr<QMenu> PanelInterface::makePanelMenu() {
 }
 
 void PanelInterface::showCaptureBar(std::shared_ptr<ToolBarState> state) {
-    if (!m_captureBar)
+    if (!m_captureBar) {
         m_captureBar = std::make_unique<CaptureBar>(
             CaptureBar::Services{*m_services.platform.audio, *m_services.platform.cameras,
                                  *m_services.platform.stills, m_services.settings.store(), m_services.clock});
+        m_captureBar->onPlaced = [this] {
+            if (m_overlay)
+                m_overlay->followBar();
+        };
+    }
     m_captureBar->show(std::move(state), std::nullopt, [this] { return makePanelMenu(); });
 }
 
@@ -75,9 +105,14 @@ void PanelInterface::beginSelection(ToolMode tool,
         if (m_captureBar)
             m_captureBar->takeKeyboard();
     };
-    m_overlay->onShown = [this] {
-        if (m_captureBar && m_captureBar->isVisible())
-            m_captureBar->raise();
+    m_overlay->onShown = [this](QWidget &overlay) {
+        if (m_captureBar)
+            m_captureBar->raise(overlay);
+    };
+    m_overlay->onPictureWanted = [this] { return m_captureBar && m_captureBar->setAside(); };
+    m_overlay->onPictureTaken = [this] {
+        if (m_captureBar)
+            m_captureBar->comeBack();
     };
     m_overlay->barFrame = [this] { return m_captureBar ? m_captureBar->frame() : QRect(); };
     m_overlay->begin(
@@ -85,6 +120,8 @@ void PanelInterface::beginSelection(ToolMode tool,
         [this, completion = std::move(completion)](SelectionOutcome outcome, ToolMode used) {
             // Out of the way first: it is asked whether there still is an overlay.
             const auto ended = std::move(m_overlay);
+            if (m_captureBar && outcome.isCancelled())
+                m_captureBar->comeBack();
             const auto told = completion;
             told(std::move(outcome), used);
         });
@@ -104,13 +141,20 @@ Task<bool> PanelInterface::countDown(int seconds, Display display, std::stop_tok
     return vantrell::countDown(seconds, std::move(display), m_services.clock, std::move(stop));
 }
 
-void PanelInterface::showHUD(std::shared_ptr<RecordingHUDState> state, const Recorded &recorded) {
-    const Display &display = recorded.display;
-    if (recorded.place) {
-        const Rect place = inPointsOf(display, *recorded.place);
-        PanelShell::instance().setInPicture(
-            QRectF(place.x, place.y, place.width, place.height).toAlignedRect());
-    }
+Task<> PanelInterface::leavePicture(Recorded recorded, std::stop_token stop) {
+    if (!recorded.place)
+        co_return;
+    const Rect place = inPointsOf(recorded.display, *recorded.place);
+    PanelShell &shell = PanelShell::instance();
+    const std::vector<QRect> before = visibleFrames();
+    shell.setInPicture(QRectF(place.x, place.y, place.width, place.height).toAlignedRect());
+    if (visibleFrames() == before)
+        co_return;
+    shell.sync();
+    co_await m_services.clock.sleep(shell.placesWindows() ? paintTime : fadeTime, stop);
+}
+
+void PanelInterface::showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) {
     m_hud = std::make_unique<RecordingHUD>(
         RecordingHUD::Services{*m_services.platform.stills, m_services.settings.store(), m_services.clock},
         std::move(state));
@@ -118,10 +162,11 @@ void PanelInterface::showHUD(std::shared_ptr<RecordingHUDState> state, const Rec
 }
 
 void PanelInterface::hideHUD() {
+    if (m_hud)
+        m_hud->hide();
+    PanelShell::instance().setInPicture({});
     if (!m_hud)
         return;
-    m_hud->hide();
-    PanelShell::instance().setInPicture({});
     // One of its buttons may be in the middle of calling this.
     QMetaObject::invokeMethod(
         QCoreApplication::instance(), [hud = std::shared_ptr(std::move(m_hud))] {}, Qt::QueuedConnection);

@@ -50,7 +50,8 @@ public:
     void finishSelection(SelectionOutcome outcome) override;
     bool isSelecting() const override { return m_overlay != nullptr; }
     Task<bool> countDown(int seconds, Display display, std::stop_token stop) override;
-    void showHUD(std::shared_ptr<RecordingHUDState> state, const Recorded &recorded) override;
+    Task<> leavePicture(Recorded recorded, std::stop_token stop) override;
+    void showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) override;
     bool isHUDVisible() const override { return m_hud && m_isHUDVisible; }
     void hideHUD() override;
     void showCameraBubble(std::shared_ptr<CameraBubbleState> state, const Display &display) override;

@@ -103,6 +103,7 @@ Task<> RecordingFlow::start(SelectionOutcome outcome, bool skipCountdown, std::s
     if (!begun) {
         m_engine.reset();
         m_hudState.reset();
+        m_services.ui.hideHUD();
         if (!std::holds_alternative<Cancelled>(begun.error())) {
             qCCritical(logCapture, "record start failed: %s", description(begun.error()).c_str());
             const QUuid card = m_services.shelf.addProcessing(recordingCard);
@@ -166,16 +167,17 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
         qCCritical(logCapture, "stream died mid-recording: %s", description(failure).c_str());
         stopRecording(failure);
     };
-    if (auto started = co_await engine->start(stop); !started)
-        co_return started;
-    m_engine = engine;
-    m_hudState = hudState;
     UserInterface::Recorded recorded{display, std::nullopt};
     if (source->facts().kind == CaptureKind::display)
         recorded.place = display.pixels;
     else if (source->facts().kind == CaptureKind::area)
         recorded.place = source->facts().place;
-    installHUD(recorded);
+    co_await m_services.ui.leavePicture(std::move(recorded), stop);
+    if (auto started = co_await engine->start(stop); !started)
+        co_return started;
+    m_engine = engine;
+    m_hudState = hudState;
+    installHUD(display);
     Analytics::shared().track(
         "cap.recording_started",
         {{"tool", toolName(outcome)}, {"camera", settings.cameraEnabled()}, {"mic", settings.micEnabled()}});
@@ -191,7 +193,7 @@ void RecordingFlow::rememberChoice(const CaptureSource &source) {
         picker->what.restoreToken = source.restoreToken();
 }
 
-void RecordingFlow::installHUD(const UserInterface::Recorded &recorded) {
+void RecordingFlow::installHUD(const Display &display) {
     m_hudState->onStop = [this] { stopRecording(); };
     m_hudState->onPauseToggle = [this] { togglePause(); };
     m_hudState->onRestart = [this] { discardRecording(true); };
@@ -199,7 +201,7 @@ void RecordingFlow::installHUD(const UserInterface::Recorded &recorded) {
     // The plan's limit may arrive late, and may change.
     m_accountObservation = m_services.account.observe([this] { followCap(); });
     m_hudState->startTimer();
-    m_services.ui.showHUD(m_hudState, recorded);
+    m_services.ui.showHUD(m_hudState, display);
 }
 
 void RecordingFlow::followCap() {

@@ -102,7 +102,7 @@ private:
     };
     /// From here on nothing is being recorded, as far as anybody can see.
     Taken takeOut();
-    void installHUD(const UserInterface::Recorded &recorded);
+    void installHUD(const Display &display);
     /// Recorded anew, it is the same thing again, without asking.
     void rememberChoice(const CaptureSource &source);
     void followCap();

@@ -57,9 +57,12 @@ public:
         /// In the desktop's pixels; absent: a window, of which nothing that lies above it is recorded.
         std::optional<PixelRect> place;
     };
-    virtual void showHUD(std::shared_ptr<RecordingHUDState> state, const Recorded &recorded) = 0;
+    /// From when it returns until `hideHUD` nothing of the interface is in what is recorded.
+    virtual Task<> leavePicture(Recorded recorded, std::stop_token stop) = 0;
+    virtual void showHUD(std::shared_ptr<RecordingHUDState> state, const Display &display) = 0;
     /// False also where there was no place for it.
     virtual bool isHUDVisible() const = 0;
+    /// Also when none was shown: nothing is recorded any more.
     virtual void hideHUD() = 0;
 
     virtual void showCameraBubble(std::shared_ptr<CameraBubbleState> state, const Display &display) = 0;

@@ -11,6 +11,8 @@
 #include <QMenu>
 #include <QScreen>
 
+#include <utility>
+
 namespace vantrell {
 
 namespace {
@@ -37,6 +39,7 @@ struct CaptureBar::Panel {
     ~Panel() {
         hide();
         window->onMoved = nullptr;
+        window->onPlaced = nullptr;
         // A control of it may be on the stack.
         window->deleteLater();
     }
@@ -47,6 +50,7 @@ struct CaptureBar::Panel {
         window->release();
         window->hide();
         state.reset();
+        isAside = false;
     }
 
     /// A control that becomes wider moves the bar's ends, not its middle.
@@ -63,9 +67,15 @@ struct CaptureBar::Panel {
     std::shared_ptr<ToolBarState> state;
     Observation observation;
     BackdropMonitor backdrop;
+    bool isAside = false;
 };
 
-CaptureBar::CaptureBar(Services services) : m_panel(std::make_unique<Panel>(services)) {}
+CaptureBar::CaptureBar(Services services) : m_panel(std::make_unique<Panel>(services)) {
+    m_panel->window->onPlaced = [this] {
+        if (onPlaced)
+            onPlaced();
+    };
+}
 
 CaptureBar::~CaptureBar() = default;
 
@@ -92,9 +102,24 @@ bool CaptureBar::isVisible() const {
     return m_panel->window->isVisible();
 }
 
-void CaptureBar::raise() {
-    if (isVisible())
-        m_panel->window->raisePanel();
+void CaptureBar::raise(QWidget &overlay) {
+    if (!isVisible())
+        return;
+    PanelShell::instance().attach(*m_panel->window, overlay);
+    m_panel->window->raisePanel();
+}
+
+bool CaptureBar::setAside() {
+    if (!isVisible())
+        return false;
+    m_panel->isAside = true;
+    m_panel->window->hide();
+    return true;
+}
+
+void CaptureBar::comeBack() {
+    if (std::exchange(m_panel->isAside, false))
+        m_panel->window->showPanel();
 }
 
 void CaptureBar::takeKeyboard() {

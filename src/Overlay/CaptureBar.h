@@ -18,6 +18,7 @@
 #include <string>
 
 class QMenu;
+class QWidget;
 
 namespace vantrell {
 
@@ -44,14 +45,19 @@ public:
               std::function<std::unique_ptr<QMenu>()> menu);
     void hide();
     bool isVisible() const;
-    /// Above the overlay again.
-    void raise();
+    /// Above the overlay.
+    void raise(QWidget &overlay);
+    /// Hides it until `comeBack`; false when it was hidden already.
+    bool setAside();
+    void comeBack();
     /// The keyboard works the bar, until Escape gives it back to the window that had it.
     void takeKeyboard();
     /// The pointer is over the bar or one of its menus.
     bool isCursorOverBar() const;
     /// The panel's own part, in Qt's coordinates; empty while it is hidden.
     QRect frame() const;
+    /// The frame is another.
+    std::function<void()> onPlaced;
 
 private:
     struct Panel;

@@ -5,6 +5,7 @@
 
 #include "Overlay/OverlayColours.h"
 #include "Overlay/QtGeometry.h"
+#include "Panels/FloatingPanel.h"
 #include "Panels/Theme.h"
 
 #include <QImage>
@@ -100,7 +101,8 @@ QRegion OverlayScene::chromePixels(double scale) const {
 QRegion OverlayScene::changesFrom(const OverlayScene &before, double scale) const {
     if (*this == before)
         return {};
-    return pointsCovering(lit.xored(before.lit), scale) + chrome(scale) + before.chrome(scale);
+    const QRegion gaps = gap == before.gap ? QRegion() : QRegion((gap | before.gap).toAlignedRect());
+    return pointsCovering(lit.xored(before.lit), scale) + chrome(scale) + before.chrome(scale) + gaps;
 }
 
 void OverlayScene::paint(QPainter &painter, const QRegion &part, const QImage &picture, double scale) const {
@@ -125,6 +127,14 @@ void OverlayScene::paint(QPainter &painter, const QRegion &part, const QImage &p
     painter.setClipRegion(part);
     for (const QRect &there : chromePixels(scale) & pixels)
         draw(painter, there, scale);
+    if (!gap.isEmpty()) {
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setCompositionMode(QPainter::CompositionMode_Clear);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(Qt::black);
+        const double radius = FloatingPanel::Options().radius;
+        painter.drawRoundedRect(gap, radius, radius);
+    }
     painter.restore();
 }
 

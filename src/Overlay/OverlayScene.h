@@ -33,6 +33,8 @@ struct OverlayScene {
     std::optional<ActionButtons> buttons;
     std::optional<Loupe> loupe;
     std::optional<KeysHelp> help;
+    /// Nothing is drawn on the capture bar, which may lie below. In points; empty: there is none.
+    QRectF gap;
 
     bool operator==(const OverlayScene &) const = default;
 

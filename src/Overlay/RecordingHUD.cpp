@@ -33,19 +33,6 @@ constexpr int hudButtonHeight = hudHeight - 2 * hudPadding;
 constexpr int hudDistance = 64;
 constexpr auto deletePatience = 3s;
 
-/// Also follows the panel while it is dragged.
-class HudWindow final : public FloatingPanel {
-public:
-    HudWindow() : FloatingPanel({.radius = hudHeight / 2.0}) {}
-    std::function<void()> onPlaced;
-
-protected:
-    void moveEvent(QMoveEvent *) override {
-        if (onPlaced)
-            onPlaced();
-    }
-};
-
 } // namespace
 
 struct RecordingHUD::Panel {
@@ -53,7 +40,8 @@ struct RecordingHUD::Panel {
 
 public:
     Panel(Services given, std::shared_ptr<RecordingHUDState> shown)
-        : state(std::move(shown)), window(new HudWindow), placement(given.settings, "hud"),
+        : state(std::move(shown)), window(new FloatingPanel({.radius = hudHeight / 2.0})),
+          placement(given.settings, "hud"),
           backdrop(*window, given.stills, given.clock,
                    [this](bool isLight) { state->onLightBackdrop = isLight; }) {
         build();
@@ -209,7 +197,7 @@ public:
     }
 
     std::shared_ptr<RecordingHUDState> state;
-    HudWindow *window;
+    FloatingPanel *window;
     PillPanel pill;
     PanelPlacement placement;
     PanelButton *stop = nullptr;

@@ -13,6 +13,7 @@
 #include "Panels/FloatingPanel.h"
 #include "Panels/PanelShell.h"
 #include "Platform/DisplayLayout.h"
+#include "Support/HostTime.h"
 #include "Support/Log.h"
 #include "Support/TaskScope.h"
 
@@ -36,6 +37,10 @@ using namespace std::chrono_literals;
 
 /// How long the windows below need, after ours have gone, until they are whole on the screen again.
 constexpr auto settleTime = 120ms;
+/// How long a desktop takes to have a window fade away.
+constexpr auto fadeTime = 350ms;
+/// A picture of the screen that takes longer was asked for in a dialog.
+constexpr double dialogSeconds = 1;
 /// Windows come and go while the window tool looks at them.
 constexpr auto windowsInterval = 400ms;
 /// Monitors change in several steps.
@@ -152,6 +157,8 @@ struct SelectionOverlayController::Private {
     bool isUp = false;
     bool isBlended = false;
     bool isFetchingPixels = false;
+    /// The desktop's dialog was seen, by the time that it took.
+    bool hasAsked = false;
     std::function<bool()> isCursorOverBar;
     std::function<void(SelectionOutcome, ToolMode)> completion;
     std::vector<Display> displays;
@@ -200,6 +207,8 @@ void SelectionOverlayController::Private::build() {
     isBlended = canBlend();
     if (PanelShell::instance().placesWindows())
         buildViews({}, {});
+    else if (owner.onPictureWanted && owner.onPictureWanted())
+        buildTimer.start(fadeTime);
     else
         scope.start(this, &Private::buildOnPicture);
 }
@@ -208,11 +217,19 @@ Task<> SelectionOverlayController::Private::buildOnPicture(std::stop_token stop)
     PixelRect all;
     for (const Display &display : displays)
         all = united(all, display.pixels);
+    const double asked = hostNow();
     const auto picture = co_await services.stills.captureArea(all, stop);
     if (stop.stop_requested())
         co_return;
+    // The desktop has asked its user whether it may, and that is what the picture shows.
+    if (hostNow() - asked > dialogSeconds && !std::exchange(hasAsked, true)) {
+        buildTimer.start(fadeTime);
+        co_return;
+    }
     if (!picture)
         qCInfo(logCapture, "overlay without a picture of the screen");
+    if (owner.onPictureTaken)
+        owner.onPictureTaken();
     buildViews(picture ? *picture : QImage(), {all.x, all.y});
 }
 
@@ -265,8 +282,9 @@ void SelectionOverlayController::Private::show() {
     followPointer();
     owner.takeKeyboard();
     watchScreens();
-    if (owner.onShown)
-        owner.onShown();
+    if (owner.onShown && !views.empty())
+        owner.onShown(*views.back());
+    owner.followBar();
 }
 
 void SelectionOverlayController::Private::wire(SelectionView &view) {
@@ -674,6 +692,11 @@ bool SelectionOverlayController::isUp() const {
 
 void SelectionOverlayController::finish(SelectionOutcome outcome) {
     m_private->finish(std::move(outcome));
+}
+
+void SelectionOverlayController::followBar() {
+    for (const auto &view : m_private->views)
+        view->followBar();
 }
 
 void SelectionOverlayController::takeKeyboard() {

@@ -14,6 +14,8 @@
 #include <functional>
 #include <memory>
 
+class QWidget;
+
 namespace vantrell {
 
 /// The selection overlay: a window on each display through which the user says what to capture. Main thread.
@@ -40,6 +42,8 @@ public:
     /// Does nothing when no overlay is up.
     void finish(SelectionOutcome outcome);
     bool isUp() const;
+    /// The capture bar has come, gone or moved.
+    void followBar();
     /// The overlay has the keyboard again, after something else of ours was worked with.
     void takeKeyboard();
 
@@ -47,9 +51,13 @@ public:
     std::function<void(ToolMode)> onToolWanted;
     /// The user asks with a key (F6, or Tab with the area tool) to work the capture bar with the keyboard.
     std::function<void()> onBarWanted;
-    /// Its windows have come onto the screen above everything, at first or anew: what shall lie above them is
-    /// raised now.
-    std::function<void()> onShown;
+    /// Its windows have come onto the screen above everything, at first or anew; one of them: what shall lie
+    /// above it is raised now.
+    std::function<void(QWidget &window)> onShown;
+    /// A picture of the screen is about to be taken, to lie on: what of ours would be in it is hidden now,
+    /// and true when something was; and it is taken, before the windows come: what was hidden comes back.
+    std::function<bool()> onPictureWanted;
+    std::function<void()> onPictureTaken;
     /// Where the capture bar is, in Qt's coordinates; empty while it is hidden. The action buttons keep off
     /// it.
     std::function<QRect()> barFrame;

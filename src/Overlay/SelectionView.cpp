@@ -129,6 +129,22 @@ void SelectionView::selectMiddle() {
     refresh();
 }
 
+void SelectionView::followBar() {
+    if (m_hasServer || !m_isBlended)
+        return;
+    const QRegion gap = gapForBar().toAlignedRect();
+    PanelShell::instance().setShape(*this, {},
+                                    QRegion(0, 0, m_display.pixels.width, m_display.pixels.height) -
+                                        pixelsCovering(gap, scale()));
+    refresh();
+}
+
+QRectF SelectionView::gapForBar() const {
+    if (m_hasServer || !m_isBlended || !barFrame)
+        return {};
+    return toQt(barFrame()) & QRectF(rect());
+}
+
 void SelectionView::dismiss() {
     m_isDismissed = true;
     hide();
@@ -229,6 +245,7 @@ OverlayScene SelectionView::scene() const {
     else
         addScreen(scene);
     addHints(scene);
+    scene.gap = gapForBar();
     return scene;
 }
 

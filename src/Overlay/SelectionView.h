@@ -45,6 +45,10 @@ public:
     void present();
     void setTool(ToolMode tool);
 
+    /// The bar has come, gone or moved. Some compositors lay whatever is pressed above all else: there the
+    /// bar is seen and met through a gap.
+    void followBar();
+
     /// Takes it from the screen; it tells nobody anything any more.
     void dismiss();
 
@@ -125,6 +129,8 @@ private:
     void placeButtons();
     std::optional<ActionButtons::Kind> buttonAt(const Point &at) const;
     void note(const QMouseEvent &event);
+    /// Empty where the bar lies above.
+    QRectF gapForBar() const;
     QRect devicePixels(const Rect &rect) const;
     double scale() const { return m_display.scale; }
 

@@ -113,7 +113,12 @@ bool FloatingPanel::event(QEvent *event) {
         PanelShell::instance().adopt(*this, m_options.role);
         shapeWindow();
     }
-    return QWidget::event(event);
+    const bool isHandled = QWidget::event(event);
+    const bool isPlaced = event->type() == QEvent::Move || event->type() == QEvent::Resize ||
+                          event->type() == QEvent::Show || event->type() == QEvent::Hide;
+    if (isPlaced && onPlaced)
+        onPlaced();
+    return isHandled;
 }
 
 void FloatingPanel::paintEvent(QPaintEvent *) {

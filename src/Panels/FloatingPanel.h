@@ -61,6 +61,8 @@ public:
 
     /// The user has put it elsewhere: the panel's own part, in Qt's coordinates.
     std::function<void(QRect)> onMoved;
+    /// It has another place or size, was shown or hidden, by whomever.
+    std::function<void()> onPlaced;
 
 protected:
     bool event(QEvent *event) override;

@@ -47,6 +47,8 @@ public:
     virtual Qt::WindowFlags flags(Role role) const = 0;
     /// Before the window is shown for the first time. `owner` is the panel that a menu or a tip belongs to.
     virtual void adopt(QWidget &window, Role role, QWidget *owner = nullptr) = 0;
+    /// Where the panels are ordinary windows to the desktop, it keeps the one above the other from now on.
+    virtual void attach(QWidget &, QWidget &) {}
     /// Windows lie where the application puts them; else the desktop chooses.
     virtual bool placesWindows() const = 0;
     /// Windows of this process can be left out of pictures.

@@ -108,6 +108,19 @@ wl_output *WaylandLink::outputOf(const QScreen &screen) {
         "output", const_cast<QScreen *>(&screen)));
 }
 
+void WaylandLink::setParent(QWindow *window, QWindow *parent) {
+    const auto topLevel = [](QWindow *of) {
+        const bool isThere = of && of->isVisible() && of->handle();
+        return static_cast<xdg_toplevel *>(
+            isThere ? QGuiApplication::platformNativeInterface()->nativeResourceForWindow("xdg_toplevel", of)
+                    : nullptr);
+    };
+    xdg_toplevel *child = topLevel(window);
+    xdg_toplevel *below = topLevel(parent);
+    if (child && below)
+        xdg_toplevel_set_parent(child, below);
+}
+
 wl_seat *WaylandLink::seat() const {
     return static_cast<wl_seat *>(resource("wl_seat"));
 }

@@ -52,6 +52,8 @@ public:
     /// Null while the window has none.
     static wl_surface *surfaceOf(const QWindow &window);
     static wl_output *outputOf(const QScreen &screen);
+    /// Of ordinary windows that are on the screen; else nothing happens.
+    static void setParent(QWindow *window, QWindow *parent);
     wl_seat *seat() const;
     wl_compositor *compositor() const;
     /// Of the last key or button.

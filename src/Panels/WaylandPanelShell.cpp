@@ -63,6 +63,12 @@ void WaylandPanelShell::adopt(QWidget &window, Role role, QWidget *owner) {
         lendToMenusOf(panel, *menu);
 }
 
+void WaylandPanelShell::attach(QWidget &window, QWidget &below) {
+    // Qt tells the compositor of a window's parent only before it is shown.
+    if (!m_hasLayers)
+        WaylandLink::setParent(window.windowHandle(), below.windowHandle());
+}
+
 /// A menu is worked with keys too, and gets them as its panel does.
 void WaylandPanelShell::lendToMenusOf(QWidget &panel, QMenu &menu) {
     const bool hasIt = std::ranges::any_of(m_borrowers, [&](const auto &one) { return one == &panel; });

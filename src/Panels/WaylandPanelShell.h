@@ -28,6 +28,7 @@ public:
 
     Qt::WindowFlags flags(Role role) const override;
     void adopt(QWidget &window, Role role, QWidget *owner) override;
+    void attach(QWidget &window, QWidget &below) override;
     bool placesWindows() const override { return m_hasLayers; }
     bool keepsOutOfPictures() const override { return false; }
     bool knowsPointer() const override { return false; }

@@ -119,6 +119,9 @@ private:
     std::mt19937 &m_random;
 };
 
+/// A machine that has other things to do drops pictures, but not the end.
+constexpr double mostlyThere = 0.75;
+
 /// What has to be there: everything up to 2 s before the kill.
 template <typename Times, typename Time>
 int dueCount(const Times &happenings, const KilledRecording &recording, Time time) {
@@ -183,7 +186,7 @@ void expectAllButTheLastTwoSeconds(KilledRecording &recording, const BusyScreen 
     for (const std::uint32_t number : seen)
         found +=
             dueCount(std::vector{screen.numbers.at(number)}, recording, [](double when) { return when; });
-    EXPECT_GE(found, dueNumbers * 9 / 10) << json << told.errors;
+    EXPECT_GE(found, dueNumbers * mostlyThere) << json << told.errors;
 
     const auto sidecar = CaptureMetadata::fromJson(
         readFile(std::filesystem::path(*delivered).replace_extension(".json")).value_or(""));
@@ -213,8 +216,7 @@ void expectTheCameraBeside(KilledRecording &recording, const VirtualCamera &came
     int found = 0;
     for (const NumberedPicture &picture : numberedPicturesIn(delivered.front()))
         found += dueCount(std::vector{taken.at(picture.number)}, recording, [](double when) { return when; });
-    // A machine that has other things to do drops pictures, but not the end.
-    EXPECT_GE(found, due * 3 / 4) << delivered.front();
+    EXPECT_GE(found, due * mostlyThere) << delivered.front();
 }
 
 TEST(RecoverCommand, findsNothingWhereNothingWasCutOff) {

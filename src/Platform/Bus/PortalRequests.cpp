@@ -123,6 +123,8 @@ void PortalRequests::responded(const QDBusMessage &message) {
 void PortalRequests::serviceLost() {
     for (const auto &[path, answered] : m_waiting)
         answered.resolve(std::unexpected(Failure(portalError(PortalErrorCode::gone))));
+    if (m_gone)
+        m_gone();
 }
 
 Task<std::expected<PortalRequests::Answer, PortalRequests::Failure>>

@@ -85,6 +85,9 @@ public:
     /// Ends a session; the desktop's closing of it is not told of then.
     void closeSession(const QString &session);
 
+    /// The portals have gone, and with them what they kept for us; casts that run may go on all the same.
+    void onGone(std::function<void()> gone) { m_gone = std::move(gone); }
+
     /// Signals of a portal.
     void onSignal(const QString &interface, const QString &member,
                   std::function<void(const QDBusMessage &)> handler);
@@ -105,6 +108,7 @@ private:
     const QString m_run;
     std::map<QString, OneShot<Response>> m_waiting;
     std::map<QString, std::function<void()>> m_sessions;
+    std::function<void()> m_gone;
     BusClient m_client;
 };
 

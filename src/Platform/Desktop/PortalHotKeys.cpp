@@ -93,6 +93,10 @@ PortalHotKeys::PortalHotKeys(QDBusConnection session, Options options)
         m_scope.cancel();
         m_scope.start(this, &PortalHotKeys::connect);
     });
+    m_portal.onGone([this] {
+        if (!m_session.isEmpty())
+            lost();
+    });
     m_portal.onSignal(hotKeyPortal, QStringLiteral("Activated"),
                       [this](const QDBusMessage &signal) { activated(signal); });
     m_portal.onSignal(hotKeyPortal, QStringLiteral("ShortcutsChanged"), [this](const QDBusMessage &signal) {
@@ -146,10 +150,12 @@ Task<> PortalHotKeys::connect(std::stop_token stop) {
     const auto bound = co_await bind(stop);
     if (stop.stop_requested())
         co_return;
-    if (bound)
+    if (bound) {
         m_problem.reset();
-    else
+        m_attempts = 0;
+    } else {
         fail(bound.error());
+    }
     if (onChange)
         onChange();
 }

@@ -21,6 +21,8 @@ struct PipeWireBufferWishes {
     bool header = true;
     /// Which part of the buffer is the picture.
     bool crop = false;
+    /// How the picture is turned in it.
+    bool transform = false;
     /// Up to so many rectangles that changed; 0 for none.
     int damageRegions = 0;
     /// Pointers of up to so many pixels square; 0 for none.

@@ -94,6 +94,8 @@ void PipeWireVideoStream::agree(const PipeWireBufferWishes &wishes) {
         wantOneMeta(SPA_META_Header, sizeof(spa_meta_header));
     if (wishes.crop)
         wantOneMeta(SPA_META_VideoCrop, sizeof(spa_meta_region));
+    if (wishes.transform)
+        wantOneMeta(SPA_META_VideoTransform, sizeof(spa_meta_videotransform));
     if (wishes.damageRegions > 0) {
         const int all = wishes.damageRegions * int(sizeof(spa_meta_region));
         wantMeta(SPA_META_VideoDamage, all, sizeof(spa_meta_region), all);

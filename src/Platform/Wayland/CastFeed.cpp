@@ -4,6 +4,7 @@
 #include "Platform/Wayland/CastFeed.h"
 
 #include "Platform/ScreenError.h"
+#include "Platform/Wayland/ScreenNudge.h"
 #include "Support/HostTime.h"
 #include "Support/Log.h"
 
@@ -24,8 +25,8 @@ constexpr int largestCursor = 256;
 constexpr std::chrono::seconds firstPicturePatience(4);
 constexpr double pictureLimit = 2;
 /// How long a compositor may take for a picture before it is asked again, and how often it is.
-constexpr std::chrono::milliseconds askInterval(600);
-constexpr int mostAsking = 6;
+constexpr std::chrono::milliseconds askInterval(300);
+constexpr int mostAsking = 12;
 
 PlatformError sharingEnded() {
     return screenError(ScreenErrorCode::sharingEnded, "The desktop ended the sharing of the screen");
@@ -156,6 +157,7 @@ void CastFeed::formatChanged(const spa_pod &pod) {
     if (format->hasModifier)
         wishes.memory |= 1u << SPA_DATA_DmaBuf;
     wishes.crop = true;
+    wishes.transform = true;
     wishes.damageRegions = mostDamageRegions;
     wishes.cursorPixels = m_wantsPointer ? largestCursor : 0;
     m_stream->agree(wishes);
@@ -176,8 +178,12 @@ void CastFeed::askAgain() {
     }
     if (hasPicture || !m_isActive || ++m_asked > mostAsking)
         return;
-    m_stream->setActive(false);
-    m_stream->setActive(true);
+    // It may have sent its only picture before we could take it, or wait for something to change.
+    if (m_asked % 2 == 0) {
+        m_stream->setActive(false);
+        m_stream->setActive(true);
+    }
+    nudgeScreens();
     m_patience->start(askInterval);
 }
 
@@ -196,12 +202,12 @@ void CastFeed::take(PipeWireBuffer buffer) {
         const bool isPointerChanged = m_wantsPointer && m_pointer.take(buffer);
         m_isPointerChanged |= isPointerChanged;
         if (hasPicture) {
-            const PixelRect crop = cropOf(buffer);
-            noteDamage(buffer, crop);
-            m_crop = crop;
-            m_newest.emplace(Held{std::move(buffer), m_format, crop});
+            const CastLayout layout(buffer, m_format.size);
+            noteDamage(buffer, layout);
+            m_layout = layout;
+            m_newest.emplace(Held{std::move(buffer), m_format, layout});
             m_isFresh = true;
-            first = crop.size();
+            first = layout.size();
         }
         if (hasPicture || isPointerChanged) {
             m_newsTime = time;
@@ -213,27 +219,16 @@ void CastFeed::take(PipeWireBuffer buffer) {
         m_first.resolve(*first);
 }
 
-PixelRect CastFeed::cropOf(const PipeWireBuffer &buffer) const {
-    const PixelRect whole{0, 0, m_format.size.width, m_format.size.height};
-    const auto *crop = buffer.meta<spa_meta_region>(SPA_META_VideoCrop);
-    if (!crop || !spa_meta_region_is_valid(crop))
-        return whole;
-    const spa_region &region = crop->region;
-    const PixelRect part = intersection(
-        {region.position.x, region.position.y, int(region.size.width), int(region.size.height)}, whole);
-    return part.isEmpty() ? whole : part;
-}
-
-void CastFeed::noteDamage(const PipeWireBuffer &buffer, const PixelRect &crop) {
+void CastFeed::noteDamage(const PipeWireBuffer &buffer, const CastLayout &layout) {
     const spa_meta *meta = buffer.metas(SPA_META_VideoDamage);
     const std::size_t before = m_damage.size();
-    if (meta && !m_isAllDamaged && crop == m_crop) {
+    if (meta && !m_isAllDamaged && layout == m_layout) {
         const auto *regions = static_cast<const spa_meta_region *>(meta->data);
         const std::size_t count = meta->size / sizeof *regions;
         for (std::size_t i = 0; i < count && spa_meta_region_is_valid(&regions[i]); ++i) {
             const spa_region &region = regions[i].region;
-            m_damage.push_back({region.position.x - crop.x, region.position.y - crop.y,
-                                int(region.size.width), int(region.size.height)});
+            m_damage.push_back(layout.seen(
+                {region.position.x, region.position.y, int(region.size.width), int(region.size.height)}));
         }
     }
     // A picture that is said to have changed nowhere may have changed anywhere.
@@ -280,7 +275,7 @@ Task<std::expected<PixelSize, CastFeed::Failure>> CastFeed::firstPicture(std::st
 
 PixelSize CastFeed::pictureSize() const {
     const std::scoped_lock lock(m_mutex);
-    return m_crop.isEmpty() ? m_format.size : m_crop.size();
+    return m_layout.isEmpty() ? m_format.size : m_layout.size();
 }
 
 void CastFeed::setActive(bool active) {
@@ -328,11 +323,12 @@ CastFeed::Look CastFeed::look() {
     // The compositor may have taken it away meanwhile.
     if (m_current && (m_mapping.pixels() || m_mapping.open(m_current->buffer, m_current->format.size))) {
         m_isBorrowed = true;
-        look.size = m_current->crop.size();
+        look.size = m_current->layout.size();
         look.format = m_current->format.pixels;
-        look.stride = m_mapping.stride();
-        look.pixels =
-            m_mapping.pixels() + m_current->crop.y * look.stride + std::ptrdiff_t(m_current->crop.x) * 4;
+        const CastLayout::Walk walk = m_current->layout.walk(m_mapping.stride());
+        look.pixels = m_mapping.pixels() + walk.origin;
+        look.step = walk.step;
+        look.stride = walk.stride;
     }
     return look;
 }

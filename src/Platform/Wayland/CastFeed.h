@@ -9,6 +9,7 @@
 #include "Platform/PipeWire/PipeWireVideoStream.h"
 #include "Platform/Wayland/CastClock.h"
 #include "Platform/Wayland/CastFormat.h"
+#include "Platform/Wayland/CastLayout.h"
 #include "Platform/Wayland/CastMapping.h"
 #include "Platform/Wayland/CastPointer.h"
 #include "Support/Cancelled.h"
@@ -61,6 +62,8 @@ public:
     struct Look {
         /// The picture's first pixel; null when there is no picture at the moment.
         const std::uint8_t *pixels = nullptr;
+        /// Bytes to the pixel on the right and to the one below; a display that is turned has its own.
+        std::ptrdiff_t step = 0;
         std::ptrdiff_t stride = 0;
         PixelSize size;
         PixelFormat format = PixelFormat::bgrx;
@@ -92,10 +95,10 @@ private:
     void formatChanged(const spa_pod &pod);
     void arrived();
     void take(PipeWireBuffer buffer);
-    void noteDamage(const PipeWireBuffer &buffer, const PixelRect &crop);
+    void noteDamage(const PipeWireBuffer &buffer, const CastLayout &layout);
     void bufferGoes(const pw_buffer *buffer);
     void stateChanged(pw_stream_state state, const char *error);
-    /// Has the compositor begin anew when it sent its only picture before we could take it.
+    /// Has the compositor send a picture when none came.
     void askAgain();
     void expectPicture();
 
@@ -103,10 +106,8 @@ private:
     struct Held {
         PipeWireBuffer buffer;
         CastFormat format;
-        /// The picture's place in it.
-        PixelRect crop;
+        CastLayout layout;
     };
-    PixelRect cropOf(const PipeWireBuffer &buffer) const;
     bool waitUntil(std::unique_lock<std::mutex> &lock, std::optional<double> time, bool (CastFeed::*done)());
     bool isInterrupted() { return m_isInterrupted; }
     bool isWorthWaking() { return m_isInterrupted || m_hasNews || m_ended; }
@@ -131,7 +132,7 @@ private:
     std::vector<PixelRect> m_damage;
     bool m_isAllDamaged = true;
     /// Of the newest picture.
-    PixelRect m_crop;
+    CastLayout m_layout;
     double m_newsTime = 0;
     bool m_hasNews = false;
     bool m_isFresh = false;

@@ -21,11 +21,13 @@ constexpr int castPixelBytes = 4;
 constexpr double stillScreen = 0.4;
 constexpr int mostCastPatches = 64;
 
-void swapRedAndBlue(const std::uint8_t *from, std::uint8_t *to, int pixels) {
-    for (int x = 0; x < pixels; ++x, from += castPixelBytes, to += castPixelBytes) {
+/// Pixels that lie `step` bytes apart, in the order that a recording has them.
+void copyPixels(const std::uint8_t *from, std::ptrdiff_t step, std::uint8_t *to, int pixels, bool isSwapped) {
+    for (int x = 0; x < pixels; ++x, from += step, to += castPixelBytes) {
         std::uint32_t pixel = 0;
         std::memcpy(&pixel, from, sizeof pixel);
-        pixel = (pixel & 0xff00ff00u) | (pixel & 0xffu) << 16 | (pixel >> 16 & 0xffu);
+        if (isSwapped)
+            pixel = (pixel & 0xff00ff00u) | (pixel & 0xffu) << 16 | (pixel >> 16 & 0xffu);
         std::memcpy(to, &pixel, sizeof pixel);
     }
 }
@@ -119,13 +121,12 @@ void PipeWireFrameSource::markChanges(const CastFeed::Look &look, const PixelRec
 }
 
 void PipeWireFrameSource::makePatches(const CastFeed::Look &look, const PixelRect &view) {
-    const std::uint8_t *pixels = look.pixels + view.y * look.stride + std::ptrdiff_t(view.x) * castPixelBytes;
     const auto at = [&](const PixelRect &rect) {
-        return pixels + rect.y * look.stride + std::ptrdiff_t(rect.x) * castPixelBytes;
+        return look.pixels + (view.y + rect.y) * look.stride + (view.x + rect.x) * look.step;
     };
     BlockMap direct = m_changed;
     BlockMap copied(view.size());
-    if (look.format == PixelFormat::rgbx)
+    if (look.format == PixelFormat::rgbx || look.step != castPixelBytes)
         copied.markAll();
     else if (m_pointerUse == Pointer::drawn)
         copied.mark(
@@ -142,7 +143,7 @@ void PipeWireFrameSource::makePatches(const CastFeed::Look &look, const PixelRec
     const std::ptrdiff_t ownStride = std::ptrdiff_t(view.width) * castPixelBytes;
     m_copy.resize(std::size_t(ownStride) * std::size_t(view.height));
     for (const PixelRect &rect : copied.rectangles(most)) {
-        copy(rect, at(rect), look.stride, look.format);
+        copy(rect, at(rect), look);
         std::uint8_t *own = m_copy.data() + rect.y * ownStride + std::ptrdiff_t(rect.x) * castPixelBytes;
         if (m_pointerUse == Pointer::drawn)
             m_drawn.draw({rect.x + view.x, rect.y + view.y, rect.width, rect.height}, own, ownStride);
@@ -150,13 +151,14 @@ void PipeWireFrameSource::makePatches(const CastFeed::Look &look, const PixelRec
     }
 }
 
-void PipeWireFrameSource::copy(const PixelRect &rect, const std::uint8_t *pixels, std::ptrdiff_t stride,
-                               PixelFormat format) {
+void PipeWireFrameSource::copy(const PixelRect &rect, const std::uint8_t *pixels,
+                               const CastFeed::Look &look) {
     const std::ptrdiff_t ownStride = std::ptrdiff_t(m_view.width) * castPixelBytes;
+    const bool isSwapped = look.format == PixelFormat::rgbx;
     std::uint8_t *to = m_copy.data() + rect.y * ownStride + std::ptrdiff_t(rect.x) * castPixelBytes;
-    for (int y = 0; y < rect.height; ++y, pixels += stride, to += ownStride) {
-        if (format == PixelFormat::rgbx)
-            swapRedAndBlue(pixels, to, rect.width);
+    for (int y = 0; y < rect.height; ++y, pixels += look.stride, to += ownStride) {
+        if (isSwapped || look.step != castPixelBytes)
+            copyPixels(pixels, look.step, to, rect.width, isSwapped);
         else
             std::memcpy(to, pixels, std::size_t(rect.width) * castPixelBytes);
     }

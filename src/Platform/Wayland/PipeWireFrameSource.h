@@ -15,7 +15,8 @@
 namespace vantrell {
 
 /// The pictures of a screen cast, or of a part of it, for one stretch of recording. Pixels are read where the
-/// compositor left them; only blocks that the pointer is drawn on, and pixels of another order, are copied.
+/// compositor left them; only blocks that the pointer is drawn on, pixels of another order, and pictures that
+/// lie turned, are copied.
 class PipeWireFrameSource final : public FrameSource {
 public:
     /// What of the cast's picture is wanted.
@@ -41,7 +42,7 @@ private:
     PixelRect viewOf(PixelSize picture) const;
     void markChanges(const CastFeed::Look &look, const PixelRect &view);
     void makePatches(const CastFeed::Look &look, const PixelRect &view);
-    void copy(const PixelRect &rect, const std::uint8_t *pixels, std::ptrdiff_t stride, PixelFormat format);
+    void copy(const PixelRect &rect, const std::uint8_t *pixels, const CastFeed::Look &look);
 
     const std::shared_ptr<CastFeed> m_feed;
     const std::optional<Cut> m_cut;

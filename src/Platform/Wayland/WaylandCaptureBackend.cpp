@@ -59,6 +59,13 @@ std::optional<Display> sharedDisplay(const std::vector<Display> &displays, const
     return found([&](const Display &each) { return each.pixels.size() == picture; });
 }
 
+/// Not about what was chosen earlier: another choice would fare no better.
+bool isDesktopBroken(const PlatformError &error) {
+    return isScreenError(error, ScreenErrorCode::connectionLost) ||
+           isPortalError(error, PortalErrorCode::missing) || isPortalError(error, PortalErrorCode::gone) ||
+           isPortalError(error, PortalErrorCode::silent);
+}
+
 } // namespace
 
 WaylandCaptureBackend::WaylandCaptureBackend(
@@ -133,8 +140,9 @@ Task<CaptureBackend::Choice> WaylandCaptureBackend::choose(CaptureRequest reques
     }
     auto shared = co_await share(*wanted, *all, stop);
     // What was agreed to earlier may be another display, or none any more: then it is asked anew, once.
-    const bool isOutdated = !shared && wanted->isRemembered && wanted->wish.restoreToken &&
-                            std::holds_alternative<PlatformError>(shared.error());
+    const auto *error = shared ? nullptr : std::get_if<PlatformError>(&shared.error());
+    const bool isOutdated =
+        error && !isDesktopBroken(*error) && wanted->isRemembered && wanted->wish.restoreToken;
     if (isOutdated && !stop.stop_requested()) {
         m_tokens.keep(wanted->display.id, std::nullopt);
         wanted->wish.restoreToken.reset();

@@ -4,31 +4,24 @@
 #include "Platform/Wayland/WaylandDisplays.h"
 
 #include "Platform/ScreenError.h"
+#include "Platform/Wayland/WaylandConnection.h"
 #include "Platform/Wayland/XdgOutput.h"
-#include "Support/HostTime.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
-
-#include <poll.h>
 
 namespace vantrell {
 
 namespace {
 
-constexpr double compositorPatience = 2;
 /// The version that tells an output's name.
 constexpr std::uint32_t outputVersion = 4;
 constexpr std::uint32_t xdgOutputVersion = 3;
-
-struct CloseDisplay {
-    void operator()(wl_display *display) const { wl_display_disconnect(display); }
-};
 
 struct Output {
     std::uint32_t global = 0;
@@ -46,11 +39,13 @@ public:
     std::expected<std::vector<Display>, PlatformError> run();
 
 private:
-    bool roundTrip();
-    void found(wl_registry *registry, std::uint32_t global, const char *interface, std::uint32_t version);
+    void found(wl_registry *registry, std::uint32_t global, std::string_view interface,
+               std::uint32_t version);
     std::vector<Display> displays() const;
 
-    std::unique_ptr<wl_display, CloseDisplay> m_display;
+    WaylandConnection m_connection{
+        [this](wl_registry *registry, std::uint32_t global, std::string_view interface,
+               std::uint32_t version) { found(registry, global, interface, version); }};
     std::vector<std::unique_ptr<Output>> m_outputs;
     wl_proxy *m_manager = nullptr;
 };
@@ -105,76 +100,35 @@ const XdgOutputEvents xdgEvents{
     .description = [](void *, wl_proxy *, const char *) {},
 };
 
-void Listing::found(wl_registry *registry, std::uint32_t global, const char *interface,
+void Listing::found(wl_registry *registry, std::uint32_t global, std::string_view interface,
                     std::uint32_t version) {
-    if (std::strcmp(interface, wl_output_interface.name) == 0) {
+    if (interface == wl_output_interface.name) {
         auto output = std::make_unique<Output>();
         output->global = global;
         output->output = static_cast<wl_output *>(
             wl_registry_bind(registry, global, &wl_output_interface, std::min(version, outputVersion)));
         wl_output_add_listener(output->output, &wlOutputEvents, output.get());
         m_outputs.push_back(std::move(output));
-    } else if (std::strcmp(interface, xdgOutputManagerInterface.name) == 0) {
+    } else if (interface == xdgOutputManagerInterface.name) {
         m_manager = static_cast<wl_proxy *>(wl_registry_bind(registry, global, &xdgOutputManagerInterface,
                                                              std::min(version, xdgOutputVersion)));
     }
 }
 
-/// As wl_display_roundtrip, but not for ever.
-bool Listing::roundTrip() {
-    bool isDone = false;
-    static const wl_callback_listener events{
-        .done = [](void *data, wl_callback *, std::uint32_t) { *static_cast<bool *>(data) = true; }};
-    wl_callback *callback = wl_display_sync(m_display.get());
-    wl_callback_add_listener(callback, &events, &isDone);
-    const double end = hostNow() + compositorPatience;
-    bool isWell = true;
-    while (!isDone && isWell) {
-        while (wl_display_prepare_read(m_display.get()) != 0)
-            wl_display_dispatch_pending(m_display.get());
-        wl_display_flush(m_display.get());
-        pollfd waiting{wl_display_get_fd(m_display.get()), POLLIN, 0};
-        const int left = int((end - hostNow()) * 1000);
-        if (isDone || left <= 0 || ::poll(&waiting, 1, left) <= 0) {
-            wl_display_cancel_read(m_display.get());
-            isWell = isDone;
-        } else {
-            isWell = wl_display_read_events(m_display.get()) == 0 &&
-                     wl_display_dispatch_pending(m_display.get()) >= 0;
-        }
-    }
-    wl_callback_destroy(callback);
-    return isDone;
-}
-
 std::expected<std::vector<Display>, PlatformError> Listing::run() {
-    m_display.reset(wl_display_connect(nullptr));
-    if (!m_display)
-        return unreachable();
-    static const wl_registry_listener events{
-        .global =
-            [](void *data, wl_registry *registry, std::uint32_t global, const char *interface,
-               std::uint32_t version) {
-                static_cast<Listing *>(data)->found(registry, global, interface, version);
-            },
-        .global_remove = [](void *, wl_registry *, std::uint32_t) {},
-    };
-    wl_registry *registry = wl_display_get_registry(m_display.get());
-    wl_registry_add_listener(registry, &events, this);
-    bool isWell = roundTrip();
+    bool isWell = m_connection.roundTrip();
     std::vector<wl_proxy *> told;
     if (isWell && m_manager) {
         for (const auto &output : m_outputs)
             if (wl_proxy *made = xdgOutputOf(m_manager, output->output, xdgEvents, output.get()))
                 told.push_back(made);
     }
-    isWell = isWell && roundTrip();
+    isWell = isWell && m_connection.roundTrip();
     std::ranges::for_each(told, wl_proxy_destroy);
     if (m_manager)
         wl_proxy_destroy(m_manager);
     for (const auto &output : m_outputs)
         wl_output_destroy(output->output);
-    wl_registry_destroy(registry);
     if (!isWell)
         return unreachable();
     auto listed = displays();

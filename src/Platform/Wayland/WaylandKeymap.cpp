@@ -3,6 +3,7 @@
 
 #include "Platform/Wayland/WaylandKeymap.h"
 
+#include "Platform/Wayland/WaylandConnection.h"
 #include "Support/UniqueFd.h"
 
 #include <array>
@@ -10,7 +11,6 @@
 #include <memory>
 
 #include <sys/mman.h>
-#include <wayland-client.h>
 #include <xkbcommon/xkbcommon.h>
 
 namespace vantrell {
@@ -63,25 +63,17 @@ const wl_seat_listener seatEvents{
     .name = [](void *, wl_seat *, const char *) {},
 };
 
-const wl_registry_listener registryEvents{
-    .global =
-        [](void *keymap, wl_registry *registry, std::uint32_t name, const char *interface, std::uint32_t) {
-            if (std::strcmp(interface, wl_seat_interface.name) == 0)
-                wl_seat_add_listener(
-                    static_cast<wl_seat *>(wl_registry_bind(registry, name, &wl_seat_interface, 1)),
-                    &seatEvents, keymap);
-        },
-    .global_remove = [](void *, wl_registry *, std::uint32_t) {},
-};
-
 /// The first, the second and the third round trip tell of the seat, its keyboard and the keymap.
 Keymap sessionKeymap() {
-    const std::unique_ptr<wl_display, Destroyed<wl_display_disconnect>> display(wl_display_connect(nullptr));
     Keymap keymap;
-    if (!display)
-        return keymap;
-    wl_registry_add_listener(wl_display_get_registry(display.get()), &registryEvents, &keymap);
-    for (int trip = 0; trip < 3 && wl_display_roundtrip(display.get()) >= 0; ++trip) {
+    WaylandConnection connection(
+        [&keymap](wl_registry *registry, std::uint32_t name, std::string_view interface, std::uint32_t) {
+            if (interface == wl_seat_interface.name)
+                wl_seat_add_listener(
+                    static_cast<wl_seat *>(wl_registry_bind(registry, name, &wl_seat_interface, 1)),
+                    &seatEvents, &keymap);
+        });
+    for (int trip = 0; trip < 3 && connection.roundTrip(); ++trip) {
     }
     return keymap;
 }

@@ -71,7 +71,7 @@ int main(int argc, char **argv) {
     X11StillCapture stills;
     Settings settings(argv[2]);
     SelectionOverlayController overlay({**capture, stills, settings});
-    overlay.onShown = [] { tell({{"shown", true}}); };
+    overlay.onShown = [](QWidget &) { tell({{"shown", true}}); };
     overlay.onBarWanted = [] { tell({{"wanted", "bar"}}); };
     overlay.onToolWanted = [&](ToolMode tool) {
         tell({{"wanted", spelling(tool)}});

@@ -72,7 +72,7 @@ protected:
     /// It asks the desktop only once what it can.
     void restartPortal() {
         m_ground.killPortal();
-        m_ground.startPortal("double", {"ScreenCast"});
+        m_desktop.startPortal();
     }
 
     /// Shows numbers at a steady rate and waits until each is told of.
@@ -324,7 +324,7 @@ TEST_F(CastRecording, saysWhyNothingIsShared) {
         failure(*backend, wholeDisplay),
         "The desktop's portal is missing: install xdg-desktop-portal and the part of it for this desktop, "
         "then log in again");
-    m_ground.startPortal("double", {"ScreenCast"});
+    m_desktop.startPortal();
     EXPECT_EQ(failure(*backend, someWindow), "This desktop shares whole displays only, no single windows");
     m_screen.close();
     EXPECT_EQ(failure(*backend, wholeDisplay), "The desktop sends no picture of what was chosen");

@@ -96,6 +96,36 @@ TEST(Sway, isRecordedWholeInPartAndStill) {
     EXPECT_FALSE(numbersOf(part.movie(), codeX - 10, codeY - 20).empty());
 }
 
+TEST(Sway, isSeenUprightHoweverItsDisplayIsTurned) {
+    SwaySession session;
+    session.showNumbers(20);
+    WaylandCaptureBackend backend(session.bus().connection(), listWaylandDisplays);
+    StagedStreamFactory streams;
+    for (const std::string turn : {"90", "270", "flipped-90", "180"}) {
+        ASSERT_EQ(session.tell("output HEADLESS-1 transform " + turn), 0);
+        StreamRun run(streams, chosenArea(backend, {10, 20, 500, 99}));
+        ASSERT_TRUE(run.start());
+        let(1s);
+        ASSERT_TRUE(run.stop());
+        EXPECT_FALSE(numbersOf(run.movie(), codeX - 10, codeY - 20).empty()) << turn;
+    }
+}
+
+TEST(Sway, isRecordedAtOnceThoughNothingMoves) {
+    const SwaySession session;
+    WaylandCaptureBackend backend(session.bus().connection(), listWaylandDisplays);
+    StagedStreamFactory streams;
+    for (int recording = 0; recording < 3; ++recording) {
+        StreamRun run(streams, chosen(backend, {CaptureRequest::WholeDisplay{}}));
+        ASSERT_TRUE(run.start());
+        let(300ms);
+        ASSERT_TRUE(run.stop());
+        int pictures = 0;
+        forEachPicture(run.movie(), [&](const MoviePicture &) { ++pictures; });
+        EXPECT_GT(pictures, 0) << recording;
+    }
+}
+
 TEST(Sway, mayCrashWithItsPortalAndNothingIsLost) {
     for (const bool compositor : {true, false}) {
         SwaySession session;

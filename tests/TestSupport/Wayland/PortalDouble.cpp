@@ -82,6 +82,28 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, SharedStream &str
     return argument;
 }
 
+/// "(sa{sv})".
+struct HotKey {
+    QString id;
+    QVariantMap facts;
+};
+
+QDBusArgument &operator<<(QDBusArgument &argument, const HotKey &key) {
+    argument.beginStructure();
+    argument << key.id << key.facts;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, HotKey &key) {
+    argument.beginStructure();
+    argument >> key.id >> key.facts;
+    argument.endStructure();
+    return argument;
+}
+
+const QString hotKeyInterface = implementation + QStringLiteral("GlobalShortcuts");
+
 } // namespace
 
 PortalDouble::PortalDouble(PortalGround &ground, const Script &given)
@@ -92,11 +114,20 @@ PortalDouble::PortalDouble(PortalGround &ground, const Script &given)
     qDBusRegisterMetaType<RestoreData>();
     qDBusRegisterMetaType<SharedStream>();
     qDBusRegisterMetaType<QList<SharedStream>>();
+    qDBusRegisterMetaType<HotKey>();
+    qDBusRegisterMetaType<QList<HotKey>>();
     m_bus.registerVirtualObject(QStringLiteral("/org/freedesktop/portal/desktop"), this,
                                 QDBusConnection::SubPath);
     if (!m_bus.registerService(ownName))
         throw std::runtime_error("the portal's double has no name");
-    m_ground.startPortal("double", {"ScreenCast"});
+    startPortal();
+}
+
+void PortalDouble::startPortal() {
+    std::vector<std::string> parts{"ScreenCast"};
+    if (script.hasHotKeys)
+        parts.emplace_back("GlobalShortcuts");
+    m_ground.startPortal("double", parts);
 }
 
 PortalDouble::~PortalDouble() {
@@ -135,6 +166,8 @@ bool PortalDouble::handleMessage(const QDBusMessage &message, const QDBusConnect
         if (m_pending && arguments.isEmpty() && message.path().contains(QStringLiteral("/request/")))
             reply(*std::exchange(m_pending, std::nullopt), 2, {});
         m_bus.send(message.createReply());
+    } else if (message.interface() == hotKeyInterface) {
+        return handleHotKeys(message);
     } else if (member == QStringLiteral("CreateSession")) {
         m_sessions.append(arguments.value(1).value<QDBusObjectPath>().path());
         reply(message, shared, {});
@@ -176,6 +209,61 @@ void PortalDouble::answer() {
         results[QStringLiteral("restore_data")] = QVariant::fromValue(RestoreData());
     }
     reply(*asked, script.response, results);
+}
+
+bool PortalDouble::handleHotKeys(const QDBusMessage &message) {
+    const QString member = message.member();
+    const QVariantList arguments = message.arguments();
+    const auto bind = [this](const QDBusArgument &wishes) {
+        for (const HotKey &wish : qdbus_cast<QList<HotKey>>(wishes))
+            m_hotKeys[wish.id] = wish.facts.value(QStringLiteral("preferred_trigger")).toString();
+    };
+    if (member == QStringLiteral("CreateSession")) {
+        m_hotKeySession = arguments.value(1).value<QDBusObjectPath>().path();
+        m_hotKeys.clear();
+        const auto options = qdbus_cast<QVariantMap>(arguments.value(3));
+        if (script.bindsAtOpening)
+            bind(options.value(QStringLiteral("shortcuts")).value<QDBusArgument>());
+        reply(message, shared, {});
+    } else if (member == QStringLiteral("ListShortcuts")) {
+        reply(message, shared, {{QStringLiteral("shortcuts"), boundHotKeys()}});
+    } else if (member == QStringLiteral("BindShortcuts")) {
+        ++m_bindings;
+        if (script.bindResponse == shared && !script.bindsAtOpening)
+            bind(arguments.value(2).value<QDBusArgument>());
+        reply(message, script.bindResponse, {{QStringLiteral("shortcuts"), boundHotKeys()}});
+    } else {
+        return false;
+    }
+    return true;
+}
+
+QVariant PortalDouble::boundHotKeys() const {
+    QList<HotKey> all;
+    for (auto key = m_hotKeys.begin(); key != m_hotKeys.end(); ++key)
+        all.append({key.key(), {{QStringLiteral("trigger_description"), key.value()}}});
+    return QVariant::fromValue(all);
+}
+
+void PortalDouble::tellHotKeys(const QString &member, const QVariantList &arguments) {
+    QDBusMessage signal = QDBusMessage::createSignal(QStringLiteral("/org/freedesktop/portal/desktop"),
+                                                     hotKeyInterface, member);
+    signal << QVariant::fromValue(QDBusObjectPath(m_hotKeySession));
+    for (const QVariant &argument : arguments)
+        signal << argument;
+    m_bus.send(signal);
+}
+
+bool PortalDouble::press(const QString &id) {
+    if (!m_hotKeys.contains(id))
+        return false;
+    tellHotKeys(QStringLiteral("Activated"), {id, QVariant::fromValue(qulonglong(0)), QVariantMap()});
+    return true;
+}
+
+void PortalDouble::assign(const QString &id, const QString &trigger) {
+    m_hotKeys[id] = trigger;
+    tellHotKeys(QStringLiteral("ShortcutsChanged"), {boundHotKeys()});
 }
 
 void PortalDouble::endSessions() {

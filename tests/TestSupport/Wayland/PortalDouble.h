@@ -9,6 +9,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
+#include <QMap>
 #include <QStringList>
 #include <QVariantMap>
 
@@ -19,8 +20,8 @@
 
 namespace vantrell::testing {
 
-/// A desktop's own part of the screen cast portal, which the real portal asks: it shows no dialogs and
-/// answers as the test says. Lives in the test's event loop.
+/// A desktop's own part of the portals for screen casts and hot keys, which the real portal asks: it shows no
+/// dialogs and answers as the test says. Lives in the test's event loop.
 class PortalDouble final : public QDBusVirtualObject {
 public:
     struct Script {
@@ -34,6 +35,11 @@ public:
         unsigned sourceTypes = 7;
         /// Of the stream, in the compositor's units.
         PixelRect place{0, 0, 640, 480};
+        bool hasHotKeys = false;
+        /// The response to BindShortcuts.
+        unsigned bindResponse = 0;
+        /// Takes hot keys when the session is opened, and later ones without doing anything for them.
+        bool bindsAtOpening = false;
     };
 
     /// On the ground's bus, with the portal before it.
@@ -41,6 +47,8 @@ public:
     ~PortalDouble() override;
 
     Script script;
+    /// Again, after the ground's portal was killed.
+    void startPortal();
     /// Gives the answer that an open dialog was waiting for.
     void answer();
     bool isAsking() const { return m_pending.has_value(); }
@@ -53,11 +61,22 @@ public:
     /// As the desktop's own indicator does.
     void endSessions();
 
+    /// How often BindShortcuts was called.
+    int bindings() const { return m_bindings; }
+    /// The user presses what is bound under that id; false when nothing is.
+    bool press(const QString &id);
+    /// The user assigns another combination in the desktop's settings.
+    void assign(const QString &id, const QString &trigger);
+
     bool handleMessage(const QDBusMessage &message, const QDBusConnection &connection) override;
     QString introspect(const QString &path) const override;
 
 private:
     void start(const QDBusMessage &message);
+    /// False when it is no call of the portal for hot keys.
+    bool handleHotKeys(const QDBusMessage &message);
+    void tellHotKeys(const QString &member, const QVariantList &arguments);
+    QVariant boundHotKeys() const;
     void reply(const QDBusMessage &message, unsigned response, const QVariantMap &results);
     QVariantMap properties(const QString &interface) const;
 
@@ -67,6 +86,10 @@ private:
     std::vector<QVariantMap> m_selections;
     std::optional<QDBusMessage> m_pending;
     int m_dialogs = 0;
+    QString m_hotKeySession;
+    /// By their ids, as the desktop describes their combinations.
+    QMap<QString, QString> m_hotKeys;
+    int m_bindings = 0;
 };
 
 } // namespace vantrell::testing
