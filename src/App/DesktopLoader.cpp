@@ -3,6 +3,7 @@
 
 #include "App/DesktopLoader.h"
 
+#include "App/PortableCopy.h"
 #include "App/SessionKind.h"
 #include "Panels/Sentence.h"
 #include "Platform/Desktop/AlwaysGrantedScreenAccess.h"
@@ -92,7 +93,10 @@ DesktopServices loadDesktopServices() {
         services.notifications = std::make_unique<DesktopNotifier>(bus);
     else
         services.notifications = std::make_unique<NullNotifier>();
-    services.loginItem = std::make_unique<AutostartLoginItem>(AutostartLoginItem::Options::fromEnvironment());
+    auto loginItem = AutostartLoginItem::Options::fromEnvironment();
+    if (const auto copy = PortableCopy::running())
+        loginItem.program = copy->program;
+    services.loginItem = std::make_unique<AutostartLoginItem>(std::move(loginItem));
     if (session == SessionKind::wayland)
         services.screenAccess = std::make_unique<WaylandScreenAccess>(bus, desktopName());
     else

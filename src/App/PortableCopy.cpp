@@ -23,8 +23,10 @@ std::optional<PortableCopy> PortableCopy::find(const std::filesystem::path &imag
     // Beside the program, or above its folder "bin".
     const std::filesystem::path folder = program.parent_path();
     for (const std::filesystem::path &root : {folder, folder.parent_path()}) {
-        if (std::filesystem::exists(root / marker, error))
-            return PortableCopy{root, program};
+        if (!std::filesystem::exists(root / marker, error))
+            continue;
+        const std::filesystem::path launcher = root / program.filename();
+        return PortableCopy{root, std::filesystem::exists(launcher, error) ? launcher : program};
     }
     return std::nullopt;
 }

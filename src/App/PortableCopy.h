@@ -13,7 +13,8 @@ namespace vantrell {
 struct PortableCopy {
     /// The image, or the folder.
     std::filesystem::path root;
-    /// What is started, below the root or the same.
+    /// What is started, below the root or the same: the folder's launcher, which knows what the system lacks,
+    /// where there is one.
     std::filesystem::path program;
 
     static constexpr const char *marker = ".vantrell-capture-portable";

@@ -66,6 +66,10 @@ TEST_F(InstallLocationTest, asksJustWhereACopyWouldGoAway) {
     const auto inFolder = PortableCopy::find({}, folder / "Downloads/capture/bin/vantrell-capture");
     ASSERT_TRUE(inFolder);
     EXPECT_EQ(inFolder->root, folder / "Downloads/capture");
+    EXPECT_EQ(inFolder->program, folder / "Downloads/capture/bin/vantrell-capture");
+    writeProgram(folder / "Downloads/capture/vantrell-capture", "launcher");
+    EXPECT_EQ(PortableCopy::find({}, inFolder->program)->program,
+              folder / "Downloads/capture/vantrell-capture");
     EXPECT_TRUE(location(inFolder).needsMove());
     // A lasting place, and a name that only begins like a passing one.
     fs::rename(folder / "Downloads", folder / "Downloads kept");

@@ -142,6 +142,12 @@ TEST_F(CameraCommandTest, recordsTheScreenWhateverBecomesOfTheCamera) {
     EXPECT_FALSE(without.json().contains("camera"));
     EXPECT_THAT(without.errors, HasSubstr("camera init: no capture device found"));
     EXPECT_THAT(program.run({"recover"}).errors, HasSubstr("Nothing to recover"));
+
+    // A computer that has the PipeWire library and none of its parts.
+    program.set("SPA_PLUGIN_DIR", "/nonexistent");
+    const auto bare = program.run({"record", "--camera", "--seconds", "1", "--json"});
+    ASSERT_EQ(bare.exitCode, 0) << bare.errors;
+    EXPECT_TRUE(bare.json().contains("cameraProblem"));
 }
 
 } // namespace

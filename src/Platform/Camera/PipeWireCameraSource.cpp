@@ -36,6 +36,12 @@ PipeWireCameraSource::~PipeWireCameraSource() {
 
 void PipeWireCameraSource::start(CameraSourceHandlers handlers) {
     m_handlers = std::move(handlers);
+    if (!m_loop.loop()) {
+        if (m_handlers.stateChanged)
+            m_handlers.stateChanged(CameraSourceState::deviceMissing,
+                                    cameraError(CameraErrorCode::noCameraServer));
+        return;
+    }
     const PipeWireLoop::Lock lock(m_loop);
     m_again.emplace(m_loop, [this] {
         disconnect();

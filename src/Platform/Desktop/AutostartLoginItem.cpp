@@ -45,9 +45,7 @@ AutostartLoginItem::Options AutostartLoginItem::Options::fromEnvironment() {
         options.systemConfigurations.emplace_back(folder.toStdString());
     options.configuration =
         QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation).toStdString();
-    // Set by the runtime of an image: the program itself lies below a mount that goes with it.
-    const QString image = qEnvironmentVariable("APPIMAGE");
-    options.program = (image.isEmpty() ? QCoreApplication::applicationFilePath() : image).toStdString();
+    options.program = QCoreApplication::applicationFilePath().toStdString();
     if (isSandboxed())
         options.portal = QDBusConnection::sessionBus();
     return options;

@@ -22,7 +22,7 @@ public:
         std::filesystem::path configuration;
         /// , where a distribution may have put an entry.
         std::vector<std::filesystem::path> systemConfigurations;
-        /// What is started: the running program, or the image that it runs from.
+        /// What is started: the running program, unless it lies where it does not stay.
         std::filesystem::path program;
         /// Asked when the program is in a sandbox.
         std::optional<QDBusConnection> portal;
