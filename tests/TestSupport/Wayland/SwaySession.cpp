@@ -16,6 +16,8 @@ namespace vantrell::testing {
 
 namespace {
 
+constexpr const char *castBackend = "/usr/libexec/xdg-desktop-portal-wlr";
+
 /// The first file of the folder whose name begins and ends so.
 std::string found(const std::filesystem::path &folder, const std::string &start, const std::string &end) {
     for (const auto &entry : std::filesystem::directory_iterator(folder)) {
@@ -88,8 +90,13 @@ void SwaySession::startBackend() {
         << "[screencast]\noutput_name=HEADLESS-1\nchooser_type=none\nmax_fps=60\n";
     auto variables = environment();
     variables.emplace_back("LD_PRELOAD", VANTRELL_SCREENCOPY_SHIM);
+    const std::string log = m_options.castLog;
     m_backend = std::make_unique<ChildProcess>(
-        std::vector<std::string>{"/usr/libexec/xdg-desktop-portal-wlr", "-r"}, variables);
+        log.empty()
+            ? std::vector<std::string>{castBackend, "-r"}
+            : std::vector<std::string>{"sh", "-c",
+                                       std::string("exec ") + castBackend + " -r -l TRACE 2>\"$0\"", log},
+        variables);
     m_ground.require([this] { return bus().isOwned("org.freedesktop.impl.portal.desktop.wlr"); },
                      "no screen casts of sway");
 }

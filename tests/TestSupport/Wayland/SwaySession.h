@@ -22,6 +22,8 @@ public:
         /// Side by side; the portal shares the first.
         int outputs = 1;
         double scale = 1;
+        /// Where the portal's part for sway notes all that it does.
+        std::string castLog;
     };
 
     explicit SwaySession(const Options &options);
