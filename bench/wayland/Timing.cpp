@@ -6,7 +6,6 @@
 #include "TestSupport/Movie/MoviePictures.h"
 #include "TestSupport/Program/CaptureProgram.h"
 #include "TestSupport/RunTask.h"
-#include "TestSupport/TemporaryFolder.h"
 #include "TestSupport/Wayland/SwaySession.h"
 
 #include <algorithm>
@@ -39,17 +38,6 @@ std::vector<double> picturesOf(const nlohmann::json &told) {
     return times;
 }
 
-/// When the compositor's pictures were made, as it stamped them.
-std::vector<double> stampsIn(const std::string &log) {
-    const std::string key = "pipewire: timestamp ";
-    std::vector<double> stamps;
-    std::ifstream in(log);
-    for (std::string line; std::getline(in, line);)
-        if (const auto at = line.find(key); at != std::string::npos)
-            stamps.push_back(std::stod(line.substr(at + key.size())) / 1e9);
-    return stamps;
-}
-
 double nearest(const std::vector<double> &times, double time) {
     const auto after = std::ranges::lower_bound(times, time);
     double distance = after == times.end() ? 1e9 : *after - time;
@@ -61,9 +49,7 @@ double nearest(const std::vector<double> &times, double time) {
 } // namespace
 
 int measureTiming(double seconds) {
-    const testing::TemporaryFolder folder;
-    const std::string log = folder / "cast.log";
-    testing::SwaySession session({.castLog = log});
+    testing::SwaySession session({.notesPictures = true});
     session.showNumbers(picturesASecond);
     testing::CaptureProgram program;
     for (const auto &[name, value] : session.environment())
@@ -82,7 +68,7 @@ int measureTiming(double seconds) {
     const std::vector<double> movie = picturesOf(ended.json());
     std::size_t sent = 0;
     std::vector<double> errors;
-    for (const double stamp : stampsIn(log)) {
+    for (const double stamp : session.sentPictures()) {
         if (movie.empty() || stamp < movie.front() + edge || stamp > movie.back() - edge)
             continue;
         ++sent;
