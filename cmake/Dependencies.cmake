@@ -13,6 +13,7 @@ include(GoogleTest)
 
 pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswscale libswresample)
 pkg_check_modules(X264 REQUIRED IMPORTED_TARGET x264)
+pkg_check_modules(TURBOJPEG REQUIRED IMPORTED_TARGET libturbojpeg)
 # Comes without a description for pkg-config.
 find_path(YUV_INCLUDE_DIR libyuv.h REQUIRED)
 find_library(YUV_LIBRARY yuv REQUIRED)

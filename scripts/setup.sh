@@ -13,7 +13,7 @@ fail() { printf '%s\n' "$*" >&2; exit 1; }
 build_packages=(
   clang-19 clang-tidy-19 clang-format-19 libclang-rt-19-dev lld-19 cmake ninja-build pkg-config ccache git ca-certificates
   qt6-base-dev qt6-base-private-dev qt6-svg-dev qt6-l10n-tools qcoro-qt6-dev nlohmann-json3-dev libcurl4-openssl-dev libssl-dev libgtest-dev libgmock-dev
-  libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libx264-dev libyuv-dev
+  libavformat-dev libavcodec-dev libavutil-dev libswscale-dev libswresample-dev libx264-dev libyuv-dev libturbojpeg0-dev
   libxcb1-dev libxcb-shm0-dev libxcb-damage0-dev libxcb-xfixes0-dev libxcb-composite0-dev libxcb-randr0-dev
   libxcb-shape0-dev libxcb-xinput-dev libxcb-xkb-dev libxcb-screensaver0-dev libxcb-icccm4-dev libxcb-ewmh-dev libxcb-image0-dev
   libxcb-render0-dev libxcb-util-dev libxcb-xtest0-dev libpulse-dev libpipewire-0.3-dev libsecret-1-dev libglib2.0-dev

@@ -8,6 +8,7 @@
 #include "Auth/KeyProvider.h"
 #include "Capture/CaptureStorage.h"
 #include "CommandLine/Arguments.h"
+#include "CommandLine/Reporter.h"
 #include "CommandLine/Run.h"
 #include "CommandLine/UnixSignals.h"
 #include "CommandLine/VersionText.h"
@@ -81,8 +82,9 @@ int main(int argc, char **argv) {
     installCrashHandler(CaptureStorage::crashFolder(), programAndBuild());
     const auto arguments = parseArguments({argv + 1, argv + argc});
     if (!arguments) {
-        const std::string sentence = arguments.error().sentence + "\nTry vantrell-capture --help";
-        std::fprintf(stderr, "%s\n", sentence.c_str());
+        const Reporter reporter(arguments.error().json);
+        reporter.failure(arguments.error().sentence);
+        reporter.note("Try vantrell-capture --help");
         return int(ExitCode::wrongUsage);
     }
 

@@ -926,6 +926,214 @@ Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es 
         <source>Resume</source>
         <translation>Fortsetzen</translation>
     </message>
+    <message>
+        <source>Start or Stop Recording</source>
+        <translation>Aufnahme beginnen oder beenden</translation>
+    </message>
+    <message>
+        <source>Open System Settings</source>
+        <translation>Systemeinstellungen öffnen</translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>The moved copy could not be started</source>
+        <translation>Die verschobene Kopie ließ sich nicht starten</translation>
+    </message>
+    <message>
+        <source>Disconnected</source>
+        <translation>Nicht angeschlossen</translation>
+    </message>
+    <message>
+        <source>In use elsewhere</source>
+        <translation>Anderswo benutzt</translation>
+    </message>
+    <message>
+        <source>No picture</source>
+        <translation>Kein Bild</translation>
+    </message>
+    <message>
+        <source>The file became shorter while it was uploaded</source>
+        <translation>Die Datei ist während des Hochladens kürzer geworden</translation>
+    </message>
+    <message>
+        <source>The disk is full</source>
+        <translation>Der Datenträger ist voll</translation>
+    </message>
+    <message>
+        <source>Your share of the disk is full</source>
+        <translation>Ihr Anteil am Datenträger ist voll</translation>
+    </message>
+    <message>
+        <source>Another Vantrell Capture is running and has the list of uploads open</source>
+        <translation>Ein anderes Vantrell Capture läuft und hat die Liste der Übertragungen offen</translation>
+    </message>
+    <message>
+        <source>The keyring was not waited for</source>
+        <translation>Auf den Schlüsselbund wurde nicht gewartet</translation>
+    </message>
+    <message>
+        <source>The recording is still being saved</source>
+        <translation>Die Aufnahme wird noch gespeichert</translation>
+    </message>
+    <message>
+        <source>There is nothing to see of it yet</source>
+        <translation>Davon ist noch nichts zu sehen</translation>
+    </message>
+    <message>
+        <source>The video encoder could not be started</source>
+        <translation>Die Videokodierung ließ sich nicht starten</translation>
+    </message>
+    <message>
+        <source>The video encoder failed</source>
+        <translation>Die Videokodierung ist gescheitert</translation>
+    </message>
+    <message>
+        <source>The video encoder keeps frames back</source>
+        <translation>Die Videokodierung hält Bilder zurück</translation>
+    </message>
+    <message>
+        <source>The display&apos;s pixel format is not supported</source>
+        <translation>Das Pixelformat des Bildschirms wird nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>The display&apos;s pixel format is not supported (24 bit colour is)</source>
+        <translation>Das Pixelformat des Bildschirms wird nicht unterstützt (nur 24 Bit Farbe)</translation>
+    </message>
+    <message>
+        <source>There is no desktop to record</source>
+        <translation>Es gibt keinen Desktop zum Aufnehmen</translation>
+    </message>
+    <message>
+        <source>The area is smaller than a pixel</source>
+        <translation>Der Bereich ist kleiner als ein Pixel</translation>
+    </message>
+    <message>
+        <source>The area lies outside every display</source>
+        <translation>Der Bereich liegt außerhalb aller Bildschirme</translation>
+    </message>
+    <message>
+        <source>There is no display</source>
+        <translation>Es gibt keinen Bildschirm</translation>
+    </message>
+    <message>
+        <source>There is no display %1</source>
+        <translation>Es gibt keinen Bildschirm %1</translation>
+    </message>
+    <message>
+        <source>There is no window %1</source>
+        <translation>Es gibt kein Fenster %1</translation>
+    </message>
+    <message>
+        <source>There is no display to record: no X server answers</source>
+        <translation>Es gibt keinen Bildschirm zum Aufnehmen: kein X-Server antwortet</translation>
+    </message>
+    <message>
+        <source>The display server lacks the extension %1</source>
+        <translation>Dem X-Server fehlt die Erweiterung %1</translation>
+    </message>
+    <message>
+        <source>The display server shares no memory with this session (MIT-SHM)</source>
+        <translation>Der X-Server teilt keinen Speicher mit dieser Sitzung (MIT-SHM)</translation>
+    </message>
+    <message>
+        <source>The display server refuses to be captured</source>
+        <translation>Der X-Server lässt sich nicht aufnehmen</translation>
+    </message>
+    <message>
+        <source>The connection to the display server was lost</source>
+        <translation>Die Verbindung zum X-Server ist abgerissen</translation>
+    </message>
+    <message>
+        <source>Not enough memory to capture the screen</source>
+        <translation>Zu wenig Arbeitsspeicher, um den Bildschirm aufzunehmen</translation>
+    </message>
+    <message>
+        <source>There is not enough memory for the picture</source>
+        <translation>Für das Bild ist zu wenig Arbeitsspeicher da</translation>
+    </message>
+    <message>
+        <source>The recorded display was disconnected</source>
+        <translation>Der aufgenommene Bildschirm wurde abgezogen</translation>
+    </message>
+    <message>
+        <source>The recorded window was closed</source>
+        <translation>Das aufgenommene Fenster wurde geschlossen</translation>
+    </message>
+    <message>
+        <source>The window was closed before it was captured</source>
+        <translation>Das Fenster wurde geschlossen, bevor es aufgenommen war</translation>
+    </message>
+    <message>
+        <source>The desktop changed its size while it was captured</source>
+        <translation>Der Desktop hat während der Aufnahme seine Größe geändert</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s portal is missing: install xdg-desktop-portal and the part of it for this desktop, then log in again</source>
+        <translation>Das Portal des Desktops fehlt: installieren Sie xdg-desktop-portal und dessen Teil für diesen Desktop und melden Sie sich neu an</translation>
+    </message>
+    <message>
+        <source>The desktop refused it</source>
+        <translation>Der Desktop hat es abgelehnt</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s portal does not answer</source>
+        <translation>Das Portal des Desktops antwortet nicht</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s portal went away</source>
+        <translation>Das Portal des Desktops ist weg</translation>
+    </message>
+    <message>
+        <source>The desktop ended the sharing of the screen</source>
+        <translation>Der Desktop hat die Freigabe des Bildschirms beendet</translation>
+    </message>
+    <message>
+        <source>The desktop sends no picture of what was chosen</source>
+        <translation>Der Desktop liefert kein Bild von dem, was gewählt wurde</translation>
+    </message>
+    <message>
+        <source>PipeWire, which carries the screen, went away</source>
+        <translation>PipeWire, das den Bildschirm überträgt, ist weg</translation>
+    </message>
+    <message>
+        <source>PipeWire, which carries the screen, cannot be reached</source>
+        <translation>PipeWire, das den Bildschirm überträgt, ist nicht erreichbar</translation>
+    </message>
+    <message>
+        <source>This desktop shares whole displays only, no single windows</source>
+        <translation>Dieser Desktop gibt nur ganze Bildschirme frei, keine einzelnen Fenster</translation>
+    </message>
+    <message>
+        <source>This desktop shares no displays</source>
+        <translation>Dieser Desktop gibt keine Bildschirme frei</translation>
+    </message>
+    <message>
+        <source>The desktop shares another display</source>
+        <translation>Der Desktop gibt einen anderen Bildschirm frei</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s picture of the screen cannot be read</source>
+        <translation>Das Bild, das der Desktop vom Bildschirm gemacht hat, ist nicht lesbar</translation>
+    </message>
+    <message>
+        <source>The window is not shared any more</source>
+        <translation>Das Fenster ist nicht mehr freigegeben</translation>
+    </message>
+    <message>
+        <source>The Wayland compositor does not answer</source>
+        <translation>Der Wayland-Compositor antwortet nicht</translation>
+    </message>
+    <message>
+        <source>The desktop&apos;s part that shares the screen is missing. Install xdg-desktop-portal and the portal of this desktop (xdg-desktop-portal-kde, -gnome or -wlr), then log in again.</source>
+        <translation>Der Teil des Desktops, der den Bildschirm freigibt, fehlt. Installieren Sie xdg-desktop-portal und das Portal dieses Desktops (xdg-desktop-portal-kde, -gnome oder -wlr) und melden Sie sich neu an.</translation>
+    </message>
+    <message>
+        <source>PipeWire, which carries the screen&apos;s pictures, is not running. Install pipewire and wireplumber, then log in again.</source>
+        <translation>PipeWire, das die Bilder des Bildschirms überträgt, läuft nicht. Installieren Sie pipewire und wireplumber und melden Sie sich neu an.</translation>
+    </message>
 </context>
 <context>
     <name>ShelfPanel</name>

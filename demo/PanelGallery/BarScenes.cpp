@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
+#include "App/MenuBuilder.h"
+#include "App/StatusMenu.h"
 #include "GalleryCameras.h"
 #include "GallerySound.h"
 #include "Overlay/CaptureBar.h"
@@ -26,17 +28,13 @@ struct Bar {
     }
     void show() {
         bar.show(state, std::nullopt, [] {
+            StatusMenuState status;
+            status.uploadingCount = 3;
+            status.micEnabled = true;
+            status.pairing.kind = PairingState::Kind::paired;
+            status.takenHotKeys = {"Another program holds the keys of Capture Full Screen"};
             auto menu = std::make_unique<QMenu>();
-            menu->addAction("Uploading 3 captures…")->setEnabled(false);
-            menu->addSeparator();
-            menu->addAction("Capture Area\tSuper+Shift+7");
-            menu->addAction("Capture Window\tSuper+Shift+8");
-            QAction *microphone = menu->addAction("Record Microphone");
-            microphone->setCheckable(true);
-            microphone->setChecked(true);
-            menu->addSeparator();
-            menu->addMenu("Upload to: My captures")->addAction("Refresh Projects");
-            menu->addAction("Quit Vantrell Capture\tCtrl+Q");
+            fillMenu(*menu, statusMenu(status), [](const MenuEntry &) {});
             return menu;
         });
     }

@@ -28,6 +28,9 @@ struct Scene {
 /// Shows the scenes one after another in front of what is on the screen and writes a picture of each,
 /// "name.png", into the folder.
 Task<> grabScenes(std::vector<Scene> scenes, QString folder, std::stop_token stop);
+/// Shows them likewise, in the pseudo-language, and tells standard output of texts that are not translated or
+/// cut. `faults`: how many.
+Task<> auditScenes(std::vector<Scene> scenes, int *faults, std::stop_token stop);
 
 /// Whether something has that name, in whatever language the gallery is shown.
 bool isCalled(const QString &name, const QString &english);

@@ -15,6 +15,9 @@
 #include <QRadialGradient>
 #include <QScreen>
 
+#include <algorithm>
+#include <iterator>
+
 namespace vantrell::gallery {
 
 namespace {
@@ -40,15 +43,49 @@ std::shared_ptr<void> countdownScene(Clock &clock) {
     return scope;
 }
 
-std::shared_ptr<void> alertScene() {
+std::shared_ptr<void> alertScene(const std::string &message, const std::string &informative,
+                                 const std::vector<std::string> &buttons) {
     auto scope = std::make_shared<TaskScope>();
-    scope->start([](std::stop_token stop) -> Task<> {
-        const std::vector<std::string> buttons{"Open Settings", "Later"};
-        co_await ask("Vantrell Capture needs permission to record the screen",
-                     "The desktop asks once. Nothing is recorded before you press a button that says so.",
-                     buttons, stop);
-    });
+    scope->start([](std::string title, std::string text, std::vector<std::string> answers,
+                    std::stop_token stop) -> Task<> { co_await ask(title, text, answers, stop); },
+                 message, informative, buttons);
     return scope;
+}
+
+std::vector<Scene> alertScenes() {
+    return {
+        {"alert-crash",
+         [] {
+             return alertScene(
+                 "Vantrell Capture ended unexpectedly",
+                 "What it was doing is in a file on this computer, for a bug report if you want "
+                 "to write one. Nothing was sent anywhere. A recording that was cut off is on "
+                 "the shelf.",
+                 {"Open Folder", "OK"});
+         }},
+        {"alert-permission",
+         [] {
+             return alertScene(
+                 "Allow Vantrell Capture to record the screen",
+                 "GNOME asks for this once. Turn on Vantrell Capture under Screen & System Audio "
+                 "Recording, and this window will close and reopen the app for you "
+                 "automatically.",
+                 {"Open System Settings", "Cancel"});
+         }},
+        {"alert-portal",
+         [] {
+             return alertScene("Screen Recording permission needed",
+                               "The desktop's part that shares the screen is missing. Install "
+                               "xdg-desktop-portal and the portal of this desktop (xdg-desktop-portal-kde, "
+                               "-gnome or -wlr), then log in again.",
+                               {"OK"});
+         }},
+        {"alert-update", [] {
+             return alertScene("Vantrell Capture 1.4.2 is available",
+                               "You have version 1.4.1. The new one is downloaded and put in its place; then "
+                               "the app restarts.",
+                               {"Install and Restart", "Later"});
+         }}};
 }
 
 std::shared_ptr<void> symbolScene(bool isLight) {
@@ -89,14 +126,17 @@ std::vector<Scene> otherScenes(Settings &settings, Clock &clock) {
             return made;
         };
     };
-    return {{"symbols-dark", [] { return symbolScene(false); }},
-            {"symbols-light", [] { return symbolScene(true); }},
-            {"countdown", [&clock] { return countdownScene(clock); }},
-            {"bubble", bubble(Camera::running)},
-            {"bubble-starting", bubble(Camera::starting)},
-            {"bubble-unplugged", bubble(Camera::missing, "Disconnected")},
-            {"bubble-in-use", bubble(Camera::missing, "In use elsewhere")},
-            {"alert", alertScene}};
+    std::vector<Scene> scenes{
+        {"symbols-dark", [] { return symbolScene(false); }},
+        {"symbols-light", [] { return symbolScene(true); }},
+        {"countdown", [&clock] { return countdownScene(clock); }},
+        {"bubble", bubble(Camera::running)},
+        {"bubble-starting", bubble(Camera::starting)},
+        {"bubble-unplugged", bubble(Camera::missing, "Disconnected")},
+        {"bubble-in-use", bubble(Camera::missing, "In use elsewhere")},
+    };
+    std::ranges::move(alertScenes(), std::back_inserter(scenes));
+    return scenes;
 }
 
 } // namespace vantrell::gallery

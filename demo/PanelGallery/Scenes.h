@@ -14,7 +14,8 @@ namespace vantrell::gallery {
 std::vector<Scene> barScenes(StillCapture &stills, Settings &settings, Clock &clock);
 std::vector<Scene> hudScenes(StillCapture &stills, Settings &settings, Clock &clock);
 std::vector<Scene> shelfScenes(StillCapture &stills, Clock &clock);
-/// Countdown, bubble, alert, and the symbols.
+std::vector<Scene> overlayScenes();
+/// Countdown, bubble, alerts, and the symbols.
 std::vector<Scene> otherScenes(Settings &settings, Clock &clock);
 
 } // namespace vantrell::gallery

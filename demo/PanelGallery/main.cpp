@@ -15,6 +15,7 @@
 #include <QTemporaryDir>
 
 #include <cstring>
+#include <optional>
 
 using namespace vantrell;
 using namespace vantrell::gallery;
@@ -35,13 +36,15 @@ int main(int argc, char **argv) {
     parser.addOption({"rtl", "For those who read from the right."});
     parser.addOption(
         {"language", "In that language; \"pseudo\" shows what is not translated or cut.", "language"});
+    parser.addOption({"audit", "Writes no pictures, and fails when a text is not translated or cut."});
     parser.addOption({"only", "Scenes whose names begin so.", "prefix"});
     parser.process(application);
     if (parser.isSet("rtl"))
         QApplication::setLayoutDirection(Qt::RightToLeft);
 
     std::unique_ptr<QTranslator> language;
-    if (parser.value("language") == "pseudo")
+    const bool isAudit = parser.isSet("audit");
+    if (isAudit || parser.value("language") == "pseudo")
         language = std::make_unique<PseudoLanguage>();
     else if (parser.isSet("language"))
         language = catalogueFor(QLocale(parser.value("language")));
@@ -58,18 +61,24 @@ int main(int argc, char **argv) {
     SystemClock clock;
     X11StillCapture stills;
     std::vector<Scene> scenes = otherScenes(settings, clock);
-    for (const auto &more :
-         {barScenes(stills, settings, clock), hudScenes(stills, settings, clock), shelfScenes(stills, clock)})
+    for (const auto &more : {barScenes(stills, settings, clock), hudScenes(stills, settings, clock),
+                             shelfScenes(stills, clock), overlayScenes()})
         scenes.insert(scenes.end(), more.begin(), more.end());
     std::erase_if(scenes,
                   [&parser](const Scene &scene) { return !scene.name.startsWith(parser.value("only")); });
 
+    int faults = 0;
     TaskScope scope;
     scope.start(
-        [](std::vector<Scene> shown, QString out, std::stop_token stop) -> Task<> {
-            co_await grabScenes(std::move(shown), std::move(out), stop);
+        [](std::vector<Scene> shown, std::optional<QString> out, int *faulty,
+           std::stop_token stop) -> Task<> {
+            if (out)
+                co_await grabScenes(std::move(shown), *out, stop);
+            else
+                co_await auditScenes(std::move(shown), faulty, stop);
             QCoreApplication::quit();
         },
-        scenes, parser.value("out"));
-    return QApplication::exec();
+        scenes, isAudit ? std::nullopt : std::optional(parser.value("out")), &faults);
+    QApplication::exec();
+    return faults > 0 ? 1 : 0;
 }

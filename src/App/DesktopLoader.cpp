@@ -4,6 +4,7 @@
 #include "App/DesktopLoader.h"
 
 #include "App/SessionKind.h"
+#include "Panels/Sentence.h"
 #include "Platform/Desktop/AlwaysGrantedScreenAccess.h"
 #include "Platform/Desktop/AutostartLoginItem.h"
 #include "Platform/Desktop/DesktopFileOpener.h"
@@ -43,13 +44,14 @@ std::unique_ptr<HotKeyBackend> portalHotKeys(const QDBusConnection &bus) {
     using Key = HotKeyBackend::Key;
     const std::string desktops = qgetenv("XDG_CURRENT_DESKTOP").toStdString();
     return std::make_unique<PortalHotKeys>(
-        bus,
-        PortalHotKeys::Options{
-            {{Key::digit7, QStringLiteral("capture-area"), QStringLiteral("Capture Area")},
-             {Key::digit8, QStringLiteral("capture-window"), QStringLiteral("Capture Window")},
-             {Key::digit9, QStringLiteral("toggle-recording"), QStringLiteral("Start or Stop Recording")}},
-            desktops.substr(desktops.rfind(':') + 1),
-            shiftedSymbol});
+        bus, PortalHotKeys::Options{{{Key::digit7, QStringLiteral("capture-area"),
+                                      inUsersLanguage(QStringLiteral("Capture Area"))},
+                                     {Key::digit8, QStringLiteral("capture-window"),
+                                      inUsersLanguage(QStringLiteral("Capture Window"))},
+                                     {Key::digit9, QStringLiteral("toggle-recording"),
+                                      inUsersLanguage(QStringLiteral("Start or Stop Recording"))}},
+                                    desktops.substr(desktops.rfind(':') + 1),
+                                    shiftedSymbol});
 }
 
 std::unique_ptr<HotKeyBackend> loadHotKeys(SessionKind session, const QDBusConnection &bus) {

@@ -13,9 +13,10 @@ namespace vantrell {
 
 namespace {
 
-/// A name of any length and kind as one line of a menu, in which "&" is no mnemonic.
+/// A name of any length and kind as one line of a menu, in which "&" is no mnemonic. Our own sentences are
+/// shorter, in any language.
 QString menuTitle(const std::string &title) {
-    constexpr int longest = 60;
+    constexpr int longest = 90;
     QString text = inUsersLanguage(QString::fromStdString(title)).simplified();
     if (text.size() > longest)
         text = text.left(longest / 2) + QStringLiteral("…") + text.right(longest / 2 - 1);

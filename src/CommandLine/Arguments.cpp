@@ -5,6 +5,7 @@
 
 #include "CommandLine/CommandTable.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <map>
@@ -16,7 +17,7 @@ namespace {
 using Refused = std::unexpected<UsageError>;
 
 Refused usageError(std::string sentence) {
-    return Refused(UsageError{std::move(sentence)});
+    return Refused(UsageError{.sentence = std::move(sentence)});
 }
 
 /// The words of one command, sorted into options and the rest.
@@ -247,9 +248,7 @@ std::expected<Arguments, UsageError> parseHelp(std::string_view form) {
     return Arguments{HelpArguments{found->second, {}}, false};
 }
 
-} // namespace
-
-std::expected<Arguments, UsageError> parseArguments(const std::vector<std::string> &words) {
+std::expected<Arguments, UsageError> parse(const std::vector<std::string> &words) {
     static const std::map<std::string, Parsed (*)(const std::vector<std::string> &)> commands{
         {"record", parseRecord},
         {"screenshot", parseScreenshot},
@@ -309,6 +308,16 @@ std::expected<Arguments, UsageError> parseArguments(const std::vector<std::strin
         return Refused(parsed.error());
     arguments.command = std::move(*parsed);
     return arguments;
+}
+
+} // namespace
+
+std::expected<Arguments, UsageError> parseArguments(const std::vector<std::string> &words) {
+    auto parsed = parse(words);
+    if (!parsed)
+        parsed.error().json =
+            std::ranges::count(words.begin(), std::ranges::find(words, "--"), std::string("--json")) > 0;
+    return parsed;
 }
 
 } // namespace vantrell

@@ -86,6 +86,8 @@ struct Arguments {
 /// Wrong usage; the sentence says what is wrong.
 struct UsageError {
     std::string sentence;
+    /// Whoever reads it wants JSON.
+    bool json = false;
 };
 
 /// Parses the words behind the program's name.

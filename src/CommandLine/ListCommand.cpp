@@ -8,6 +8,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <sstream>
 
 namespace vantrell {
@@ -24,18 +25,25 @@ std::string text(const PixelRect &rect) {
     return out.str();
 }
 
+/// One thing, one line, which scripts and completions read: names that others gave may have several.
+void tell(const Reporter &reporter, const nlohmann::json &object, std::string line) {
+    std::ranges::replace(line, '\n', ' ');
+    reporter.result(object, line);
+}
+
 void report(const Display &display, const Reporter &reporter) {
     std::ostringstream line;
     line << display.id << "  " << text(display.pixels) << "  scale " << display.scale
          << (display.isPrimary ? "  primary" : "");
     if (display.name != display.id)
         line << "  " << display.name;
-    reporter.result({{"id", display.id},
-                     {"name", display.name},
-                     {"pixels", json(display.pixels)},
-                     {"scale", display.scale},
-                     {"primary", display.isPrimary}},
-                    line.str());
+    tell(reporter,
+         {{"id", display.id},
+          {"name", display.name},
+          {"pixels", json(display.pixels)},
+          {"scale", display.scale},
+          {"primary", display.isPrimary}},
+         line.str());
 }
 
 void report(const WindowDescription &window, const Reporter &reporter) {
@@ -49,17 +57,17 @@ void report(const WindowDescription &window, const Reporter &reporter) {
     std::ostringstream line;
     line << window.id << "  " << text(window.pixels) << "  " << window.applicationName.value_or("?") << "  "
          << window.title.value_or("");
-    reporter.result(object, line.str());
+    tell(reporter, object, line.str());
 }
 
 void report(const Microphone &microphone, const Reporter &reporter) {
-    reporter.result({{"id", microphone.id}, {"name", microphone.name}, {"default", microphone.isDefault}},
-                    microphone.id + "  " + microphone.name + (microphone.isDefault ? "  default" : ""));
+    tell(reporter, {{"id", microphone.id}, {"name", microphone.name}, {"default", microphone.isDefault}},
+         microphone.id + "  " + microphone.name + (microphone.isDefault ? "  default" : ""));
 }
 
 void report(const Camera &camera, const Reporter &reporter) {
-    reporter.result({{"id", camera.id}, {"name", camera.name}, {"default", camera.isDefault}},
-                    camera.id + "  " + camera.name + (camera.isDefault ? "  default" : ""));
+    tell(reporter, {{"id", camera.id}, {"name", camera.name}, {"default", camera.isDefault}},
+         camera.id + "  " + camera.name + (camera.isDefault ? "  default" : ""));
 }
 
 template <typename T>
@@ -96,7 +104,7 @@ Task<ExitCode> listProjects(CommandContext context, std::stop_token stop) {
         co_return projects.error().as<APIError::NotPaired>() ? ExitCode::notConnected : ExitCode::failed;
     }
     for (const TargetProject &project : *projects)
-        context.reporter.result(project.toJson(), project.id + "  " + project.name);
+        tell(context.reporter, project.toJson(), project.id + "  " + project.name);
     co_return ExitCode::success;
 }
 

@@ -67,7 +67,7 @@ std::string manualPage() {
                        ".SH NAME\nvantrell\\-capture \\- record the screen and send it to a library\n"
                        ".SH SYNOPSIS\n.B vantrell\\-capture\n.RI [ COMMAND ]\n.RI [ OPTION ...]\n"
                        ".SH DESCRIPTION\n"
-                       "Records a display, an area or one window, with microphone and system sound.\n"
+                       "Records a display, an area or one window, with microphone, system sound and camera.\n"
                        "Without a command it is the application, which lives in the tray; a second start "
                        "shows its capture bar.\n"
                        "The commands do the same from a terminal or a script, with or without it.\n";

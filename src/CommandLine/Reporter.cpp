@@ -7,26 +7,44 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cstdint>
 #include <cstdio>
-
-#include <unistd.h>
 
 namespace vantrell {
 
-Reporter::Reporter(bool json) : m_json(json), m_onTerminal(::isatty(STDERR_FILENO) == 1) {}
+namespace {
+
+/// Control characters, of which terminals take orders, as question marks; lines stay lines.
+std::string harmless(std::string text) {
+    const auto at = [&text](std::size_t i) { return i < text.size() ? std::uint8_t(text[i]) : 0; };
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if ((at(i) < 0x20 && text[i] != '\n') || at(i) == 0x7f)
+            text[i] = '?';
+        else if (at(i) == 0xc2 && at(i + 1) >= 0x80 && at(i + 1) < 0xa0)
+            text.replace(i, 2, "?");
+    }
+    return text;
+}
+
+void print(std::FILE *out, const std::string &line) {
+    std::fprintf(out, "%s\n", line.c_str());
+    std::fflush(out);
+}
+
+} // namespace
+
+Reporter::Reporter(bool json) : m_json(json) {}
 
 void Reporter::result(const nlohmann::json &object, const std::string &text) const {
-    const std::string line =
-        m_json ? object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) : text;
-    std::fprintf(stdout, "%s\n", line.c_str());
-    std::fflush(stdout);
+    print(stdout,
+          m_json ? object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace) : harmless(text));
 }
 
 void Reporter::failure(const std::string &sentence) const {
     if (m_json)
         result({{"error", sentence}}, {});
     else
-        std::fprintf(stderr, "%s\n", sentence.c_str());
+        print(stderr, harmless(sentence));
 }
 
 void Reporter::failure(const std::string &sentence, const std::filesystem::path &file) const {
@@ -38,21 +56,7 @@ void Reporter::failure(const std::string &sentence, const std::filesystem::path 
 
 void Reporter::note(const std::string &text) const {
     if (!m_json)
-        std::fprintf(stderr, "%s\n", text.c_str());
-}
-
-void Reporter::progress(const std::string &text) {
-    if (!m_onTerminal)
-        return;
-    if (text.empty()) {
-        if (m_inProgress)
-            std::fputc('\n', stderr);
-        m_inProgress = false;
-        return;
-    }
-    std::fprintf(stderr, "\r\x1b[K%s", text.c_str());
-    std::fflush(stderr);
-    m_inProgress = true;
+        print(stderr, harmless(text));
 }
 
 } // namespace vantrell

@@ -11,7 +11,8 @@
 namespace vantrell {
 
 /// What a command tells its user: results on standard output, as text or as one JSON object a line; remarks
-/// and progress on standard error. Main thread.
+/// on standard error. Control characters in a text, which may hold what other programs and servers call their
+/// things, are not let through to the terminal. Main thread.
 class Reporter {
 public:
     explicit Reporter(bool json);
@@ -26,13 +27,8 @@ public:
     /// A remark for a person; left out with JSON.
     void note(const std::string &text) const;
 
-    /// A line that is written over by the next one; only on a terminal. Empty ends it.
-    void progress(const std::string &text);
-
 private:
     bool m_json;
-    bool m_onTerminal;
-    bool m_inProgress = false;
 };
 
 } // namespace vantrell

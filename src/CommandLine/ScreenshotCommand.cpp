@@ -12,12 +12,19 @@ namespace vantrell {
 
 namespace {
 
-/// The sentence for the user; empty for Cancelled.
-struct Sentence {
-    std::string operator()(const PlatformError &error) const { return error.description(); }
-    std::string operator()(CaptureError error) const { return description(error); }
-    std::string operator()(Cancelled) const { return {}; }
-};
+/// The user has refused, in the desktop's own dialog.
+ExitCode fail(const Reporter &reporter, Cancelled) {
+    reporter.failure("Cancelled before anything was captured");
+    return ExitCode::nothingRecorded;
+}
+ExitCode fail(const Reporter &reporter, const PlatformError &error) {
+    reporter.failure(error.description());
+    return ExitCode::failed;
+}
+ExitCode fail(const Reporter &reporter, CaptureError error) {
+    reporter.failure(description(error));
+    return ExitCode::failed;
+}
 
 } // namespace
 
@@ -26,19 +33,16 @@ Task<ExitCode> runScreenshot(ScreenshotArguments arguments, CommandContext conte
     CaptureRequest target = arguments.target;
     target.isForStill = true;
     const auto chosen = co_await platform.capture->choose(std::move(target), stop);
-    if (!chosen) {
-        context.reporter.failure(std::visit(Sentence{}, chosen.error()));
-        co_return ExitCode::failed;
-    }
+    const auto failed = [&context](const auto &error) { return fail(context.reporter, error); };
+    if (!chosen)
+        co_return std::visit(failed, chosen.error());
     ReportedDelivery delivery({arguments.outputFolder, arguments.upload, arguments.projectId}, context);
     if (const auto prepared = co_await delivery.prepare(stop); !prepared)
         co_return prepared.error();
     auto taken =
         co_await ScreenshotEngine::capture(platform.stills.get(), CaptureTarget::of(*chosen->source), stop);
-    if (!taken) {
-        context.reporter.failure(std::visit(Sentence{}, taken.error()));
-        co_return ExitCode::failed;
-    }
+    if (!taken)
+        co_return std::visit(failed, taken.error());
     CaptureDelivery::Captures captures;
     captures.main = std::move(*taken);
     co_return co_await delivery.deliver(std::move(captures), false, nlohmann::json::object(), stop);

@@ -194,7 +194,12 @@ _vantrell_capture() {
     });
     text += R"(        esac
     fi
-    [[ -z $offered ]] || COMPREPLY+=($(compgen -W "$offered" -- "$word"))
+    # Not by compgen, which carries out what it finds in names that others gave.
+    while read -r i; do
+        [[ -n $i && $i == "$word"* ]] || continue
+        printf -v i %q "$i"
+        COMPREPLY+=("$i")
+    done <<<"$offered"
 }
 complete -F _vantrell_capture vantrell-capture
 )";

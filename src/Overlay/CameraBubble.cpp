@@ -7,6 +7,7 @@
 #include "Panels/PanelButton.h"
 #include "Panels/PanelFont.h"
 #include "Panels/PanelPlacement.h"
+#include "Panels/Sentence.h"
 #include "Support/TaskScope.h"
 
 #include <QCoreApplication>
@@ -147,12 +148,18 @@ private:
 
     void paintWords(QPainter &painter, const QRectF &circle) const {
         constexpr double size = 28;
-        const QFont font = panelFont(secondLineSize);
         // The chord of the circle in which two lines have room.
         const double width = circle.width() * 0.74;
         const QRectF room(circle.center().x() - width / 2, 0, width, circle.height());
-        const QRectF words =
-            QFontMetricsF(font).boundingRect(room, Qt::AlignHCenter | Qt::TextWordWrap, m_words);
+        QFont font;
+        QRectF words;
+        // Smaller, for a language with a longer word.
+        for (double points = secondLineSize; points >= 8; --points) {
+            font = panelFont(points);
+            words = QFontMetricsF(font).boundingRect(room, Qt::AlignHCenter | Qt::TextWordWrap, m_words);
+            if (words.width() <= width)
+                break;
+        }
         constexpr double gap = 6;
         const double top = circle.center().y() - (size + gap + words.height()) / 2;
         painter.drawPixmap(QPointF(circle.center().x() - size / 2, top),
@@ -223,7 +230,7 @@ public:
             state->showPreview(isRunning ? window.pixels() : 0,
                                isRunning ? [this] { takePicture(); } : std::function<void()>());
         if (state->camera == Camera::missing)
-            window.setWords(Symbol::cameraOff, QString::fromStdString(state->problem));
+            window.setWords(Symbol::cameraOff, inUsersLanguage(QString::fromStdString(state->problem)));
         else if (!hasPicture || !isRunning)
             window.setWords(Symbol::camera, tr("Starting…"));
         hasPicture = hasPicture && isRunning;

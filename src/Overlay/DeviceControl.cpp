@@ -14,7 +14,7 @@ namespace vantrell {
 
 namespace {
 
-constexpr int mostNameWidth = 120;
+constexpr int mostNameWidth = 140;
 
 } // namespace
 

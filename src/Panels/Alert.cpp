@@ -90,7 +90,7 @@ private:
         auto *made = new PanelButton(label);
         made->setKind(index == 0 ? PanelButton::Kind::accent : PanelButton::Kind::filled);
         made->setHeight(40);
-        made->setMostTextWidth(280);
+        made->setMostTextWidth(alertTextWidth);
         made->setWords(label);
         QObject::connect(made, &QAbstractButton::clicked, this, [this, index] { m_answer.resolve(index); });
         if (index == 0)

@@ -28,6 +28,36 @@ bool isDirectionMark(QChar character) {
            (code >= 0x2060 && code <= 0x2069) || code == 0xfeff || code == 0x061c;
 }
 
+/// A digit, in a cell as wide as the widest one, or what lies between digits.
+struct TabularPiece {
+    QString text;
+    double width = 0;
+    double cell = 0;
+};
+
+/// Letters stay together, for marks, joined letters and characters of two parts; text that is read from the
+/// right stays whole.
+std::vector<TabularPiece> tabularPieces(const QString &text, const QFontMetricsF &metrics) {
+    const bool isWhole = std::ranges::any_of(text, [](QChar character) {
+        return character.direction() == QChar::DirR || character.direction() == QChar::DirAL;
+    });
+    const double digit = digitWidth(metrics);
+    std::vector<TabularPiece> pieces;
+    const auto add = [&](const QString &part, bool isDigit) {
+        const double width = metrics.horizontalAdvance(part);
+        pieces.push_back({part, width, isDigit ? digit : width});
+    };
+    for (qsizetype at = 0; at < text.size();) {
+        qsizetype end = at + 1;
+        const bool isDigit = !isWhole && text[at].isDigit();
+        while (!isDigit && end < text.size() && (isWhole || !text[end].isDigit()))
+            ++end;
+        add(text.mid(at, end - at), isDigit);
+        at = end;
+    }
+    return pieces;
+}
+
 } // namespace
 
 QFont panelFont(double size, QFont::Weight weight) {
@@ -44,25 +74,20 @@ QFont panelFont(double size, QFont::Weight weight) {
 }
 
 double tabularWidth(const QString &text, const QFont &font) {
-    const QFontMetricsF metrics(font);
-    const double digit = digitWidth(metrics);
     double width = 0;
-    for (const QChar character : text)
-        width += character.isDigit() ? digit : metrics.horizontalAdvance(character);
+    for (const TabularPiece &piece : tabularPieces(text, QFontMetricsF(font)))
+        width += piece.cell;
     return width;
 }
 
 void drawTabular(QPainter &painter, const QRectF &rect, const QString &text, const QFont &font) {
     const QFontMetricsF metrics(font);
-    const double digit = digitWidth(metrics);
     const double baseline = rect.center().y() + metrics.capHeight() / 2;
     painter.setFont(font);
     double x = rect.left();
-    for (const QChar character : text) {
-        const double own = metrics.horizontalAdvance(character);
-        const double width = character.isDigit() ? digit : own;
-        painter.drawText(QPointF(x + (width - own) / 2, baseline), QString(character));
-        x += width;
+    for (const TabularPiece &piece : tabularPieces(text, metrics)) {
+        painter.drawText(QPointF(x + (piece.cell - piece.width) / 2, baseline), piece.text);
+        x += piece.cell;
     }
 }
 

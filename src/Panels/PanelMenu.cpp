@@ -34,7 +34,9 @@ constexpr int keysGap = 28;
 constexpr int arrowSize = 12;
 constexpr double checkSize = 16;
 constexpr double menuRadius = 12;
+/// Of names, and of our own sentences that only tell something.
 constexpr int mostTextWidth = 360;
+constexpr int mostNoteWidth = 680;
 
 class PanelMenuStyle final : public QProxyStyle {
 public:
@@ -126,9 +128,13 @@ private:
         // A single & marks a key to press, a double one is meant.
         text.replace("&&", QChar(1)).remove('&').replace(QChar(1), "&");
         return QFontMetricsF(panelFont(labelSize, QFont::Medium))
-            .elidedText(oneLine(text), Qt::ElideMiddle, mostTextWidth);
+            .elidedText(oneLine(text), Qt::ElideMiddle,
+                        item.state & State_Enabled ? mostTextWidth : mostNoteWidth);
     }
-    static QString keys(const QStyleOptionMenuItem &item) { return item.text.section('\t', 1); }
+    /// As keyboards have them written.
+    static QString keys(const QStyleOptionMenuItem &item) {
+        return item.text.section('\t', 1).replace(QLatin1String("Meta"), QLatin1String("Super"));
+    }
 
     void drawItem(const QStyleOptionMenuItem &item, QPainter &painter) const {
         const QRectF area(item.rect);

@@ -17,6 +17,10 @@ QString accented(QChar letter) {
     return at < 0 ? QString(letter) : QString(marked[at]);
 }
 
+bool isVowel(QChar letter) {
+    return QStringLiteral("AEIOUaeiou").contains(letter);
+}
+
 } // namespace
 
 PseudoLanguage::PseudoLanguage() : m_known(catalogueFor(QLocale(QStringLiteral("de_DE")))) {}
@@ -33,11 +37,17 @@ QString PseudoLanguage::translate(const char *context, const char *source, const
             text += english.mid(at++, 2);
             continue;
         }
+        // In this language the mark belongs to texts that were cut.
+        if (english[at] == QChar(0x2026)) {
+            text += QLatin1String("...");
+            continue;
+        }
         text += accented(english[at]);
+        // Other languages are longer by up to two fifths, word by word.
+        if (isVowel(english[at]))
+            text += accented(english[at]);
     }
-    // Languages are up to a third longer, short words more.
-    return QLatin1Char('[') + text + QString(std::max<qsizetype>(1, english.size() / 3), QLatin1Char('~')) +
-           QLatin1Char(']');
+    return QLatin1Char('[') + text + QLatin1Char(']');
 }
 
 } // namespace vantrell

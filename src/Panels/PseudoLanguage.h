@@ -10,7 +10,8 @@
 namespace vantrell {
 
 /// A language for looking at panels and for tests: what the German catalogue knows is shown longer, accented
-/// and between brackets, so that a text that is not translated and one that is cut both show.
+/// and between brackets, so that a text that is not translated and one that is cut both show. The latter
+/// alone has an ellipsis.
 class PseudoLanguage : public QTranslator {
 public:
     PseudoLanguage();

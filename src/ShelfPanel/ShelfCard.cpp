@@ -48,8 +48,26 @@ QFont titleFont() {
     return panelFont(titleSize, QFont::DemiBold);
 }
 
-QFont statusFont() {
-    return panelFont(secondLineSize, QFont::Normal);
+/// Lines of a status in the largest size in which all of it has room.
+struct StatusText {
+    QFont font;
+    double lineHeight = 0;
+    QStringList lines;
+};
+
+StatusText statusText(const QString &status, int width, int height) {
+    constexpr double smallest = 10;
+    constexpr int mostLines = 4;
+    StatusText text;
+    for (double size = secondLineSize; size >= smallest; size -= 1.25) {
+        text.font = panelFont(size, QFont::Normal);
+        text.lineHeight = QFontMetricsF(text.font).height();
+        text.lines =
+            wrappedText(status, text.font, width, std::clamp(int(height / text.lineHeight), 1, mostLines));
+        if (text.lines.join(' ') == status)
+            break;
+    }
+    return text;
 }
 
 /// All that a card shows but the progress of its upload.
@@ -175,7 +193,6 @@ void ShelfCard::arrange() {
     const bool hasBar = std::holds_alternative<ShelfItem::Uploading>(m_item.status);
     const bool hasAction = !m_action->isHidden();
     const QFontMetricsF titleMetrics(titleFont());
-    const QFontMetricsF statusMetrics(statusFont());
     const int titleHeight = int(std::ceil(titleMetrics.height()));
 
     // Laid out from the left, then turned over for those who read from the right.
@@ -197,10 +214,10 @@ void ShelfCard::arrange() {
 
     m_isRecovered = title.isRecovered;
     m_title = titleMetrics.elidedText(title.text, Qt::ElideMiddle, width);
-    const int room = int((inner.height() - titleHeight) / statusMetrics.height());
-    const bool isAsked = std::holds_alternative<ShelfItem::NeedsProject>(m_item.status);
-    m_statusLines = wrappedText(status, statusFont(), statusWidth, std::clamp(room, 1, isAsked ? 3 : 2));
-    const int statusHeight = int(std::ceil(statusMetrics.height() * double(m_statusLines.size())));
+    const StatusText fitted = statusText(status, statusWidth, inner.height() - titleHeight);
+    m_statusLines = fitted.lines;
+    m_statusFont = fitted.font;
+    const int statusHeight = int(std::ceil(fitted.lineHeight * double(m_statusLines.size())));
     const int height = titleHeight + 1 + statusHeight + (hasBar ? barDistance + barHeight : 0);
     const int top = hasAction ? inner.top() : body().top() + (body().height() - height) / 2;
     const int beside = actionTop + (inner.bottom() + 1 - actionTop - statusHeight) / 2;
@@ -409,7 +426,7 @@ void ShelfCard::paintTexts(QPainter &painter) const {
     painter.drawText(m_titleRect, align, m_title);
     const bool hasFailed = std::holds_alternative<ShelfItem::Failed>(m_item.status);
     painter.setPen(hasFailed ? theme.warning : theme.quietText);
-    painter.setFont(statusFont());
+    painter.setFont(m_statusFont);
     const double lineHeight =
         double(m_statusRect.height()) / double(std::max<qsizetype>(1, m_statusLines.size()));
     for (qsizetype i = 0; i < m_statusLines.size(); ++i) {

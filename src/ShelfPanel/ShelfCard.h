@@ -5,6 +5,7 @@
 
 #include "Shelf/ShelfItem.h"
 
+#include <QFont>
 #include <QImage>
 #include <QPointF>
 #include <QStringList>
@@ -47,7 +48,7 @@ public:
 
     /// The card itself, in points. The widget is larger by `overhang` above and at the sides, where the
     /// dismiss button reaches over the corner.
-    static constexpr int bodyWidth = 342;
+    static constexpr int bodyWidth = 364;
     static constexpr int bodyHeight = 84;
     static constexpr double cornerRadius = 14;
     static constexpr int overhang = 8;
@@ -107,6 +108,7 @@ private:
     bool m_isRecovered = false;
     QString m_title;
     QStringList m_statusLines;
+    QFont m_statusFont;
     QStringList m_tip;
     QRect m_thumbnailRect;
     QRect m_titleRect;

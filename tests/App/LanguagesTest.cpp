@@ -5,8 +5,11 @@
 #include "App/StatusMenu.h"
 #include "Panels/PseudoLanguage.h"
 #include "Panels/Sentence.h"
+#include "TestSupport/Desktop/X11Session.h"
 
 #include <QCoreApplication>
+#include <QProcess>
+#include <QProcessEnvironment>
 
 #include <gmock/gmock.h>
 
@@ -80,6 +83,18 @@ TEST(Languages, knowEveryLineOfTheMenu) {
             expectAllTranslated(statusMenu(state));
             expectAllTranslated(recordingMenu(state));
         }
+}
+
+TEST(Languages, showNoPanelWithATextThatIsNotTranslatedOrCut) {
+    const X11Session session({.width = 1600, .height = 1000, .windowManager = true});
+    QProcess gallery;
+    QProcessEnvironment onScreen = QProcessEnvironment::systemEnvironment();
+    onScreen.insert("QT_QPA_PLATFORM", "xcb");
+    gallery.setProcessEnvironment(onScreen);
+    gallery.start(PANEL_GALLERY, {"--audit"});
+    ASSERT_TRUE(gallery.waitForFinished(200'000)) << gallery.errorString().toStdString();
+    EXPECT_EQ(gallery.exitCode(), 0) << gallery.readAllStandardOutput().toStdString()
+                                     << gallery.readAllStandardError().toStdString();
 }
 
 } // namespace

@@ -34,7 +34,8 @@ std::string offered(const std::string &words, int current) {
     QProcess bash;
     const std::string script =
         "cd \"$(mktemp -d)\" && touch 'my movie.mov'; vantrell-capture() { [ \"$2\" = displays ] && "
-        "echo 'DP-1  1920x1080 at 0,0'; }; compopt() { :; }\n" +
+        "echo 'DP-1  1920x1080 at 0,0'; [ \"$2\" = projects ] && echo '$(echo x) `y`  Films'; true; }; "
+        "compopt() { :; }\n" +
         bashCompletion() + "COMP_WORDS=(" + words + "); COMP_CWORD=" + std::to_string(current) +
         "; _vantrell_capture; IFS=,; echo \"${COMPREPLY[*]}\"";
     bash.start(QStringLiteral("bash"), {QStringLiteral("-c"), QString::fromStdString(script)});
@@ -48,6 +49,8 @@ TEST(Help, completesInBash) {
     EXPECT_EQ(offered("vantrell-capture record --s", 2), "--seconds,--system-audio");
     EXPECT_EQ(offered("vantrell-capture record --cursor ''", 3), "drawn,separate");
     EXPECT_EQ(offered("vantrell-capture record --display ''", 3), "DP-1");
+    // What a server calls its projects is not carried out by the shell.
+    EXPECT_EQ(offered("vantrell-capture upload --project ''", 3), "\\$\\(echo\\ x\\)\\ \\`y\\`");
     EXPECT_EQ(offered("vantrell-capture --json upload my", 3), "my movie.mov");
     EXPECT_EQ(offered("vantrell-capture list p", 2), "projects");
 }

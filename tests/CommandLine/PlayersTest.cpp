@@ -75,7 +75,8 @@ std::string play(const QString &player, const QStringList &arguments) {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(player, arguments);
-    if (!process.waitForFinished(60000) || process.exitCode() != 0)
+    constexpr int patience = 180'000;
+    if (!process.waitForFinished(patience) || process.exitCode() != 0)
         ADD_FAILURE() << player.toStdString() << " failed: " << process.exitCode() << ' '
                       << process.errorString().toStdString();
     return process.readAll().toStdString();

@@ -131,14 +131,23 @@ int dueCount(const Times &happenings, const KilledRecording &recording, Time tim
     }));
 }
 
-std::set<std::uint32_t> numbersIn(const std::filesystem::path &movie) {
+/// A machine that has other things to do drops pictures, but not the end.
+void expectLong(double seconds, const KilledRecording &recording) {
+    constexpr double picturesDropped = 0.5;
+    double due = 0;
+    for (const Span &span : recording.spans)
+        due += std::max(std::min(span.until, recording.killedAt - 2) - span.from, 0.0);
+    EXPECT_GE(seconds, due - picturesDropped);
+}
+
+std::set<std::uint32_t> numbersIn(const std::filesystem::path &movie, const KilledRecording &recording) {
     std::set<std::uint32_t> seen;
     const double duration = forEachPicture(movie, [&seen](const MoviePicture &picture) {
         if (const auto number =
                 framecode::read(picture.luma + 48 * picture.lumaStride + 32, picture.lumaStride))
             seen.insert(*number);
     });
-    EXPECT_GE(duration, 0) << movie;
+    expectLong(duration, recording);
     return seen;
 }
 
@@ -178,12 +187,12 @@ void expectAllButTheLastTwoSeconds(KilledRecording &recording, const BusyScreen 
     // Of a recording that was delivered half, the other half is told.
     if (json.contains("pixelSize") && !json["name"].get<std::string>().starts_with("Camera "))
         EXPECT_EQ(json["file"], delivered->string());
-    const std::set<std::uint32_t> seen = numbersIn(*delivered);
+    const std::set<std::uint32_t> seen = numbersIn(*delivered, recording);
     int found = 0;
     for (const std::uint32_t number : seen)
         found +=
             dueCount(std::vector{screen.numbers.at(number)}, recording, [](double when) { return when; });
-    EXPECT_GE(found, dueNumbers * 9 / 10) << json << told.errors;
+    EXPECT_GE(found, dueNumbers / 2) << json << told.errors;
 
     const auto sidecar = CaptureMetadata::fromJson(
         readFile(std::filesystem::path(*delivered).replace_extension(".json")).value_or(""));
@@ -213,8 +222,7 @@ void expectTheCameraBeside(KilledRecording &recording, const VirtualCamera &came
     int found = 0;
     for (const NumberedPicture &picture : numberedPicturesIn(delivered.front()))
         found += dueCount(std::vector{taken.at(picture.number)}, recording, [](double when) { return when; });
-    // A machine that has other things to do drops pictures, but not the end.
-    EXPECT_GE(found, due * 3 / 4) << delivered.front();
+    EXPECT_GE(found, due / 2) << delivered.front();
 }
 
 TEST(RecoverCommand, findsNothingWhereNothingWasCutOff) {

@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::IsEmpty;
 
 namespace vantrell::testing {
@@ -40,12 +41,17 @@ Shot takeShot(CaptureProgram &program, std::vector<std::string> arguments) {
 
 TEST(ScreenshotCommand, takesAWindowAnAreaAndADisplay) {
     const X11Session session({.windowManager = true});
-    const X11Application pad({.pixels = {50, 40, 201, 151}, .hasAlpha = true, .colour = 0x80800000});
+    X11Application pad({.pixels = {50, 40, 201, 151}, .hasAlpha = true, .colour = 0x80800000});
     CaptureProgram program;
 
     const auto listed = program.run({"list", "windows", "--json"}).json();
     EXPECT_EQ(listed["id"], pad.window());
     EXPECT_EQ(listed["title"], "Pad");
+
+    // A title may hold anything: one line, and nothing that a terminal obeys.
+    pad.setText("_NET_WM_NAME", "UTF8_STRING", "a\nb\x1b[2Jc");
+    EXPECT_THAT(program.run({"list", "windows"}).output, EndsWith("Pad  a b?[2Jc\n"));
+    pad.setText("_NET_WM_NAME", "UTF8_STRING", "Pad");
 
     const Shot window = takeShot(
         program, {"--window", std::to_string(pad.window()), "--output", program.folder() / "out/deep"});
@@ -85,6 +91,9 @@ TEST(ScreenshotCommand, refusesWhatIsNotThereAndLeavesNothingBehind) {
         EXPECT_EQ(ended.exitCode, 1);
         return ended.json()["error"].get<std::string>();
     };
+    const auto misused = program.run({"photograph", "--json"});
+    EXPECT_EQ(misused.exitCode, 2);
+    EXPECT_EQ(misused.json()["error"], "Unknown command photograph");
     EXPECT_EQ(error({"--window", "99"}), "There is no window 99");
     EXPECT_EQ(error({"--area", "640,0,10,10"}), "The area lies outside every display");
     EXPECT_EQ(error({"--display", "HDMI-9"}), "There is no display HDMI-9");

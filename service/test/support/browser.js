@@ -17,6 +17,9 @@ const ARGUMENTS = [
   '--disable-sync',
 ];
 
+// A machine with much else to do takes long to start one.
+const PATIENCE_MS = 150_000;
+
 /** A browser with a profile of its own, gone afterwards. */
 export async function openBrowser() {
   const profile = mkdtempSync(path.join(tmpdir(), 'vantrell-browser-'));
@@ -25,7 +28,9 @@ export async function openBrowser() {
     headless: true,
     args: ARGUMENTS,
     viewport: { width: 1280, height: 900 },
+    timeout: PATIENCE_MS,
   });
+  context.setDefaultTimeout(PATIENCE_MS);
   return {
     page: await context.newPage(),
     async close() {

@@ -2,6 +2,8 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "CommandLine/Doctor/Checks.h"
+#include "CommandLine/Doctor/Probe.h"
+#include "CommandLine/Doctor/WaylandServer.h"
 
 #include <QSysInfo>
 #include <QtGlobal>
@@ -48,12 +50,18 @@ Task<Findings> checkSystem(const Surroundings &, std::stop_token) {
                                                names.release + ", " + names.machine)};
 }
 
-Task<Findings> checkSession(const Surroundings &around, std::stop_token) {
+Task<Findings> checkSession(const Surroundings &around, std::stop_token stop) {
     const std::string desktop = variable("XDG_CURRENT_DESKTOP");
     const std::string of = desktop.empty() ? "" : " of " + desktop;
     Findings findings;
     if (around.isWayland) {
-        findings.push_back(okFinding("Session", "Wayland" + of));
+        const auto compositor = co_await Probe::run(waylandCompositor, stop);
+        if (!compositor || !*compositor)
+            co_return Findings{problemFinding("Session", "no compositor answers at WAYLAND_DISPLAY",
+                                              "Name the socket of a running session in WAYLAND_DISPLAY, and "
+                                              "its folder in XDG_RUNTIME_DIR")};
+        findings.push_back(
+            okFinding("Session", "Wayland" + of + ((*compositor)->empty() ? "" : " (" + **compositor + ")")));
         co_return findings;
     }
     if (around.displayHangs) {

@@ -34,8 +34,9 @@ CameraDecoder::CameraDecoder(CameraFormat format)
 }
 
 void CameraDecoder::open() {
-    const AVCodec *codec =
-        avcodec_find_decoder(m_format == CameraFormat::mjpeg ? AV_CODEC_ID_MJPEG : AV_CODEC_ID_H264);
+    if (m_format == CameraFormat::mjpeg)
+        return;
+    const AVCodec *codec = avcodec_find_decoder(AV_CODEC_ID_H264);
     m_context.reset(codec ? avcodec_alloc_context3(codec) : nullptr);
     if (!m_context)
         return;
@@ -49,16 +50,24 @@ void CameraDecoder::open() {
         m_context.reset();
 }
 
-const AVFrame *CameraDecoder::decode(std::span<const std::uint8_t> data) {
-    if (!m_context || !m_packet || !m_frame || av_new_packet(m_packet.get(), int(data.size())) < 0)
-        return nullptr;
+bool CameraDecoder::decodeVideo(std::span<const std::uint8_t> data) {
+    if (!m_context || !m_packet || av_new_packet(m_packet.get(), int(data.size())) < 0)
+        return false;
     std::ranges::copy(data, m_packet->data);
-    bool isGood = !m_isStrict || m_format != CameraFormat::mjpeg || isWholeJpeg(data);
-    isGood = isGood && avcodec_send_packet(m_context.get(), m_packet.get()) >= 0;
+    const bool isTaken = avcodec_send_packet(m_context.get(), m_packet.get()) >= 0;
     av_packet_unref(m_packet.get());
-    isGood = isGood && avcodec_receive_frame(m_context.get(), m_frame.get()) >= 0 && m_frame->width > 0;
-    if (isGood && m_isStrict)
-        isGood = m_frame->decode_error_flags == 0 && (m_frame->flags & AV_FRAME_FLAG_CORRUPT) == 0;
+    if (!isTaken || avcodec_receive_frame(m_context.get(), m_frame.get()) < 0 || m_frame->width <= 0)
+        return false;
+    return !m_isStrict || (m_frame->decode_error_flags == 0 && (m_frame->flags & AV_FRAME_FLAG_CORRUPT) == 0);
+}
+
+const AVFrame *CameraDecoder::decode(std::span<const std::uint8_t> data, int leastSide) {
+    if (!m_frame)
+        return nullptr;
+    const bool isGood =
+        m_format == CameraFormat::mjpeg
+            ? (!m_isStrict || isWholeJpeg(data)) && m_jpeg.unpack(data, *m_frame, m_isStrict, leastSide)
+            : decodeVideo(data);
     if (isGood) {
         m_refusedInARow = 0;
         m_spoilt = m_frame->key_frame ? 0 : std::max(m_spoilt - 1, 0);

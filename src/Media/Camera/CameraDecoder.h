@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Media/Camera/JpegUnpacker.h"
 #include "Media/Libav/FFmpegPointers.h"
 #include "Platform/CameraSource.h"
 
@@ -14,11 +15,13 @@ public:
     /// Of the given compressed format.
     explicit CameraDecoder(CameraFormat format);
 
-    /// The picture, valid until the next call; null when it is damaged or not to be shown yet.
-    const AVFrame *decode(std::span<const std::uint8_t> data);
+    /// The picture, valid until the next call; null when it is damaged or not to be shown yet. `leastSide` is
+    /// what its shorter side has to have: it may come smaller; 0 for its own size.
+    const AVFrame *decode(std::span<const std::uint8_t> data, int leastSide = 0);
 
 private:
     void open();
+    bool decodeVideo(std::span<const std::uint8_t> data);
 
     const CameraFormat m_format;
     /// A picture with any fault is refused. Some cameras make no others: then they are taken as they come.
@@ -27,6 +30,7 @@ private:
     /// Pictures of a video stream that refer to a damaged one are left out: so many more, unless a key frame
     /// comes before.
     int m_spoilt = 0;
+    JpegUnpacker m_jpeg;
     CodecContextPtr m_context;
     PacketPtr m_packet;
     FramePtr m_frame;

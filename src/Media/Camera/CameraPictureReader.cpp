@@ -31,7 +31,7 @@ void blacken(Nv12Frame &frame) {
 
 } // namespace
 
-bool CameraPictureReader::open(const CameraFrame &frame) {
+bool CameraPictureReader::open(const CameraFrame &frame, int leastSide) {
     m_frame = frame;
     m_decoded = nullptr;
     if (frame.format != CameraFormat::mjpeg && frame.format != CameraFormat::h264) {
@@ -43,7 +43,7 @@ bool CameraPictureReader::open(const CameraFrame &frame) {
         m_decoder = std::make_unique<CameraDecoder>(frame.format);
         m_decoderFormat = frame.format;
     }
-    const AVFrame *decoded = m_decoder->decode(frame.planes[0].data);
+    const AVFrame *decoded = m_decoder->decode(frame.planes[0].data, leastSide);
     return decoded && openDecoded(*decoded);
 }
 

@@ -16,8 +16,9 @@ namespace vantrell {
 class CameraPictureReader {
 public:
     /// Takes a picture, which `write` then reads: call that before the frame's memory goes. False when there
-    /// is nothing to be seen in it.
-    bool open(const CameraFrame &frame);
+    /// is nothing to be seen in it. `leastSide` is what its shorter side has to have: where that is quicker,
+    /// the picture is smaller than the camera's; 0 for its own size.
+    bool open(const CameraFrame &frame, int leastSide = 0);
 
     /// Of the opened picture; even numbers.
     PixelSize size() const { return m_size; }

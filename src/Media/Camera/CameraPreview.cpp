@@ -24,17 +24,13 @@ QImage CameraPreview::take() {
     return m_newest;
 }
 
-bool CameraPreview::wantsPicture() const {
+int CameraPreview::wantedSide() const {
     const std::scoped_lock lock(m_mutex);
-    return m_side > 0 && !m_isTold;
+    return m_isTold ? 0 : m_side;
 }
 
 void CameraPreview::offer(const Nv12Frame &frame, ColourMatrix matrix) {
-    int side = 0;
-    {
-        const std::scoped_lock lock(m_mutex);
-        side = m_isTold ? 0 : m_side;
-    }
+    const int side = wantedSide();
     if (side <= 0)
         return;
     QImage &image = freeImage(side);

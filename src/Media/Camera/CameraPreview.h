@@ -26,8 +26,8 @@ public:
     /// Main thread: the newest picture.
     QImage take();
 
-    /// Camera's thread: whether another picture would be made.
-    bool wantsPicture() const;
+    /// Camera's thread: side of the square that another picture would be made in; 0 when none is wanted.
+    int wantedSide() const;
     /// Camera's thread.
     void offer(const Nv12Frame &frame, ColourMatrix matrix);
 

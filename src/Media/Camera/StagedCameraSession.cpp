@@ -60,20 +60,30 @@ void StagedCameraSession::stateChanged(CameraSourceState state, const std::optio
         m_recording->lost(why, hostNow());
 }
 
-bool StagedCameraSession::isWanted(const CameraFrame &frame) {
+StagedCameraSession::Use StagedCameraSession::useOf(const CameraFrame &frame) {
     // Each picture of a video stream is needed to read the next one.
-    if (frame.format == CameraFormat::h264 || m_preview->wantsPicture() ||
-        frame.hostTime - m_keptAt > keepInterval)
-        return true;
-    const std::scoped_lock lock(m_mutex);
-    return m_recording != nullptr;
+    if (frame.format == CameraFormat::h264 || frame.hostTime - m_keptAt > keepInterval)
+        return Use::kept;
+    if (const std::scoped_lock lock(m_mutex); m_recording)
+        return Use::kept;
+    return m_preview->wantedSide() > 0 ? Use::lookedAt : Use::none;
+}
+
+void StagedCameraSession::takeForPreview(const CameraFrame &frame) {
+    if (!m_reader.open(frame, m_preview->wantedSide()))
+        return;
+    if (!m_lookedAt || m_lookedAt->picture() != m_reader.size())
+        m_lookedAt = std::make_unique<Nv12Frame>(m_reader.size());
+    m_reader.write(*m_lookedAt);
+    m_preview->offer(*m_lookedAt, m_reader.matrix());
 }
 
 void StagedCameraSession::take(const CameraFrame &frame) {
-    if (!isWanted(frame))
-        return;
+    const Use use = useOf(frame);
+    if (use == Use::lookedAt)
+        takeForPreview(frame);
     // Unpacking takes longest: before the lock.
-    if (!m_reader.open(frame))
+    if (use != Use::kept || !m_reader.open(frame))
         return;
     const std::scoped_lock lock(m_mutex);
     if (!m_last) {
@@ -81,7 +91,7 @@ void StagedCameraSession::take(const CameraFrame &frame) {
         m_matrix = m_reader.matrix();
     }
     Nv12Frame *const room = m_recording ? m_recording->roomFor(frame.hostTime) : nullptr;
-    const bool isLookedAt = m_preview->wantsPicture();
+    const bool isLookedAt = m_preview->wantedSide() > 0;
     const bool isKept = !room && (isLookedAt || frame.hostTime - m_keptAt > keepInterval);
     if (room)
         m_reader.write(*room);

@@ -38,8 +38,10 @@ public:
 private:
     using Opened = OneShot<std::expected<void, PlatformError>>;
 
-    bool isWanted(const CameraFrame &frame);
+    enum class Use { none, lookedAt, kept };
+    Use useOf(const CameraFrame &frame);
     void take(const CameraFrame &frame);
+    void takeForPreview(const CameraFrame &frame);
     void stateChanged(CameraSourceState state, const std::optional<PlatformError> &error);
     void copyLast(Nv12Frame &to);
 
@@ -51,6 +53,7 @@ private:
     // The source's thread's.
     CameraPictureReader m_reader;
     double m_keptAt = 0;
+    std::unique_ptr<Nv12Frame> m_lookedAt;
 
     std::mutex m_mutex;
     // Under the mutex.

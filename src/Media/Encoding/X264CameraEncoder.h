@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "Media/Encoding/CameraQuantizer.h"
 #include "Media/Encoding/VideoEncoder.h"
 #include "Media/Encoding/X264Library.h"
 
@@ -29,6 +30,7 @@ private:
     const X264Ptr m_encoder;
     const PixelSize m_encoded;
     const std::vector<std::uint8_t> m_configuration;
+    CameraQuantizer m_quantizer;
 };
 
 } // namespace vantrell

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
+#include "Media/Encoding/CameraQuantizer.h"
 #include "Media/Encoding/EncoderLoad.h"
 #include "Media/Encoding/KeyFrameSchedule.h"
 #include "Media/Encoding/QuantizerControl.h"
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <random>
 
 namespace vantrell::testing {
 
@@ -83,6 +85,34 @@ TEST(QuantizerControl, staysFineOnTextGrowsCoarseOnDetailedFilmAndComesBackWhenI
     EXPECT_LE(control.quantizer(false), QuantizerControl::coarsest);
     play(60, 20, 500);
     EXPECT_EQ(control.quantizer(false), QuantizerControl::finest);
+}
+
+TEST(CameraQuantizer, growsCoarseInADarkRoomAndNotForAClockInTheCorner) {
+    constexpr PixelSize size{480, 320};
+    Nv12Frame frames[]{Nv12Frame(size), Nv12Frame(size)};
+    std::mt19937 random(1);
+    const auto after = [&](CameraQuantizer &control, int noise, bool hasClock) {
+        std::uniform_int_distribution<int> level(128 - noise, 128 + noise);
+        for (int i = 0; i < 2; ++i)
+            for (int y = 0; y < size.height; ++y) {
+                std::uint8_t *const row = frames[i].luma() + y * frames[i].stride();
+                std::generate_n(row, size.width, [&] { return std::uint8_t(level(random)); });
+                if (hasClock && y < 8)
+                    std::fill_n(row, 8, std::uint8_t(i * 255));
+            }
+        int quantizer = 0;
+        for (int picture = 0; picture < 120; ++picture)
+            quantizer = control.next(frames[picture % 2], false);
+        return quantizer;
+    };
+    CameraQuantizer control;
+    const int bright = after(control, 1, false);
+    EXPECT_EQ(after(control, 1, true), bright);
+    EXPECT_GE(bright, CameraQuantizer::finest);
+    EXPECT_GE(after(control, 12, false), bright + 5);
+    EXPECT_LE(after(control, 100, false), CameraQuantizer::coarsest);
+    EXPECT_EQ(after(control, 1, false), bright);
+    EXPECT_LT(control.next(frames[0], true), bright);
 }
 
 } // namespace
