@@ -4,7 +4,7 @@
 // Records flashes and beeps that are made at the same moment, with pauses, and tells how far they are apart
 // in the movie; with a camera also how far that one's movie is from the screen's.
 //
-//     bench_sync [--seconds 600] [--pauses 5] [--skew 0] [--keep DIR] [--camera 1]
+//     bench_sync [--seconds 600] [--pauses 5] [--skew 0] [--keep DIR] [--camera 1] [--wayland 1]
 
 #include "BeepPlayer.h"
 #include "CameraOffsets.h"
@@ -20,9 +20,11 @@
 #include "TestSupport/ScopedEnvironment.h"
 #include "TestSupport/Sound/SoundSession.h"
 #include "TestSupport/TemporaryFolder.h"
+#include "TestSupport/Wayland/SwaySession.h"
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -46,6 +48,8 @@ struct Options {
     int skew = 0;
     std::string keep;
     bool camera = false;
+    /// On sway, through the portal.
+    bool wayland = false;
 };
 
 Options parse(int argc, char **argv) {
@@ -63,6 +67,8 @@ Options parse(int argc, char **argv) {
             options.keep = value;
         else if (name == "--camera")
             options.camera = std::string_view(value) != "0";
+        else if (name == "--wayland")
+            options.wayland = std::string_view(value) != "0";
         else
             std::exit(2);
     }
@@ -81,8 +87,14 @@ std::unique_ptr<testing::SoundSession> startSound(int skew) {
 }
 
 /// Records for the wanted time, pauses not counted. What the program says of it; nothing when it failed.
-nlohmann::json record(const Options &options, const std::string &folder) {
+nlohmann::json record(const Options &options, const std::string &folder, const testing::SwaySession *sway) {
     testing::CaptureProgram program;
+    if (sway) {
+        for (const auto &[name, value] : sway->environment())
+            if (name != "HOME")
+                program.set(name, value);
+        program.set("VANTRELL_BACKEND", "wayland");
+    }
     std::vector<std::string> arguments{"record",   "--display", "--mic", "--system-audio",
                                        "--output", folder,      "--json"};
     if (options.camera)
@@ -114,8 +126,31 @@ double measuredSkew(const BeepPlayer &player, double first, double last) {
     return early && late ? (*early - *late) / (last - first) * 1e6 : 0;
 }
 
+/// On the screen is what the compositor has drawn, some time after it was painted.
+void showAsComposited(std::vector<Flash> &flashes, const std::vector<double> &pictures) {
+    // The painter hears late that it has painted. Before that nothing has changed for longer.
+    constexpr double hearsLate = 0.05;
+    std::vector<double> lags;
+    for (Flash &flash : flashes) {
+        const auto shown = std::ranges::lower_bound(pictures, flash.shownAt - hearsLate);
+        if (shown == pictures.end())
+            continue;
+        lags.push_back(*shown - flash.shownAt);
+        flash.shownAt = *shown;
+    }
+    std::ranges::sort(lags);
+    if (!lags.empty())
+        std::printf("the compositor shows a flash %.1f ms after it was painted (median; at most %.1f ms)\n",
+                    lags[lags.size() / 2] * 1000, lags.back() * 1000);
+}
+
 int run(const Options &options) {
-    const testing::X11Session screen({.width = screenWidth, .height = screenHeight});
+    std::unique_ptr<testing::SwaySession> sway;
+    if (options.wayland)
+        sway = std::make_unique<testing::SwaySession>(testing::SwaySession::Options{
+            .width = screenWidth, .height = screenHeight, .notesPictures = true});
+    const testing::X11Session screen(
+        {.width = screenWidth, .height = screenHeight, .isOnWayland = options.wayland});
     const auto sound = startSound(options.skew);
     BeepPlayer microphone(std::string(testing::SoundSession::microphone) + "_in");
     BeepPlayer speaker(testing::SoundSession::speaker);
@@ -134,9 +169,11 @@ int run(const Options &options) {
         camera = std::make_unique<testing::VirtualCamera>(std::move(face));
     }
     const nlohmann::json recording =
-        record(options, options.keep.empty() ? temporary.path().string() : options.keep);
+        record(options, options.keep.empty() ? temporary.path().string() : options.keep, sway.get());
     const double ended = hostNow();
-    const auto flashes = scene.finish();
+    auto flashes = scene.finish();
+    if (sway)
+        showAsComposited(flashes, sway->sentPictures());
     if (recording.is_null())
         return 1;
 

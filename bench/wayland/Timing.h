@@ -5,9 +5,9 @@
 
 namespace vantrell::bench {
 
-/// Records numbered pictures of a headless sway and lays the movie beside what the compositor sent to a
-/// second listener of the same cast: which pictures are in it, and how far from the compositor's own time
-/// stamps. Prints both; the exit code.
+/// Records a headless sway in which numbers change, and lays the movie beside the pictures that the portal's
+/// part for sway has noted: which of them are in it, and how far from its time stamps. Prints both; the exit
+/// code.
 int measureTiming(double seconds);
 
 } // namespace vantrell::bench

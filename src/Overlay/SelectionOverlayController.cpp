@@ -145,6 +145,7 @@ struct SelectionOverlayController::Private {
     void wantBar();
     void finish(SelectionOutcome outcome);
 
+    SelectionView *viewWithPointer() const;
     SelectionView *viewAtPointer() const;
     SelectionView *activeView() const;
     SelectionView *selectedView() const;
@@ -349,7 +350,19 @@ void SelectionOverlayController::Private::rebuild() {
 
 // The area
 
+/// Where only the window below the pointer is told of it: Qt keeps another place of the pointer for each
+/// display there, and gives out that of the primary one.
+SelectionView *SelectionOverlayController::Private::viewWithPointer() const {
+    if (PanelShell::instance().knowsPointer())
+        return nullptr;
+    const auto found =
+        std::ranges::find_if(views, [](const View &view) { return view->pointer() && !view->isDragging(); });
+    return found != views.end() ? found->get() : nullptr;
+}
+
 SelectionView *SelectionOverlayController::Private::viewAtPointer() const {
+    if (SelectionView *view = viewWithPointer())
+        return view;
     const QPoint pointer = QCursor::pos();
     const auto found =
         std::ranges::find_if(views, [&](const View &view) { return view->geometry().contains(pointer); });
@@ -491,7 +504,9 @@ void SelectionOverlayController::Private::lightDisplay(const SelectionView *view
 void SelectionOverlayController::Private::followPointer() {
     if (tool == ToolMode::area)
         return;
-    const SelectionView *view = isCursorOverBar && isCursorOverBar() ? nullptr : viewAtPointer();
+    const SelectionView *view = viewWithPointer();
+    if (!view && !(isCursorOverBar && isCursorOverBar()))
+        view = viewAtPointer();
     if (tool == ToolMode::screen) {
         lightDisplay(view);
         return;

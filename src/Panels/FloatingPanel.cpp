@@ -136,6 +136,9 @@ void FloatingPanel::paintEvent(QPaintEvent *) {
 void FloatingPanel::showEvent(QShowEvent *event) {
     QWidget::showEvent(event);
     shapeWindow();
+    // An ordinary window is made the active one, and Qt would put the focus on one of its controls.
+    if (!PanelShell::instance().placesWindows() && !focusWidget())
+        setFocus();
     m_cover = DesktopLink::instance().watchForCover(DesktopLink::WindowId(winId()), [this] { raisePanel(); });
 }
 

@@ -102,9 +102,16 @@ X11Session::X11Session(const Options &options) {
     const UniqueFd readEnd(ends[0]);
     UniqueFd writeEnd(ends[1]);
     const std::string screen = std::to_string(options.width) + "x" + std::to_string(options.height) + "x24";
-    std::vector<std::string> command{"Xvfb",     "-displayfd", std::to_string(writeEnd.get()),
-                                     "-screen",  "0",          screen,
-                                     "-noreset", "-nolisten",  "tcp"};
+    std::vector<std::string> command{options.isOnWayland ? "Xwayland" : "Xvfb",
+                                     "-displayfd",
+                                     std::to_string(writeEnd.get()),
+                                     "-noreset",
+                                     "-nolisten",
+                                     "tcp"};
+    if (options.isOnWayland)
+        command.emplace_back("-shm");
+    else
+        command.insert(command.end(), {"-screen", "0", screen});
     command.insert(command.end(), options.serverArguments.begin(), options.serverArguments.end());
     m_server = std::make_unique<ChildProcess>(command, ChildProcess::Environment{}, writeEnd.get());
     writeEnd.reset();

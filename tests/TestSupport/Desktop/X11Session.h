@@ -17,6 +17,8 @@ public:
     struct Options {
         int width = 640;
         int height = 480;
+        /// In a window of the Wayland desktop that WAYLAND_DISPLAY names; as large as that.
+        bool isOnWayland = false;
         /// Starts openbox and waits until it manages windows.
         bool windowManager = false;
         /// Starts picom, with fading, and waits until it draws the desktop.

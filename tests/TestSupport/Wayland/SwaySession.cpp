@@ -16,6 +16,9 @@ namespace vantrell::testing {
 
 namespace {
 
+constexpr const char *castBackend = "/usr/libexec/xdg-desktop-portal-wlr";
+constexpr const char *castLog = "cast.log";
+
 /// The first file of the folder whose name begins and ends so.
 std::string found(const std::filesystem::path &folder, const std::string &start, const std::string &end) {
     for (const auto &entry : std::filesystem::directory_iterator(folder)) {
@@ -88,8 +91,12 @@ void SwaySession::startBackend() {
         << "[screencast]\noutput_name=HEADLESS-1\nchooser_type=none\nmax_fps=60\n";
     auto variables = environment();
     variables.emplace_back("LD_PRELOAD", VANTRELL_SCREENCOPY_SHIM);
+    const std::string plainly = std::string("exec ") + castBackend + " -r";
+    const std::string noting = plainly + " -l TRACE 2>\"$0\"";
     m_backend = std::make_unique<ChildProcess>(
-        std::vector<std::string>{"/usr/libexec/xdg-desktop-portal-wlr", "-r"}, variables);
+        std::vector<std::string>{"sh", "-c", m_options.notesPictures ? noting : plainly,
+                                 m_ground.folder() / castLog},
+        variables);
     m_ground.require([this] { return bus().isOwned("org.freedesktop.impl.portal.desktop.wlr"); },
                      "no screen casts of sway");
 }
@@ -108,6 +115,16 @@ void SwaySession::showNumbers(double rate) {
 
 void SwaySession::hideNumbers() {
     m_numbers.reset();
+}
+
+std::vector<double> SwaySession::sentPictures() const {
+    const std::string key = "pipewire: timestamp ";
+    std::vector<double> times;
+    std::ifstream in(m_ground.folder() / castLog);
+    for (std::string line; std::getline(in, line);)
+        if (const auto at = line.find(key); at != std::string::npos)
+            times.push_back(std::stod(line.substr(at + key.size())) / 1e9);
+    return times;
 }
 
 double SwaySession::desktopCpuSeconds() const {

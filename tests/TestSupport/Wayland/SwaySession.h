@@ -22,6 +22,8 @@ public:
         /// Side by side; the portal shares the first.
         int outputs = 1;
         double scale = 1;
+        /// The portal's part for sway notes what it sends.
+        bool notesPictures = false;
     };
 
     explicit SwaySession(const Options &options);
@@ -40,6 +42,10 @@ public:
     /// Numbers in frame code, full screen, so many a second; on the screen when this returns.
     void showNumbers(double rate);
     void hideNumbers();
+
+    /// When the pictures that were sent were made, as the compositor stamped them, in host seconds. Only if
+    /// they are noted.
+    std::vector<double> sentPictures() const;
 
     /// Processor time that compositor and portal have used so far.
     double desktopCpuSeconds() const;
