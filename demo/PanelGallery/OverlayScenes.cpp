@@ -56,7 +56,7 @@ std::vector<Scene> overlayScenes() {
         scene("selected", ToolMode::area, [](SelectionView &view) { view.selectMiddle(); }),
         scene("window", ToolMode::window,
               [](SelectionView &view) { view.setWindows(pickedWindow(), {}, QRect(200, 150, 700, 500)); }),
-        scene("no-window", ToolMode::window, [](SelectionView &) {}),
+        scene("no-window", ToolMode::window, [](SelectionView &view) { view.setWindows({}, {}, {}); }),
         scene("desktop-picks", ToolMode::window, [](SelectionView &view) { view.setDesktopPicks(true); }),
         scene("screen", ToolMode::screen, [](SelectionView &view) { view.setLit(true); }),
         scene("keys-area", ToolMode::area, withHelp),
