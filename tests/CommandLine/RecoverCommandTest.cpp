@@ -19,8 +19,10 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
 #include <map>
 #include <random>
+#include <ranges>
 #include <set>
 
 namespace vantrell::testing {
@@ -132,8 +134,9 @@ int dueCount(const Times &happenings, const KilledRecording &recording, Time tim
 }
 
 /// A machine that has other things to do drops pictures, but not the end.
+constexpr double picturesDropped = 0.5;
+
 void expectLong(double seconds, const KilledRecording &recording) {
-    constexpr double picturesDropped = 0.5;
     double due = 0;
     for (const Span &span : recording.spans)
         due += std::max(std::min(span.until, recording.killedAt - 2) - span.from, 0.0);
@@ -208,21 +211,24 @@ void expectAllButTheLastTwoSeconds(KilledRecording &recording, const BusyScreen 
     EXPECT_EQ(again.output, "");
 }
 
-/// The same of what the camera saw, which begins a little later.
+/// The same of what the camera saw, which begins a little later, on a busy machine a good deal.
 void expectTheCameraBeside(KilledRecording &recording, const VirtualCamera &camera) {
-    std::map<std::uint32_t, double> taken;
-    for (int number = 0; number < camera.sent(); ++number)
-        taken[std::uint32_t(number)] = camera.hostTimeOf(std::uint32_t(number)) - 0.5;
-    const int due = dueCount(taken, recording, [](const auto &entry) { return entry.second; });
-    const auto delivered = deliveredCaptures(recording.program, true);
-    if (delivered.empty()) {
-        EXPECT_EQ(due, 0);
-        return;
+    constexpr double latestBegin = 1;
+    std::map<std::uint32_t, double> due;
+    for (int number = 0; number < camera.sent(); ++number) {
+        const double taken = camera.hostTimeOf(std::uint32_t(number));
+        if (dueCount(std::vector{taken, taken - latestBegin}, recording, std::identity()) == 2)
+            due[std::uint32_t(number)] = taken;
     }
-    int found = 0;
+    const auto delivered = deliveredCaptures(recording.program, true);
+    if (due.empty())
+        return;
+    const double newest = std::ranges::max(due | std::views::values);
+    ASSERT_FALSE(delivered.empty());
+    double last = 0;
     for (const NumberedPicture &picture : numberedPicturesIn(delivered.front()))
-        found += dueCount(std::vector{taken.at(picture.number)}, recording, [](double when) { return when; });
-    EXPECT_GE(found, due / 2) << delivered.front();
+        last = std::max(last, camera.hostTimeOf(picture.number));
+    EXPECT_GE(last, newest - picturesDropped) << delivered.front();
 }
 
 TEST(RecoverCommand, findsNothingWhereNothingWasCutOff) {
