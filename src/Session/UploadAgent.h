@@ -7,8 +7,8 @@
 #include "Support/Task.h"
 
 #include <QUuid>
-#include <expected>
 
+#include <expected>
 #include <filesystem>
 #include <optional>
 #include <stop_token>
