@@ -96,7 +96,8 @@ Task<> CaptureHandover::recoverAll(std::stop_token stop) {
 }
 
 Task<> CaptureHandover::recover(std::filesystem::path what, std::stop_token stop) {
-    if (!m_underRecovery.insert(what).second)
+    // Its journal is there until the capture is safe, and may go while it is read.
+    if (!m_recovered.insert(what).second)
         co_return;
     ShelfStore &shelf = m_services.uploads.shelf();
     if (const auto failed = m_unrecovered.find(what); failed != m_unrecovered.end())
@@ -105,8 +106,8 @@ Task<> CaptureHandover::recover(std::filesystem::path what, std::stop_token stop
         [what, now = m_services.clock.wallNow()] { return RecordingRecovery::recover(what, now); }, stop);
     if (stop.stop_requested())
         co_return;
-    m_underRecovery.erase(what);
     if (!recovered) {
+        m_recovered.erase(what);
         showUnrecovered(what, recovered.error());
         co_return;
     }

@@ -74,8 +74,8 @@ private:
     /// The files that the upload journal has, or has had in this run of the program.
     std::set<std::filesystem::path> m_taken;
     bool m_isRecovering = false;
-    /// What is being recovered at this moment.
-    std::set<std::filesystem::path> m_underRecovery;
+    /// What is being recovered or has been, in this run of the program.
+    std::set<std::filesystem::path> m_recovered;
     /// The cards of what could not be recovered so far.
     std::map<std::filesystem::path, QUuid> m_unrecovered;
     TaskScope m_scope;

@@ -196,7 +196,9 @@ std::expected<FrameUpdate, PlatformError> X11AreaSource::fetch() {
         pictureRead();
         if (m_monitorsChanged)
             return update(changedAt, {});
-        if (reading == Reading::disturbed || (reading == Reading::torn && left > 1))
+        // Better a first picture with a panel in it than none, on a machine that is too slow for both.
+        const bool isTakenAnyway = left == 1 && !m_hasPicture && hostNow() >= m_pictureDue;
+        if ((reading == Reading::disturbed && !isTakenAnyway) || (reading == Reading::torn && left > 1))
             continue;
         if (m_underPanels)
             m_underPanels->pictureTaken();

@@ -129,6 +129,7 @@ TEST_P(OwnPanels, moveOverAPlayingSceneAndAreInNoPictureOfIt) {
     settledStill();
     StreamRun run(streams, chosenArea(*backend, wholeDesktop));
     ASSERT_TRUE(run.start());
+    ASSERT_TRUE(eventually([&] { return run.firstFrame().has_value(); }));
     double next = hostNow();
     for (int i = 1; i <= 120; ++i) {
         next += 1.0 / 30;
