@@ -3,7 +3,8 @@
 # SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 #
 # Checks format, licence lines, includes and translations; with --tidy also that each header compiles by itself, and runs
-# clang-tidy over what is new in the asan build (whose unity files make that quick).
+# clang-tidy over what is new of the program in the asan build (whose unity files make that quick); with --tidy-all over
+# what is new of the tests too, which takes as long again.
 set -u
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 1
 failed=0
@@ -19,7 +20,9 @@ if grep -n '#include "\.\./' "${cpp[@]}"; then
 fi
 scripts/catalogues --check || complain "a text has no translation"
 
-if [ "${1:-}" = --tidy ]; then
+if [ "${1:-}" = --tidy ] || [ "${1:-}" = --tidy-all ]; then
+  left_out='^tests/'
+  [ "$1" = --tidy-all ] && left_out='^$'
   scripts/headers.sh || complain "a header above does not compile by itself"
   # What the asan build compiled anew is tidied anew: an object file is as old as the newest that it was made of.
   # Generated sources are not ours to tidy.
@@ -33,7 +36,7 @@ if [ "${1:-}" = --tidy ]; then
   }
   export -f tidy
   sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p; s/^ *"command": .* -o \([^ ]*\) .*$/\1/p' build/asan/compile_commands.json |
-    paste -d ' ' - - | grep -vE 'autogen|_deps|Catalogues|wayland_protocols|precompiled\.dir|precompiled_tests\.dir' |
+    paste -d ' ' - - | grep -vE 'autogen|_deps|Catalogues|wayland_protocols|precompiled' | sort | grep -vE "$left_out" |
     xargs -P "$(nproc)" -n 2 bash -c 'tidy "$@"' tidy ||
     complain "clang-tidy found the above"
 fi
