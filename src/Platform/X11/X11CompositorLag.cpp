@@ -31,11 +31,12 @@ std::optional<double> X11CompositorLag::looksAt() const {
     return m_since ? std::optional(*m_since + compositorPatience) : std::nullopt;
 }
 
-std::optional<double> X11CompositorLag::look(double now) {
+bool X11CompositorLag::look(double now) {
     if (!m_since || now < *m_since + compositorPatience)
-        return std::nullopt;
+        return false;
+    m_since.reset();
     m_awaited = QRegion();
-    return std::exchange(m_since, std::nullopt);
+    return true;
 }
 
 } // namespace vantrell

@@ -90,8 +90,8 @@ bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, doubl
             m_panels.follow(m_stack.windows(), m_compositor.isRunning(), now);
     }
     m_isOutdated |= m_havePanelsChanged || isActive();
-    // A panel that comes is damage on the root: that wakes up.
-    return isActive() && (change == X11WindowStack::Change::panels || noteChange(hostTime));
+    // Panels that come or move are damage on the root: that wakes up.
+    return change == X11WindowStack::Change::other && noteChange(hostTime);
 }
 
 void X11UnderPanels::followWindow(const xcb_generic_event_t &event) {
@@ -141,9 +141,8 @@ std::optional<double> X11UnderPanels::looksAt() const {
     return at;
 }
 
-std::optional<double> X11UnderPanels::look(double now) {
-    const auto waitedSince = m_lag.look(now);
-    bool hasChanged = false;
+bool X11UnderPanels::look(double now) {
+    bool hasChanged = m_lag.look(now);
     for (X11CoveredWindow &window : m_covered) {
         const bool wasMissing = !window.missing().isEmpty();
         window.look(now);
@@ -157,7 +156,7 @@ std::optional<double> X11UnderPanels::look(double now) {
         m_idleSince.reset();
         releaseAll();
     }
-    return waitedSince || !hasChanged ? waitedSince : std::optional(now);
+    return hasChanged;
 }
 
 std::vector<X11UnderPanels::Layer> X11UnderPanels::layersUnder(int margin, QRegion &composed) const {
@@ -280,10 +279,6 @@ QRegion X11UnderPanels::held() const {
             held += window->missing().translated(layer.place.x, layer.place.y) & layer.seen;
     }
     return held;
-}
-
-bool X11UnderPanels::hides(const PixelRect &drawn) const {
-    return isActive() && !m_isOutdated && (QRegion(toQt(drawn)) - m_composed).isEmpty();
 }
 
 bool X11UnderPanels::askDamage() {

@@ -49,8 +49,8 @@ public:
     bool handles(const xcb_generic_event_t &event, double now, double &hostTime);
     /// When `look` is to be called although no event came; none: never.
     std::optional<double> looksAt() const;
-    /// The same by the passing of time: since when there is something to be fetched.
-    std::optional<double> look(double now);
+    /// The same by the passing of time: true when something is to be fetched.
+    bool look(double now);
 
     /// Windows or panels are not as they were when `update` was last called.
     bool isOutdated() const { return m_isOutdated; }
@@ -65,8 +65,6 @@ public:
     /// Where the pixels come from the windows beneath and not from the root; what is damaged there on the
     /// root is of no interest.
     const QRegion &composed() const { return m_composed; }
-    /// What was drawn there on the root is in no picture.
-    bool hides(const PixelRect &drawn) const;
     /// The part of it that cannot be read yet: programs have been asked for it and have not drawn it, or it
     /// is part of something that a compositor has not shown beside the panels yet.
     QRegion held() const;
