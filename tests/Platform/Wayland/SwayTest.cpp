@@ -126,26 +126,6 @@ TEST(Sway, isRecordedAtOnceThoughNothingMoves) {
     }
 }
 
-TEST(Sway, mayCrashWithItsPortalAndNothingIsLost) {
-    for (const bool compositor : {true, false}) {
-        SwaySession session;
-        session.showNumbers(20);
-        WaylandCaptureBackend backend(session.bus().connection(), listWaylandDisplays);
-        StagedStreamFactory streams;
-        StreamRun run(streams, chosen(backend, {CaptureRequest::WholeDisplay{}}));
-        ASSERT_TRUE(run.start());
-        let(1500ms);
-        compositor ? session.killCompositor() : session.killBackend();
-        const auto why = run.spontaneousEnd();
-        ASSERT_TRUE(why);
-        EXPECT_TRUE(isScreenError(*why, ScreenErrorCode::sharingEnded)) << why->message;
-        ASSERT_TRUE(run.stop());
-        EXPECT_GT(numbersOf(run.movie()).size(), 2u);
-        if (compositor)
-            EXPECT_FALSE(backend.displays());
-    }
-}
-
 TEST(Sway, saysWhatIsMissingForRecordings) {
     PortalGround ground;
     WaylandScreenAccess access(ground.bus().connection(), "Sway");
