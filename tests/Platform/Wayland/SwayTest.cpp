@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "Media/Stream/StagedStreamFactory.h"
-#include "Platform/ScreenError.h"
 #include "Platform/Wayland/WaylandCaptureBackend.h"
 #include "Platform/Wayland/WaylandDisplays.h"
 #include "Platform/Wayland/WaylandScreenAccess.h"
