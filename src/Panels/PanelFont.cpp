@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QFontInfo>
 #include <QFontMetricsF>
+#include <QImage>
 #include <QPainter>
 
 #include <algorithm>
@@ -68,7 +69,10 @@ std::vector<TabularPiece> tabularPieces(const QString &text, const QFontMetricsF
 QFont panelFont(double size, QFont::Weight weight) {
     constexpr double usualPixels = 15;
     constexpr double most = 1.6;
-    QFont font = QApplication::font();
+    // On Wayland the application's font may be of a time before there was a screen, with that one's
+    // resolution: what is measured with it is not as wide as what is drawn.
+    const QImage present(1, 1, QImage::Format_Mono);
+    QFont font(QApplication::font(), &present);
     const double larger = std::clamp(QFontInfo(font).pixelSize() / usualPixels, 1.0, most);
     // Pixel sizes are whole numbers; points are not.
     font.setPointSizeF(font.pointSizeF() > 0 && QFontInfo(font).pixelSize() > 0
