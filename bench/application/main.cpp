@@ -224,7 +224,7 @@ private:
         return made;
     }
     QDBusMessage call(const char *method, const QVariantList &arguments = {}) {
-        return m_bus.connection().call(message(method, arguments), QDBus::BlockWithGui, 30'000);
+        return m_bus.call(message(method, arguments));
     }
     QVariant status(const QString &what) {
         const QDBusReply<QVariantMap> status = call("Status");

@@ -69,7 +69,7 @@ CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, CameraBackend &cameras, 
 PanelButton *CaptureBarWindow::add(QBoxLayout &row, const QString &label, Symbol symbol) {
     auto *button = new PanelButton(label, this);
     button->setSymbol(symbol);
-    button->setHeight(controlHeight);
+    button->setHeight(controlHeight, true);
     row.addWidget(button);
     return button;
 }
@@ -100,8 +100,10 @@ void CaptureBarWindow::buildControls(QBoxLayout &row) {
                          [this, mode = tool.mode] { setTool(mode); });
     }
     addSeparator(row);
-    row.addWidget(m_microphone.button());
-    row.addWidget(m_camera.button());
+    for (PanelButton *const device : {m_microphone.button(), m_camera.button()}) {
+        device->setHeight(controlHeight, true);
+        row.addWidget(device);
+    }
     m_systemAudio = add(row, tr("System audio"), Symbol::speaker);
     m_systemAudio->setCheckable(true);
     QObject::connect(m_systemAudio, &QAbstractButton::clicked, this, [this](bool isOn) {
@@ -116,6 +118,7 @@ void CaptureBarWindow::buildControls(QBoxLayout &row) {
     m_countdown->setMenuMaker([this] { return countdownMenu(); });
     addSeparator(row);
     m_project = new PanelButton(tr("Upload to"), this);
+    m_project->setHeight(controlHeight, true);
     m_project->setMostTextWidth(mostProjectWidth);
     m_project->setMenuMaker([this] { return projectMenu(); });
     row.addWidget(m_project);
