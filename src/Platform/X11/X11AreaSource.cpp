@@ -91,7 +91,7 @@ void X11AreaSource::handle(const xcb_generic_event_t &event, double now) {
     double when = now;
     const std::uint8_t type = event.response_type & ~X11Connection::sentEventBit;
     const auto &configured = reinterpret_cast<const xcb_configure_notify_event_t &>(event);
-    if (m_damage->handles(event, now, when) || (m_underPanels && m_underPanels->handles(event, now, when))) {
+    if (isDrawn(event, now, when)) {
         m_isDrawnMeanwhile = true;
         noteChange(when);
     } else if (type == XCB_CONFIGURE_NOTIFY && configured.window == x11().root()) {
@@ -104,6 +104,12 @@ void X11AreaSource::handle(const xcb_generic_event_t &event, double now) {
         m_monitorsChanged = true;
         noteChange(now);
     }
+}
+
+bool X11AreaSource::isDrawn(const xcb_generic_event_t &event, double now, double &when) {
+    if (m_damage->handles(event, now, when))
+        return !m_underPanels || !m_underPanels->hides(m_damage->place());
+    return m_underPanels && m_underPanels->handles(event, now, when);
 }
 
 std::optional<PlatformError> X11AreaSource::ended() const {
@@ -125,8 +131,8 @@ std::optional<double> X11AreaSource::looksAt() const {
 
 void X11AreaSource::look(double now) {
     const bool isLate = !m_hasPicture && !m_goneSince && now >= m_pictureDue;
-    if (m_underPanels->look(now) || isLate)
-        noteChange(now);
+    if (const auto since = m_underPanels->look(now); since || isLate)
+        noteChange(since.value_or(now));
 }
 
 std::expected<void, PlatformError> X11AreaSource::followDisplay() {
@@ -209,6 +215,9 @@ std::expected<FrameUpdate, PlatformError> X11AreaSource::fetch() {
 void X11AreaSource::findStale() {
     const auto mark = [this](const PixelRect &desktop) { m_stale.mark(onPicture(desktop)); };
     const bool isGrabbed = m_underPanels && m_underPanels->askDamage();
+    // The look at the root has brought there what was drawn into windows that are kept whole.
+    if (isGrabbed)
+        m_damage->expectDamage();
     m_damage->ask();
     if (isGrabbed)
         xcb_ungrab_server(xcb());
@@ -229,6 +238,33 @@ void X11AreaSource::findStale() {
     }
 }
 
+/// As long as panels lie in the picture it matters where something is drawn.
+void X11AreaSource::leaveOutHidden() {
+    const QRegion &hidden = m_underPanels->composed();
+    if (hidden == m_hidden)
+        return;
+    m_hidden = hidden;
+    const auto events = hidden.isEmpty() ? X11Damage::Events::first : X11Damage::Events::each;
+    if (m_damage->events() != events) {
+        auto next = X11Damage::create(x11(), x11().root(), events);
+        if (!next)
+            return;
+        next->forget();
+        // Only now: between the two nothing is lost.
+        m_damage->expectDamage();
+        m_damage->ask();
+        m_damage->answer([this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); });
+        m_damage->end();
+        m_damage = *next;
+    }
+    if (hidden.isEmpty())
+        return;
+    m_damage->leaveOut(hidden);
+    // What was left where a panel was makes no event before it has been asked for.
+    m_damage->expectDamage();
+    noteChange(hostNow());
+}
+
 /// What is to be read now, of the picture; none while there is no whole picture and parts of it are missing.
 std::optional<std::vector<PixelRect>> X11AreaSource::readable() {
     m_held.clear();
@@ -236,6 +272,7 @@ std::optional<std::vector<PixelRect>> X11AreaSource::readable() {
         return m_stale.rectangles(mostPatches);
     m_underPanels->setArea(m_area);
     m_underPanels->update(hostNow(), [this](const PixelRect &rect) { m_stale.mark(onPicture(rect)); });
+    leaveOutHidden();
     const QRegion held = m_underPanels->held();
     const bool isDue = !m_hasPicture && hostNow() >= m_pictureDue;
     if (held.isEmpty() || isDue)

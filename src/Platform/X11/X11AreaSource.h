@@ -36,7 +36,9 @@ private:
     std::expected<void, PlatformError> watchMonitors();
     std::expected<void, PlatformError> followDisplay();
     void renewPicture();
+    bool isDrawn(const xcb_generic_event_t &event, double now, double &when);
     void findStale();
+    void leaveOutHidden();
     std::optional<std::vector<PixelRect>> readable();
     enum class Reading { refused = 1, disturbed, torn, done };
     Reading read(std::span<const PixelRect> rects);
@@ -52,7 +54,9 @@ private:
     std::optional<std::uint8_t> m_firstMonitorEvent;
     bool m_monitorsChanged = false;
     std::optional<double> m_goneSince;
+    /// Leaves out what panels hide, so that what they draw wakes nobody.
     std::optional<X11Damage> m_damage;
+    QRegion m_hidden;
     std::optional<X11PatchReader> m_reader;
     /// None where the display server lacks what it takes.
     std::unique_ptr<X11UnderPanels> m_underPanels;

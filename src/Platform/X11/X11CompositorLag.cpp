@@ -31,12 +31,11 @@ std::optional<double> X11CompositorLag::looksAt() const {
     return m_since ? std::optional(*m_since + compositorPatience) : std::nullopt;
 }
 
-bool X11CompositorLag::look(double now) {
+std::optional<double> X11CompositorLag::look(double now) {
     if (!m_since || now < *m_since + compositorPatience)
-        return false;
-    m_since.reset();
+        return std::nullopt;
     m_awaited = QRegion();
-    return true;
+    return std::exchange(m_since, std::nullopt);
 }
 
 } // namespace vantrell

@@ -27,8 +27,9 @@ public:
 
     /// When `look` is due; none: never.
     std::optional<double> looksAt() const;
-    /// True when nothing waits any longer: what is wholly hidden a compositor may never show.
-    bool look(double now);
+    /// Since when something has waited, once nothing waits any longer: what is wholly hidden a compositor may
+    /// never show.
+    std::optional<double> look(double now);
 
 private:
     std::optional<double> m_since;

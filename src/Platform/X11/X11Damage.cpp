@@ -3,12 +3,14 @@
 
 #include "Platform/X11/X11Damage.h"
 
+#include <limits>
 #include <utility>
+#include <vector>
 
 namespace vantrell {
 
 std::expected<X11Damage, PlatformError> X11Damage::create(const X11Connection &connection,
-                                                          xcb_window_t window) {
+                                                          xcb_window_t window, Events events) {
     const auto damageExtension = connection.require(&xcb_damage_id, "DAMAGE");
     if (!damageExtension)
         return std::unexpected(damageExtension.error());
@@ -22,7 +24,10 @@ std::expected<X11Damage, PlatformError> X11Damage::create(const X11Connection &c
     damage.m_region = xcb_generate_id(damage.m_xcb);
     xcb_xfixes_create_region(damage.m_xcb, damage.m_region, 0, nullptr);
     damage.m_damage = xcb_generate_id(damage.m_xcb);
-    xcb_damage_create(damage.m_xcb, damage.m_damage, window, XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+    damage.m_events = events;
+    xcb_damage_create(damage.m_xcb, damage.m_damage, window,
+                      events == Events::first ? XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY
+                                              : XCB_DAMAGE_REPORT_LEVEL_DELTA_RECTANGLES);
     return damage;
 }
 
@@ -31,6 +36,23 @@ void X11Damage::end() {
         xcb_discard_reply(m_xcb, asked->sequence);
     xcb_damage_destroy(m_xcb, m_damage);
     xcb_xfixes_destroy_region(m_xcb, m_region);
+    if (m_wanted != XCB_NONE)
+        xcb_xfixes_destroy_region(m_xcb, m_wanted);
+}
+
+void X11Damage::leaveOut(const QRegion &part) {
+    // Larger than any window.
+    constexpr int side = std::numeric_limits<std::int16_t>::max();
+    std::vector<xcb_rectangle_t> wanted;
+    for (const QRect &rect : QRegion(0, 0, side, side) - part)
+        wanted.push_back({std::int16_t(rect.x()), std::int16_t(rect.y()), std::uint16_t(rect.width()),
+                          std::uint16_t(rect.height())});
+    if (m_wanted == XCB_NONE) {
+        m_wanted = xcb_generate_id(m_xcb);
+        xcb_xfixes_create_region(m_xcb, m_wanted, std::uint32_t(wanted.size()), wanted.data());
+    } else {
+        xcb_xfixes_set_region(m_xcb, m_wanted, std::uint32_t(wanted.size()), wanted.data());
+    }
 }
 
 bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &hostTime) {
@@ -39,7 +61,11 @@ bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &ho
     const auto &notify = reinterpret_cast<const xcb_damage_notify_event_t &>(event);
     if (notify.damage != m_damage)
         return false;
+    // What was drawn before the last question is in its answer.
+    if (m_lastQuestion && std::int32_t(event.full_sequence - *m_lastQuestion) < 0)
+        return false;
     m_isDamaged = true;
+    m_place = {notify.area.x, notify.area.y, notify.area.width, notify.area.height};
     hostTime = X11Connection::hostTime(notify.timestamp, now);
     return true;
 }
@@ -47,7 +73,7 @@ bool X11Damage::handles(const xcb_generic_event_t &event, double now, double &ho
 void X11Damage::ask() {
     if (!std::exchange(m_isDamaged, false))
         return;
-    xcb_damage_subtract(m_xcb, m_damage, XCB_NONE, m_region);
+    m_lastQuestion = xcb_damage_subtract(m_xcb, m_damage, m_wanted, m_region).sequence;
     m_asked = xcb_xfixes_fetch_region(m_xcb, m_region);
 }
 

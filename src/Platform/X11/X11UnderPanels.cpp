@@ -8,6 +8,7 @@
 #include <xcb/composite.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <utility>
 
@@ -90,8 +91,8 @@ bool X11UnderPanels::handles(const xcb_generic_event_t &event, double now, doubl
             m_panels.follow(m_stack.windows(), m_compositor.isRunning(), now);
     }
     m_isOutdated |= m_havePanelsChanged || isActive();
-    // Panels that come or move are damage on the root: that wakes up.
-    return change == X11WindowStack::Change::other && noteChange(hostTime);
+    // A panel that comes is damage on the root: that wakes up.
+    return isActive() && (change == X11WindowStack::Change::panels || noteChange(hostTime));
 }
 
 void X11UnderPanels::followWindow(const xcb_generic_event_t &event) {
@@ -141,8 +142,9 @@ std::optional<double> X11UnderPanels::looksAt() const {
     return at;
 }
 
-bool X11UnderPanels::look(double now) {
-    bool hasChanged = m_lag.look(now);
+std::optional<double> X11UnderPanels::look(double now) {
+    const auto waitedSince = m_lag.look(now);
+    bool hasChanged = false;
     for (X11CoveredWindow &window : m_covered) {
         const bool wasMissing = !window.missing().isEmpty();
         window.look(now);
@@ -156,7 +158,7 @@ bool X11UnderPanels::look(double now) {
         m_idleSince.reset();
         releaseAll();
     }
-    return hasChanged;
+    return waitedSince || !hasChanged ? waitedSince : std::optional(now);
 }
 
 std::vector<X11UnderPanels::Layer> X11UnderPanels::layersUnder(int margin, QRegion &composed) const {
@@ -281,16 +283,31 @@ QRegion X11UnderPanels::held() const {
     return held;
 }
 
+bool X11UnderPanels::hides(const PixelRect &drawn) const {
+    return isActive() && !m_isOutdated && (QRegion(toQt(drawn)) - m_composed).isEmpty();
+}
+
+/// What was drawn into windows that are kept whole comes to the root by any look at it. Not by a GetImage:
+/// the server writes the damage that this makes into the middle of its reply.
+void X11UnderPanels::bringToRoot() {
+    xcb_connection_t *xcb = m_connection->xcb();
+    if (m_lookPixmap == XCB_NONE) {
+        m_lookPixmap = xcb_generate_id(xcb);
+        xcb_create_pixmap(xcb, m_connection->screen().root_depth, m_lookPixmap, m_connection->root(), 1, 1);
+        m_lookContext = xcb_generate_id(xcb);
+        const std::array<std::uint32_t, 2> values{XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS, 0};
+        xcb_create_gc(xcb, m_lookContext, m_lookPixmap, XCB_GC_SUBWINDOW_MODE | XCB_GC_GRAPHICS_EXPOSURES,
+                      values.data());
+    }
+    xcb_copy_area(xcb, m_connection->root(), m_lookPixmap, m_lookContext, 0, 0, 0, 0, 1, 1);
+}
+
 bool X11UnderPanels::askDamage() {
     m_isDrawnMeanwhile = false;
-    xcb_connection_t *xcb = m_connection->xcb();
     const bool grabs = isActive();
     if (grabs) {
-        xcb_grab_server(xcb);
-        // Brings what was drawn into windows that are kept whole to the root, as any look at it does.
-        const auto look =
-            xcb_get_image(xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, m_connection->root(), 0, 0, 1, 1, ~0u);
-        xcb_discard_reply(xcb, look.sequence);
+        xcb_grab_server(m_connection->xcb());
+        bringToRoot();
     }
     for (X11CoveredWindow &window : m_covered)
         window.askDamage();

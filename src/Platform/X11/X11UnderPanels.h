@@ -49,8 +49,8 @@ public:
     bool handles(const xcb_generic_event_t &event, double now, double &hostTime);
     /// When `look` is to be called although no event came; none: never.
     std::optional<double> looksAt() const;
-    /// The same by the passing of time: true when something is to be fetched.
-    bool look(double now);
+    /// The same by the passing of time: since when there is something to be fetched.
+    std::optional<double> look(double now);
 
     /// Windows or panels are not as they were when `update` was last called.
     bool isOutdated() const { return m_isOutdated; }
@@ -65,6 +65,8 @@ public:
     /// Where the pixels come from the windows beneath and not from the root; what is damaged there on the
     /// root is of no interest.
     const QRegion &composed() const { return m_composed; }
+    /// What was drawn there on the root is in no picture.
+    bool hides(const PixelRect &drawn) const;
     /// The part of it that cannot be read yet: programs have been asked for it and have not drawn it, or it
     /// is part of something that a compositor has not shown beside the panels yet.
     QRegion held() const;
@@ -110,6 +112,7 @@ private:
     void showRoot(double now, const std::function<void(const PixelRect &)> &stale);
     void keepWhole(const std::vector<Layer> &near, double now);
     void releaseAll();
+    void bringToRoot();
     bool noteChange(double hostTime);
     void missWhatIsCovered(X11CoveredWindow &window, double now) const;
     X11CoveredWindow *find(xcb_window_t window);
@@ -134,6 +137,9 @@ private:
     /// No panel has been in the picture since then, but windows are still kept whole.
     std::optional<double> m_idleSince;
     bool m_isDrawnMeanwhile = false;
+    /// A pixel of the root, which nobody looks at; both end with the connection.
+    xcb_pixmap_t m_lookPixmap = XCB_NONE;
+    xcb_gcontext_t m_lookContext = XCB_NONE;
     X11CompositorLag m_lag;
     std::vector<Piece> m_pieces;
     std::span<FramePatch> m_read;

@@ -319,6 +319,8 @@ TEST_F(CastRecording, saysWhyNothingIsShared) {
     EXPECT_EQ(failure(*backend, wholeDisplay), "The desktop refused it");
     m_desktop.script.response = 0;
     m_desktop.script.sourceTypes = 1;
+    // A portal that dies takes what it was just told to close with it.
+    EXPECT_TRUE(eventually([this] { return m_desktop.sessions() == 0; }));
     m_ground.killPortal();
     EXPECT_EQ(
         failure(*backend, wholeDisplay),

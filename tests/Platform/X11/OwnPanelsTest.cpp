@@ -13,11 +13,14 @@
 #include "TestSupport/RunTask.h"
 #include "TestSupport/Stream/StreamRun.h"
 
+#include <QRegion>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <functional>
 #include <set>
+#include <utility>
 
 namespace vantrell::testing {
 
@@ -190,6 +193,47 @@ TEST_P(OwnPanels, makeNoPictureByWhatTheyDraw) {
     forEachPicture(run.movie(), [&](const MoviePicture &) { ++pictures; });
     // The first one, and the one that is held until the end.
     EXPECT_EQ(pictures, 2);
+}
+
+TEST_P(OwnPanels, wakeNobodyByWhatTheyDrawAndHideNothing) {
+    X11Application pad({.pixels = wholeDesktop, .colour = 0x3070b0, .overridesRedirect = true});
+    X11Application panel(panelOptions({100, 100, 200, 80}, false));
+    settledStill();
+    const auto frames = chosenArea(*backend, wholeDesktop)->makeFrames(CursorMode::leftOut);
+    ASSERT_TRUE(frames->open());
+    /// What of the desktop has been shown anew within that time.
+    const auto shown = [&](double seconds) {
+        QRegion region;
+        int wakes = 0;
+        for (const double until = hostNow() + seconds;; ++wakes) {
+            if (frames->wait(0, until) != FrameWait::changed)
+                return std::pair(region, wakes);
+            const auto update = frames->fetch();
+            EXPECT_TRUE(update);
+            for (const FramePatch &patch : std::get<std::span<const FramePatch>>(update->content))
+                region += QRect(patch.rect.x, patch.rect.y, patch.rect.width, patch.rect.height);
+        }
+    };
+    ASSERT_TRUE(eventually([&] { return shown(0.3).second == 0; }));
+    int wakes = 0;
+    for (int i = 0; i < 20; ++i) {
+        panel.fill({i * 5, 10, 5, 30}, 0xffffffff);
+        wakes += shown(0.02).second;
+    }
+    EXPECT_LE(wakes, 3);
+    // Neither what is drawn beneath nor what is drawn beside it is missed for that.
+    for (const PixelRect &place : {PixelRect{120, 110, 40, 20}, PixelRect{400, 300, 40, 20}}) {
+        panel.fill({0, 10, 100, 30}, 0xff00ff00);
+        pad.fill(place, 0xffffff);
+        QRegion seen;
+        EXPECT_TRUE(eventually([&] {
+            seen += shown(0.05).first;
+            return seen.contains(QRect(place.x, place.y, place.width, place.height));
+        }));
+    }
+    panel.unmap();
+    pad.fill({120, 110, 40, 20}, 0x00ffff);
+    EXPECT_TRUE(eventually([&] { return shown(0.05).first.intersects(QRect(120, 110, 40, 20)); }));
 }
 
 INSTANTIATE_TEST_SUITE_P(Desktops, OwnPanels, ::testing::Bool(),
