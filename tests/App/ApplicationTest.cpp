@@ -135,7 +135,9 @@ TEST_F(ApplicationTest, losesNothingHoweverItEnds) {
         const QVariantList locks = logind->call(manager, managerInterface, "ListInhibitors");
         const auto list = locks.value(0).value<QDBusArgument>();
         list.beginArray();
-        return !list.atEnd();
+        const bool isHeld = !list.atEnd();
+        list.endArray();
+        return isHeld;
     };
     // The computer sleeps or goes off as soon as nobody holds it back.
     const auto powerGoes = [&](const std::string &announcement) {
