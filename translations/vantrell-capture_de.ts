@@ -1134,6 +1134,10 @@ Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es 
         <source>PipeWire, which carries the screen&apos;s pictures, is not running. Install pipewire and wireplumber, then log in again.</source>
         <translation>PipeWire, das die Bilder des Bildschirms überträgt, läuft nicht. Installieren Sie pipewire und wireplumber und melden Sie sich neu an.</translation>
     </message>
+    <message>
+        <source>Click here to stop</source>
+        <translation>Zum Beenden hier klicken</translation>
+    </message>
 </context>
 <context>
     <name>ShelfPanel</name>

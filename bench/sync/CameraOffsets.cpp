@@ -41,6 +41,28 @@ double median(std::vector<Apart> all, double from, double until) {
     return middle->milliseconds;
 }
 
+/// For how long the camera's movie shows one picture, and how the two movies are in step after it.
+void printLongestStill(const std::vector<testing::NumberedPicture> &pictures, double offset,
+                       const std::vector<Apart> &all) {
+    const auto stillFor = [&](std::size_t i) { return pictures[i + 1].seconds - pictures[i].seconds; };
+    std::size_t longest = 0;
+    for (std::size_t i = 0; i + 1 < pictures.size(); ++i)
+        if (stillFor(i) > stillFor(longest))
+            longest = i;
+    if (pictures.size() < 2)
+        return;
+    const double goesOn = pictures[longest + 1].seconds + offset;
+    double most = 0;
+    for (const Apart &one : all)
+        if (one.seconds > goesOn)
+            most = std::max(most, std::abs(one.milliseconds));
+    std::printf(
+        "camera: one picture is shown for %.2f s, while its clock went on by %.2f s; afterwards at most "
+        "%.1f ms apart\n",
+        stillFor(longest),
+        testing::clockface::between(pictures[longest].number, pictures[longest + 1].number) / 1000, most);
+}
+
 } // namespace
 
 void printCameraOffsets(const nlohmann::json &recording, const MovieSigns &signs,
@@ -77,6 +99,7 @@ void printCameraOffsets(const nlohmann::json &recording, const MovieSigns &signs
                 std::ranges::count_if(
                     all, [](const Apart &one) { return std::abs(one.milliseconds) > mostMilliseconds; }),
                 mostMilliseconds);
+    printLongestStill(pictures, offset, all);
 }
 
 } // namespace vantrell::bench

@@ -4,7 +4,7 @@
 // Records flashes and beeps that are made at the same moment, with pauses, and tells how far they are apart
 // in the movie; with a camera also how far that one's movie is from the screen's.
 //
-//     bench_sync [--seconds 600] [--pauses 5] [--skew 0] [--keep DIR] [--camera 1] [--wayland 1]
+//     bench_sync [--seconds 600] [--pauses 5] [--skew 0] [--keep DIR] [--camera 1 [--gap 60]] [--wayland 1]
 
 #include "BeepPlayer.h"
 #include "CameraOffsets.h"
@@ -48,6 +48,8 @@ struct Options {
     int skew = 0;
     std::string keep;
     bool camera = false;
+    /// For so many seconds in the middle the camera sends nothing.
+    int gap = 0;
     /// On sway, through the portal.
     bool wayland = false;
 };
@@ -67,12 +69,16 @@ Options parse(int argc, char **argv) {
             options.keep = value;
         else if (name == "--camera")
             options.camera = std::string_view(value) != "0";
+        else if (name == "--gap")
+            options.gap = int(std::strtol(value, nullptr, 10));
         else if (name == "--wayland")
             options.wayland = std::string_view(value) != "0";
         else
             std::exit(2);
     }
-    if (argc % 2 == 0 || options.seconds <= 0 || options.pauses < 0)
+    const double stretch = options.seconds / (options.pauses + 1);
+    if (argc % 2 == 0 || options.seconds <= 0 || options.pauses < 0 || options.gap < 0 ||
+        (options.gap > 0 && (!options.camera || options.gap >= stretch)))
         std::exit(2);
     return options;
 }
@@ -87,7 +93,8 @@ std::unique_ptr<testing::SoundSession> startSound(int skew) {
 }
 
 /// Records for the wanted time, pauses not counted. What the program says of it; nothing when it failed.
-nlohmann::json record(const Options &options, const std::string &folder, const testing::SwaySession *sway) {
+nlohmann::json record(const Options &options, const std::string &folder, const testing::SwaySession *sway,
+                      testing::VirtualCamera *camera) {
     testing::CaptureProgram program;
     if (sway) {
         for (const auto &[name, value] : sway->environment())
@@ -102,14 +109,22 @@ nlohmann::json record(const Options &options, const std::string &folder, const t
     program.start(arguments);
     program.waitForLog("recording started");
     const std::chrono::milliseconds stretch(int(options.seconds * 1000 / (options.pauses + 1)));
-    program.poll(stretch);
-    for (int i = 0; i < options.pauses && program.isRunning(); ++i) {
-        program.signal(SIGUSR1);
-        program.waitForLog("recording paused");
-        program.poll(pauseLength);
-        program.signal(SIGUSR1);
-        program.waitForLog("recording resumed");
-        program.poll(stretch);
+    for (int i = 0; i <= options.pauses && program.isRunning(); ++i) {
+        if (i > 0) {
+            program.signal(SIGUSR1);
+            program.waitForLog("recording paused");
+            program.poll(pauseLength);
+            program.signal(SIGUSR1);
+            program.waitForLog("recording resumed");
+        }
+        const std::chrono::seconds gap(i == options.pauses / 2 ? options.gap : 0);
+        program.poll((stretch - gap) / 2);
+        if (gap.count() > 0) {
+            camera->hang();
+            program.poll(gap);
+            camera->goOn();
+        }
+        program.poll((stretch - gap) / 2);
     }
     program.signal(SIGINT);
     const auto ended = program.finish();
@@ -168,8 +183,8 @@ int run(const Options &options) {
         face.numberAt = testing::clockface::numberAt;
         camera = std::make_unique<testing::VirtualCamera>(std::move(face));
     }
-    const nlohmann::json recording =
-        record(options, options.keep.empty() ? temporary.path().string() : options.keep, sway.get());
+    const nlohmann::json recording = record(
+        options, options.keep.empty() ? temporary.path().string() : options.keep, sway.get(), camera.get());
     const double ended = hostNow();
     auto flashes = scene.finish();
     if (sway)

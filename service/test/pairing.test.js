@@ -45,12 +45,19 @@ test('an approved device gets a working key exactly once', async () => {
 });
 
 test('a hasty poll learns nothing and does not use up the key', async () => {
-  const { deviceCode, code } = await request();
-  await poll(deviceCode);
-  await decide(code, 'approve');
-  assert.deepEqual(await poll(deviceCode), { status: 'pending' });
-  await interval();
-  assert.equal((await poll(deviceCode)).status, 'approved');
+  // A busy machine takes longer than the interval now and then: then it was not hasty.
+  for (let isHasty = false; !isHasty; ) {
+    const { deviceCode, code } = await request();
+    const begun = performance.now();
+    await poll(deviceCode);
+    await decide(code, 'approve');
+    const answer = await poll(deviceCode);
+    isHasty = performance.now() - begun < INTERVAL_MS;
+    if (!isHasty) continue;
+    assert.deepEqual(answer, { status: 'pending' });
+    await interval();
+    assert.equal((await poll(deviceCode)).status, 'approved');
+  }
 });
 
 test('two polls at once do not get two keys', async () => {

@@ -490,15 +490,17 @@ void AppDelegate::noteWithoutTray() {
     }
     if (!isWanted || m_recordingNotification)
         return;
-    // What comes up over the windows would be in the picture that the panels keep out of.
+    // What comes up over the windows would be in the picture that the panels keep out of. GNOME's list has no
+    // buttons: there a click has to do.
     m_recordingNotification =
         notifier.show({.title = inUsersLanguage(std::string("Vantrell Capture, recording")),
-                       .actions = {{"stop", inUsersLanguage(std::string("Stop Recording"))},
+                       .body = inUsersLanguage(std::string("Click here to stop")),
+                       .actions = {{"default", inUsersLanguage(std::string("Stop Recording"))},
+                                   {"stop", inUsersLanguage(std::string("Stop Recording"))},
                                    {"pause", inUsersLanguage(std::string(isPaused ? "Resume" : "Pause"))}},
                        .stays = true,
                        .isQuiet = !isSeen},
                       [this](const std::string &key) {
-                          m_recordingNotification = 0;
                           if (key == "pause")
                               m_recording.togglePause();
                           else

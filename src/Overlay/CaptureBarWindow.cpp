@@ -60,9 +60,12 @@ CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, CameraBackend &cameras, 
     updateRow->setSpacing(barGap);
     buildUpdateRow(*updateRow);
     column->addWidget(m_updateRow);
-    m_controls = new QHBoxLayout;
+    m_controls = new QBoxLayout(QBoxLayout::LeftToRight);
     m_controls->setSpacing(barGap);
-    buildControls(*m_controls);
+    buildTools(addPart());
+    m_betweenParts = new Separator(this);
+    m_controls->addWidget(m_betweenParts);
+    buildOptions(addPart());
     column->addLayout(m_controls);
 }
 
@@ -78,7 +81,15 @@ void CaptureBarWindow::addSeparator(QBoxLayout &row) {
     row.addWidget(new Separator(this));
 }
 
-void CaptureBarWindow::buildControls(QBoxLayout &row) {
+QBoxLayout &CaptureBarWindow::addPart() {
+    auto *part = new QHBoxLayout;
+    part->setSpacing(barGap);
+    m_controls->addLayout(part);
+    m_controls->setAlignment(part, Qt::AlignHCenter);
+    return *part;
+}
+
+void CaptureBarWindow::buildTools(QBoxLayout &row) {
     const auto *close = add(row, tr("Close"), Symbol::close);
     QObject::connect(close, &QAbstractButton::clicked, this, [this] {
         const auto state = m_state;
@@ -99,7 +110,9 @@ void CaptureBarWindow::buildControls(QBoxLayout &row) {
         QObject::connect(tool.button, &QAbstractButton::clicked, this,
                          [this, mode = tool.mode] { setTool(mode); });
     }
-    addSeparator(row);
+}
+
+void CaptureBarWindow::buildOptions(QBoxLayout &row) {
     for (PanelButton *const device : {m_microphone.button(), m_camera.button()}) {
         device->setHeight(controlHeight, true);
         row.addWidget(device);
@@ -208,21 +221,33 @@ void CaptureBarWindow::refresh() {
 }
 
 void CaptureBarWindow::fit() {
-    for (const Room room : {Room::full, Room::symbolsForTools, Room::symbols}) {
-        m_room = room;
-        applyRoom();
-        // Asked alone: the window's own layout would make the window as large before it is known to fit.
-        m_controls->invalidate();
-        if (m_controls->sizeHint().width() + 2 * (barPadding + screenMargin) <= m_screenWidth)
-            break;
-    }
+    if (!fitRows(QBoxLayout::LeftToRight))
+        fitRows(QBoxLayout::TopToBottom);
     layout()->activate();
     adjustSize();
 }
 
+bool CaptureBarWindow::fitRows(QBoxLayout::Direction direction) {
+    m_controls->setDirection(direction);
+    m_betweenParts->setVisible(direction == QBoxLayout::LeftToRight);
+    for (const Room room : {Room::full, Room::symbolsForTools, Room::symbols}) {
+        m_room = room;
+        applyRoom();
+        // Asked alone: the window's own layout would make the window as large before it is known to fit.
+        for (int at = 0; at < m_controls->count(); ++at)
+            m_controls->itemAt(at)->invalidate();
+        m_controls->invalidate();
+        if (m_controls->sizeHint().width() + 2 * (barPadding + screenMargin) <= m_screenWidth)
+            return true;
+    }
+    return false;
+}
+
 void CaptureBarWindow::applyRoom() {
+    // A row of their own has room for words.
+    const bool saysTools = m_room == Room::full || m_controls->direction() == QBoxLayout::TopToBottom;
     for (const Tool &tool : m_tools)
-        tool.button->setWords(m_room == Room::full ? tool.words : QString());
+        tool.button->setWords(saysTools ? tool.words : QString());
     m_microphone.refresh(m_room != Room::symbols);
     m_camera.refresh(m_room != Room::symbols);
     m_project->setMostTextWidth(m_room == Room::symbols ? mostNarrowProjectWidth : mostProjectWidth);

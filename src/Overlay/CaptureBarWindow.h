@@ -10,13 +10,13 @@
 #include "Panels/PanelButton.h"
 #include "Panels/PanelLabel.h"
 
+#include <QBoxLayout>
 #include <QCoreApplication>
 
 #include <array>
 #include <functional>
 #include <memory>
 
-class QBoxLayout;
 class QMenu;
 
 namespace vantrell {
@@ -52,9 +52,14 @@ private:
 
     PanelButton *add(QBoxLayout &row, const QString &label, Symbol symbol);
     void addSeparator(QBoxLayout &row);
-    void buildControls(QBoxLayout &row);
+    QBoxLayout &addPart();
+    void buildTools(QBoxLayout &row);
+    void buildOptions(QBoxLayout &row);
     void buildUpdateRow(QBoxLayout &row);
     void fit();
+    /// Both parts side by side or below each other, with as many words as there is room for; false when there
+    /// is none even without.
+    bool fitRows(QBoxLayout::Direction direction);
     void applyRoom();
     void setTool(ToolMode tool);
     void giveKeyboardBack();
@@ -72,7 +77,9 @@ private:
     PanelButton *m_countdown = nullptr;
     PanelButton *m_project = nullptr;
     PanelButton *m_connect = nullptr;
+    /// The tools and the options of the recording.
     QBoxLayout *m_controls = nullptr;
+    QWidget *m_betweenParts = nullptr;
     QWidget *m_updateRow = nullptr;
     PanelLabel *m_updateText = nullptr;
     Room m_room = Room::full;

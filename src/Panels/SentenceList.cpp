@@ -38,6 +38,7 @@ constexpr const char *sentences[] = {
     QT_TRANSLATE_NOOP("Sentences", "Screen Recording permission needed"),
     QT_TRANSLATE_NOOP("Sentences", "Enable Screen Recording…"),
     QT_TRANSLATE_NOOP("Sentences", "Vantrell Capture, recording"),
+    QT_TRANSLATE_NOOP("Sentences", "Click here to stop"),
     QT_TRANSLATE_NOOP("Sentences", "Vantrell Capture, uploading"),
     QT_TRANSLATE_NOOP("Sentences", "Pause"),
     QT_TRANSLATE_NOOP("Sentences", "Resume"),

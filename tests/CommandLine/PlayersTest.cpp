@@ -48,7 +48,8 @@ public:
                     framecode::read(picture.luma + codeY * picture.lumaStride + codeX, picture.lumaStride))
                 shownAt[int(*number)] = picture.seconds;
         });
-        EXPECT_GT(shownAt.size(), 100u);
+        // A busy machine drops pictures.
+        EXPECT_GT(shownAt.size(), 40u);
     }
 
     CaptureProgram program;

@@ -3,6 +3,7 @@
 
 #include "Overlay/CaptureBar.h"
 
+#include "Overlay/CaptureBarWindow.h"
 #include "Panels/DesktopLink.h"
 #include "Platform/X11/X11StillCapture.h"
 #include "TestSupport/Desktop/X11Application.h"
@@ -211,6 +212,23 @@ TEST_F(CaptureBarTest, offersToConnectAndToUpdate) {
     clickOn(*controlNamed("Later"));
     EXPECT_TRUE(eventually([&] { return isDeferred; }));
     EXPECT_EQ(controlNamed("Install"), nullptr);
+}
+
+TEST_F(CaptureBarTest, isWholeOnANarrowDisplayAndInOneRowWhereThatFits) {
+    CaptureBarWindow window(sound, cameras, clock);
+    state->micEnabled = state->cameraEnabled = true;
+    state->countdownSeconds = 3;
+    int oneRow = 0;
+    for (const int width : {1920, 1000, 760, 540}) {
+        window.show(state, {}, width);
+        EXPECT_LE(window.panelRect().width(), width);
+        for (const auto *control : window.findChildren<PanelButton *>())
+            EXPECT_TRUE(!control->isVisibleTo(&window) || window.panelRect().contains(control->geometry()))
+                << width << " " << control->accessibleName().toStdString();
+        if (width == 1920)
+            oneRow = window.panelRect().height();
+        EXPECT_EQ(window.panelRect().height() > oneRow, width == 540) << width;
+    }
 }
 
 } // namespace

@@ -44,6 +44,11 @@ void CameraDecoder::open() {
     m_context->thread_count = 1;
     m_context->flags |= AV_CODEC_FLAG_LOW_DELAY;
     m_context->log_level_offset = AV_LOG_INFO - AV_LOG_ERROR;
+    m_context->opaque = this;
+    m_context->get_buffer2 = [](AVCodecContext *context, AVFrame *frame, int flags) {
+        ++static_cast<CameraDecoder *>(context->opaque)->m_begun;
+        return avcodec_default_get_buffer2(context, frame, flags);
+    };
     if (m_isStrict)
         m_context->err_recognition |= AV_EF_EXPLODE | AV_EF_BITSTREAM | AV_EF_BUFFER;
     if (avcodec_open2(m_context.get(), codec, nullptr) < 0)
@@ -54,11 +59,13 @@ bool CameraDecoder::decodeVideo(std::span<const std::uint8_t> data) {
     if (!m_context || !m_packet || av_new_packet(m_packet.get(), int(data.size())) < 0)
         return false;
     std::ranges::copy(data, m_packet->data);
+    m_begun = 0;
     const bool isTaken = avcodec_send_packet(m_context.get(), m_packet.get()) >= 0;
     av_packet_unref(m_packet.get());
     if (!isTaken || avcodec_receive_frame(m_context.get(), m_frame.get()) < 0 || m_frame->width <= 0)
         return false;
-    return !m_isStrict || (m_frame->decode_error_flags == 0 && (m_frame->flags & AV_FRAME_FLAG_CORRUPT) == 0);
+    return !m_isStrict || (m_begun <= 1 && m_frame->decode_error_flags == 0 &&
+                           (m_frame->flags & AV_FRAME_FLAG_CORRUPT) == 0);
 }
 
 const AVFrame *CameraDecoder::decode(std::span<const std::uint8_t> data, int leastSide) {

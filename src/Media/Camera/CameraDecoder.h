@@ -14,6 +14,8 @@ class CameraDecoder {
 public:
     /// Of the given compressed format.
     explicit CameraDecoder(CameraFormat format);
+    CameraDecoder(const CameraDecoder &) = delete;
+    CameraDecoder &operator=(const CameraDecoder &) = delete;
 
     /// The picture, valid until the next call; null when it is damaged or not to be shown yet. `leastSide` is
     /// what its shorter side has to have: it may come smaller; 0 for its own size.
@@ -30,6 +32,9 @@ private:
     /// Pictures of a video stream that refer to a damaged one are left out: so many more, unless a key frame
     /// comes before.
     int m_spoilt = 0;
+    /// Pictures that the decoder has made room for since it was given the last one: more than one when it had
+    /// to invent those that a busy machine has lost on the way, which it does not tell otherwise.
+    int m_begun = 0;
     JpegUnpacker m_jpeg;
     CodecContextPtr m_context;
     PacketPtr m_packet;

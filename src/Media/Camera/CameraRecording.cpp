@@ -126,7 +126,7 @@ std::expected<std::unique_ptr<VideoEncoder>, PlatformError> CameraRecording::ope
     if (!writer)
         return std::unexpected(writer.error());
     m_writer = std::move(*writer);
-    auto encoder = m_encoders->create(m_kind.size, PictureContent::camera, m_kind.matrix);
+    auto encoder = m_encoders->create(m_kind.size, m_kind.content, m_kind.matrix);
     if (!encoder)
         return encoder;
     m_track = m_writer->addVideoTrack({.size = (*encoder)->encodedSize(),

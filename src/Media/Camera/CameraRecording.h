@@ -26,6 +26,7 @@ public:
     struct Kind {
         PixelSize size;
         ColourMatrix matrix = ColourMatrix::bt601;
+        PictureContent content = PictureContent::camera;
     };
     /// Paints the picture that the camera showed last; any thread.
     using LastPicture = std::function<void(Nv12Frame &to)>;

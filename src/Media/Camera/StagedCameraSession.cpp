@@ -89,6 +89,8 @@ void StagedCameraSession::take(const CameraFrame &frame) {
     if (!m_last) {
         m_last = std::make_unique<Nv12Frame>(m_reader.size());
         m_matrix = m_reader.matrix();
+        if (frame.format == CameraFormat::mjpeg)
+            m_content = PictureContent::jpegCamera;
     }
     Nv12Frame *const room = m_recording ? m_recording->roomFor(frame.hostTime) : nullptr;
     const bool isLookedAt = m_preview->wantedSide() > 0;
@@ -117,8 +119,8 @@ void StagedCameraSession::startRecording(std::filesystem::path file, CaptureStre
     if (!m_last)
         return;
     m_recording = std::make_shared<CameraRecording>(
-        std::move(file), std::move(events), CameraRecording::Kind{m_last->picture(), m_matrix}, hostNow(),
-        m_encoders, [this](Nv12Frame &to) { copyLast(to); });
+        std::move(file), std::move(events), CameraRecording::Kind{m_last->picture(), m_matrix, m_content},
+        hostNow(), m_encoders, [this](Nv12Frame &to) { copyLast(to); });
 }
 
 void StagedCameraSession::copyLast(Nv12Frame &to) {

@@ -60,6 +60,7 @@ private:
     /// The newest picture in the size of the first one, which is that of all files.
     std::unique_ptr<Nv12Frame> m_last;
     ColourMatrix m_matrix = ColourMatrix::bt601;
+    PictureContent m_content = PictureContent::camera;
     std::shared_ptr<CameraRecording> m_recording;
 
     /// The main thread's: files that are being finished.

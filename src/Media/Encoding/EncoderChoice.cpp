@@ -68,7 +68,7 @@ std::vector<LibavEncoder::Codec> hardwareEncoders() {
 
 std::expected<std::unique_ptr<VideoEncoder>, PlatformError>
 EncoderChoice::create(PixelSize picture, PictureContent content, ColourMatrix matrix) {
-    const bool isCamera = content == PictureContent::camera;
+    const bool isCamera = content != PictureContent::screen;
     const bool wantsHardware =
         m_preference == EncoderPreference::hardware ||
         (m_preference == EncoderPreference::automatic && (isCamera || SlicedX264::isLarge(picture)));
@@ -78,7 +78,7 @@ EncoderChoice::create(PixelSize picture, PictureContent content, ColourMatrix ma
         m_hardwareWorks = false;
     }
     if (isCamera)
-        return X264CameraEncoder::create(picture, matrix);
+        return X264CameraEncoder::create(picture, content, matrix);
     return createSoftware(picture);
 }
 
@@ -95,7 +95,7 @@ std::unique_ptr<VideoEncoder> EncoderChoice::createHardware(PixelSize picture, P
                                                             ColourMatrix matrix) {
     for (LibavEncoder::Codec codec : m_hardware) {
         for (auto &[name, value] : codec.options)
-            if (name == "qp" && content == PictureContent::camera)
+            if (name == "qp" && content != PictureContent::screen)
                 value = cameraQuantizer;
         auto encoder = LibavEncoder::create(codec, picture, matrix);
         const auto tried = encoder ? tryEncoder(**encoder, picture)

@@ -5,6 +5,7 @@
 
 #include "Media/Encoding/BandTrials.h"
 #include "Media/Encoding/LibavEncoder.h"
+#include "Media/Encoding/PictureContent.h"
 #include "Media/Encoding/VideoEncoder.h"
 
 #include <atomic>
@@ -22,14 +23,6 @@ enum class EncoderPreference {
     software,
     /// The graphics card for everything, where one works.
     hardware,
-};
-
-/// What pictures show, which decides how they are best encoded.
-enum class PictureContent {
-    /// Most stands still, edges are sharp, motion is by whole pixels.
-    screen = 1,
-    /// All changes a little all the time.
-    camera,
 };
 
 /// "software", "hardware"; everything else is automatic.

@@ -12,7 +12,7 @@ namespace vantrell {
 
 namespace {
 
-x264_param_t cameraParameters(PixelSize encoded, ColourMatrix matrix) {
+x264_param_t cameraParameters(PixelSize encoded, PictureContent content, ColourMatrix matrix) {
     x264_param_t p = x264Parameters(encoded, matrix);
     p.i_threads = 1;
     p.b_sliced_threads = 0;
@@ -33,6 +33,15 @@ x264_param_t cameraParameters(PixelSize encoded, ColourMatrix matrix) {
     p.analyse.i_me_method = X264_ME_DIA;
     p.analyse.i_subpel_refine = 0;
     p.analyse.i_weighted_pred = X264_WEIGHTP_NONE;
+    if (content == PictureContent::jpegCamera) {
+        // A block that the camera's compression has flattened is told more cheaply by itself than by what is
+        // missing to the noise that lay there before.
+        p.analyse.inter = X264_ANALYSE_I8x8;
+        p.analyse.intra = X264_ANALYSE_I8x8;
+        p.analyse.i_luma_deadzone[0] = 14;
+        p.i_deblocking_filter_alphac0 = 1;
+        p.i_deblocking_filter_beta = 1;
+    }
     p.rc.i_rc_method = X264_RC_CQP;
     p.rc.i_aq_mode = X264_AQ_NONE;
     // Whatever is asked for later is clipped to what lies between that of moving pictures and of key frames.
@@ -47,9 +56,9 @@ x264_param_t cameraParameters(PixelSize encoded, ColourMatrix matrix) {
 } // namespace
 
 std::expected<std::unique_ptr<X264CameraEncoder>, PlatformError>
-X264CameraEncoder::create(PixelSize picture, ColourMatrix matrix) {
+X264CameraEncoder::create(PixelSize picture, PictureContent content, ColourMatrix matrix) {
     const PixelSize encoded = x264EncodedSize(picture);
-    x264_param_t parameters = cameraParameters(encoded, matrix);
+    x264_param_t parameters = cameraParameters(encoded, content, matrix);
     X264Ptr encoder(x264_encoder_open(&parameters));
     if (!encoder)
         return std::unexpected(
@@ -58,12 +67,14 @@ X264CameraEncoder::create(PixelSize picture, ColourMatrix matrix) {
     if (!configuration)
         return std::unexpected(configuration.error());
     return std::unique_ptr<X264CameraEncoder>(
-        new X264CameraEncoder(std::move(encoder), encoded, std::move(*configuration)));
+        new X264CameraEncoder(std::move(encoder), encoded, std::move(*configuration), content));
 }
 
 X264CameraEncoder::X264CameraEncoder(X264Ptr encoder, PixelSize encoded,
-                                     std::vector<std::uint8_t> configuration)
-    : m_encoder(std::move(encoder)), m_encoded(encoded), m_configuration(std::move(configuration)) {}
+                                     std::vector<std::uint8_t> configuration, PictureContent content)
+    : m_encoder(std::move(encoder)), m_encoded(encoded), m_configuration(std::move(configuration)),
+      m_quantizer(content == PictureContent::jpegCamera ? CameraQuantizer::plain + 1
+                                                        : CameraQuantizer::plain) {}
 
 std::expected<EncodedFrame, PlatformError> X264CameraEncoder::encode(const Nv12Frame &frame, const BlockMap &,
                                                                      std::int64_t presentationTime,

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Media/Encoding/CameraQuantizer.h"
+#include "Media/Encoding/PictureContent.h"
 #include "Media/Encoding/VideoEncoder.h"
 #include "Media/Encoding/X264Library.h"
 
@@ -15,8 +16,9 @@ namespace vantrell {
 /// noise is no detail.
 class X264CameraEncoder final : public VideoEncoder {
 public:
-    static std::expected<std::unique_ptr<X264CameraEncoder>, PlatformError> create(PixelSize picture,
-                                                                                   ColourMatrix matrix);
+    /// For a camera's `content`.
+    static std::expected<std::unique_ptr<X264CameraEncoder>, PlatformError>
+    create(PixelSize picture, PictureContent content, ColourMatrix matrix);
 
     const std::vector<std::uint8_t> &codecConfiguration() const override { return m_configuration; }
     PixelSize encodedSize() const override { return m_encoded; }
@@ -25,7 +27,8 @@ public:
                                                       std::int64_t presentationTime, bool keyFrame) override;
 
 private:
-    X264CameraEncoder(X264Ptr encoder, PixelSize encoded, std::vector<std::uint8_t> configuration);
+    X264CameraEncoder(X264Ptr encoder, PixelSize encoded, std::vector<std::uint8_t> configuration,
+                      PictureContent content);
 
     const X264Ptr m_encoder;
     const PixelSize m_encoded;

@@ -35,7 +35,8 @@ protected:
         using namespace vantrell::testing;
         QImage code(framecode::width, framecode::height, QImage::Format_RGB32);
         framecode::draw(m_number, code.bits(), code.bytesPerLine());
-        painter.drawImage(place().topLeft(), code);
+        // Without the unused byte of each pixel, which some compositors take for transparency.
+        painter.drawImage(place().topLeft(), code.convertToFormat(QImage::Format_RGB888));
         std::printf("%u %.6f\n", m_number, vantrell::hostNow());
         std::fflush(stdout);
     }
