@@ -211,7 +211,7 @@ TEST_F(ApplicationTest, losesNothingHoweverItEnds) {
             expectArrived(int(known.size()) + 1);
             for (const nlohmann::json &capture : service.captures(key))
                 if (known.insert(capture.at("id")).second)
-                    EXPECT_GE(capture.at("durationMs").get<int>(), recorded - (isKilled ? 2000 : 0));
+                    EXPECT_GE(capture.at("durationMs").get<int>(), recorded - (isKilled ? 2500 : 0));
             ASSERT_FALSE(HasFailure());
         }
     }
