@@ -65,11 +65,14 @@ std::vector<TabularPiece> tabularPieces(const QString &text, const QFontMetricsF
 
 } // namespace
 
-QFont panelFont(double size, QFont::Weight weight) {
-    constexpr double usualPixels = 15;
+double textScale() {
     constexpr double most = 1.6;
+    return std::clamp(QFontInfo(QApplication::font()).pixelSize() / usualTextPixels, 1.0, most);
+}
+
+QFont panelFont(double size, QFont::Weight weight) {
     QFont font = QApplication::font();
-    const double larger = std::clamp(QFontInfo(font).pixelSize() / usualPixels, 1.0, most);
+    const double larger = textScale();
     // Pixel sizes are whole numbers; points are not.
     font.setPointSizeF(font.pointSizeF() > 0 && QFontInfo(font).pixelSize() > 0
                            ? size * larger * QFontInfo(font).pointSizeF() / QFontInfo(font).pixelSize()
