@@ -25,6 +25,7 @@ QString TrayWatcher::introspect(const QString &) const {
 bool TrayWatcher::handleMessage(const QDBusMessage &message, const QDBusConnection &) {
     if (message.member() == QLatin1String("RegisterStatusNotifierItem")) {
         m_iconAt = hostNow();
+        m_owner = message.service();
         return m_bus.send(message.createReply());
     }
     // All that is asked for: whether somebody shows icons.

@@ -21,9 +21,12 @@ public:
     /// Host time of the newest icon since `forget`.
     std::optional<double> iconAt() const { return m_iconAt; }
     void forget() { m_iconAt.reset(); }
+    /// The bus name of the process whose icon that is.
+    const QString &owner() const { return m_owner; }
 
 private:
     QDBusConnection m_bus;
+    QString m_owner;
     std::optional<double> m_iconAt;
 };
 

@@ -6,17 +6,25 @@
 // time while idle; and whether memory and descriptors stay as they are over many recordings.
 //
 //     bench_application [--rounds 10] [--idle 60] [--recordings 50]
+//     bench_application --day 500
+//
+// The second is a day of work in one process: so many recordings of a second are uploaded to a service, and
+// the tray's host works the menu, which is made anew four times for each.
 
+#include "Growth.h"
 #include "ProcessTree.h"
 #include "Session/ApplicationBus.h"
 #include "Support/HostTime.h"
 #include "TestSupport/Account/SessionBus.h"
 #include "TestSupport/Desktop/X11Session.h"
+#include "TestSupport/Network/LocalService.h"
 #include "TestSupport/Program/CaptureProgram.h"
 #include "TestSupport/RunTask.h"
+#include "TrayMenu.h"
 #include "TrayWatcher.h"
 
 #include <QCoreApplication>
+#include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusReply>
 
@@ -28,6 +36,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <stdexcept>
 #include <string_view>
 #include <thread>
 #include <vector>
@@ -125,6 +134,45 @@ public:
         std::fflush(stdout);
     }
 
+    void day(int recordings) {
+        LocalService service;
+        service.createProject("Day");
+        m_app.set("VANTRELL_API_URL", service.url());
+        m_app.set("VANTRELL_API_KEY", service.createKey());
+        m_app.start({});
+        awaitState("idle");
+        eventually([this] { return m_tray.iconAt().has_value(); });
+        std::puts("recordings   menus   pss MiB   descriptors   threads");
+        Growth memory, descriptors;
+        const int step = std::max(1, recordings / 25);
+        for (int done = 0;; ++done) {
+            if (done % step == 0) {
+                // Cards leave some seconds after their upload.
+                eventually([this] { return cards() == 0; });
+                const double pss = useOf(pid_t(m_app.processId())).pssMiB;
+                const auto open = double(openDescriptors());
+                memory.add(done, pss * 1024);
+                descriptors.add(done, open);
+                std::printf("%10d %7d %9.1f %13.0f %9zu\n", done, done * menusPerRecording, pss, open,
+                            threads().size());
+                std::fflush(stdout);
+            }
+            if (done == recordings)
+                break;
+            for (int i = 0; i < menusPerRecording; ++i)
+                toggleInMenu();
+            record();
+            std::this_thread::sleep_for(std::chrono::seconds(1));
+            call("Stop");
+            awaitState("idle");
+            eventually([this] { return status(QStringLiteral("uploading")).toInt() == 0; });
+        }
+        std::printf("each recording adds         %.2f KiB   %.4f descriptors\n", memory.perCount(),
+                    descriptors.perCount());
+        call("Quit");
+        m_app.finish();
+    }
+
     void stops(int rounds) {
         WindowWatch windows;
         std::vector<double> times;
@@ -148,6 +196,9 @@ public:
     }
 
 private:
+    /// Even: what the clicks change is as it was then.
+    static constexpr int menusPerRecording = 4;
+
     struct ThreadUse {
         double switches = 0;
         double cpuSeconds = 0;
@@ -173,13 +224,26 @@ private:
         return made;
     }
     QDBusMessage call(const char *method, const QVariantList &arguments = {}) {
-        return m_bus.connection().call(message(method, arguments), QDBus::BlockWithGui, 30'000);
+        return m_bus.call(message(method, arguments));
+    }
+    QVariant status(const QString &what) {
+        const QDBusReply<QVariantMap> status = call("Status");
+        return status.value().value(what);
+    }
+    std::ptrdiff_t cards() {
+        return qdbus_cast<QList<QVariantMap>>(call("Items").arguments().value(0)).size();
     }
     void awaitState(const char *wanted) {
-        eventually([&] {
-            const QDBusReply<QVariantMap> status = call("Status");
-            return status.value().value(QStringLiteral("state")).toString() == QLatin1String(wanted);
-        });
+        eventually([&] { return status(QStringLiteral("state")).toString() == QLatin1String(wanted); });
+    }
+    /// As the tray's host does when somebody clicks in the menu, which is made anew then.
+    void toggleInMenu() {
+        TrayMenu menu(m_bus.connection(), m_tray.owner());
+        const auto title = QStringLiteral("Record Microphone");
+        const auto before = menu.find(title);
+        menu.click(before.value());
+        if (!eventually([&] { return menu.find(title).value().isChecked != before->isChecked; }))
+            throw std::runtime_error("the menu is not made anew");
     }
     void record() {
         call("Start", {QVariantMap()});
@@ -216,11 +280,19 @@ int main(int argc, char **argv) {
     int rounds = 10;
     int idle = 60;
     int recordings = 50;
+    int day = 0;
     for (int i = 1; i + 1 < argc; i += 2) {
         const std::string_view option = argv[i];
-        (option == "--rounds" ? rounds : option == "--idle" ? idle : recordings) = std::atoi(argv[i + 1]);
+        (option == "--rounds" ? rounds
+         : option == "--idle" ? idle
+         : option == "--day"  ? day
+                              : recordings) = std::atoi(argv[i + 1]);
     }
     Bench bench;
+    if (day > 0) {
+        bench.day(day);
+        return 0;
+    }
     bench.starts(rounds);
     bench.idle(idle);
     bench.manyRecordings(recordings);

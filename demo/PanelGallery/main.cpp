@@ -3,6 +3,7 @@
 
 #include "Backdrop.h"
 #include "Panels/Languages.h"
+#include "Panels/PanelFont.h"
 #include "Panels/PseudoLanguage.h"
 #include "Platform/X11/X11StillCapture.h"
 #include "Scenes.h"
@@ -12,6 +13,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QCursor>
+#include <QFont>
 #include <QTemporaryDir>
 
 #include <cstring>
@@ -33,12 +35,18 @@ int main(int argc, char **argv) {
     parser.addOption({"out", "Write a picture of each panel into this folder.", "folder", "panel-gallery"});
     parser.addOption({"scale", "Pixels for each point.", "scale", "1"});
     parser.addOption({"light", "On a light screen."});
+    parser.addOption({"text", "The desktop's text, times as large as usual.", "factor"});
     parser.addOption({"rtl", "For those who read from the right."});
     parser.addOption(
         {"language", "In that language; \"pseudo\" shows what is not translated or cut.", "language"});
     parser.addOption({"audit", "Writes no pictures, and fails when a text is not translated or cut."});
     parser.addOption({"only", "Scenes whose names begin so.", "prefix"});
     parser.process(application);
+    if (parser.isSet("text")) {
+        QFont font = QApplication::font();
+        font.setPixelSize(qRound(usualTextPixels * parser.value("text").toDouble()));
+        QApplication::setFont(font);
+    }
     if (parser.isSet("rtl"))
         QApplication::setLayoutDirection(Qt::RightToLeft);
 

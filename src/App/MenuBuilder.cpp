@@ -38,6 +38,12 @@ void showKey(QAction &action, const std::string &key) {
 void fillMenu(QMenu &menu, const std::vector<MenuEntry> &entries,
               const std::function<void(const MenuEntry &)> &chosen) {
     menu.clear();
+    // They are not cleared with it. Emptied first, for the tray's items go with the actions, not with the
+    // menu; later, for one of them may be what is calling.
+    for (QMenu *const submenu : menu.findChildren<QMenu *>(QString(), Qt::FindDirectChildrenOnly)) {
+        submenu->clear();
+        submenu->deleteLater();
+    }
     for (const MenuEntry &entry : entries) {
         if (entry.isSeparator()) {
             menu.addSeparator();

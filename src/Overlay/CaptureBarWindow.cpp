@@ -72,7 +72,7 @@ CaptureBarWindow::CaptureBarWindow(AudioBackend &audio, CameraBackend &cameras, 
 PanelButton *CaptureBarWindow::add(QBoxLayout &row, const QString &label, Symbol symbol) {
     auto *button = new PanelButton(label, this);
     button->setSymbol(symbol);
-    button->setHeight(controlHeight);
+    button->setHeight(controlHeight, true);
     row.addWidget(button);
     return button;
 }
@@ -113,8 +113,10 @@ void CaptureBarWindow::buildTools(QBoxLayout &row) {
 }
 
 void CaptureBarWindow::buildOptions(QBoxLayout &row) {
-    row.addWidget(m_microphone.button());
-    row.addWidget(m_camera.button());
+    for (PanelButton *const device : {m_microphone.button(), m_camera.button()}) {
+        device->setHeight(controlHeight, true);
+        row.addWidget(device);
+    }
     m_systemAudio = add(row, tr("System audio"), Symbol::speaker);
     m_systemAudio->setCheckable(true);
     QObject::connect(m_systemAudio, &QAbstractButton::clicked, this, [this](bool isOn) {
@@ -129,6 +131,7 @@ void CaptureBarWindow::buildOptions(QBoxLayout &row) {
     m_countdown->setMenuMaker([this] { return countdownMenu(); });
     addSeparator(row);
     m_project = new PanelButton(tr("Upload to"), this);
+    m_project->setHeight(controlHeight, true);
     m_project->setMostTextWidth(mostProjectWidth);
     m_project->setMenuMaker([this] { return projectMenu(); });
     row.addWidget(m_project);

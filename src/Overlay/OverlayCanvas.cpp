@@ -4,8 +4,8 @@
 #include "Overlay/OverlayCanvas.h"
 
 #include "Overlay/OverlayColours.h"
+#include "Panels/DesktopLink.h"
 
-#include <QGuiApplication>
 #include <QPainter>
 #include <QWidget>
 
@@ -106,16 +106,16 @@ void OverlayCanvas::Server::put(xcb_drawable_t target, xcb_gcontext_t context, i
 }
 
 bool OverlayCanvas::hasServer() {
-    return qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return DesktopLink::serverOfQt();
 }
 
 std::unique_ptr<OverlayCanvas> OverlayCanvas::create(QWidget &window, const PixelRect &display,
                                                      bool isBlended) {
-    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!x11)
+    xcb_connection_t *const connection = DesktopLink::serverOfQt();
+    if (!connection)
         return nullptr;
     auto server = std::make_unique<Server>();
-    xcb_connection_t *connection = server->connection = x11->connection();
+    server->connection = connection;
     server->window = xcb_window_t(window.winId());
     const auto geometryAsked = xcb_get_geometry(connection, server->window);
     const auto attributesAsked = xcb_get_window_attributes(connection, server->window);

@@ -53,12 +53,6 @@ xcb_atom_t atomNamed(xcb_connection_t *connection, std::string_view name) {
     return reply ? reply->atom : xcb_atom_t(XCB_ATOM_NONE);
 }
 
-/// Qt's own connection: what is asked for there comes after the making of the window. Null without X.
-xcb_connection_t *qtConnection() {
-    const auto *x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
-    return x11 ? x11->connection() : nullptr;
-}
-
 xcb_xfixes_region_t makeRegion(xcb_connection_t *connection, const QRegion &region) {
     std::vector<xcb_rectangle_t> rectangles;
     for (const QRect &rect : region) {
@@ -115,6 +109,12 @@ struct DesktopLink::PaintWatch {
     }
 };
 
+xcb_connection_t *DesktopLink::serverOfQt() {
+    // Qt's offscreen platform says that it is X11, and has none.
+    const auto *x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
+    return x11 ? x11->connection() : nullptr;
+}
+
 DesktopLink &DesktopLink::instance() {
     // Never taken down: panels that live as long as the process may still end their watches.
     static DesktopLink *const link = new DesktopLink;
@@ -122,7 +122,7 @@ DesktopLink &DesktopLink::instance() {
 }
 
 DesktopLink::DesktopLink() {
-    if (!qtConnection()) {
+    if (!serverOfQt()) {
         // Wayland's compositors blend always.
         m_isComposited = QGuiApplication::platformName().startsWith(QLatin1String("wayland"));
         return;
@@ -140,7 +140,7 @@ DesktopLink::DesktopLink() {
     const xcb_query_extension_reply_t *fixes = xcb_get_extension_data(m_connection, &xcb_xfixes_id);
     if (fixes && fixes->present) {
         m_firstFixesEvent = fixes->first_event;
-        for (xcb_connection_t *connection : {m_connection, qtConnection()})
+        for (xcb_connection_t *connection : {m_connection, serverOfQt()})
             xcb_discard_reply(connection, xcb_xfixes_query_version(connection, 4, 0).sequence);
         xcb_xfixes_select_selection_input(m_connection, m_root, m_compositorSelection,
                                           XCB_XFIXES_SELECTION_EVENT_MASK_SET_SELECTION_OWNER |
@@ -165,14 +165,14 @@ void DesktopLink::markAsOwn(WindowId window) {
     if (!m_connection)
         return;
     const std::uint32_t yes = 1;
-    xcb_change_property(qtConnection(), XCB_PROP_MODE_REPLACE, window, m_ownMark, XCB_ATOM_CARDINAL, 32, 1,
+    xcb_change_property(serverOfQt(), XCB_PROP_MODE_REPLACE, window, m_ownMark, XCB_ATOM_CARDINAL, 32, 1,
                         &yes);
 }
 
 void DesktopLink::setShape(WindowId window, const QRegion &visible, const QRegion &touchable) {
     if (!m_connection || m_firstFixesEvent == 0)
         return;
-    xcb_connection_t *connection = qtConnection();
+    xcb_connection_t *connection = serverOfQt();
     for (const auto &[kind, region] :
          {std::pair(XCB_SHAPE_SK_BOUNDING, &visible), std::pair(XCB_SHAPE_SK_INPUT, &touchable)}) {
         const xcb_xfixes_region_t made = region->isEmpty() ? XCB_NONE : makeRegion(connection, *region);
@@ -239,18 +239,18 @@ DesktopLink::WindowId DesktopLink::focusedWindow() const {
 void DesktopLink::focus(WindowId window) {
     if (!m_connection || window == XCB_NONE)
         return;
-    const auto attributes = answer(qtConnection(), xcb_get_window_attributes(qtConnection(), window),
+    const auto attributes = answer(serverOfQt(), xcb_get_window_attributes(serverOfQt(), window),
                                    xcb_get_window_attributes_reply);
     const bool isThere = attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
-    xcb_set_input_focus(qtConnection(), XCB_INPUT_FOCUS_PARENT,
+    xcb_set_input_focus(serverOfQt(), XCB_INPUT_FOCUS_PARENT,
                         isThere ? window : xcb_window_t(XCB_INPUT_FOCUS_POINTER_ROOT), XCB_CURRENT_TIME);
-    xcb_flush(qtConnection());
+    xcb_flush(serverOfQt());
 }
 
 void DesktopLink::sync() {
     if (!m_connection)
         return;
-    answer(qtConnection(), xcb_get_input_focus(qtConnection()), xcb_get_input_focus_reply);
+    answer(serverOfQt(), xcb_get_input_focus(serverOfQt()), xcb_get_input_focus_reply);
 }
 
 void DesktopLink::readEvents() {

@@ -26,6 +26,9 @@ public:
 
     /// The one of this process; made when it is first asked for.
     static DesktopLink &instance();
+    /// Qt's own connection: what is asked for there comes after the making of the window. Null without an X
+    /// server.
+    static xcb_connection_t *serverOfQt();
     ~DesktopLink();
     DesktopLink(const DesktopLink &) = delete;
     DesktopLink &operator=(const DesktopLink &) = delete;

@@ -27,6 +27,8 @@ constexpr double symbolSize = 20;
 constexpr double symbolGap = 8;
 constexpr double sidePadding = 11;
 constexpr double menuMark = 12;
+/// Of two lines of text of the usual size.
+constexpr double linesHeight = 30;
 /// Lines of text have room of their own above and below.
 constexpr double linesOverlap = 1;
 
@@ -114,8 +116,9 @@ void PanelButton::setWarning(bool warns) {
     update();
 }
 
-void PanelButton::setHeight(int height) {
+void PanelButton::setHeight(int height, bool growsWithText) {
     m_height = height;
+    m_growsWithText = growsWithText;
     updateGeometry();
 }
 
@@ -169,7 +172,11 @@ QFont PanelButton::secondFont() const {
 }
 
 QString PanelButton::elided(const QString &text, const QFont &font) const {
-    return QFontMetricsF(font).elidedText(text, Qt::ElideMiddle, m_mostTextWidth);
+    return QFontMetricsF(font).elidedText(text, Qt::ElideMiddle, mostTextWidth());
+}
+
+double PanelButton::mostTextWidth() const {
+    return m_mostTextWidth * textScale();
 }
 
 double PanelButton::textWidth() const {
@@ -178,7 +185,7 @@ double PanelButton::textWidth() const {
     const double words =
         m_isTabular ? tabularWidth(m_words, strong) : QFontMetricsF(strong).horizontalAdvance(m_words);
     const double second = QFontMetricsF(secondFont()).horizontalAdvance(m_secondLine);
-    return std::ceil(std::min(double(m_mostTextWidth), std::max(words, second)));
+    return std::ceil(std::min(mostTextWidth(), std::max(words, second)));
 }
 
 QSize PanelButton::sizeHint() const {
@@ -189,7 +196,8 @@ QSize PanelButton::sizeHint() const {
         width += textWidth() + (m_symbol ? symbolGap : 0);
     if (m_menuMaker && !m_words.isEmpty())
         width += menuMark + 4;
-    return {std::max(m_height, int(std::ceil(width))), m_height};
+    const int more = m_growsWithText ? int(std::ceil(linesHeight * (textScale() - 1))) : 0;
+    return {std::max(m_height, int(std::ceil(width))), m_height + more};
 }
 
 PanelButton::Look PanelButton::look(const Theme &theme) const {

@@ -40,13 +40,15 @@ public:
     /// Words on the button; a second, quieter line below them when it is not empty. Cut in the middle where
     /// they are wider than `setMostTextWidth` says.
     void setWords(const QString &words, const QString &secondLine = {});
+    /// In points at the usual size of text.
     void setMostTextWidth(int points);
     /// The words are a running number.
     void setTabular(bool isTabular);
     /// What is written or drawn is a warning.
     void setWarning(bool warns);
-    /// Points; the width at least as much.
-    void setHeight(int height);
+    /// Points; the width at least as much. `growsWithText`: higher where the desktop's text is larger, so
+    /// that two lines have room.
+    void setHeight(int height, bool growsWithText = false);
     /// Half the height: a capsule.
     void setRadius(double radius);
     /// How full the bar at the lower edge is, 0...1; none shows no bar.
@@ -77,6 +79,7 @@ private:
     QFont wordsFont() const;
     QFont secondFont() const;
     QString elided(const QString &text, const QFont &font) const;
+    double mostTextWidth() const;
     double textWidth() const;
     void tellTip();
 
@@ -87,6 +90,7 @@ private:
     QString m_help;
     int m_mostTextWidth = 150;
     int m_height = 44;
+    bool m_growsWithText = false;
     double m_radius = 9;
     bool m_warns = false;
     bool m_isTabular = false;

@@ -64,16 +64,23 @@ std::vector<TabularPiece> tabularPieces(const QString &text, const QFontMetricsF
     return pieces;
 }
 
+/// On Wayland the application's font may be of a time before there was a screen, with that one's resolution:
+/// what is measured with it is not as wide as what is drawn.
+QFont desktopFont() {
+    const QImage present(1, 1, QImage::Format_Mono);
+    return {QApplication::font(), &present};
+}
+
 } // namespace
 
-QFont panelFont(double size, QFont::Weight weight) {
-    constexpr double usualPixels = 15;
+double textScale() {
     constexpr double most = 1.6;
-    // On Wayland the application's font may be of a time before there was a screen, with that one's
-    // resolution: what is measured with it is not as wide as what is drawn.
-    const QImage present(1, 1, QImage::Format_Mono);
-    QFont font(QApplication::font(), &present);
-    const double larger = std::clamp(QFontInfo(font).pixelSize() / usualPixels, 1.0, most);
+    return std::clamp(QFontInfo(desktopFont()).pixelSize() / usualTextPixels, 1.0, most);
+}
+
+QFont panelFont(double size, QFont::Weight weight) {
+    QFont font = desktopFont();
+    const double larger = textScale();
     // Pixel sizes are whole numbers; points are not.
     font.setPointSizeF(font.pointSizeF() > 0 && QFontInfo(font).pixelSize() > 0
                            ? size * larger * QFontInfo(font).pointSizeF() / QFontInfo(font).pixelSize()

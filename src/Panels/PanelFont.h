@@ -14,6 +14,11 @@ namespace vantrell {
 /// Sizes of type on panels, in points of the screen.
 inline constexpr double labelSize = 14;
 inline constexpr double secondLineSize = 12.5;
+/// The text of a desktop on which nobody has made it larger, in points of the screen.
+inline constexpr double usualTextPixels = 15;
+
+/// How much larger than usual the desktop's text is, 1 to 1.6.
+double textScale();
 
 /// The desktop's font at that size; larger by as much as the desktop's own text is larger than usual.
 QFont panelFont(double size, QFont::Weight weight = QFont::Medium);

@@ -43,7 +43,15 @@ void CardFace::drawShadow(QPainter &painter, const QPoint &body) const {
 }
 
 void CardFace::drawGround(QPainter &painter, const QPoint &body) const {
+    if (!m_shadow.isNull())
+        return painter.drawPixmap(body - toBody, m_ground);
+    // The window's shape cuts the ground, which reaches over the edges of the cards above and below.
+    constexpr int reach = 2;
+    const QSize size(ShelfCard::bodyWidth, ShelfCard::bodyHeight);
+    painter.save();
+    painter.setClipRect(QRect(body, size).adjusted(-reach, -reach, reach, reach), Qt::IntersectClip);
     painter.drawPixmap(body - toBody, m_ground);
+    painter.restore();
 }
 
 } // namespace vantrell

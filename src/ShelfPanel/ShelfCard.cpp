@@ -171,7 +171,8 @@ void ShelfCard::arrangeAction() {
         m_action->setKind(PanelButton::Kind::accent);
     } else if (std::holds_alternative<ShelfItem::NeedsProject>(m_item.status)) {
         m_action->setLabel(shelfText("Choose project"));
-        m_action->setWords(shelfText("Choose"), shelfText("project"));
+        // Larger text leaves no room for two lines.
+        m_action->setWords(shelfText("Choose"), textScale() > 1.15 ? QString() : shelfText("project"));
         m_action->setKind(PanelButton::Kind::filled);
         m_action->setMenuMaker([this] { return m_owner.makeProjectMenu(m_id); });
     } else {
@@ -393,11 +394,13 @@ void ShelfCard::paintThumbnail(QPainter &painter) const {
 void ShelfCard::paintBadge(QPainter &painter, const QString &words, bool isAtEnd) const {
     constexpr int inset = 5;
     constexpr int sidePadding = 5;
-    const QFont font = panelFont(badgeSize, QFont::DemiBold);
     const QRect room = m_thumbnailRect.adjusted(inset, inset, -inset, -inset);
-    // Other languages are longer than the picture is wide.
-    const QString text =
-        QFontMetricsF(font).elidedText(words, Qt::ElideRight, room.width() - 2 * sidePadding);
+    const double textRoom = room.width() - 2 * sidePadding;
+    // Larger text and other languages are wider than the picture.
+    QFont font = panelFont(badgeSize, QFont::DemiBold);
+    for (double size = badgeSize; size > 6 && QFontMetricsF(font).horizontalAdvance(words) > textRoom; --size)
+        font = panelFont(size, QFont::DemiBold);
+    const QString text = QFontMetricsF(font).elidedText(words, Qt::ElideRight, textRoom);
     const int width = int(std::ceil(tabularWidth(text, font))) + 2 * sidePadding;
     const int height = int(std::ceil(QFontMetricsF(font).capHeight())) + 8;
     // The length at the lower end; what else there is to say at the upper.

@@ -3,6 +3,7 @@
 
 #include "ShelfPanel/ShelfStack.h"
 
+#include "Panels/DesktopLink.h"
 #include "Panels/PanelButton.h"
 #include "Panels/PanelMenu.h"
 #include "Panels/PanelShape.h"
@@ -55,10 +56,10 @@ QRect withShadow(const QRect &body) {
 
 /// The window grows upwards: until it is painted anew the server keeps what it shows at its lower edge.
 void keepLowerEdge(WId window) {
-    const auto *x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    xcb_connection_t *const server = DesktopLink::serverOfQt();
     const std::uint32_t gravity = XCB_GRAVITY_SOUTH_EAST;
-    if (x11)
-        xcb_change_window_attributes(x11->connection(), xcb_window_t(window), XCB_CW_BIT_GRAVITY, &gravity);
+    if (server)
+        xcb_change_window_attributes(server, xcb_window_t(window), XCB_CW_BIT_GRAVITY, &gravity);
 }
 
 } // namespace

@@ -4,13 +4,16 @@
 #include "ApplicationFixture.h"
 #include "Support/DiskFile.h"
 #include "TestSupport/ChildProcess.h"
+#include "TestSupport/Desktop/ServiceDouble.h"
 #include "TestSupport/TestFile.h"
 
 #include <gmock/gmock.h>
 
+#include <array>
 #include <csignal>
 #include <cstdlib>
 #include <random>
+#include <set>
 #include <thread>
 
 namespace vantrell::testing {
@@ -56,13 +59,16 @@ TEST_F(ApplicationTest, isOneHoweverOftenItIsStarted) {
 
 TEST_F(ApplicationTest, recordsPausesAndUploads) {
     launch();
+    // What is asked for again happens once, while it starts and when it has.
+    call("Start", {QVariantMap()});
     record();
-    // What is asked for twice happens once.
     EXPECT_NE(call("Start", {QVariantMap()}).type(), QDBusMessage::ErrorMessage);
     call("Pause");
     ASSERT_TRUE(reaches("paused"));
     call("Pause");
     ASSERT_TRUE(reaches("recording"));
+    // Stopped while it is pausing.
+    call("Pause");
     CaptureProgram command(app);
     EXPECT_EQ(command.run({"stop"}).exitCode, 0);
     expectArrived(1);
@@ -123,44 +129,92 @@ TEST_F(ApplicationTest, keepsARecordingWhoseProjectIsDeletedMeanwhile) {
     quit();
 }
 
+/// VANTRELL_KILLS=20: each end so often, VANTRELL_KILLS_BY="quit SIGKILL": only these.
 TEST_F(ApplicationTest, losesNothingHoweverItEnds) {
-    std::mt19937 random(std::random_device{}());
-    const int rounds = killsAskedFor();
-    int recordings = 0;
-    const auto startOver = [&] {
-        launch();
-        // Asked for while it is at it, and once more.
-        call("Recover");
-        call("Recover");
-        expectArrived(recordings);
+    const SessionBus system;
+    const auto logind = ServiceDouble::logind(system);
+    app.set("DBUS_SYSTEM_BUS_ADDRESS", system.address());
+    const std::string manager = "/org/freedesktop/login1",
+                      managerInterface = "org.freedesktop.login1.Manager";
+    const auto isHeldBack = [&] {
+        const QVariantList locks = logind->call(manager, managerInterface, "ListInhibitors");
+        const auto list = locks.value(0).value<QDBusArgument>();
+        list.beginArray();
+        const bool isHeld = !list.atEnd();
+        list.endArray();
+        return isHeld;
     };
+    // The computer sleeps or goes off as soon as nobody holds it back.
+    const auto powerGoes = [&](const std::string &announcement) {
+        logind->emitSignal(manager, managerInterface, announcement, "b", {true});
+        EXPECT_TRUE(eventually([&] { return !isHeldBack(); }));
+        app.signal(SIGKILL);
+    };
+    const std::vector<std::pair<std::string, std::function<void()>>> ends{
+        {"quit", [&] { call("Quit"); }},
+        {"SIGTERM", [&] { app.signal(SIGTERM); }},
+        {"SIGHUP", [&] { app.signal(SIGHUP); }},
+        {"sleep", [&] { powerGoes("PrepareForSleep"); }},
+        {"shutdown", [&] { powerGoes("PrepareForShutdown"); }},
+        {"SIGKILL", [&] { app.signal(SIGKILL); }},
+    };
+    // Uploads take their time.
+    service.fault("", "/(sign|storage|confirm)", {{"answerDelayMs", 150}}, 0);
+
+    std::mt19937 random(std::random_device{}());
+    // A moment of the recording's life, whichever: nothing is waited for.
+    const auto pass = [&random](int least, int most) {
+        const int time = std::uniform_int_distribution(least, most)(random);
+        std::this_thread::sleep_for(std::chrono::milliseconds(time));
+        return time;
+    };
+    const char *const askedEnds = std::getenv("VANTRELL_KILLS_BY");
+    std::set<std::string> known;
     launch();
-    for (int round = 0; round < rounds; ++round) {
-        for (const int number : {SIGTERM, SIGKILL, SIGHUP}) {
+    for (int round = 0; round < killsAskedFor(); ++round) {
+        for (const auto &[name, end] : ends) {
+            if (askedEnds && !std::string(askedEnds).contains(name))
+                continue;
+            const bool isKilled = name == "SIGKILL";
             record();
-            // A killed process may take the last two seconds with it, and so all of a shorter recording.
-            const auto wait = std::chrono::milliseconds(std::uniform_int_distribution(300, 2500)(random) +
-                                                        (number == SIGKILL ? 2000 : 0));
-            // A moment of the recording's life, whichever: nothing is waited for.
-            std::this_thread::sleep_for(wait);
-            const bool isStopped = random() % 2 == 0;
-            if (isStopped)
+            ASSERT_TRUE(eventually(isHeldBack));
+            // A killed process may take the last two seconds with it.
+            int recorded = pass(300, 1500) + (isKilled ? pass(2000, 2000) : 0);
+            const bool hasPause = random() % 2 == 0;
+            if (hasPause) {
+                call("Pause");
+                ASSERT_TRUE(reaches("paused"));
+                call("Pause");
+                ASSERT_TRUE(reaches("recording"));
+                recorded += pass(0, 500);
+            }
+            const int longest = std::array{-1, 60, 1200}[random() % 3];
+            if (longest >= 0)
                 call("Stop");
-            app.signal(number);
+            const int after = longest >= 0 ? pass(0, longest) : -1;
+            SCOPED_TRACE(name + " after " + std::to_string(recorded) + (hasPause ? " with a pause" : "") +
+                         (longest >= 0 ? ", stopped for " + std::to_string(after) : ""));
+            end();
             const auto ended = app.finish();
-            if (number != SIGKILL)
-                EXPECT_EQ(ended.exitCode, 0) << ended.errors;
-            ++recordings;
-            SCOPED_TRACE(std::to_string(number) + (isStopped ? " stopped" : " recording") + " after " +
-                         std::to_string(wait.count()));
-            startOver();
+            if (name == "quit" || name.starts_with("SIG"))
+                EXPECT_EQ(ended.exitCode, isKilled ? -1 : 0) << ended.errors;
+            if (isKilled) {
+                app.start({});
+                pass(0, 600);
+                app.signal(SIGKILL);
+                app.finish();
+            }
+            launch();
+            // Asked for while it is at it, and once more.
+            call("Recover");
+            call("Recover");
+            expectArrived(int(known.size()) + 1);
+            for (const nlohmann::json &capture : service.captures(key))
+                if (known.insert(capture.at("id")).second)
+                    EXPECT_GE(capture.at("durationMs").get<int>(), recorded - (isKilled ? 2500 : 0));
+            ASSERT_FALSE(HasFailure());
         }
     }
-    record();
-    call("Quit");
-    EXPECT_EQ(app.finish().exitCode, 0);
-    ++recordings;
-    startOver();
     quit();
 }
 
@@ -249,17 +303,21 @@ TEST_F(ApplicationTest, takesOverWhatACommandUploads) {
 }
 
 TEST_F(ApplicationTest, stopsBeforeThePlansLimitAndKeepsWhatARevokedKeyCannotSend) {
-    service.configure({{"maxVideoDurationMs", 3000}});
+    // It is not known when the recording begins, and moves the cap when it is.
+    service.configure({{"maxVideoDurationMs", 6000}});
+    service.fault("GET", "/limits", {{"status", 503}}, 3);
     launch();
     record();
+    EXPECT_TRUE(eventually([&] { return service.requests("/limits").back().status == 200; }));
+    EXPECT_EQ(state(), "recording");
     // By itself.
     EXPECT_TRUE(reaches("idle"));
     expectArrived(1);
-    EXPECT_LT(service.captures(key).at(0).at("durationMs").get<int>(), 3000);
+    EXPECT_LT(service.captures(key).at(0).at("durationMs").get<int>(), 6000);
 
     const std::string other = service.createKey();
-    service.revokeKey(key);
     record();
+    service.revokeKey(key);
     call("Stop");
     ASSERT_TRUE(reaches("idle"));
     EXPECT_TRUE(eventually([&] {

@@ -7,6 +7,8 @@
 #include "TestSupport/UnixSocket.h"
 
 #include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QDBusPendingCall>
 #include <QDBusReply>
 #include <QUuid>
 
@@ -63,6 +65,15 @@ SessionBus &SessionBus::ofThisProcess() {
 
 bool SessionBus::isOwned(const std::string &name) const {
     return m_connection.interface()->isServiceRegistered(QString::fromStdString(name)).value();
+}
+
+QDBusMessage SessionBus::call(const QDBusMessage &message) const {
+    using namespace std::chrono_literals;
+    // QDBus::BlockWithGui waits for ever when the answer comes very soon.
+    const QDBusPendingCall pending =
+        m_connection.asyncCall(message, int(std::chrono::milliseconds(30s).count()));
+    eventually([&pending] { return pending.isFinished(); }, 60s);
+    return pending.reply();
 }
 
 void SessionBus::kill() {

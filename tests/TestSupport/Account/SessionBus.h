@@ -30,6 +30,8 @@ public:
     const std::string &address() const { return m_address; }
     QDBusConnection connection() const { return m_connection; }
     bool isOwned(const std::string &name) const;
+    /// The answer; the event loop runs meanwhile.
+    QDBusMessage call(const QDBusMessage &message) const;
     /// SIGKILL.
     void kill();
 

@@ -112,7 +112,7 @@ QVariantList ServiceDouble::call(const std::string &path, const std::string &int
         QDBusMessage::createMethodCall(QString::fromStdString(m_name), QString::fromStdString(path),
                                        QString::fromStdString(interface), QString::fromStdString(member));
     message.setArguments(arguments);
-    const QDBusMessage answer = m_bus.connection().call(message, QDBus::BlockWithGui);
+    const QDBusMessage answer = m_bus.call(message);
     if (answer.type() == QDBusMessage::ErrorMessage) {
         std::cerr << m_name << ' ' << member << ": " << answer.errorMessage().toStdString() << std::endl;
         std::exit(1);
