@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QFontInfo>
 #include <QFontMetricsF>
+#include <QImage>
 #include <QPainter>
 
 #include <algorithm>
@@ -63,15 +64,22 @@ std::vector<TabularPiece> tabularPieces(const QString &text, const QFontMetricsF
     return pieces;
 }
 
+/// On Wayland the application's font may be of a time before there was a screen, with that one's resolution:
+/// what is measured with it is not as wide as what is drawn.
+QFont desktopFont() {
+    const QImage present(1, 1, QImage::Format_Mono);
+    return {QApplication::font(), &present};
+}
+
 } // namespace
 
 double textScale() {
     constexpr double most = 1.6;
-    return std::clamp(QFontInfo(QApplication::font()).pixelSize() / usualTextPixels, 1.0, most);
+    return std::clamp(QFontInfo(desktopFont()).pixelSize() / usualTextPixels, 1.0, most);
 }
 
 QFont panelFont(double size, QFont::Weight weight) {
-    QFont font = QApplication::font();
+    QFont font = desktopFont();
     const double larger = textScale();
     // Pixel sizes are whole numbers; points are not.
     font.setPointSizeF(font.pointSizeF() > 0 && QFontInfo(font).pixelSize() > 0

@@ -92,7 +92,7 @@ protected:
         const auto ended = program.run(command);
         EXPECT_NE(ended.exitCode, 0);
         EXPECT_NE(ended.exitCode, -1) << ended.errors;
-        EXPECT_LT(elapsed.elapsed(), 12'000);
+        EXPECT_LT(elapsed.elapsed(), 20'000);
         const auto json = ended.json();
         return json.value(json.contains("error") ? "error" : "reason", std::string());
     }

@@ -148,10 +148,16 @@ TEST_F(CameraCommandTest, staysInStepHoweverOftenTheCameraIsPulledOutAndTheDefau
         };
         if (isPaused && !isPausedMeanwhile)
             pause("recording paused");
+        // Or the whole server goes away and comes back.
+        const bool isServerKilled = random() % 4 == 0;
+        if (isServerKilled)
+            server.killServer();
         camera.unplug();
         paintFor(upTo(1));
         if (isPausedMeanwhile)
             pause("recording paused");
+        if (isServerKilled)
+            server.startServer();
         camera.plug();
         paintFor(upTo(0.5));
         if (isPaused)

@@ -21,7 +21,8 @@ namespace {
 constexpr int mostDamageRegions = 32;
 /// More rectangles than this between two looks are everything.
 constexpr std::size_t mostDamage = 256;
-constexpr int largestCursor = 256;
+/// GNOME insists on room for 384 pixels across.
+constexpr int largestCursor = 1024;
 constexpr std::chrono::seconds firstPicturePatience(4);
 constexpr double pictureLimit = 2;
 /// How long a compositor may take for a picture before it is asked again, and how often it is.

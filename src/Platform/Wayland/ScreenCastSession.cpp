@@ -3,6 +3,7 @@
 
 #include "Platform/Wayland/ScreenCastSession.h"
 
+#include "Platform/PipeWire/PipeWireWatch.h"
 #include "Platform/ScreenError.h"
 #include "Support/Log.h"
 
@@ -70,6 +71,11 @@ bool isWellFormed(const std::string &token) {
     return !QUuid::fromString(QString::fromStdString(token)).isNull();
 }
 
+Session::Failure serverLost() {
+    return screenError(ScreenErrorCode::connectionLost,
+                       "PipeWire, which carries the screen, cannot be reached");
+}
+
 } // namespace
 
 Task<std::expected<Session::Opened, Session::Failure>>
@@ -120,7 +126,17 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
 
     PortalRequests::Request start{screenCast, QStringLiteral("Start"), {}, {}, std::nullopt};
     start.arguments = QVariantList{sessionPath, QString()};
-    const auto started = co_await portal->ask(std::move(start), stop);
+    // Without PipeWire no desktop can share anything, and not each of them answers then.
+    std::stop_source patience;
+    bool isServerLost = false;
+    const std::stop_callback outer(stop, [&] { patience.request_stop(); });
+    const PipeWireWatch watch([&] {
+        isServerLost = true;
+        patience.request_stop();
+    });
+    const auto started = co_await portal->ask(std::move(start), patience.get_token());
+    if (isServerLost)
+        co_return std::unexpected(serverLost());
     if (!started)
         co_return std::unexpected(started.error());
     if (!session->takeStreams(started->results))
@@ -169,8 +185,7 @@ Task<std::expected<Session::Remote, Session::Failure>> ScreenCastSession::openRe
     const auto socket = answer->value(0).value<QDBusUnixFileDescriptor>();
     const int own = socket.isValid() ? ::fcntl(socket.fileDescriptor(), F_DUPFD_CLOEXEC, 0) : -1;
     if (own < 0)
-        co_return std::unexpected(Failure(screenError(
-            ScreenErrorCode::connectionLost, "PipeWire, which carries the screen, cannot be reached")));
+        co_return std::unexpected(serverLost());
     co_return Remote{UniqueFd(own)};
 }
 

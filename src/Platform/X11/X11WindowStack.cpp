@@ -80,7 +80,16 @@ bool X11WindowStack::isForeign(xcb_window_t window) const {
 }
 
 X11WindowStack::Change X11WindowStack::changed(const Window &window) const {
-    return window.isPanel || (window.isMapped && !window.isExamined) ? Change::panels : Change::other;
+    if (window.isPanel || (window.isMapped && !window.isExamined))
+        return Change::panels;
+    // What lies over a panel and goes leaves it to be seen.
+    for (const Window &below : m_windows) {
+        if (below.id == window.id)
+            break;
+        if (below.isPanel && below.isMapped && !intersection(below.place, window.place).isEmpty())
+            return Change::panels;
+    }
+    return Change::other;
 }
 
 X11WindowStack::Change X11WindowStack::handle(const xcb_generic_event_t &event) {
@@ -144,12 +153,12 @@ X11WindowStack::Change X11WindowStack::place(const xcb_configure_notify_event_t 
         return Change::nothing;
     const int edges = 2 * event.border_width;
     const PixelRect place{event.x, event.y, event.width + edges, event.height + edges};
+    const Change left = window->isMapped ? changed(*window) : Change::nothing;
     // What it covers goes with its size.
     if (place.size() != window->place.size() && window->shape)
         window->isExamined = false;
     window->place = place;
     window->border = event.border_width;
-    const Change change = window->isMapped ? changed(*window) : Change::nothing;
 
     const Window moved = *window;
     auto to = m_windows.erase(window);
@@ -160,8 +169,10 @@ X11WindowStack::Change X11WindowStack::place(const xcb_configure_notify_event_t 
     } else if (!isForeign(event.above_sibling)) {
         m_isLost = true;
     }
-    m_windows.insert(to, moved);
-    return m_isLost ? Change::panels : change;
+    const Change come = changed(*m_windows.insert(to, moved));
+    if (m_isLost)
+        return Change::panels;
+    return left == Change::other ? come : left;
 }
 
 X11WindowStack::Change X11WindowStack::reparented(const xcb_reparent_notify_event_t &event) {

@@ -51,7 +51,7 @@ public:
     /// The root's events are selected already. Nothing is known before `update`.
     explicit X11WindowStack(const X11Connection &connection);
 
-    /// `panels` also when a window came that may be one.
+    /// `panels` also when a window came that may be one, or one that lies over a panel has changed.
     Change handle(const xcb_generic_event_t &event);
 
     /// Learns what the events do not tell, in a few round trips when there is something.

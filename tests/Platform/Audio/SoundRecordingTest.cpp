@@ -100,18 +100,26 @@ protected:
                              const TestSignal &signal, const SoundPlayer &player,
                              const Recording &recording) {
         SCOPED_TRACE(track.name);
+        int compared = 0;
+        int heard = 0;
         for (double at = from; at < to; at += 0.5) {
             // The middle of the piece that is compared.
             const auto start = player.startTime(recording.epoch() + at + 0.2);
             if (!start)
                 continue;
             const auto match = signal.match(track, at, recording.epoch() - *start);
+            const double peak = track.peak(at, at + 0.4);
             std::printf("%s at %.2f s: %+.1f ms, likeness %.2f, peak %.3f\n", track.name.c_str(), at,
-                        match.offset * 1000, match.likeness, double(track.peak(at, at + 0.4)));
-            // A busy machine makes the server drop parts of it; another signal has less than 0.2.
+                        match.offset * 1000, match.likeness, peak);
+            // A busy machine makes the server drop it, and parts of it; another signal has less than 0.2.
+            ++compared;
+            if (peak < 0.001)
+                continue;
+            ++heard;
             EXPECT_GT(match.likeness, 0.4) << "at " << at << " s";
             EXPECT_LE(std::fabs(match.offset), tolerance) << "at " << at << " s";
         }
+        EXPECT_GE(2 * heard, compared);
     }
 
     SoundSession m_session;
@@ -126,7 +134,8 @@ TEST_F(SoundRecording, microphoneAndSystemAudioAreTracksOfTheirOwnInSync) {
     Recording recording(m_backend, {.capturesMicrophone = true, .capturesSystemAudio = true});
     const double heard = recording.recordHeard(0.05, 6, {voice.get(), music.get()});
     const auto movie = recording.stop();
-    EXPECT_LT(recording.stopSeconds(), 0.25);
+    // What waits for the server waits longer.
+    EXPECT_LT(recording.stopSeconds(), 5);
 
     ASSERT_EQ(movie.streams.size(), 2U);
     EXPECT_EQ(movie.streams[0].name, "Microphone");

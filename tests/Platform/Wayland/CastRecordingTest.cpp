@@ -14,6 +14,8 @@
 #include "TestSupport/Wayland/CastScreen.h"
 #include "TestSupport/Wayland/PortalDouble.h"
 
+#include <QTimer>
+
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -349,6 +351,16 @@ TEST_F(CastRecording, takesItsQuestionBackWhenNobodyWaitsForTheAnswer) {
     stop.request_stop();
     EXPECT_TRUE(isCancelled);
     EXPECT_TRUE(eventually([this] { return !m_desktop.isAsking() && m_desktop.sessions() == 0; }));
+
+    // A desktop whose PipeWire has gone may never answer.
+    QTimer death;
+    QObject::connect(&death, &QTimer::timeout, &death, [&] {
+        if (m_desktop.isAsking())
+            m_ground.killPipeWire();
+    });
+    death.start(50);
+    EXPECT_EQ(failure(*backend, wholeDisplay), "PipeWire, which carries the screen, cannot be reached");
+    EXPECT_TRUE(eventually([this] { return !m_desktop.isAsking(); }));
 }
 
 TEST_F(CastRecording, keepsWhatWasRecordedWhenTheSharingEnds) {

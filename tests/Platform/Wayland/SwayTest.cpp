@@ -2,7 +2,6 @@
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
 #include "Media/Stream/StagedStreamFactory.h"
-#include "Platform/ScreenError.h"
 #include "Platform/Wayland/WaylandCaptureBackend.h"
 #include "Platform/Wayland/WaylandDisplays.h"
 #include "Platform/Wayland/WaylandScreenAccess.h"
@@ -123,26 +122,6 @@ TEST(Sway, isRecordedAtOnceThoughNothingMoves) {
         int pictures = 0;
         forEachPicture(run.movie(), [&](const MoviePicture &) { ++pictures; });
         EXPECT_GT(pictures, 0) << recording;
-    }
-}
-
-TEST(Sway, mayCrashWithItsPortalAndNothingIsLost) {
-    for (const bool compositor : {true, false}) {
-        SwaySession session;
-        session.showNumbers(20);
-        WaylandCaptureBackend backend(session.bus().connection(), listWaylandDisplays);
-        StagedStreamFactory streams;
-        StreamRun run(streams, chosen(backend, {CaptureRequest::WholeDisplay{}}));
-        ASSERT_TRUE(run.start());
-        let(1500ms);
-        compositor ? session.killCompositor() : session.killBackend();
-        const auto why = run.spontaneousEnd();
-        ASSERT_TRUE(why);
-        EXPECT_TRUE(isScreenError(*why, ScreenErrorCode::sharingEnded)) << why->message;
-        ASSERT_TRUE(run.stop());
-        EXPECT_GT(numbersOf(run.movie()).size(), 2u);
-        if (compositor)
-            EXPECT_FALSE(backend.displays());
     }
 }
 

@@ -8,10 +8,10 @@
 
 namespace vantrell::testing {
 
-std::vector<NumberedPicture> numberedPicturesIn(const std::filesystem::path &movie) {
+std::vector<NumberedPicture> numberedPicturesIn(const std::filesystem::path &movie, int x, int y) {
     std::vector<NumberedPicture> pictures;
     forEachPicture(movie, [&](const MoviePicture &picture) {
-        const auto number = framecode::read(picture.luma, picture.lumaStride);
+        const auto number = framecode::read(picture.luma + y * picture.lumaStride + x, picture.lumaStride);
         if (number && (pictures.empty() || pictures.back().number != *number))
             pictures.push_back({picture.seconds, *number});
     });

@@ -15,8 +15,8 @@ struct NumberedPicture {
     std::uint32_t number;
 };
 
-/// The numbers that a movie shows in its top left corner, each where it first appears; pictures without a
-/// readable one are left out.
-std::vector<NumberedPicture> numberedPicturesIn(const std::filesystem::path &movie);
+/// The numbers that a movie shows in its top left corner, or so far from it, each where it first appears;
+/// pictures without a readable one are left out.
+std::vector<NumberedPicture> numberedPicturesIn(const std::filesystem::path &movie, int x = 0, int y = 0);
 
 } // namespace vantrell::testing

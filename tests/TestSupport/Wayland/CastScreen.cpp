@@ -23,8 +23,10 @@ namespace vantrell::testing {
 namespace {
 
 constexpr int pointerSide = 16;
+/// Room for as large a pointer as GNOME insists on.
+constexpr std::size_t pointerRoomSide = 384;
 constexpr std::size_t pointerBytes =
-    sizeof(spa_meta_cursor) + sizeof(spa_meta_bitmap) + std::size_t(pointerSide) * pointerSide * 4;
+    sizeof(spa_meta_cursor) + sizeof(spa_meta_bitmap) + pointerRoomSide * pointerRoomSide * 4;
 constexpr std::uint32_t outside = 0xff0000;
 
 const spa_pod *castPod(void *built) {

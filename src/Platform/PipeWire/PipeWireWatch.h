@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// SPDX-FileCopyrightText: 2026 Vantrell Capture developers
+
+#pragma once
+
+#include "Platform/PipeWire/PipeWireConnection.h"
+
+#include <functional>
+#include <memory>
+
+namespace vantrell {
+
+/// Tells when the desktop's PipeWire server goes away. Thread-bound.
+class PipeWireWatch {
+public:
+    /// Calls `lost` once, on the calling thread's event loop; never when no server is there to begin with.
+    explicit PipeWireWatch(std::function<void()> lost);
+    /// Nothing is called afterwards.
+    ~PipeWireWatch();
+    PipeWireWatch(const PipeWireWatch &) = delete;
+    PipeWireWatch &operator=(const PipeWireWatch &) = delete;
+
+private:
+    const std::shared_ptr<std::function<void()>> m_lost;
+    const PipeWireLoop m_loop{"pipewire watch"};
+    std::unique_ptr<PipeWireConnection> m_connection;
+};
+
+} // namespace vantrell
