@@ -142,7 +142,7 @@ public:
         m_app.start({});
         awaitState("idle");
         eventually([this] { return m_tray.iconAt().has_value(); });
-        std::puts("recordings   menus   pss MiB   descriptors   threads");
+        std::puts("recordings   menus   pss MiB   own MiB   descriptors   threads");
         Growth memory, descriptors;
         const int step = std::max(1, recordings / 25);
         for (int done = 0;; ++done) {
@@ -151,10 +151,11 @@ public:
                 eventually([this] { return cards() == 0; });
                 const double pss = useOf(pid_t(m_app.processId())).pssMiB;
                 const auto open = double(openDescriptors());
-                memory.add(done, pss * 1024);
+                const double own = anonymousMiB();
+                memory.add(done, own * 1024);
                 descriptors.add(done, open);
-                std::printf("%10d %7d %9.1f %13.0f %9zu\n", done, done * menusPerRecording, pss, open,
-                            threads().size());
+                std::printf("%10d %7d %9.1f %9.1f %13.0f %9zu\n", done, done * menusPerRecording, pss, own,
+                            open, threads().size());
                 std::fflush(stdout);
             }
             if (done == recordings)
@@ -261,6 +262,15 @@ private:
         awaitState("idle");
         std::filesystem::remove(m_app.folder() / "data/VantrellCapture/upload-journal.json");
         recordAndDiscard();
+    }
+    /// What it shares with nobody, so that it does not depend on who else runs.
+    double anonymousMiB() const {
+        std::ifstream rollup("/proc/" + std::to_string(m_app.processId()) + "/smaps_rollup");
+        double kibibytes = 0;
+        for (std::string word; rollup >> word;)
+            if (word == "Anonymous:")
+                rollup >> kibibytes;
+        return kibibytes / 1024;
     }
     std::ptrdiff_t openDescriptors() const {
         const std::filesystem::directory_iterator all("/proc/" + std::to_string(m_app.processId()) + "/fd");

@@ -3,6 +3,7 @@
 
 #include "Overlay/CameraBubble.h"
 
+#include "Overlay/OverlayDesktop.h"
 #include "Panels/FloatingPanel.h"
 #include "Panels/PanelButton.h"
 #include "Panels/PanelFont.h"
@@ -279,7 +280,7 @@ void CameraBubble::show(std::shared_ptr<CameraBubbleState> state, const Display 
     panel.refresh();
     panel.scope.start(&panel, &Panel::watch);
     BubbleWindow &window = panel.window;
-    const QScreen *screen = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)));
+    const QScreen *screen = screenOf(display);
     const QRect room = PanelShell::instance().room(*screen);
     const QSize size = window.panelSize();
     const QPoint first(room.left() + bubbleDistance, room.bottom() + 1 - bubbleDistance - size.height());

@@ -3,10 +3,10 @@
 
 #include "Overlay/CountdownPanel.h"
 
+#include "Overlay/OverlayDesktop.h"
 #include "Panels/DesktopLink.h"
 #include "Panels/FloatingPanel.h"
 #include "Panels/PanelFont.h"
-#include "Panels/PanelPlacement.h"
 #include "Support/OneShot.h"
 #include "Support/TaskScope.h"
 
@@ -196,7 +196,7 @@ Task<bool> countDown(int seconds, Display display, Clock &clock, std::stop_token
     const OneShot<End> ended;
     window.onCancel = [ended] { ended.resolve(End::cancelled); };
     window.onStart = [ended] { ended.resolve(End::startedEarly); };
-    const QRect room = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)))->geometry();
+    const QRect room = screenOf(display)->geometry();
     window.placePanel(room.center() - QPoint(diameter / 2, diameter / 2));
     window.showPanel();
     PanelShell &shell = PanelShell::instance();

@@ -3,6 +3,7 @@
 
 #include "Overlay/RecordingHUD.h"
 
+#include "Overlay/OverlayDesktop.h"
 #include "Panels/BackdropMonitor.h"
 #include "Panels/FloatingPanel.h"
 #include "Panels/LevelMeter.h"
@@ -175,7 +176,7 @@ public:
 
     bool show(const Display &display) {
         window->adjustSize();
-        const QScreen *screen = screenOf(display.id, QPoint(int(display.frame.x), int(display.frame.y)));
+        const QScreen *screen = screenOf(display);
         const QRect room = PanelShell::instance().room(*screen);
         const QSize size = window->panelRect().size();
         const QPoint first(room.center().x() - size.width() / 2,

@@ -3,22 +3,19 @@
 
 #include "Overlay/SelectionOverlayController.h"
 
-#include "Overlay/AreaMemory.h"
+#include "Overlay/OverlayDesktop.h"
 #include "Overlay/OverlayKeyboard.h"
-#include "Overlay/OverlayText.h"
+#include "Overlay/OverlayTargets.h"
+#include "Overlay/OverlayViews.h"
 #include "Overlay/QtGeometry.h"
 #include "Overlay/SelectionView.h"
-#include "Overlay/WindowPicker.h"
 #include "Panels/DesktopLink.h"
-#include "Panels/FloatingPanel.h"
 #include "Panels/PanelShell.h"
-#include "Platform/DisplayLayout.h"
 #include "Support/HostTime.h"
 #include "Support/Log.h"
 #include "Support/TaskScope.h"
 
 #include <QApplication>
-#include <QCursor>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPointer>
@@ -41,72 +38,12 @@ constexpr auto settleTime = 120ms;
 constexpr auto fadeTime = 350ms;
 /// A picture of the screen that takes longer was asked for in a dialog.
 constexpr double dialogSeconds = 1;
-/// Windows come and go while the window tool looks at them.
-constexpr auto windowsInterval = 400ms;
 /// Monitors change in several steps.
 constexpr auto rebuildDelay = 100ms;
-
-QScreen *screenOf(const Display &display) {
-    const QList<QScreen *> screens = QGuiApplication::screens();
-    const auto named = std::ranges::find(screens, QString::fromStdString(display.id), &QScreen::name);
-    if (named != screens.end())
-        return *named;
-    const auto placed = std::ranges::find_if(screens, [&](const QScreen *screen) {
-        return screen->geometry().topLeft() == QPoint(display.pixels.x, display.pixels.y);
-    });
-    return placed != screens.end() ? *placed : QGuiApplication::primaryScreen();
-}
-
-/// What lies below shows through a window that covers the screen.
-bool canBlend() {
-    return PanelShell::instance().placesWindows() && DesktopLink::instance().isComposited();
-}
-
-/// The smallest rectangle that holds them, in the desktop's pixels.
-PixelRect visibleOwnWindows(const std::vector<Display> &displays) {
-    PixelRect all;
-    for (const QWidget *widget : QApplication::topLevelWidgets()) {
-        if (!widget->isVisible())
-            continue;
-        const QRect frame = widget->geometry();
-        for (const Display &display : displays) {
-            const PixelRect place =
-                inPixelsOf(display, {frame.x() - display.frame.x, frame.y() - display.frame.y,
-                                     double(frame.width()), double(frame.height())});
-            if (!place.isEmpty())
-                all = united(all, place);
-        }
-    }
-    return all;
-}
-
-/// The part of the desktop on which windows are not as they were, with their frames.
-PixelRect changedPart(const std::vector<WindowDescription> &before,
-                      const std::vector<WindowDescription> &now) {
-    constexpr int frame = 64;
-    PixelRect all;
-    for (const auto *windows : {&before, &now}) {
-        const auto &others = windows == &before ? now : before;
-        for (const WindowDescription &window : *windows) {
-            const auto same = std::ranges::find(others, window.id, &WindowDescription::id);
-            const PixelRect &place = window.pixels;
-            if (same == others.end() || same->pixels != place || others.size() == windows->size())
-                all = united(all, {place.x - frame, place.y - frame, place.width + 2 * frame,
-                                   place.height + 2 * frame});
-        }
-    }
-    return all;
-}
 
 } // namespace
 
 struct SelectionOverlayController::Private {
-    using View = std::unique_ptr<SelectionView>;
-    struct KeptSelection {
-        std::string displayId;
-        Rect rect;
-    };
-
     Private(SelectionOverlayController &controller, Services ports);
     ~Private();
 
@@ -124,20 +61,7 @@ struct SelectionOverlayController::Private {
     void rebuild();
     bool isCurrent() const;
 
-    void seedAreaIfNeeded();
-    void beginSelection(SelectionView &view);
-    void moveSelection(SelectionView &from, const Rect &rect);
-    void endMove(SelectionView &from);
-
-    void setTool(ToolMode wanted);
-    void followPointer();
-    void refreshWindows();
-    void showWindows();
-    void lightDisplay(const SelectionView *view);
-    void cycle(bool backward);
     void pick(bool record);
-    void pickWindow(bool record);
-    void pickDisplay(bool record);
 
     void handleKey(SelectionView &view, QKeyEvent &event);
     void confirm(SelectionView &view, bool record);
@@ -145,30 +69,20 @@ struct SelectionOverlayController::Private {
     void wantBar();
     void finish(SelectionOutcome outcome);
 
-    SelectionView *viewWithPointer() const;
-    SelectionView *viewAtPointer() const;
-    SelectionView *activeView() const;
-    SelectionView *selectedView() const;
     Task<> fetchLoupePixels(QPointer<SelectionView> view, QRect pixels, std::stop_token stop);
 
     SelectionOverlayController &owner;
     const Services services;
-    AreaMemory memory;
-    ToolMode tool = ToolMode::area;
     bool isUp = false;
     bool isBlended = false;
     bool isFetchingPixels = false;
     /// The desktop's dialog was seen, by the time that it took.
     bool hasAsked = false;
-    std::function<bool()> isCursorOverBar;
     std::function<void(SelectionOutcome, ToolMode)> completion;
     std::vector<Display> displays;
-    std::vector<View> views;
-    std::optional<KeptSelection> kept;
-    WindowPicker picker;
-    std::string litDisplay;
+    OverlayViews views;
+    OverlayTargets targets;
     OverlayKeyboard keyboard;
-    QTimer windowsTimer;
     QTimer rebuildTimer;
     QTimer buildTimer;
     /// Owns the connections to the screens.
@@ -180,9 +94,12 @@ struct SelectionOverlayController::Private {
 };
 
 SelectionOverlayController::Private::Private(SelectionOverlayController &controller, Services ports)
-    : owner(controller), services(ports), memory(ports.settings) {
-    windowsTimer.setInterval(windowsInterval);
-    QObject::connect(&windowsTimer, &QTimer::timeout, &windowsTimer, [this] { refreshWindows(); });
+    : owner(controller), services(ports), views(ports.settings), targets(ports.capture, views) {
+    // A window that opened or moved is not in the picture that the overlay lies on.
+    targets.onWindowsChanged = [this](const PixelRect &area) {
+        if (!isBlended)
+            scope.start(this, &Private::retakePicture, area);
+    };
     rebuildTimer.setSingleShot(true);
     QObject::connect(&rebuildTimer, &QTimer::timeout, &rebuildTimer, [this] { rebuild(); });
     buildTimer.setSingleShot(true);
@@ -205,7 +122,7 @@ void SelectionOverlayController::Private::build() {
         return;
     }
     displays = std::move(*found);
-    isBlended = canBlend();
+    isBlended = showsThroughOverlay();
     if (PanelShell::instance().placesWindows())
         buildViews({}, {});
     else if (owner.onPictureWanted && owner.onPictureWanted())
@@ -236,16 +153,17 @@ Task<> SelectionOverlayController::Private::buildOnPicture(std::stop_token stop)
 
 void SelectionOverlayController::Private::buildViews(const QImage &picture, const QPoint &corner) {
     for (const Display &display : displays) {
-        views.push_back(std::make_unique<SelectionView>(display, screenOf(display), isBlended));
-        wire(*views.back());
-        views.back()->setTool(tool);
-        views.back()->setDesktopPicks(services.capture.hasOwnPicker());
+        SelectionView &view =
+            views.add(std::make_unique<SelectionView>(display, screenOf(display), isBlended));
+        wire(view);
+        view.setTool(targets.tool());
+        view.setDesktopPicks(services.capture.hasOwnPicker());
         if (!picture.isNull())
-            views.back()->setPicture(picture, corner - QPoint(display.pixels.x, display.pixels.y));
+            view.setPicture(picture, corner - QPoint(display.pixels.x, display.pixels.y));
     }
     const PixelRect ownWindows = visibleOwnWindows(displays);
     if (!isBlended)
-        for (const View &view : views)
+        for (const OverlayViews::View &view : views.all())
             view->freezeScreen();
     show();
     // Those are in the picture too, where for now they lie over it.
@@ -267,34 +185,26 @@ Task<> SelectionOverlayController::Private::retakePicture(PixelRect area, std::s
     for (const Display &display : displays)
         bounds = united(bounds, display.pixels);
     const PixelRect taken = intersection(bounds, area);
-    for (const View &view : views)
+    for (const OverlayViews::View &view : views.all())
         view->setPicture(*picture, {taken.x - view->display().pixels.x, taken.y - view->display().pixels.y});
 }
 
 void SelectionOverlayController::Private::show() {
-    seedAreaIfNeeded();
-    for (const View &view : views) {
+    views.seedArea();
+    for (const OverlayViews::View &view : views.all()) {
         view->present();
     }
-    if (tool == ToolMode::window) {
-        refreshWindows();
-        showWindows();
-    }
-    followPointer();
+    targets.show();
     owner.takeKeyboard();
     watchScreens();
-    if (owner.onShown && !views.empty())
-        owner.onShown(*views.back());
+    if (owner.onShown && !views.isEmpty())
+        owner.onShown(*views.all().back());
     owner.followBar();
 }
 
 void SelectionOverlayController::Private::wire(SelectionView &view) {
     view.onOutcome = [this](SelectionOutcome outcome) { finish(std::move(outcome)); };
-    view.onSelectionBegan = [this, &view] { beginSelection(view); };
-    view.onMoveSelection = [this, &view](const Rect &rect) { moveSelection(view, rect); };
-    view.onMoveEnded = [this, &view] { endMove(view); };
-    view.onSelectionKept = [this, &view](const Rect &rect) { memory.save(rect, view.display().id); };
-    view.onPointerMoved = [this] { followPointer(); };
+    view.onPointerMoved = [this] { targets.followPointer(); };
     view.onPicked = [this](bool record) { pick(record); };
     view.onKey = [this, &view](QKeyEvent &event) { handleKey(view, event); };
     if (services.stills.canWatch())
@@ -309,13 +219,8 @@ void SelectionOverlayController::Private::wire(SelectionView &view) {
 }
 
 void SelectionOverlayController::Private::dismissViews() {
-    for (View &view : views) {
-        view->dismiss();
-        // It may be the one that is calling.
-        view.release()->deleteLater();
-    }
-    views.clear();
-    windowsTimer.stop();
+    views.dismiss();
+    targets.pause();
 }
 
 void SelectionOverlayController::Private::watchScreens() {
@@ -331,111 +236,21 @@ void SelectionOverlayController::Private::watchScreens() {
 
 bool SelectionOverlayController::Private::isCurrent() const {
     const auto now = services.capture.displays();
-    return now && *now == displays && isBlended == canBlend() &&
-           std::ranges::all_of(views,
-                               [](const View &view) { return view->screen() == screenOf(view->display()); });
+    return now && *now == displays && isBlended == showsThroughOverlay() &&
+           std::ranges::all_of(views.all(), [](const OverlayViews::View &view) {
+               return view->screen() == screenOf(view->display());
+           });
 }
 
 void SelectionOverlayController::Private::rebuild() {
     if (!isUp || buildTimer.isActive() || isCurrent())
         return;
-    if (const SelectionView *view = selectedView())
-        kept = KeptSelection{view->display().id, *view->area().rect()};
+    views.keepSelection(true);
     scope.cancel();
     isFetchingPixels = false;
     dismissViews();
     // What lies below must be on the screen again before a picture of it is taken.
     buildTimer.start(settleTime);
-}
-
-// The area
-
-/// Where only the window below the pointer is told of it: Qt keeps another place of the pointer for each
-/// display there, and gives out that of the primary one.
-SelectionView *SelectionOverlayController::Private::viewWithPointer() const {
-    if (PanelShell::instance().knowsPointer())
-        return nullptr;
-    const auto found =
-        std::ranges::find_if(views, [](const View &view) { return view->pointer() && !view->isDragging(); });
-    return found != views.end() ? found->get() : nullptr;
-}
-
-SelectionView *SelectionOverlayController::Private::viewAtPointer() const {
-    if (SelectionView *view = viewWithPointer())
-        return view;
-    const QPoint pointer = QCursor::pos();
-    const auto found =
-        std::ranges::find_if(views, [&](const View &view) { return view->geometry().contains(pointer); });
-    return found != views.end() ? found->get() : nullptr;
-}
-
-SelectionView *SelectionOverlayController::Private::selectedView() const {
-    const auto found =
-        std::ranges::find_if(views, [](const View &view) { return view->area().rect().has_value(); });
-    return found != views.end() ? found->get() : nullptr;
-}
-
-SelectionView *SelectionOverlayController::Private::activeView() const {
-    const auto dragging = std::ranges::find_if(views, [](const View &view) { return view->isDragging(); });
-    if (dragging != views.end())
-        return dragging->get();
-    if (SelectionView *view = selectedView())
-        return view;
-    if (SelectionView *view = viewAtPointer())
-        return view;
-    return views.empty() ? nullptr : views.front().get();
-}
-
-void SelectionOverlayController::Private::seedAreaIfNeeded() {
-    if (selectedView())
-        return;
-    if (const auto before = std::exchange(kept, std::nullopt)) {
-        for (const View &view : views) {
-            if (view->display().id == before->displayId && contains(view->area().bounds(), before->rect))
-                view->setSelection(before->rect);
-        }
-        return;
-    }
-    SelectionView *view = viewAtPointer();
-    if (!view && !views.empty())
-        view = views.front().get();
-    if (view)
-        view->setSelection(memory.restore(view->display().id, view->area().bounds()));
-}
-
-void SelectionOverlayController::Private::beginSelection(SelectionView &view) {
-    for (const View &other : views) {
-        if (other.get() != &view && other->area().rect())
-            other->setSelection(std::nullopt);
-    }
-}
-
-void SelectionOverlayController::Private::moveSelection(SelectionView &from, const Rect &rect) {
-    const SelectionView *target = viewAtPointer();
-    const auto pointer = from.pointer();
-    for (const View &view : views) {
-        if (view.get() == &from)
-            continue;
-        std::optional<Rect> shown;
-        if (view.get() == target && pointer) {
-            const Point here = fromQt(QPointF(QCursor::pos() - view->geometry().topLeft()));
-            shown =
-                Rect{here.x - (pointer->x - rect.x), here.y - (pointer->y - rect.y), rect.width, rect.height};
-        }
-        if (shown || view->area().rect())
-            view->showMovedSelection(shown);
-    }
-}
-
-void SelectionOverlayController::Private::endMove(SelectionView &from) {
-    for (const View &view : views) {
-        if (view.get() != &from && view->area().rect()) {
-            // Its buttons come back with it.
-            const Rect rect = *view->area().rect();
-            view->setSelection(rect);
-            memory.save(rect, view->display().id);
-        }
-    }
 }
 
 Task<> SelectionOverlayController::Private::fetchLoupePixels(QPointer<SelectionView> view, QRect pixels,
@@ -450,146 +265,20 @@ Task<> SelectionOverlayController::Private::fetchLoupePixels(QPointer<SelectionV
         view->setLoupePicture(*picture, pixels.topLeft());
 }
 
-// Windows and displays
-
-void SelectionOverlayController::Private::setTool(ToolMode wanted) {
-    tool = wanted;
-    picker.clear();
-    for (const View &view : views)
-        view->setTool(wanted);
-    windowsTimer.stop();
-    if (wanted == ToolMode::window && !views.empty())
-        refreshWindows();
-    followPointer();
-}
-
-void SelectionOverlayController::Private::refreshWindows() {
-    if (tool != ToolMode::window || services.capture.hasOwnPicker())
-        return;
-    auto windows = services.capture.windows();
-    if (!windows) {
-        qCCritical(logCapture, "windows not listed: %s", windows.error().message.c_str());
-        windows = std::vector<WindowDescription>();
-    }
-    windowsTimer.start();
-    if (*windows == picker.windows() && !windows->empty())
-        return;
-    const bool hadWindows = !picker.windows().empty();
-    const PixelRect changed = changedPart(picker.windows(), *windows);
-    picker.setWindows(std::move(*windows));
-    if (!picker.lit())
-        followPointer();
-    showWindows();
-    // A window that opened or moved is not in the picture that the overlay lies on.
-    if (hadWindows && !isBlended && !changed.isEmpty())
-        scope.start(this, &Private::retakePicture, changed);
-}
-
-void SelectionOverlayController::Private::showWindows() {
-    const WindowDescription *lit = picker.lit();
-    const WindowAppearance appearance = lit ? services.capture.appearance(lit->id) : WindowAppearance();
-    QRegion visible = picker.visiblePart();
-    if (appearance.visible)
-        visible &= *appearance.visible;
-    for (const View &view : views)
-        view->setWindows(picker, appearance.icon, visible);
-}
-
-void SelectionOverlayController::Private::lightDisplay(const SelectionView *view) {
-    litDisplay = view ? view->display().id : std::string();
-    for (const View &each : views)
-        each->setLit(tool == ToolMode::screen && each.get() == view);
-}
-
-void SelectionOverlayController::Private::followPointer() {
-    if (tool == ToolMode::area)
-        return;
-    const SelectionView *view = viewWithPointer();
-    if (!view && !(isCursorOverBar && isCursorOverBar()))
-        view = viewAtPointer();
-    if (tool == ToolMode::screen) {
-        lightDisplay(view);
-        return;
-    }
-    bool isOther = false;
-    if (view) {
-        const Point here =
-            view->pointer().value_or(fromQt(QPointF(QCursor::pos() - view->geometry().topLeft())));
-        isOther = picker.pointAt(inPixelsOf(view->display(), here));
-    } else {
-        isOther = picker.clear();
-    }
-    if (isOther)
-        showWindows();
-}
-
-void SelectionOverlayController::Private::cycle(bool backward) {
-    if (tool == ToolMode::window) {
-        if (picker.cycle(backward))
-            showWindows();
-        return;
-    }
-    const auto now =
-        std::ranges::find(views, litDisplay, [](const View &view) { return view->display().id; });
-    const std::size_t count = views.size();
-    std::size_t next = backward ? count - 1 : 0;
-    if (now != views.end())
-        next = (std::size_t(now - views.begin()) + (backward ? count - 1 : 1)) % count;
-    lightDisplay(views[next].get());
-}
-
 void SelectionOverlayController::Private::pick(bool record) {
-    if (tool == ToolMode::window)
-        pickWindow(record);
-    else if (tool == ToolMode::screen)
-        pickDisplay(record);
-}
-
-void SelectionOverlayController::Private::pickWindow(bool record) {
-    if (services.capture.hasOwnPicker()) {
-        const SelectionView *view = activeView();
-        finish({SelectionOutcome::DesktopPicker{{CaptureRequest::LetDesktopAsk::Kind::window, std::nullopt},
-                                                view ? view->display() : displays.front(),
-                                                record}});
-        return;
-    }
-    const WindowDescription *lit = picker.lit();
-    if (!lit)
-        return;
-    // As it is now: it may have moved or gone since it was lit.
-    const std::uint32_t id = lit->id;
-    auto windows = services.capture.windows();
-    const auto found = windows ? std::ranges::find(*windows, id, &WindowDescription::id)
-                               : std::vector<WindowDescription>::iterator();
-    if (windows && found != windows->end()) {
-        const WindowDescription window = *found;
-        finish({SelectionOutcome::Window{window, displayHolding(displays, window.pixels), record}});
-        return;
-    }
-    picker.setWindows(windows ? std::move(*windows) : std::vector<WindowDescription>());
-    showWindows();
-    for (const View &view : views)
-        view->setNotice(windows ? overlayText("That window has been closed")
-                                : QString::fromStdString(windows.error().message));
-}
-
-void SelectionOverlayController::Private::pickDisplay(bool record) {
-    const auto found = std::ranges::find(displays, litDisplay, &Display::id);
-    if (found == displays.end())
-        return;
-    const Display display = *found;
-    finish({SelectionOutcome::WholeDisplay{display, record}});
+    if (auto picked = targets.pick(record))
+        finish(std::move(*picked));
 }
 
 // Keys
 
 void SelectionOverlayController::Private::wantTool(ToolMode wanted) {
-    if (wanted == tool)
+    if (wanted == targets.tool())
         return;
     if (owner.onToolWanted)
         owner.onToolWanted(wanted);
     else
-        setTool(wanted);
+        targets.setTool(wanted);
 }
 
 void SelectionOverlayController::Private::wantBar() {
@@ -598,7 +287,7 @@ void SelectionOverlayController::Private::wantBar() {
 }
 
 void SelectionOverlayController::Private::confirm(SelectionView &view, bool record) {
-    if (tool != ToolMode::area)
+    if (targets.tool() != ToolMode::area)
         pick(record);
     else if (view.area().rect())
         view.commitSelection(record);
@@ -612,7 +301,7 @@ void SelectionOverlayController::Private::handleKey(SelectionView &view, QKeyEve
         finish({});
         return;
     }
-    SelectionView *active = activeView();
+    SelectionView *active = views.active();
     if (!active || active->handleKey(event) || !isPress)
         return;
     const bool isControlHeld = event.modifiers().testFlag(Qt::ControlModifier);
@@ -630,14 +319,14 @@ void SelectionOverlayController::Private::handleKey(SelectionView &view, QKeyEve
     case Qt::Key_3:
         return wantTool(ToolMode::screen);
     case Qt::Key_Tab:
-        return tool == ToolMode::area ? wantBar() : cycle(false);
+        return targets.tool() == ToolMode::area ? wantBar() : targets.cycle(false);
     case Qt::Key_Backtab:
-        return tool == ToolMode::area ? wantBar() : cycle(true);
+        return targets.tool() == ToolMode::area ? wantBar() : targets.cycle(true);
     case Qt::Key_F6:
         return wantBar();
     case Qt::Key_F1:
     case Qt::Key_Question: {
-        SelectionView *shown = viewAtPointer();
+        SelectionView *shown = views.atPointer();
         (shown ? *shown : view).setHelpShown(!(shown ? *shown : view).isHelpShown());
         return;
     }
@@ -658,15 +347,15 @@ void SelectionOverlayController::Private::finish(SelectionOutcome outcome) {
     screenObserver.reset();
     compositing.reset();
     if (const auto *region = std::get_if<SelectionOutcome::Region>(&outcome.picked))
-        memory.save(region->rect, region->display.id);
+        views.remember(region->rect, region->display.id);
     // First the focus: left to itself the server would give it to anybody.
     keyboard.giveBack();
     dismissViews();
     PanelShell::instance().sync();
-    kept.reset();
-    picker = {};
+    views.keepSelection(false);
     const bool isCancelled = outcome.isCancelled();
-    auto ended = [done = std::exchange(completion, nullptr), outcome = std::move(outcome), used = tool] {
+    auto ended = [done = std::exchange(completion, nullptr), outcome = std::move(outcome),
+                  used = targets.tool()] {
         if (done)
             done(outcome, used);
     };
@@ -686,19 +375,19 @@ void SelectionOverlayController::begin(ToolMode tool, std::function<bool()> isCu
                                        std::function<void(SelectionOutcome, ToolMode)> completion) {
     finish({});
     m_private->isUp = true;
-    m_private->tool = tool;
-    m_private->isCursorOverBar = std::move(isCursorOverBar);
+    m_private->targets.begin(tool);
+    m_private->targets.isCursorOverBar = std::move(isCursorOverBar);
     m_private->completion = std::move(completion);
     m_private->build();
 }
 
 void SelectionOverlayController::setTool(ToolMode tool) {
     if (m_private->isUp)
-        m_private->setTool(tool);
+        m_private->targets.setTool(tool);
 }
 
 ToolMode SelectionOverlayController::tool() const {
-    return m_private->tool;
+    return m_private->targets.tool();
 }
 
 bool SelectionOverlayController::isUp() const {
@@ -710,14 +399,14 @@ void SelectionOverlayController::finish(SelectionOutcome outcome) {
 }
 
 void SelectionOverlayController::followBar() {
-    for (const auto &view : m_private->views)
+    for (const OverlayViews::View &view : m_private->views.all())
         view->followBar();
 }
 
 void SelectionOverlayController::takeKeyboard() {
-    SelectionView *view = m_private->viewAtPointer();
+    SelectionView *view = m_private->views.atPointer();
     if (!view)
-        view = m_private->activeView();
+        view = m_private->views.active();
     if (m_private->isUp && view && view->isVisible())
         m_private->keyboard.take(*view);
 }

@@ -3,14 +3,11 @@
 
 #pragma once
 
-#include "Overlay/ActionButtons.h"
-#include "Overlay/AreaSelection.h"
+#include "Overlay/LoupePixels.h"
 #include "Overlay/OverlayCanvas.h"
-#include "Overlay/OverlayScene.h"
+#include "Overlay/OverlayContents.h"
 #include "Overlay/SelectionOutcome.h"
-#include "Overlay/ToolMode.h"
 #include "Overlay/WindowPicker.h"
-#include "Platform/Display.h"
 
 #include <QImage>
 #include <QWidget>
@@ -34,7 +31,7 @@ public:
 
     ~SelectionView() override;
 
-    const Display &display() const { return m_display; }
+    const Display &display() const { return m_contents.display; }
     /// The picture that it lies on: of the screen as it is now, and then parts of it that were taken anew,
     /// from that pixel of the display on.
     void freezeScreen();
@@ -52,7 +49,7 @@ public:
     /// Takes it from the screen; it tells nobody anything any more.
     void dismiss();
 
-    const AreaSelection &area() const { return m_area; }
+    const AreaSelection &area() const { return m_contents.area; }
     /// Points from the display's corner; made to fit.
     void setSelection(const std::optional<Rect> &rect);
     /// Something for the keyboard to begin with.
@@ -75,14 +72,14 @@ public:
     /// Instead of the hint; empty: the hint.
     void setNotice(const QString &notice);
     void setHelpShown(bool isShown);
-    bool isHelpShown() const { return m_isHelpShown; }
+    bool isHelpShown() const { return m_contents.isHelpShown; }
 
     /// A key for the selection; false when it is none of its.
     bool handleKey(const QKeyEvent &event);
     /// A picture of a part of the display for the loupe, from that pixel of the display on.
     void setLoupePicture(const QImage &picture, const QPoint &corner);
     std::optional<Point> pointer() const { return m_isMouseInside ? std::optional(m_mouse) : std::nullopt; }
-    bool isDragging() const { return m_area.drag().has_value(); }
+    bool isDragging() const { return m_contents.isDragging(); }
 
     /// May destroy the view's owner: nothing of the view is used after it.
     std::function<void(SelectionOutcome)> onOutcome;
@@ -117,43 +114,22 @@ protected:
 private:
     void refresh();
     OverlayScene scene() const;
-    void addArea(OverlayScene &scene) const;
-    void addWindow(OverlayScene &scene) const;
-    void addScreen(OverlayScene &scene) const;
-    void addHints(OverlayScene &scene) const;
-    std::optional<Loupe> loupe(const QRect &selected) const;
-    void fetchLoupePixels(const QRect &pixels);
+    void fetchLoupePixels(const Loupe &loupe);
     void updateCursor();
     void continueDrag(Qt::KeyboardModifiers modifiers);
     void endDrag();
     void placeButtons();
-    std::optional<ActionButtons::Kind> buttonAt(const Point &at) const;
     void note(const QMouseEvent &event);
     /// Empty where the bar lies above.
     QRectF gapForBar() const;
-    QRect devicePixels(const Rect &rect) const;
-    double scale() const { return m_display.scale; }
+    double scale() const { return m_contents.display.scale; }
 
-    const Display m_display;
     const bool m_isBlended;
     const bool m_hasServer;
     std::unique_ptr<OverlayCanvas> m_canvas;
     /// What it lies on where there is no server to keep it.
     QImage m_picture;
-    ToolMode m_tool = ToolMode::area;
-    AreaSelection m_area;
-    /// The selection is shown by another view for as long as the pointer is there.
-    bool m_isMovedExternally = false;
-    std::optional<ActionButtons> m_buttons;
-
-    std::optional<WindowDescription> m_litWindow;
-    QRegion m_litPart;
-    QImage m_windowIcon;
-    bool m_hasWindows = true;
-    bool m_desktopPicks = false;
-    bool m_isLit = false;
-    QString m_notice;
-    bool m_isHelpShown = false;
+    OverlayContents m_contents;
     bool m_isDismissed = false;
 
     /// In points from the display's corner; whole, and on the edge when it touches the last pixel.
@@ -164,8 +140,7 @@ private:
     bool m_isPicking = false;
     bool m_commitsOnRelease = false;
 
-    QImage m_loupePicture;
-    QPoint m_loupeCorner;
+    LoupePixels m_loupePixels;
     OverlayScene m_scene;
 };
 

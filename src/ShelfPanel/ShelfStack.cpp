@@ -7,7 +7,6 @@
 #include "Panels/PanelButton.h"
 #include "Panels/PanelMenu.h"
 #include "Panels/PanelShape.h"
-#include "Shelf/ShelfPanelFrame.h"
 #include "ShelfPanel/FileDrag.h"
 #include "ShelfPanel/ShelfAccessibility.h"
 #include "ShelfPanel/ShelfText.h"
@@ -34,16 +33,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int cardGap = 8;
-constexpr int pitch = ShelfCard::bodyHeight + cardGap;
-/// The panel is wider than its cards by this at the right.
-constexpr int sideMargin = 24;
-constexpr int scrollButtonHeight = 26;
-constexpr int scrollButtonGap = 4;
-constexpr auto motionTime = 160ms;
 constexpr auto progressInterval = 250ms;
-/// Cards come from there, and go there.
-constexpr double comesFrom = 28;
 constexpr int wheelStep = 120;
 
 bool isIn(const ShelfCard &card, const std::vector<ShelfItem> &items) {
@@ -77,44 +67,38 @@ ShelfStack::ShelfStack(Host &host)
         if (m_hasProgress)
             showProgress();
     });
-    m_motion.setDuration(int(std::chrono::milliseconds(motionTime).count()));
-    m_motion.setStartValue(0.0);
-    m_motion.setEndValue(1.0);
-    m_motion.setEasingCurve(QEasingCurve::OutCubic);
-    QObject::connect(&m_motion, &QVariantAnimation::valueChanged, this,
-                     [this](const QVariant &value) { moveOn(value.toDouble()); });
-    QObject::connect(&m_motion, &QVariantAnimation::finished, this, [this] { settle(); });
+    m_motion.onPlaced = [this](ShelfCard &card, const CardMotion::Place &place) { placeCard(card, place); };
+    m_motion.onMoved = [this] { update(); };
+    m_motion.onSettled = [this] { settled(); };
     for (PanelButton *button : {m_older, m_newer}) {
-        button->setHeight(scrollButtonHeight);
-        button->setRadius(scrollButtonHeight / 2.0);
+        button->setHeight(ShelfLayout::scrollButtonHeight);
+        button->setRadius(ShelfLayout::scrollButtonHeight / 2.0);
         button->setSymbol(button == m_older ? Symbol::chevronUp : Symbol::chevronDown);
         button->setFocusPolicy(Qt::NoFocus);
         button->hide();
         const int direction = button == m_older ? 1 : -1;
         QObject::connect(button, &QAbstractButton::clicked, this,
-                         [this, direction] { scrollBy(direction * std::max(1, roomForCards() - 1)); });
+                         [this, direction] { scrollBy(direction * std::max(1, room() - 1)); });
     }
 }
 
 ShelfStack::~ShelfStack() {
     // Hiding moves the focus, and the cards tell of it: as long as there is somebody to tell.
     hide();
-    for (const std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
-        for (const Entry &entry : *entries)
-            delete entry.card;
-    }
+    m_motion.deleteCards();
     if (!m_reasons.empty())
         m_host.setAttended(false);
 }
 
 void ShelfStack::setItems(const std::vector<ShelfItem> &items) {
     const bool isSameCards = std::ranges::equal(
-        m_entries, items, {}, [](const Entry &entry) { return entry.card->id(); }, &ShelfItem::id);
+        m_motion.cards(), items, {}, [](const CardMotion::Entry &entry) { return entry.card->id(); },
+        &ShelfItem::id);
     if (!isSameCards)
         matchCards(items);
     for (std::size_t i = 0; i < items.size(); ++i) {
-        m_hasProgress = m_entries[i].card->setItem(items[i]) || m_hasProgress;
-        requestThumbnail(*m_entries[i].card, items[i]);
+        m_hasProgress = m_motion.cards()[i].card->setItem(items[i]) || m_hasProgress;
+        requestThumbnail(*m_motion.cards()[i].card, items[i]);
     }
     if (!isSameCards)
         arrange();
@@ -124,40 +108,38 @@ void ShelfStack::setItems(const std::vector<ShelfItem> &items) {
 
 void ShelfStack::matchCards(const std::vector<ShelfItem> &items) {
     const int focused = focusedCard();
-    const bool losesFocus = focused >= 0 && !isIn(*m_entries[std::size_t(focused)].card, items);
-    std::vector<Entry> matched;
+    const bool losesFocus = focused >= 0 && !isIn(*m_motion.cards()[std::size_t(focused)].card, items);
+    std::vector<CardMotion::Entry> matched;
     bool isNew = false;
     for (const ShelfItem &item : items) {
-        const auto known = std::ranges::find(m_entries, item.id, [](const Entry &e) { return e.card->id(); });
-        if (known != m_entries.end()) {
+        const auto known = std::ranges::find(m_motion.cards(), item.id,
+                                             [](const CardMotion::Entry &e) { return e.card->id(); });
+        if (known != m_motion.cards().end()) {
             matched.push_back(*known);
             continue;
         }
-        auto *card = new ShelfCard(item, *this, this);
-        const Place start{.aside = comesFrom, .opacity = 0};
-        matched.push_back({card, start, start, start});
+        matched.push_back(CardMotion::newcomer(new ShelfCard(item, *this, this)));
         isNew = true;
     }
-    for (const Entry &entry : m_entries) {
+    for (const CardMotion::Entry &entry : m_motion.cards()) {
         if (!isIn(*entry.card, items)) {
-            m_leaving.push_back(entry);
             // What leaves is no longer to be met.
             if (entry.card->id() == m_menuCard)
                 closeMenu();
             entry.card->setAttribute(Qt::WA_TransparentForMouseEvents);
         }
     }
-    m_entries = std::move(matched);
+    m_motion.replace(std::move(matched));
     // Who does not look elsewhere sees what has just been captured.
     if (isNew && m_reasons.empty())
         m_newerHidden = 0;
-    if (losesFocus && !m_entries.empty())
+    if (losesFocus && !isEmpty())
         QTimer::singleShot(0, this, [this, focused] { focusCard(std::min(focused, count() - 1)); });
 }
 
 void ShelfStack::showProgress() {
     m_hasProgress = false;
-    for (const Entry &entry : m_entries)
+    for (const CardMotion::Entry &entry : m_motion.cards())
         entry.card->showProgress();
     m_progressTimer.start();
 }
@@ -179,7 +161,7 @@ Task<> ShelfStack::loadThumbnail(QUuid id, CardThumbnail source, std::stop_token
         co_await runBlocking([source = std::move(source), pixels] { return source.scaledTo(pixels); }, stop);
     if (!image)
         co_return;
-    for (const Entry &entry : m_entries) {
+    for (const CardMotion::Entry &entry : m_motion.cards()) {
         if (entry.card->id() == id && entry.card->thumbnailKey == key)
             entry.card->setThumbnail(*image);
     }
@@ -191,78 +173,40 @@ void ShelfStack::setDisplay(QScreen *screen) {
         return;
     if (this->screen() != screen)
         setScreen(screen);
-    if (!m_entries.empty())
+    if (!isEmpty())
         arrange();
 }
 
-int ShelfStack::roomForCards() const {
-    if (!m_screen)
-        return 1;
-    const QRect free = PanelShell::instance().room(*m_screen);
-    const double height = shelfPanelFrame(count(), {double(free.x()), double(free.y()), double(free.width()),
-                                                    double(free.height())})
-                              .height;
-    const int all = int((height + cardGap) / pitch);
-    if (count() <= all)
-        return std::max(1, count());
-    return std::max(1, int((height - scrollButtonHeight - scrollButtonGap + cardGap) / pitch));
+ShelfLayout ShelfStack::shelfLayout() const {
+    return {m_screen ? PanelShell::instance().room(*m_screen) : QRect(), count()};
+}
+
+int ShelfStack::room() const {
+    return shelfLayout().room();
 }
 
 void ShelfStack::arrange() {
-    const int room = roomForCards();
-    m_newerHidden = std::clamp(m_newerHidden, 0, std::max(0, count() - room));
+    const ShelfLayout layout = shelfLayout();
+    const int shown = layout.room();
+    m_newerHidden = std::clamp(m_newerHidden, 0, layout.mostHidden());
     for (int i = 0; i < count(); ++i) {
-        Entry &entry = m_entries[std::size_t(i)];
+        CardMotion::Entry &entry = m_motion.cards()[std::size_t(i)];
         const int above = count() - 1 - i - m_newerHidden;
-        const bool isShown = above >= 0 && above < room;
-        const Place target{.up = double(std::clamp(above, -1, room)) * pitch, .opacity = isShown ? 1.0 : 0.0};
-        // A new card comes in at its place, not from below the others.
-        if (entry.card->isHidden() && entry.now.aside != 0)
-            entry.now.up = target.up;
-        entry.from = entry.now;
-        entry.to = target;
+        const bool isShown = above >= 0 && above < shown;
+        m_motion.aim(entry, {.up = double(std::clamp(above, -1, shown)) * ShelfLayout::pitch,
+                             .opacity = isShown ? 1.0 : 0.0});
         if (isShown)
             entry.card->show();
     }
-    for (Entry &entry : m_leaving) {
-        entry.from = entry.now;
-        entry.to = {.up = entry.now.up, .aside = std::max(comesFrom, entry.now.aside), .opacity = 0};
-    }
+    m_motion.aimLeaving();
     fitWindow();
     arrangeScrollButtons();
-    m_motion.stop();
     // A shaped window cannot be blended over what lies behind it.
-    if (isBlended() && !prefersReducedMotion() && isVisible()) {
-        moveOn(0);
-        m_motion.start();
-    } else {
-        moveOn(1);
-        settle();
-    }
+    m_motion.start(isBlended() && !prefersReducedMotion() && isVisible());
 }
 
-void ShelfStack::moveOn(double progress) {
-    const auto between = [progress](double from, double to) { return from + (to - from) * progress; };
-    for (std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
-        for (Entry &entry : *entries) {
-            const Place now{between(entry.from.up, entry.to.up), between(entry.from.aside, entry.to.aside),
-                            between(entry.from.opacity, entry.to.opacity)};
-            place(entry, now);
-        }
-    }
-    update();
-}
-
-void ShelfStack::settle() {
-    for (const Entry &entry : std::exchange(m_leaving, {})) {
-        entry.card->hide();
-        entry.card->deleteLater();
-    }
-    for (const Entry &entry : m_entries) {
-        if (entry.to.opacity == 0)
-            entry.card->hide();
-    }
-    if (m_entries.empty()) {
+void ShelfStack::settled() {
+    if (isEmpty()) {
         m_host.emptied();
         return;
     }
@@ -270,49 +214,23 @@ void ShelfStack::settle() {
     outlineChanged();
 }
 
-void ShelfStack::place(Entry &entry, const Place &place) {
-    entry.now = place;
+void ShelfStack::placeCard(ShelfCard &card, const CardMotion::Place &place) {
     const QRect panel = panelRect();
     const double top = panel.bottom() + 1 - ShelfCard::bodyHeight - place.up;
-    entry.card->move(panel.left() - ShelfCard::overhang + int(std::lround(place.aside)),
-                     int(std::lround(top)) - ShelfCard::overhang);
-    entry.card->setOpacity(place.opacity);
-}
-
-void ShelfStack::placeAll() {
-    for (std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
-        for (Entry &entry : *entries)
-            place(entry, entry.now);
-    }
-    arrangeScrollButtons();
-    update();
+    card.move(panel.left() - ShelfCard::overhang + int(std::lround(place.aside)),
+              int(std::lround(top)) - ShelfCard::overhang);
+    card.setOpacity(place.opacity);
 }
 
 void ShelfStack::fitWindow() {
     if (!m_screen)
         return;
-    const QRect free = PanelShell::instance().room(*m_screen);
-    const Rect frame = shelfPanelFrame(
-        count(), {double(free.x()), double(free.y()), double(free.width()), double(free.height())});
-    double top = 0;
-    for (const std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
-        for (const Entry &entry : *entries) {
-            if (entry.to.opacity > 0)
-                top = std::max(top, entry.to.up);
-            if (entry.now.opacity > 0)
-                top = std::max(top, entry.now.up);
-        }
-    }
-    const int height = int(std::ceil(top)) + ShelfCard::bodyHeight;
     const int margin = shadowMargin();
-    const QRect panel(int(frame.maxX()) - sideMargin - ShelfCard::bodyWidth, int(frame.maxY()) - height,
-                      ShelfCard::bodyWidth, height);
-    setGeometry(panel.adjusted(-margin, -margin, margin, margin));
+    setGeometry(shelfLayout().panel(m_motion.top()).adjusted(-margin, -margin, margin, margin));
 }
 
 void ShelfStack::arrangeScrollButtons() {
-    const int room = roomForCards();
-    const int older = std::max(0, count() - room - m_newerHidden);
+    const int older = std::max(0, shelfLayout().mostHidden() - m_newerHidden);
     const auto arrangeOne = [this](PanelButton &button, int hidden, const QString &words, int y) {
         button.setLabel(words.arg(hidden));
         button.setWords(words.arg(hidden));
@@ -321,8 +239,9 @@ void ShelfStack::arrangeScrollButtons() {
         button.setGeometry(panelRect().center().x() - size.width() / 2, y, size.width(), size.height());
     };
     arrangeOne(*m_older, older, shelfText("%1 older"),
-               panelRect().top() - scrollButtonGap - scrollButtonHeight);
-    arrangeOne(*m_newer, m_newerHidden, shelfText("%1 newer"), panelRect().bottom() + 1 + scrollButtonGap);
+               panelRect().top() - ShelfLayout::scrollButtonGap - ShelfLayout::scrollButtonHeight);
+    arrangeOne(*m_newer, m_newerHidden, shelfText("%1 newer"),
+               panelRect().bottom() + 1 + ShelfLayout::scrollButtonGap);
 }
 
 QRect ShelfStack::bodyOf(const ShelfCard &card) const {
@@ -337,7 +256,7 @@ void ShelfStack::outlineChanged() {
         return QRectF(QPointF(rect.topLeft()) * scale, QSizeF(rect.size()) * scale).toAlignedRect();
     };
     QRegion region;
-    for (const Entry &entry : m_entries) {
+    for (const CardMotion::Entry &entry : m_motion.cards()) {
         if (entry.to.opacity == 0)
             continue;
         const ShelfCard &card = *entry.card;
@@ -348,7 +267,8 @@ void ShelfStack::outlineChanged() {
     for (const PanelButton *button : {m_older, m_newer}) {
         if (!button->isHidden())
             region +=
-                PanelShape{size(), QRectF(button->geometry()), scrollButtonHeight / 2.0, scale}.region();
+                PanelShape{size(), QRectF(button->geometry()), ShelfLayout::scrollButtonHeight / 2.0, scale}
+                    .region();
     }
     // Of a window without cards there is nothing to meet, but an empty region means all of it.
     if (region.isEmpty())
@@ -393,7 +313,9 @@ void ShelfStack::hideEvent(QHideEvent *event) {
 
 void ShelfStack::resizeEvent(QResizeEvent *event) {
     FloatingPanel::resizeEvent(event);
-    placeAll();
+    m_motion.placeAll();
+    arrangeScrollButtons();
+    update();
     outlineChanged();
 }
 
@@ -408,14 +330,9 @@ void ShelfStack::paintEvent(QPaintEvent *event) {
         // A scale of its own has a shape of its own.
         outlineChanged();
     }
-    std::vector<const ShelfCard *> shown;
-    for (const std::vector<Entry> *entries : {&m_entries, &m_leaving}) {
-        for (const Entry &entry : *entries) {
-            if (entry.now.opacity > 0 && !entry.card->isHidden() &&
-                event->region().intersects(withShadow(bodyOf(*entry.card))))
-                shown.push_back(entry.card);
-        }
-    }
+    std::vector<const ShelfCard *> shown = m_motion.seen();
+    std::erase_if(
+        shown, [&](const ShelfCard *card) { return !event->region().intersects(withShadow(bodyOf(*card))); });
     QPainter painter(this);
     QColor ground = theme().panel;
     if (!isBlended()) {
@@ -424,7 +341,7 @@ void ShelfStack::paintEvent(QPaintEvent *event) {
         painter.fillRect(event->rect(), ground);
     }
     // All shadows lie below all cards. Between two cards they add up.
-    const double strength = m_entries.size() + m_leaving.size() > 1 ? 0.75 : 1;
+    const double strength = m_motion.hasSeveral() ? 0.75 : 1;
     for (const ShelfCard *card : shown) {
         painter.setOpacity(card->opacity() * strength);
         m_face->drawShadow(painter, bodyOf(*card).topLeft());
@@ -437,7 +354,8 @@ void ShelfStack::paintEvent(QPaintEvent *event) {
     painter.setRenderHint(QPainter::Antialiasing);
     for (const PanelButton *button : {m_older, m_newer}) {
         if (!button->isHidden() && event->region().intersects(button->geometry()))
-            painter.fillPath(roundedPath(QRectF(button->geometry()), scrollButtonHeight / 2.0), ground);
+            painter.fillPath(roundedPath(QRectF(button->geometry()), ShelfLayout::scrollButtonHeight / 2.0),
+                             ground);
     }
 }
 
@@ -454,45 +372,25 @@ void ShelfStack::wheelEvent(QWheelEvent *event) {
 }
 
 void ShelfStack::scrollBy(int cards) {
-    const int before = std::exchange(
-        m_newerHidden, std::clamp(m_newerHidden + cards, 0, std::max(0, count() - roomForCards())));
+    const int before =
+        std::exchange(m_newerHidden, std::clamp(m_newerHidden + cards, 0, shelfLayout().mostHidden()));
     if (m_newerHidden != before)
         arrange();
 }
 
 void ShelfStack::keyPressEvent(QKeyEvent *event) {
-    const int focused = focusedCard();
-    switch (event->key()) {
-    case Qt::Key_Up:
-        focusCard(focused < 0 ? count() - 1 : focused - 1);
-        break;
-    case Qt::Key_Down:
-        focusCard(focused + 1);
-        break;
-    case Qt::Key_PageUp:
-        focusCard(std::max(0, focused - roomForCards()));
-        break;
-    case Qt::Key_PageDown:
-        focusCard(std::min(count() - 1, focused + roomForCards()));
-        break;
-    case Qt::Key_Home:
-        focusCard(0);
-        break;
-    case Qt::Key_End:
-        focusCard(count() - 1);
-        break;
-    case Qt::Key_Escape:
+    if (event->key() == Qt::Key_Escape)
         giveKeyboardBack();
-        break;
-    default:
+    else if (const auto card = shelfLayout().cardForKey(event->key(), focusedCard()))
+        focusCard(*card);
+    else
         FloatingPanel::keyPressEvent(event);
-    }
 }
 
 int ShelfStack::focusedCard() const {
     const QWidget *focus = focusWidget();
     for (int i = 0; focus && i < count(); ++i) {
-        const ShelfCard *card = m_entries[std::size_t(i)].card;
+        const ShelfCard *card = m_motion.cards()[std::size_t(i)].card;
         if (card == focus || card->isAncestorOf(focus))
             return i;
     }
@@ -505,13 +403,13 @@ void ShelfStack::focusCard(int index) {
     const int above = count() - 1 - index;
     if (above < m_newerHidden)
         scrollBy(above - m_newerHidden);
-    else if (above >= m_newerHidden + roomForCards())
-        scrollBy(above - roomForCards() + 1 - m_newerHidden);
-    m_entries[std::size_t(index)].card->setFocus(Qt::OtherFocusReason);
+    else if (above >= m_newerHidden + room())
+        scrollBy(above - room() + 1 - m_newerHidden);
+    m_motion.cards()[std::size_t(index)].card->setFocus(Qt::OtherFocusReason);
 }
 
 void ShelfStack::takeKeyboard() {
-    if (m_entries.empty() || !isVisible())
+    if (isEmpty() || !isVisible())
         return;
     m_keyboard.take();
     attend(Reason::keyboard, true);
@@ -535,8 +433,9 @@ void ShelfStack::act(const QUuid &id, ShelfCard::Action action) {
 
 void ShelfStack::dragOut(const QUuid &id) {
     const auto file = m_host.fileOf(id);
-    const auto entry = std::ranges::find(m_entries, id, [](const Entry &e) { return e.card->id(); });
-    if (!file || entry == m_entries.end() || !(QGuiApplication::mouseButtons() & Qt::LeftButton))
+    const auto entry =
+        std::ranges::find(m_motion.cards(), id, [](const CardMotion::Entry &e) { return e.card->id(); });
+    if (!file || entry == m_motion.cards().end() || !(QGuiApplication::mouseButtons() & Qt::LeftButton))
         return;
     attend(Reason::drag, true);
     const QPointer<ShelfStack> self(this);
@@ -587,20 +486,16 @@ void ShelfStack::closeMenu() {
 }
 
 void ShelfStack::pushAside(ShelfCard &card, double distance) {
-    const auto entry = std::ranges::find(m_entries, &card, &Entry::card);
-    if (entry == m_entries.end())
+    const auto entry = std::ranges::find(m_motion.cards(), &card, &CardMotion::Entry::card);
+    if (entry == m_motion.cards().end())
         return;
-    if (m_motion.state() == QAbstractAnimation::Running) {
-        m_motion.stop();
-        moveOn(1);
-        settle();
-    }
+    m_motion.hurry();
     // Opaque while it stays, fainter the nearer it is to going.
     const double opacity = isBlended() ? std::clamp(1.15 - distance / ShelfCard::bodyWidth, 0.2, 1.0) : 1;
-    Place pushed = entry->to;
+    CardMotion::Place pushed = entry->to;
     pushed.aside = distance;
     pushed.opacity = opacity;
-    place(*entry, pushed);
+    m_motion.place(*entry, pushed);
     update();
     // A shape without a compositor goes where the card goes.
     if (!isBlended())

@@ -5,17 +5,18 @@
 
 #include "Panels/FloatingPanel.h"
 #include "ShelfPanel/CardFace.h"
+#include "ShelfPanel/CardMotion.h"
 #include "ShelfPanel/CardThumbnail.h"
 #include "ShelfPanel/CardTip.h"
 #include "ShelfPanel/KeyboardLoan.h"
 #include "ShelfPanel/ShelfCard.h"
+#include "ShelfPanel/ShelfLayout.h"
 #include "Support/TaskScope.h"
 
 #include <QMenu>
 #include <QPointer>
 #include <QScreen>
 #include <QTimer>
-#include <QVariantAnimation>
 
 #include <filesystem>
 #include <memory>
@@ -56,7 +57,7 @@ public:
     void setItems(const std::vector<ShelfItem> &items);
     /// Lies on that screen.
     void setDisplay(QScreen *screen);
-    bool isEmpty() const { return m_entries.empty(); }
+    bool isEmpty() const { return m_motion.isEmpty(); }
     /// Gives the keyboard to the newest card, until Escape or until the user turns to another window.
     void takeKeyboard();
 
@@ -74,20 +75,6 @@ private:
     /// Why the user is at the shelf.
     enum class Reason { pointer = 1, menu, drag, keyboard };
 
-    struct Place {
-        /// Points above the lowest place, and to the right.
-        double up = 0;
-        double aside = 0;
-        double opacity = 1;
-        bool operator==(const Place &) const = default;
-    };
-    struct Entry {
-        ShelfCard *card;
-        Place from;
-        Place to;
-        Place now;
-    };
-
     void act(const QUuid &id, ShelfCard::Action action) override;
     QMenu *makeProjectMenu(const QUuid &id) override;
     void showMenu(ShelfCard &card, const QPoint &globalPlace) override;
@@ -101,13 +88,13 @@ private:
     void requestThumbnail(ShelfCard &card, const ShelfItem &item);
     Task<> loadThumbnail(QUuid id, CardThumbnail source, std::stop_token stop);
 
-    int count() const { return int(m_entries.size()); }
-    int roomForCards() const;
+    int count() const { return int(m_motion.cards().size()); }
+    ShelfLayout shelfLayout() const;
+    /// So many cards are shown at most.
+    int room() const;
     void arrange();
-    void moveOn(double progress);
-    void settle();
-    void place(Entry &entry, const Place &place);
-    void placeAll();
+    void settled();
+    void placeCard(ShelfCard &card, const CardMotion::Place &place);
     void fitWindow();
     void arrangeScrollButtons();
     QRect bodyOf(const ShelfCard &card) const;
@@ -122,10 +109,7 @@ private:
     void closeMenu();
 
     Host &m_host;
-    /// The oldest first.
-    std::vector<Entry> m_entries;
-    /// Dismissed, on their way out.
-    std::vector<Entry> m_leaving;
+    CardMotion m_motion;
     /// So many of the newest cards lie below what is shown.
     int m_newerHidden = 0;
     int m_wheelTurn = 0;
@@ -140,7 +124,6 @@ private:
     std::unique_ptr<CardTip> m_tip;
     QTimer m_progressTimer;
     bool m_hasProgress = false;
-    QVariantAnimation m_motion;
     PanelButton *m_older;
     PanelButton *m_newer;
     TaskScope m_scope;
