@@ -9,34 +9,18 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
 #include <random>
+#include <string>
 
 using namespace std::chrono_literals;
 
 namespace vantrell::testing {
 
 namespace {
-
-enum class Part { pipeWire, portal, portalBackend, compositor, ourselves };
-constexpr std::array<const char *, 5> partNames{"PipeWire", "the portal", "the portal's part for sway",
-                                                "the compositor", "ourselves"};
-
-void killPart(SwaySession &session, CaptureProgram &program, Part part) {
-    switch (part) {
-    case Part::pipeWire:
-        return session.ground().killPipeWire();
-    case Part::portal:
-        return session.ground().killPortal();
-    case Part::portalBackend:
-        return session.killBackend();
-    case Part::compositor:
-        return session.killCompositor();
-    case Part::ourselves:
-        return program.signal(SIGKILL);
-    }
-}
 
 /// Nobody has the desktop send pictures any more.
 bool isCastOver(const SwaySession &session) {
@@ -58,35 +42,40 @@ TEST(WaylandCrash, losesAtMostTwoSecondsAndHangsOnNothing) {
         SwaySession session({.notesPictures = true});
         session.showNumbers(20);
         CaptureProgram program;
-        for (const auto &[name, value] : session.environment())
-            if (name != "HOME")
-                program.set(name, value);
+        for (const auto &[variable, value] : session.environment())
+            if (variable != "HOME")
+                program.set(variable, value);
         program.set("VANTRELL_BACKEND", "wayland");
-        const auto part = Part(random() % partNames.size());
+        const std::array<std::pair<std::string, std::function<void()>>, 5> parts{
+            {{"ourselves", [&] { program.signal(SIGKILL); }},
+             {"the compositor", [&] { session.killCompositor(); }},
+             {"the portal", [&] { session.ground().killPortal(); }},
+             {"the portal's part for sway", [&] { session.killBackend(); }},
+             {"PipeWire", [&] { session.ground().killPipeWire(); }}}};
+        const auto &[name, kill] = parts[random() % parts.size()];
         const bool isBefore = random() % 4 == 0;
         const std::chrono::milliseconds wait(isBefore ? random() % 1000 : 2000 + random() % 3000);
-        SCOPED_TRACE(std::string(partNames[std::size_t(part)]) + (isBefore ? " at first" : " recording") +
-                     " after " + std::to_string(wait.count()) + " ms, seed " + std::to_string(seed));
+        SCOPED_TRACE(name + (isBefore ? " at first" : " recording") + " after " +
+                     std::to_string(wait.count()) + " ms, seed " + std::to_string(seed));
         program.start({"record", "--json"});
         if (!isBefore)
             program.waitForLog("recording started");
         const double began = hostNow();
         program.poll(wait);
         const double killed = hostNow();
-        killPart(session, program, part);
+        kill();
         program.poll(3s);
         // A recording outlives the portal, and without PipeWire some desktops never answer.
         if (program.isRunning()) {
-            EXPECT_TRUE(isBefore || part == Part::portal);
-            std::printf("%s: it goes on until it is asked to stop\n", partNames[std::size_t(part)]);
+            EXPECT_TRUE(isBefore || name == "the portal");
             program.signal(SIGINT);
             program.poll(5s);
             EXPECT_FALSE(program.isRunning());
         }
         auto ended = program.finish();
-        if (part == Part::ourselves)
+        if (name == "ourselves")
             ended = program.run({"recover", "--json"});
-        if (part != Part::compositor)
+        if (name != "the compositor")
             EXPECT_TRUE(isCastOver(session));
         if (isBefore || killed - began < 2 + late)
             continue;
@@ -97,7 +86,7 @@ TEST(WaylandCrash, losesAtMostTwoSecondsAndHangsOnNothing) {
         const auto numbers = numberedPicturesIn(json["file"].get<std::string>(), 32, 48);
         EXPECT_GE(double(numbers.size()), (killed - began - 2 - late) * 10);
         EXPECT_TRUE(std::ranges::is_sorted(numbers, {}, &NumberedPicture::number));
-        std::printf("%s after %.1f s: %.1f s kept\n", partNames[std::size_t(part)], killed - began,
+        std::printf("%s after %.1f s: %.1f s kept\n", name.c_str(), killed - began,
                     json["durationMs"].get<double>() / 1000);
     }
 }
