@@ -80,6 +80,7 @@ void PanelInterface::showCaptureBar(std::shared_ptr<ToolBarState> state) {
         m_captureBar = std::make_unique<CaptureBar>(
             CaptureBar::Services{*m_services.platform.audio, *m_services.platform.cameras,
                                  *m_services.platform.stills, m_services.settings.store(), m_services.clock});
+        m_captureBar->avoided = [this] { return m_shelfPanel.frame(); };
         m_captureBar->onPlaced = [this] {
             if (m_overlay)
                 m_overlay->followBar();

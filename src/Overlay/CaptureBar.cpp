@@ -20,6 +20,18 @@ namespace {
 /// From the display's lower edge, where nobody has put it elsewhere.
 constexpr int barDistance = 36;
 
+/// In the middle of the lower edge; beside what is avoided, or above it where there is no room beside.
+QPoint usualPlace(const QRect &room, const QSize &size, const QRect &avoided) {
+    constexpr int gap = 12;
+    const QPoint usual(room.center().x() - size.width() / 2, room.bottom() + 1 - barDistance - size.height());
+    if (!QRect(usual, size).intersects(avoided))
+        return usual;
+    const int left = avoided.left() - gap - size.width(), top = avoided.top() - gap - size.height();
+    if (left >= room.left())
+        return {left, usual.y()};
+    return top >= room.top() ? QPoint(usual.x(), top) : usual;
+}
+
 } // namespace
 
 struct CaptureBar::Panel {
@@ -88,7 +100,7 @@ void CaptureBar::show(std::shared_ptr<ToolBarState> state, const std::optional<s
     panel.observation = state->observe([&panel] { panel.refresh(); });
     const QRect room = PanelShell::instance().room(*screen);
     const QSize size = panel.window->panelRect().size();
-    const QPoint first(room.center().x() - size.width() / 2, room.bottom() + 1 - barDistance - size.height());
+    const QPoint first = usualPlace(room, size, avoided ? avoided() : QRect());
     panel.window->placePanel(panel.placement.restore(*screen, size).value_or(first));
     panel.window->showPanel();
     panel.backdrop.start();

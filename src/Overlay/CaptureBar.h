@@ -58,6 +58,8 @@ public:
     QRect frame() const;
     /// The frame is another.
     std::function<void()> onPlaced;
+    /// Something of ours that its usual place keeps off, in Qt's coordinates; empty: nothing.
+    std::function<QRect()> avoided;
 
 private:
     struct Panel;

@@ -208,6 +208,10 @@ bool ShelfPanel::isVisible() const {
     return m_panel->stack && m_panel->stack->isVisible() && !m_panel->stack->isEmpty();
 }
 
+QRect ShelfPanel::frame() const {
+    return isVisible() ? m_panel->stack->panelFrame() : QRect();
+}
+
 void ShelfPanel::takeKeyboard() {
     if (m_panel->stack)
         m_panel->stack->takeKeyboard();

@@ -10,6 +10,7 @@
 #include "Shelf/ShelfStore.h"
 #include "Support/Clock.h"
 
+#include <QRect>
 #include <QUuid>
 
 #include <functional>
@@ -40,6 +41,8 @@ public:
     void setVisible(bool visible);
     /// Somebody can see a card.
     bool isVisible() const;
+    /// Where the cards lie, in Qt's coordinates; empty while none is seen.
+    QRect frame() const;
 
     /// Gives the keyboard to the newest card: arrows go from card to card, Enter does what its button does,
     /// Delete dismisses it, and Escape gives the keyboard back to whom it was taken from.

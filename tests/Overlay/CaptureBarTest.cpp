@@ -14,6 +14,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QMenu>
+#include <QScreen>
 
 #include <gmock/gmock.h>
 
@@ -228,6 +229,18 @@ TEST_F(CaptureBarTest, isWholeOnANarrowDisplayAndInOneRowWhereThatFits) {
         if (width == 1920)
             oneRow = window.panelRect().height();
         EXPECT_EQ(window.panelRect().height() > oneRow, width == 540) << width;
+    }
+}
+
+TEST_F(CaptureBarTest, liesBesideTheCardsOrAboveThem) {
+    const QRect screen = QGuiApplication::primaryScreen()->geometry();
+    for (const int width : {350, 900}) {
+        const QRect cards(screen.right() - width, screen.bottom() - 200, width, 190);
+        bar->hide();
+        bar->avoided = [cards] { return cards; };
+        bar->show(state, std::nullopt, {});
+        EXPECT_FALSE(bar->frame().intersects(cards)) << width;
+        EXPECT_TRUE(screen.contains(bar->frame())) << width;
     }
 }
 
