@@ -105,7 +105,7 @@ TEST(DisplayRecording, showsTheRightColoursInTheRightPlaces) {
     EXPECT_TRUE(isTagged);
 }
 
-TEST(DisplayRecording, capturesEveryFrameOfASourceAtItsTime) {
+TEST(DisplayRecording, capturesASourcesFramesAtTheirTimes) {
     const X11Session session;
     X11Painter painter;
     const auto backend = openBackend();
