@@ -8,8 +8,11 @@
 #include <QFontMetricsF>
 #include <QImage>
 #include <QPainter>
+#include <QScreen>
 
 #include <algorithm>
+#include <map>
+#include <utility>
 
 namespace vantrell {
 
@@ -64,29 +67,59 @@ std::vector<TabularPiece> tabularPieces(const QString &text, const QFontMetricsF
     return pieces;
 }
 
-/// On Wayland the application's font may be of a time before there was a screen, with that one's resolution:
-/// what is measured with it is not as wide as what is drawn.
-QFont desktopFont() {
+/// What the panels' fonts are made from. Matching a font costs more than drawing a word with it, and panels ask
+/// at each picture.
+struct FontBasis {
+    /// As the application had them when this was made.
+    QFont applicationFont;
+    double resolution = 0;
+
+    QFont font;
+    double scale = 1;
+    double pointsPerPixel = 0.75;
+    std::map<std::pair<double, QFont::Weight>, QFont> made;
+};
+
+FontBasis makeBasis(const QFont &applicationFont, double resolution) {
+    // On Wayland the application's font may be of a time before there was a screen, with that one's resolution:
+    // what is measured with it is not as wide as what is drawn.
     const QImage present(1, 1, QImage::Format_Mono);
-    return {QApplication::font(), &present};
+    FontBasis basis{
+        .applicationFont = applicationFont, .resolution = resolution, .font = {applicationFont, &present}};
+    const QFontInfo info(basis.font);
+    constexpr double mostScale = 1.6;
+    basis.scale = std::clamp(info.pixelSize() / usualTextPixels, 1.0, mostScale);
+    if (basis.font.pointSizeF() > 0 && info.pixelSize() > 0)
+        basis.pointsPerPixel = info.pointSizeF() / info.pixelSize();
+    return basis;
+}
+
+FontBasis &fontBasis() {
+    const QScreen *screen = QGuiApplication::primaryScreen();
+    const double resolution = screen ? screen->logicalDotsPerInchY() : 0;
+    const QFont font = QApplication::font();
+    // Never destroyed: fonts do not outlive the application, and statics do.
+    static auto *basis = new FontBasis(makeBasis(font, resolution));
+    if (basis->resolution != resolution || basis->applicationFont != font)
+        *basis = makeBasis(font, resolution);
+    return *basis;
 }
 
 } // namespace
 
 double textScale() {
-    constexpr double most = 1.6;
-    return std::clamp(QFontInfo(desktopFont()).pixelSize() / usualTextPixels, 1.0, most);
+    return fontBasis().scale;
 }
 
 QFont panelFont(double size, QFont::Weight weight) {
-    QFont font = desktopFont();
-    const double larger = textScale();
-    // Pixel sizes are whole numbers; points are not.
-    font.setPointSizeF(font.pointSizeF() > 0 && QFontInfo(font).pixelSize() > 0
-                           ? size * larger * QFontInfo(font).pointSizeF() / QFontInfo(font).pixelSize()
-                           : size * larger * 0.75);
-    font.setWeight(weight);
-    return font;
+    FontBasis &basis = fontBasis();
+    const auto [known, isNew] = basis.made.try_emplace({size, weight}, basis.font);
+    if (isNew) {
+        // Pixel sizes are whole numbers; points are not.
+        known->second.setPointSizeF(size * basis.scale * basis.pointsPerPixel);
+        known->second.setWeight(weight);
+    }
+    return known->second;
 }
 
 double tabularWidth(const QString &text, const QFont &font) {

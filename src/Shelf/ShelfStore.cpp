@@ -87,15 +87,15 @@ void ShelfStore::update(const QUuid &id, ShelfItem::Status status) {
     if (!item)
         return;
     item->status = std::move(status);
-    const ShelfItem updated = *item;
+    const std::optional<ShelfItem> done = item->isDone() ? std::optional(*item) : std::nullopt;
     m_observers.notify();
-    if (!updated.isDone()) {
+    if (!done) {
         m_dismissTasks.erase(id);
         m_pausedDismissIds.erase(id);
         return;
     }
     if (onItemDone)
-        onItemDone(updated);
+        onItemDone(*done);
     if (find(id))
         scheduleDismissal(id, doneGrace);
 }

@@ -7,14 +7,29 @@
 
 namespace vantrell {
 
-CardThumbnail CardThumbnail::of(const ShelfItem &item) {
+namespace {
+
+/// Null: there is none, or only a JPEG.
+const QImage *previewOf(const ShelfItem &item) {
     if (item.capture && !item.capture->previewImage.isNull())
-        return {item.capture->previewImage, nullptr, item.capture->previewImage.cacheKey()};
-    if (item.capture && item.capture->thumbnailJPEG)
-        return {{}, item.capture, qint64(std::intptr_t(item.capture.get()))};
-    if (item.restoredPreview && !item.restoredPreview->isNull())
-        return {*item.restoredPreview, nullptr, item.restoredPreview->cacheKey()};
-    return {};
+        return &item.capture->previewImage;
+    const bool hasJpeg = item.capture && item.capture->thumbnailJPEG;
+    return !hasJpeg && item.restoredPreview && !item.restoredPreview->isNull() ? &*item.restoredPreview
+                                                                                : nullptr;
+}
+
+} // namespace
+
+qint64 CardThumbnail::keyOf(const ShelfItem &item) {
+    if (const QImage *preview = previewOf(item))
+        return preview->cacheKey();
+    return item.capture && item.capture->thumbnailJPEG ? qint64(std::intptr_t(item.capture.get())) : 0;
+}
+
+CardThumbnail CardThumbnail::of(const ShelfItem &item) {
+    if (const QImage *preview = previewOf(item))
+        return {*preview, nullptr, keyOf(item)};
+    return keyOf(item) != 0 ? CardThumbnail{{}, item.capture, keyOf(item)} : CardThumbnail();
 }
 
 QImage CardThumbnail::scaledTo(QSize pixels) const {

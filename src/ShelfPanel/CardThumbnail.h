@@ -21,6 +21,7 @@ struct CardThumbnail {
     qint64 key = 0;
 
     static CardThumbnail of(const ShelfItem &item);
+    static qint64 keyOf(const ShelfItem &item);
 
     /// The picture cut to the proportions of `pixels` and scaled to it; null when it is damaged. Reentrant,
     /// and slow for large pictures.

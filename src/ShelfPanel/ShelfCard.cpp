@@ -72,7 +72,7 @@ StatusText statusText(const QString &status, int width, int height) {
 
 /// All that a card shows but the progress of its upload.
 auto steadyParts(const ShelfItem &item) {
-    return std::tuple(item.capture.get(), item.status.index(), item.entryId, CardThumbnail::of(item).key);
+    return std::tuple(item.capture.get(), item.status.index(), item.entryId, CardThumbnail::keyOf(item));
 }
 
 bool isOnlyProgress(const ShelfItem &before, const ShelfItem &now) {
@@ -128,9 +128,10 @@ void ShelfCard::showProgress() {
     if (!m_pending)
         return;
     const int endBefore = barEnd();
+    const std::string textBefore = m_item.statusText();
     m_item.status = *std::exchange(m_pending, {});
-    if (const QString text = inUsersLanguage(QString::fromStdString(m_item.statusText()));
-        text != m_statusLines.value(0)) {
+    if (const std::string english = m_item.statusText(); english != textBefore) {
+        const QString text = inUsersLanguage(QString::fromStdString(english));
         m_statusLines = {text};
         update(m_statusRect);
         setAccessibleDescription(text);

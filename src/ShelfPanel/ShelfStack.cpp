@@ -145,13 +145,13 @@ void ShelfStack::showProgress() {
 }
 
 void ShelfStack::requestThumbnail(ShelfCard &card, const ShelfItem &item) {
-    CardThumbnail source = CardThumbnail::of(item);
-    if (std::exchange(card.thumbnailKey, source.key) == source.key)
+    const qint64 key = CardThumbnail::keyOf(item);
+    if (std::exchange(card.thumbnailKey, key) == key)
         return;
-    if (source.key == 0)
+    if (key == 0)
         card.setThumbnail({});
     else
-        m_scope.start(this, &ShelfStack::loadThumbnail, card.id(), std::move(source));
+        m_scope.start(this, &ShelfStack::loadThumbnail, card.id(), CardThumbnail::of(item));
 }
 
 Task<> ShelfStack::loadThumbnail(QUuid id, CardThumbnail source, std::stop_token stop) {
