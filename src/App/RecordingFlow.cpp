@@ -337,14 +337,16 @@ Task<> RecordingFlow::finalizeCamera(Taken taken, QUuid card, std::vector<Record
 
 void RecordingFlow::finalized() {
     --m_finalizing;
-    // Pictures and movies leave holes in the memory of many threads, which would stay until the next one.
-    if (!isRecording() && !isFinalizingRecording())
-        m_scope.start(
-            [](RecordingFlow *, std::stop_token stop) -> Task<> {
-                co_await runBlocking([] { ::malloc_trim(0); }, stop);
-            },
-            this);
+    m_scope.start(this, &RecordingFlow::returnMemory);
     changed();
+}
+
+Task<> RecordingFlow::returnMemory(std::stop_token stop) {
+    // Pictures and movies leave holes in the memory of many threads, which would stay until the next recording;
+    // their last parts go some moments after its end.
+    if (!co_await m_services.clock.sleep(1s, stop) || isRecording() || isFinalizingRecording())
+        co_return;
+    co_await runBlocking([] { ::malloc_trim(0); }, stop);
 }
 
 void RecordingFlow::discardRecording(bool restart) {

@@ -121,6 +121,7 @@ private:
     Task<> finalizeCamera(Taken taken, QUuid card, std::vector<RecordedSegment> screen, std::stop_token stop);
     Task<> discardInTurn(Taken taken, bool restart, std::stop_token stop);
     void finalized();
+    Task<> returnMemory(std::stop_token stop);
     void changed();
 
     const Services m_services;
