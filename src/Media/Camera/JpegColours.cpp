@@ -13,8 +13,19 @@ constexpr unsigned lumaOffset = 16 * 256 + 128;
 constexpr unsigned chromaScale = 225;
 constexpr unsigned chromaOffset = 128 * 256 - 128 * chromaScale + 128;
 
-std::uint8_t limitedChroma(unsigned full) {
-    return std::uint8_t((full * chromaScale + chromaOffset) >> 8);
+// In 16 bits, of which twice as many fit into a vector as of those that integers are widened to.
+
+std::uint8_t limitedLuma(std::uint16_t full) {
+    return std::uint8_t(std::uint16_t(full * lumaScale + lumaOffset) >> 8);
+}
+
+std::uint8_t limitedChroma(std::uint16_t full) {
+    return std::uint8_t(std::uint16_t(full * chromaScale + chromaOffset) >> 8);
+}
+
+/// Rounded up.
+std::uint16_t meanOf(std::uint8_t one, std::uint8_t other) {
+    return std::uint16_t(std::uint16_t(one + other + 1) >> 1);
 }
 
 } // namespace
@@ -25,7 +36,7 @@ void limitLuma(const std::uint8_t *from, std::ptrdiff_t fromStride, std::uint8_t
                int width, int height) {
     for (int y = 0; y < height; ++y, from += fromStride, to += toStride)
         for (int x = 0; x < width; ++x)
-            to[x] = std::uint8_t(std::uint16_t(from[x] * lumaScale + lumaOffset) >> 8);
+            to[x] = limitedLuma(from[x]);
 }
 
 void limitChroma(const std::uint8_t *cb, const std::uint8_t *cr, std::ptrdiff_t fromStride, bool isTall,
@@ -33,8 +44,8 @@ void limitChroma(const std::uint8_t *cb, const std::uint8_t *cr, std::ptrdiff_t 
     const std::ptrdiff_t below = isTall ? fromStride : 0;
     for (int y = 0; y < height; ++y, to += toStride) {
         for (int x = 0; x < width; ++x) {
-            to[2 * x] = limitedChroma((cb[x] + cb[x + below] + 1u) / 2);
-            to[2 * x + 1] = limitedChroma((cr[x] + cr[x + below] + 1u) / 2);
+            to[2 * x] = limitedChroma(meanOf(cb[x], cb[x + below]));
+            to[2 * x + 1] = limitedChroma(meanOf(cr[x], cr[x + below]));
         }
         cb += fromStride + below;
         cr += fromStride + below;

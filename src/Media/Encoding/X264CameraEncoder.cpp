@@ -39,8 +39,8 @@ x264_param_t cameraParameters(PixelSize encoded, PictureContent content, ColourM
         p.analyse.inter = X264_ANALYSE_I8x8;
         p.analyse.intra = X264_ANALYSE_I8x8;
         p.analyse.i_luma_deadzone[0] = 14;
-        p.i_deblocking_filter_alphac0 = 1;
-        p.i_deblocking_filter_beta = 1;
+        // Its colours are coarse already.
+        p.analyse.i_chroma_qp_offset = 3;
     }
     p.rc.i_rc_method = X264_RC_CQP;
     p.rc.i_aq_mode = X264_AQ_NONE;
