@@ -8,9 +8,9 @@
 #include "Platform/Camera/PipeWireCameraWatch.h"
 #include "Platform/Camera/V4l2CameraList.h"
 #include "Platform/CameraError.h"
-#include "Platform/Desktop/Sandbox.h"
 #include "Support/BlockingWork.h"
 #include "Support/EventLoop.h"
+#include "Support/Sandbox.h"
 
 #include <optional>
 #include <utility>

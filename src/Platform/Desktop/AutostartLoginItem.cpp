@@ -4,10 +4,10 @@
 #include "Platform/Desktop/AutostartLoginItem.h"
 
 #include "Platform/ApplicationIdentity.h"
-#include "Platform/Desktop/Sandbox.h"
 #include "Platform/DesktopEntryFile.h"
 #include "Support/AtomicFile.h"
 #include "Support/Log.h"
+#include "Support/Sandbox.h"
 
 #include <QCoreApplication>
 #include <QDBusArgument>

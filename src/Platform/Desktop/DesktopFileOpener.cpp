@@ -3,9 +3,9 @@
 
 #include "Platform/Desktop/DesktopFileOpener.h"
 
-#include "Platform/Desktop/Sandbox.h"
 #include "Platform/DesktopOpener.h"
 #include "Support/Log.h"
+#include "Support/Sandbox.h"
 #include "Support/UniqueFd.h"
 
 #include <QDBusUnixFileDescriptor>

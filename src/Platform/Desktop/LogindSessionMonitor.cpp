@@ -3,7 +3,7 @@
 
 #include "Platform/Desktop/LogindSessionMonitor.h"
 
-#include "Platform/Desktop/Sandbox.h"
+#include "Support/Sandbox.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>

@@ -20,6 +20,9 @@ public:
     PipeWireWatch(const PipeWireWatch &) = delete;
     PipeWireWatch &operator=(const PipeWireWatch &) = delete;
 
+    /// The server was there to begin with.
+    bool isConnected() const { return m_connection != nullptr; }
+
 private:
     const std::shared_ptr<std::function<void()>> m_lost;
     const PipeWireLoop m_loop{"pipewire watch"};

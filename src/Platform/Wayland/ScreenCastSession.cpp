@@ -6,6 +6,7 @@
 #include "Platform/PipeWire/PipeWireWatch.h"
 #include "Platform/ScreenError.h"
 #include "Support/Log.h"
+#include "Support/Sandbox.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
@@ -134,6 +135,8 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
         isServerLost = true;
         patience.request_stop();
     });
+    if (!watch.isConnected() && !isSandboxed())
+        co_return std::unexpected(serverLost());
     const auto started = co_await portal->ask(std::move(start), patience.get_token());
     if (isServerLost)
         co_return std::unexpected(serverLost());

@@ -3,6 +3,8 @@
 
 #include "Platform/Wayland/WaylandScreenAccess.h"
 
+#include "Support/Sandbox.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <utility>
@@ -25,7 +27,7 @@ bool isPipeWireThere() {
     }
     std::error_code error;
     // In a sandbox the portal alone reaches it.
-    return std::filesystem::exists(socket, error) || std::filesystem::exists("/.flatpak-info", error);
+    return std::filesystem::exists(socket, error) || isSandboxed();
 }
 
 } // namespace

@@ -359,8 +359,12 @@ TEST_F(CastRecording, takesItsQuestionBackWhenNobodyWaitsForTheAnswer) {
             m_ground.killPipeWire();
     });
     death.start(50);
-    EXPECT_EQ(failure(*backend, wholeDisplay), "PipeWire, which carries the screen, cannot be reached");
+    const std::string unreachable = "PipeWire, which carries the screen, cannot be reached";
+    EXPECT_EQ(failure(*backend, wholeDisplay), unreachable);
     EXPECT_TRUE(eventually([this] { return !m_desktop.isAsking(); }));
+    death.stop();
+    EXPECT_EQ(failure(*backend, wholeDisplay), unreachable);
+    EXPECT_TRUE(eventually([this] { return m_desktop.sessions() == 0; }));
 }
 
 TEST_F(CastRecording, keepsWhatWasRecordedWhenTheSharingEnds) {

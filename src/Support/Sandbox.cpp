@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-#include "Platform/Desktop/Sandbox.h"
+#include "Support/Sandbox.h"
 
 #include <QtGlobal>
 
