@@ -287,10 +287,8 @@ std::shared_ptr<ToolBarState> AppDelegate::makeBarState(ToolMode tool) {
     };
     state->onConnect = [this] { menuAction({.action = MenuAction::pair}); };
     state->onClose = [this] {
-        if (m_services.ui.isSelecting()) {
-            m_services.ui.finishSelection({});
-            return;
-        }
+        if (m_services.ui.isSelecting())
+            return leaveSelection();
         m_services.ui.hideCaptureBar();
         // Not at once: the bar that calls this still uses it.
         m_scope.start(
@@ -397,9 +395,11 @@ void AppDelegate::menuAction(const MenuEntry &entry) {
         m_account.refreshLimits();
         break;
     case MenuAction::pair:
+        leaveSelection();
         m_scope.start(this, &AppDelegate::pair);
         break;
     case MenuAction::reopenApproval:
+        leaveSelection();
         openPage(m_account.pairingState().approvalURL);
         break;
     case MenuAction::cancelPairing:
@@ -407,6 +407,7 @@ void AppDelegate::menuAction(const MenuEntry &entry) {
         m_account.unpair();
         break;
     case MenuAction::openVantrell:
+        leaveSelection();
         openPage(m_services.session.url().text());
         break;
     case MenuAction::checkForUpdates:
@@ -433,6 +434,11 @@ Task<> AppDelegate::pair(std::stop_token stop) {
     else
         co_await m_services.ui.ask("Could not connect to Vantrell", page.error().description(), {"OK"}, stop);
     rebuildMenu();
+}
+
+void AppDelegate::leaveSelection() {
+    if (m_services.ui.isSelecting())
+        m_services.ui.finishSelection({});
 }
 
 void AppDelegate::openPage(const std::string &url) {

@@ -103,6 +103,8 @@ private:
     void noteWithoutTray();
     void noteFailedUploads();
     void openInVantrell(const ShelfItem &item);
+    /// What opens next, a browser or the desktop's question for a password, would lie below the overlay.
+    void leaveSelection();
     void openPage(const std::string &url);
     Task<> pair(std::stop_token stop);
     void setAvailableUpdate(std::optional<std::string> version);

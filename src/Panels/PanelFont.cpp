@@ -67,8 +67,8 @@ std::vector<TabularPiece> tabularPieces(const QString &text, const QFontMetricsF
     return pieces;
 }
 
-/// What the panels' fonts are made from. Matching a font costs more than drawing a word with it, and panels ask
-/// at each picture.
+/// What the panels' fonts are made from. Matching a font costs more than drawing a word with it, and panels
+/// ask at each picture.
 struct FontBasis {
     /// As the application had them when this was made.
     QFont applicationFont;
@@ -81,8 +81,8 @@ struct FontBasis {
 };
 
 FontBasis makeBasis(const QFont &applicationFont, double resolution) {
-    // On Wayland the application's font may be of a time before there was a screen, with that one's resolution:
-    // what is measured with it is not as wide as what is drawn.
+    // On Wayland the application's font may be of a time before there was a screen, with that one's
+    // resolution: what is measured with it is not as wide as what is drawn.
     const QImage present(1, 1, QImage::Format_Mono);
     FontBasis basis{
         .applicationFont = applicationFont, .resolution = resolution, .font = {applicationFont, &present}};

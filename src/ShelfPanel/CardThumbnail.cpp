@@ -15,7 +15,7 @@ const QImage *previewOf(const ShelfItem &item) {
         return &item.capture->previewImage;
     const bool hasJpeg = item.capture && item.capture->thumbnailJPEG;
     return !hasJpeg && item.restoredPreview && !item.restoredPreview->isNull() ? &*item.restoredPreview
-                                                                                : nullptr;
+                                                                               : nullptr;
 }
 
 } // namespace
