@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // SPDX-FileCopyrightText: 2026 Vantrell Capture developers
 
-// What the shelf costs with twelve uploads, each of which tells of its progress ten times a second, and how soon
-// a card is on the screen. On a virtual display of its own; with a compositor when `--compositor` is given.
+// What the shelf costs with twelve uploads, each of which tells of its progress ten times a second, and how
+// soon a card is on the screen. On a virtual display of its own; with a compositor when `--compositor` is
+// given.
 //
 //     bench_shelf [--seconds 15] [--compositor]
 
