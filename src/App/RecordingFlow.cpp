@@ -342,8 +342,8 @@ void RecordingFlow::finalized() {
 }
 
 Task<> RecordingFlow::returnMemory(std::stop_token stop) {
-    // Pictures and movies leave holes in the memory of many threads, which would stay until the next recording;
-    // their last parts go some moments after its end.
+    // Pictures and movies leave holes in the memory of many threads, which would stay until the next
+    // recording; their last parts go some moments after its end.
     if (!co_await m_services.clock.sleep(1s, stop) || isRecording() || isFinalizingRecording())
         co_return;
     co_await runBlocking([] { ::malloc_trim(0); }, stop);

@@ -359,12 +359,8 @@ TEST_F(CastRecording, takesItsQuestionBackWhenNobodyWaitsForTheAnswer) {
             m_ground.killPipeWire();
     });
     death.start(50);
-    const std::string unreachable = "PipeWire, which carries the screen, cannot be reached";
-    EXPECT_EQ(failure(*backend, wholeDisplay), unreachable);
+    EXPECT_EQ(failure(*backend, wholeDisplay), "PipeWire, which carries the screen, cannot be reached");
     EXPECT_TRUE(eventually([this] { return !m_desktop.isAsking(); }));
-    death.stop();
-    EXPECT_EQ(failure(*backend, wholeDisplay), unreachable);
-    EXPECT_TRUE(eventually([this] { return m_desktop.sessions() == 0; }));
 }
 
 TEST_F(CastRecording, keepsWhatWasRecordedWhenTheSharingEnds) {
@@ -377,7 +373,9 @@ TEST_F(CastRecording, keepsWhatWasRecordedWhenTheSharingEnds) {
 TEST_F(CastRecording, keepsWhatWasRecordedWhenPipeWireDies) {
     const auto backend = openBackend();
     expectKept(*backend, [this] { m_ground.killPipeWire(); }, ScreenErrorCode::connectionLost);
-    EXPECT_EQ(failure(*backend, wholeDisplay), "The desktop refused it");
+    // Nothing is asked of the desktop then: it may never answer.
+    EXPECT_EQ(failure(*backend, wholeDisplay), "PipeWire, which carries the screen, cannot be reached");
+    EXPECT_TRUE(eventually([this] { return m_desktop.sessions() == 0; }));
 }
 
 /// A compositor that sends a window in a buffer as large as the monitor, in another order of colours, without
