@@ -8,6 +8,7 @@
 #include <QDBusError>
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
+#include <QTimer>
 
 #include <utility>
 
@@ -42,6 +43,15 @@ BusClient::~BusClient() = default;
 
 void BusClient::call(const Call &call, std::function<void(const Answer &)> answered,
                      std::chrono::milliseconds patience) {
+    if (!m_bus.isConnected()) {
+        // A pending call's watcher never says so.
+        QTimer::singleShot(0, &m_receiver, [done = std::move(answered)] {
+            if (done)
+                done(
+                    std::unexpected(PlatformError{"dbus", int(QDBusError::Disconnected), "there is no bus"}));
+        });
+        return;
+    }
     QDBusMessage message = QDBusMessage::createMethodCall(m_service, call.path, call.interface, call.member);
     message.setArguments(call.arguments);
     message.setAutoStartService(call.startsService);
