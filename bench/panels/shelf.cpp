@@ -80,7 +80,8 @@ std::vector<double> appearances(ShelfStore &store) {
     return times;
 }
 
-/// Seconds of processor time a minute; with what it costs to tell the store, of which nobody needs to know.
+/// Seconds of processor time a minute, with what telling the store costs: all of it when no shelf observes
+/// it.
 double cpuOfUploads(ShelfStore &store, std::chrono::seconds length) {
     std::vector<QUuid> cards;
     for (int i = 0; i < 12; ++i)

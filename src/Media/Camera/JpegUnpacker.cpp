@@ -76,7 +76,7 @@ bool JpegUnpacker::unpack(std::span<const std::uint8_t> data, AVFrame &to, bool 
     if (!format || width < 1 || height < 1 || std::max(width, height) > largestSide ||
         !makeRoom(to, width, height, *format))
         return false;
-    // The quicker transform is off by two steps of 255 at most where it rounds, far less than what the
+    // The quicker transform is off by three steps of 255 at most where it rounds, far less than what the
     // picture's own compression is off by.
     const int flags = TJFLAG_FASTDCT | (strictly ? TJFLAG_STOPONWARNING : 0);
     const int result = tjDecompressToYUVPlanes(decompressor, data.data(), data.size(), to.data, width,

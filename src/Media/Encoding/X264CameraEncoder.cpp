@@ -33,8 +33,6 @@ x264_param_t cameraParameters(PixelSize encoded, PictureContent content, ColourM
     p.analyse.i_me_method = X264_ME_DIA;
     p.analyse.i_subpel_refine = 0;
     p.analyse.i_weighted_pred = X264_WEIGHTP_NONE;
-    // The noise of colours is the stronger one, and the least missed.
-    p.analyse.i_chroma_qp_offset = 3;
     if (content == PictureContent::jpegCamera) {
         // A block that the camera's compression has flattened is told more cheaply by itself than by what is
         // missing to the noise that lay there before.
