@@ -37,8 +37,8 @@ SlicedX264::~SlicedX264() = default;
 std::expected<std::unique_ptr<SlicedX264>, PlatformError> SlicedX264::create(PixelSize picture,
                                                                              bool isLarge) {
     const PixelSize size{(picture.width + 1) / 2 * 2, (picture.height + 1) / 2 * 2};
-    auto instance =
-        X264Instance::open({.size = size, .slices = isLarge ? slicesHere() : 1, .isFast = isLarge});
+    auto instance = X264Instance::open(
+        {.size = size, .slices = isLarge ? slicesHere() : 1, .isFast = isLarge, .savesInPart = !isLarge});
     if (!instance)
         return std::unexpected(
             screenError(ScreenErrorCode::encoderFailed, "The video encoder could not be started"));
@@ -49,12 +49,13 @@ bool SlicedX264::chooseSlices(bool isKey) {
     if (!m_load)
         return false;
     if (m_instance->options().slices > 1)
-        return isKey && m_load->canDoWithoutSlices() && goOver(X264Instance::open({.size = m_size}));
+        return isKey && m_load->canDoWithoutSlices() &&
+               goOver(X264Instance::open({.size = m_size, .savesInPart = true}));
     if (m_load->canDoWithoutSlices())
         m_prepared.reset();
     else if (m_load->mayNeedSlices() && !m_prepared)
-        m_prepared =
-            std::make_unique<PreparedX264>(X264Instance::Options{.size = m_size, .slices = slicesHere()});
+        m_prepared = std::make_unique<PreparedX264>(
+            X264Instance::Options{.size = m_size, .slices = slicesHere(), .savesInPart = true});
     if (!m_load->needsSlices() || !m_prepared || !m_prepared->isReady())
         return false;
     auto next = m_prepared->take();
