@@ -24,6 +24,10 @@ constexpr std::size_t unitLengthBytes = 4;
 constexpr double leastMovingShare = 0.05;
 constexpr double mostMovingShare = 0.65;
 constexpr double wholeMovingShare = 0.75;
+/// So many pictures tell a page, whose letters take many bits, from a film with little in it. Of that one,
+/// blocks that can be skipped need not be looked at further, which is another tenth of the time; letters
+/// would be left in the wrong places.
+constexpr int picturesThatTell = 20;
 /// A thread of the encoder waits for a core like all others.
 constexpr std::chrono::seconds longestFinishing(2);
 
@@ -109,17 +113,22 @@ void X264Instance::warmUp(int pictures) {
         (void)encode(nothing, {}, hints, QuantizerControl::finestOfKeyFrames, i == 0);
 }
 
-void X264Instance::chooseTools(std::ptrdiff_t blocks) {
+void X264Instance::chooseTools(std::ptrdiff_t blocks, int quantizer) {
     const double share = double(blocks) / (m_reconstruction.columns * m_reconstruction.rows);
-    const bool saves = share > leastMovingShare && share < (m_isSaving ? wholeMovingShare : mostMovingShare);
-    if (saves == m_isSaving)
+    const bool saved = m_picturesOfPart > 0;
+    const bool saves = share > leastMovingShare && share < (saved ? wholeMovingShare : mostMovingShare);
+    m_picturesOfPart = saves ? m_picturesOfPart + 1 : 0;
+    const bool skips = m_picturesOfPart > picturesThatTell && quantizer <= QuantizerControl::finest;
+    if (saves == saved && skips == m_skipsEarly)
         return;
     x264_param_t parameters;
     x264_encoder_parameters(m_encoder.get(), &parameters);
     parameters.analyse.b_transform_8x8 = !saves;
     parameters.analyse.b_dct_decimate = saves;
-    if (x264_encoder_reconfig(m_encoder.get(), &parameters) == 0)
-        m_isSaving = saves;
+    parameters.analyse.b_fast_pskip = skips;
+    // Refused, it only goes on as before.
+    x264_encoder_reconfig(m_encoder.get(), &parameters);
+    m_skipsEarly = skips;
 }
 
 void X264Instance::expectMargin() {
@@ -148,7 +157,7 @@ std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const N
                                                                          std::vector<std::uint8_t> &hints,
                                                                          int quantizer, bool isKey) {
     if (m_options.savesInPart && !isKey)
-        chooseTools(std::ranges::count(hints, std::uint8_t(0)));
+        chooseTools(std::ranges::count(hints, std::uint8_t(0)), quantizer);
     x264_picture_t picture;
     x264_picture_init(&picture);
     picture.i_pts = m_pictures++;

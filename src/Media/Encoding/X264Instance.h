@@ -74,7 +74,7 @@ private:
     X264Instance(const Options &options, X264Ptr encoder);
     bool learnParameters();
     /// A picture is about to come of which so many macroblocks are to be encoded.
-    void chooseTools(std::ptrdiff_t blocks);
+    void chooseTools(std::ptrdiff_t blocks, int quantizer);
     void expectMargin();
     void waitForMargin();
 
@@ -84,7 +84,9 @@ private:
     std::vector<std::uint8_t> m_pictureParameters;
     int m_level = 0;
     std::int64_t m_pictures = 0;
-    bool m_isSaving = false;
+    /// Pictures in a row in which a part moves.
+    int m_picturesOfPart = 0;
+    bool m_skipsEarly = false;
     ReconstructedPicture m_reconstruction;
     /// Where the encoder puts its pictures by turns, as far as it has shown; only if it works in slices.
     std::vector<ReconstructedPicture> m_places;
