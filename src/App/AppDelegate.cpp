@@ -104,7 +104,8 @@ void AppDelegate::completeLaunch() {
     if (m_services.desktop.screenAccess->isGranted())
         showCaptureUI(std::nullopt);
     else
-        m_scope.start(&m_screenPermission, &ScreenPermission::primeScreenPermission, m_services.needsMove);
+        m_permissionScope.start(&m_screenPermission, &ScreenPermission::primeScreenPermission,
+                                m_services.needsMove);
     Analytics::shared().start(m_services.session.api());
     Analytics::shared().track("cap.app_launched", {{"version", VANTRELL_VERSION}, {"os", osVersion()}});
     qCInfo(logApp, "launched");
@@ -213,11 +214,17 @@ void AppDelegate::toggleRecording() {
         showCaptureUI(ToolMode::area);
 }
 
+void AppDelegate::requestPermission() {
+    // One question at a time, and the newest lies in front.
+    m_permissionScope.cancel();
+    m_permissionScope.start(&m_screenPermission, &ScreenPermission::menuRequestPermission);
+}
+
 void AppDelegate::showCaptureUI(std::optional<ToolMode> tool) {
     if (m_recording.isRecording() || m_recording.isStartingRecording())
         return;
     if (tool && !m_services.desktop.screenAccess->isGranted()) {
-        m_scope.start(&m_screenPermission, &ScreenPermission::menuRequestPermission);
+        requestPermission();
         return;
     }
     if (m_captureBarState && tool) {
@@ -384,7 +391,7 @@ void AppDelegate::menuAction(const MenuEntry &entry) {
         publishToBar();
         break;
     case MenuAction::requestPermission:
-        m_scope.start(&m_screenPermission, &ScreenPermission::menuRequestPermission);
+        requestPermission();
         break;
     case MenuAction::selectProject:
         settings.setSelectedProjectId(entry.payload.empty() ? std::nullopt : std::optional(entry.payload));

@@ -103,6 +103,7 @@ private:
     void noteWithoutTray();
     void noteFailedUploads();
     void openInVantrell(const ShelfItem &item);
+    void requestPermission();
     /// What opens next, a browser or the desktop's question for a password, would lie below the overlay.
     void leaveSelection();
     void openPage(const std::string &url);
@@ -128,6 +129,7 @@ private:
     /// It was shown as of a paused recording.
     bool m_notedPause = false;
     std::vector<Observation> m_observations;
+    TaskScope m_permissionScope;
     TaskScope m_scope;
 };
 

@@ -12,7 +12,8 @@ namespace vantrell {
 bool relaunch(const std::filesystem::path &program) {
     if (!startDetached(program.string()))
         return false;
-    QCoreApplication::quit();
+    // Not quit(), which asks all windows to close: an alert that waits for its answer refuses.
+    QCoreApplication::exit();
     return true;
 }
 
