@@ -64,6 +64,7 @@ AppDelegate::AppDelegate(Services services)
       m_handover({services.uploads, m_account, services.settings, services.clock}),
       m_recording({services.platform, *services.desktop.session, services.ui, services.settings, m_account,
                    m_handover, services.uploads.shelf(), services.clock}),
+      m_waitingNote(*services.desktop.notifications, services.clock, [this] { m_recording.cancelStart(); }),
       m_hotKeys(*services.desktop.hotKeys),
       m_screenPermission(*services.desktop.screenAccess, services.settings.store(), services.clock,
                          askThrough(services.ui), {[] { return relaunch(runningExecutable()); }, {}}),
@@ -115,7 +116,7 @@ void AppDelegate::wire() {
     UserInterface &ui = m_services.ui;
     ui.onMenu = [this](const MenuEntry &entry) { menuAction(entry); };
     ui.onToolWanted = [this](ToolMode tool) { showCaptureUI(tool); };
-    ui.onStatusClick = [this] { m_recording.stopRecording(); };
+    ui.onStatusClick = [this] { stopRecording(); };
     ui.onStatusOpen = [this] { showCaptureUI(std::nullopt); };
     ui.onTrayChange = [this] {
         noteWithoutTray();
@@ -179,8 +180,7 @@ void AppDelegate::sessionEvent(SessionMonitor::Event event) {
 }
 
 AppDelegate::TerminateReply AppDelegate::applicationShouldTerminate() {
-    m_recording.cancelStart();
-    m_recording.stopRecording();
+    stopRecording();
     if (!m_recording.isFinalizingRecording())
         return TerminateReply::now;
     m_pendingTerminateReply = true;
@@ -204,14 +204,20 @@ void AppDelegate::recordingChanged() {
         m_services.ui.hideCaptureBar();
     rebuildMenu();
     noteWithoutTray();
+    m_waitingNote.follow(m_recording.isAskingDesktop());
     replyToTerminate();
 }
 
 void AppDelegate::toggleRecording() {
-    if (m_recording.isRecording())
-        m_recording.stopRecording();
+    if (m_recording.isRecording() || m_recording.isStartingRecording())
+        stopRecording();
     else
         showCaptureUI(ToolMode::area);
+}
+
+void AppDelegate::stopRecording() {
+    m_recording.cancelStart();
+    m_recording.stopRecording();
 }
 
 void AppDelegate::requestPermission() {

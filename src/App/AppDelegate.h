@@ -11,6 +11,7 @@
 #include "App/StatusMenu.h"
 #include "App/Updater.h"
 #include "App/UserInterface.h"
+#include "App/WaitingNote.h"
 #include "Platform/DesktopServices.h"
 #include "Platform/Platform.h"
 #include "Session/CaptureSettings.h"
@@ -67,7 +68,8 @@ public:
     /// What the hot key and the menu do: stops, or shows the area tool.
     void toggleRecording();
     void togglePause() { m_recording.togglePause(); }
-    void stopRecording() { m_recording.stopRecording(); }
+    /// A start that is under way ends too.
+    void stopRecording();
     void terminate();
 
     RecordingFlow &recording() { return m_recording; }
@@ -115,6 +117,7 @@ private:
     ServiceAccount m_account;
     CaptureHandover m_handover;
     RecordingFlow m_recording;
+    WaitingNote m_waitingNote;
     HotKeys m_hotKeys;
     ScreenPermission m_screenPermission;
     Updater m_updater;
