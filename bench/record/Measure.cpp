@@ -10,7 +10,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <deque>
 #include <optional>
+#include <ranges>
 #include <vector>
 
 namespace vantrell::bench {
@@ -29,13 +31,40 @@ std::vector<std::uint8_t> lumaOf(const Picture &picture, double red, double gree
     return luma;
 }
 
+double ssimOf(const std::vector<std::uint8_t> &drawn, PixelSize screen, const MoviePicture &seen,
+              const PixelRect &place) {
+    return ssim(drawn.data() + std::ptrdiff_t(place.y) * screen.width + place.x, screen.width,
+                seen.luma + place.y * seen.lumaStride + place.x, seen.lumaStride, place.width, place.height);
+}
+
+struct Likeness {
+    double whole = 0;
+    /// Of what is new.
+    double fresh = 1;
+};
+
 /// Recorders differ in the matrix; each is judged by the one that it evidently used.
-double bestSsim(const Picture &drawn, const MoviePicture &seen) {
-    const auto score = [&](const std::vector<std::uint8_t> &luma) {
-        return ssim(luma.data(), drawn.size.width, seen.luma, seen.lumaStride, drawn.size.width,
-                    drawn.size.height);
-    };
-    return std::max(score(lumaOf(drawn, 0.2126, 0.7152, 0.0722)), score(lumaOf(drawn, 0.299, 0.587, 0.114)));
+Likeness likeness(const Picture &drawn, const MoviePicture &seen, const std::vector<PixelRect> &fresh) {
+    Likeness best;
+    const PixelRect screen{0, 0, drawn.size.width, drawn.size.height};
+    for (const auto &luma : {lumaOf(drawn, 0.2126, 0.7152, 0.0722), lumaOf(drawn, 0.299, 0.587, 0.114)}) {
+        const double whole = ssimOf(luma, drawn.size, seen, screen);
+        if (whole <= best.whole)
+            continue;
+        best.whole = whole;
+        double sum = 0;
+        double weights = 0;
+        for (const PixelRect &place : fresh) {
+            // With what stands around it, and at least one block.
+            const PixelRect wide =
+                intersection({place.x - 8, place.y - 8, place.width + 16, place.height + 16}, screen);
+            const double weight = double(wide.width) * wide.height;
+            sum += weight * ssimOf(luma, drawn.size, seen, wide);
+            weights += weight;
+        }
+        best.fresh = weights > 0 ? sum / weights : 1;
+    }
+    return best;
 }
 
 /// The frame at whose place the desktop looks most as if the pointer were there.
@@ -117,6 +146,9 @@ MovieFigures measureMovie(const std::filesystem::path &movie, const std::string 
     double sum = 0;
     const int sampleEvery = std::max(1, int(shown.size()) / 24);
     std::vector<Sighting> sightings;
+    // What the frames of the last second have changed.
+    const auto isNew = std::size_t(std::max(1.0, scene->rate()));
+    std::deque<std::vector<PixelRect>> changes;
 
     figures.duration = testing::forEachPicture(movie, [&](const MoviePicture &picture) {
         std::optional<int> number;
@@ -134,10 +166,20 @@ MovieFigures measureMovie(const std::filesystem::path &movie, const std::string 
         if (lastNumber / sampleEvery == sampled)
             return;
         sampled = lastNumber / sampleEvery;
-        while (drawnNumber < lastNumber)
-            scene->draw(++drawnNumber, drawn);
-        sum += bestSsim(drawn, picture);
+        while (drawnNumber < lastNumber) {
+            changes.push_back(scene->draw(++drawnNumber, drawn));
+            if (changes.size() > isNew)
+                changes.pop_front();
+        }
+        std::vector<PixelRect> fresh;
+        for (const PixelRect &place : changes | std::views::join) {
+            if (std::ranges::find(fresh, place) == fresh.end())
+                fresh.push_back(place);
+        }
+        const Likeness alike = likeness(drawn, picture, fresh);
+        sum += alike.whole;
         figures.ssim += 1;
+        figures.lowestFreshSsim = std::min(figures.lowestFreshSsim, alike.fresh);
     });
     figures.ssim = figures.ssim > 0 ? sum / figures.ssim : 0;
     figures.capturedShare = shown.empty() ? 0 : double(sightings.size()) / double(shown.size());

@@ -17,6 +17,8 @@ struct MovieFigures {
     double capturedShare = 0;
     /// Mean luma SSIM of a sample of them against what was drawn.
     double ssim = 0;
+    /// The lowest of what had changed within a second before, among the same sample.
+    double lowestFreshSsim = 1;
     /// Milliseconds: 95th percentile of the time stamps' distance from the source's clock, after the offset.
     double timeError95 = 0;
     double driftPpm = 0;

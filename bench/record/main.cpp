@@ -163,6 +163,7 @@ Run medians(const std::vector<Run> &runs) {
     result.stop = median(runs, [](const Run &run) { return run.stop; });
     result.movie.capturedShare = median(runs, [](const Run &run) { return run.movie.capturedShare; });
     result.movie.ssim = median(runs, [](const Run &run) { return run.movie.ssim; });
+    result.movie.lowestFreshSsim = median(runs, [](const Run &run) { return run.movie.lowestFreshSsim; });
     result.movie.timeError95 = median(runs, [](const Run &run) { return run.movie.timeError95; });
     result.movie.driftPpm = median(runs, [](const Run &run) { return run.movie.driftPpm; });
     result.movie.longestGap = median(runs, [](const Run &run) { return run.movie.longestGap; });
@@ -174,12 +175,13 @@ void print(const std::string &scene, const std::map<std::string, Run> &results) 
     const auto ssr = results.find("ssr");
     const auto ffmpeg = results.find("ffmpeg");
     for (const auto &[name, run] : results) {
-        std::printf("%-8s %-7s cpu %6.2f %%  captured %6.2f %%  ssim %.4f  %7.2f MB  time error %5.2f ms  "
-                    "drift %5.0f ppm  "
-                    "gap %5.1f ms  stop %4.0f ms  switches %5.0f/s  pss %3.0f MiB",
-                    scene.c_str(), name.c_str(), run.cpu * 100, run.movie.capturedShare * 100, run.movie.ssim,
-                    run.movie.megabytes, run.movie.timeError95, run.movie.driftPpm,
-                    run.movie.longestGap * 1000, run.stop * 1000, run.switches, run.pss);
+        std::printf(
+            "%-8s %-7s cpu %6.2f %%  captured %6.2f %%  ssim %.4f new %.4f  %7.2f MB  time error %5.2f ms  "
+            "drift %5.0f ppm  "
+            "gap %5.1f ms  stop %4.0f ms  switches %5.0f/s  pss %3.0f MiB",
+            scene.c_str(), name.c_str(), run.cpu * 100, run.movie.capturedShare * 100, run.movie.ssim,
+            run.movie.lowestFreshSsim, run.movie.megabytes, run.movie.timeError95, run.movie.driftPpm,
+            run.movie.longestGap * 1000, run.stop * 1000, run.switches, run.pss);
         if (name == underPanel)
             std::printf("  | of ours without: cpu %.3f", run.cpu / results.at("ours").cpu);
         if (name == "ours" && ffmpeg != results.end())

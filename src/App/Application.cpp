@@ -22,6 +22,8 @@ namespace vantrell {
 namespace {
 
 constexpr auto journalPoll = 200ms;
+// A command asks for the end of what it has handed over at once.
+constexpr auto endsKept = 5min;
 
 int failStart(const std::string &sentence) {
     std::fprintf(stderr, "%s\n", sentence.c_str());
@@ -93,6 +95,7 @@ Task<> Application::openUploads(std::stop_token stop) {
         auto uploads = UploadRun::create(*m_session, m_clock);
         if (uploads) {
             m_uploads = std::move(*uploads);
+            m_uploads->forgetEndsAfter(endsKept);
             co_return;
         }
         // A command is uploading; it hands its uploads over when it sees this application.

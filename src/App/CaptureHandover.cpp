@@ -24,7 +24,9 @@ constexpr const char *nothingToUpload = "Nothing to upload. The recording never 
 
 void CaptureHandover::deliver(std::shared_ptr<const CaptureResult> capture, std::optional<QUuid> shelfId,
                               std::filesystem::path recoverable, RecordingLayer layer) {
-    m_taken.insert(realPath(capture->fileURL));
+    std::filesystem::path file = realPath(capture->fileURL);
+    if (capture->kind == CaptureResult::Kind::video)
+        m_taken.insert(file);
     UploadRun &uploads = m_services.uploads;
     const QUuid card = shelfId ? *shelfId : uploads.shelf().add(capture);
     if (m_services.account.isPaired())
@@ -32,13 +34,18 @@ void CaptureHandover::deliver(std::shared_ptr<const CaptureResult> capture, std:
     else
         uploads.manager().keep(std::move(capture), card, connectFirst);
     if (!recoverable.empty())
-        m_scope.start(this, &CaptureHandover::forgetWhenSafe, std::move(recoverable), layer);
+        m_scope.start(this, &CaptureHandover::forgetWhenSafe, std::move(file), std::move(recoverable), layer);
 }
 
-Task<> CaptureHandover::forgetWhenSafe(std::filesystem::path recoverable, RecordingLayer layer,
-                                       std::stop_token stop) {
-    if (co_await m_services.uploads.written(stop))
-        co_await runBlocking([recoverable, layer] { RecordingRecovery::forget(recoverable, layer); }, stop);
+Task<> CaptureHandover::forgetWhenSafe(std::filesystem::path file, std::filesystem::path recoverable,
+                                       RecordingLayer layer, std::stop_token stop) {
+    if (!co_await m_services.uploads.written(stop))
+        co_return;
+    const auto isForgotten = co_await runBlocking(
+        [recoverable, layer] { return RecordingRecovery::forget(recoverable, layer); }, stop);
+    // Who is recovering may have read it before.
+    if (isForgotten.value_or(false) && !m_isRecovering)
+        m_taken.erase(file);
 }
 
 Task<> CaptureHandover::safe(std::stop_token stop) {

@@ -62,7 +62,8 @@ public:
     void offerRecovered(std::set<std::filesystem::path> taken);
 
 private:
-    Task<> forgetWhenSafe(std::filesystem::path recoverable, RecordingLayer layer, std::stop_token stop);
+    Task<> forgetWhenSafe(std::filesystem::path file, std::filesystem::path recoverable, RecordingLayer layer,
+                          std::stop_token stop);
     Task<> recoverAll(std::stop_token stop);
     Task<> recover(std::filesystem::path what, std::stop_token stop);
     void showUnrecovered(const std::filesystem::path &what, const Failure &failure);
@@ -71,7 +72,8 @@ private:
                  QUuid card, std::stop_token stop);
 
     const Services m_services;
-    /// The files that the upload journal has, or has had in this run of the program.
+    /// The movies that the upload journal has, or has had in this run of the program, as long as what would
+    /// recover them may be there.
     std::set<std::filesystem::path> m_taken;
     bool m_isRecovering = false;
     /// What is being recovered or has been, in this run of the program.

@@ -139,9 +139,8 @@ void RecordingJournal::discard() {
     postToWorker([file = m_file] { file->discard(); });
 }
 
-void RecordingJournal::remove(const std::filesystem::path &path) {
-    if (!path.empty())
-        ::unlink(path.c_str());
+bool RecordingJournal::remove(const std::filesystem::path &path) {
+    return !path.empty() && ::unlink(path.c_str()) == 0;
 }
 
 std::expected<void, PlatformError> RecordingJournal::append(const std::filesystem::path &path,

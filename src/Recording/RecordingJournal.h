@@ -53,8 +53,8 @@ public:
     /// Nothing is there to recover: the file goes, what is added later is dropped.
     void discard();
 
-    /// Removes a closed journal. Blocks a little.
-    static void remove(const std::filesystem::path &path);
+    /// Removes a closed journal; false when it stays. Blocks a little.
+    static bool remove(const std::filesystem::path &path);
     /// Adds a line of RecordingRecord to a closed journal. Blocks on the disk.
     static std::expected<void, PlatformError> append(const std::filesystem::path &path,
                                                      const std::string &line);

@@ -292,9 +292,9 @@ void RecordingRecovery::noteMove(const fs::path &what, const fs::path &newPlace,
         qCCritical(logCapture, "recording's journal not written: %s", noted.error().message.c_str());
 }
 
-void RecordingRecovery::forget(const fs::path &what, RecordingLayer layer) {
+bool RecordingRecovery::forget(const fs::path &what, RecordingLayer layer) {
     if (!isRecordingJournal(what))
-        return;
+        return false;
     const std::scoped_lock lock(takingOver());
     const auto record = readRecord(what);
     const bool isLeft =
@@ -302,8 +302,10 @@ void RecordingRecovery::forget(const fs::path &what, RecordingLayer layer) {
                                                    : !record->segments.empty() && !record->isScreenTaken);
     if (!isLeft)
         return RecordingJournal::remove(what);
-    if (const auto noted = RecordingJournal::append(what, recordingLines::taken(layer)); !noted)
+    const auto noted = RecordingJournal::append(what, recordingLines::taken(layer));
+    if (!noted)
         qCCritical(logCapture, "recording's journal not written: %s", noted.error().message.c_str());
+    return noted.has_value();
 }
 
 void RecordingRecovery::forgetWhole(const fs::path &what) {

@@ -46,7 +46,8 @@ public:
                          RecordingLayer layer = RecordingLayer::screen);
 
     /// The layer's capture has been taken over: it is not offered again. With the last one the journal goes.
-    static void forget(const std::filesystem::path &what, RecordingLayer layer = RecordingLayer::screen);
+    /// False when the disk does not let it.
+    static bool forget(const std::filesystem::path &what, RecordingLayer layer = RecordingLayer::screen);
     /// Nothing of it is wanted.
     static void forgetWhole(const std::filesystem::path &what);
 };

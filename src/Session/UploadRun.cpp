@@ -20,7 +20,7 @@ std::expected<std::unique_ptr<UploadRun>, std::string> UploadRun::create(Service
 }
 
 UploadRun::UploadRun(ServiceSession &session, Clock &clock, std::unique_ptr<UploadJournal> journal)
-    : m_session(session), m_shelf(clock), m_journal(std::move(journal)),
+    : m_session(session), m_clock(clock), m_shelf(clock), m_journal(std::move(journal)),
       m_manager({session.api(), session.http(), *m_journal, m_shelf, Analytics::shared(), clock},
                 [this] { return m_videoByteCap; }) {
     m_manager.onEnd = [this](const UploadEnd &end) { noteEnd(end); };
@@ -67,7 +67,7 @@ QUuid UploadRun::add(CaptureResult capture, const std::optional<std::string> &pr
         return id;
     }
     const auto arrived = std::ranges::find_if(m_ends, [&file](const auto &each) {
-        const UploadEnd &end = each.second;
+        const UploadEnd &end = each.second.end;
         return end.file == file && end.assetId && end.stamp && FileStamp::of(file) == *end.stamp;
     });
     if (arrived != m_ends.end())
@@ -94,11 +94,16 @@ Task<bool> UploadRun::finish(std::set<QUuid> entries, std::stop_token stop) {
 
 const UploadEnd *UploadRun::endOf(const QUuid &entryId) const {
     const auto found = m_ends.find(entryId);
-    return found == m_ends.end() ? nullptr : &found->second;
+    return found == m_ends.end() ? nullptr : &found->second.end;
 }
 
 void UploadRun::noteEnd(const UploadEnd &end) {
-    m_ends.insert_or_assign(end.ids.entryId, end);
+    const double now = m_clock.hostNow();
+    if (m_endsKept)
+        std::erase_if(m_ends, [this, now](const auto &each) {
+            return now - each.second.at > double(m_endsKept->count());
+        });
+    m_ends.insert_or_assign(end.ids.entryId, PastEnd{end, now});
     if (onEnd)
         onEnd(end);
     m_changed.resolve(true);

@@ -12,6 +12,7 @@
 #include "Upload/UploadJournal.h"
 #include "Upload/UploadManager.h"
 
+#include <chrono>
 #include <cstdint>
 #include <expected>
 #include <functional>
@@ -64,6 +65,8 @@ public:
 
     /// How an upload ended, null while it has not.
     const UploadEnd *endOf(const QUuid &entryId) const;
+    /// For a run without an end: how an upload ended is forgotten after so long. Without this it never is.
+    void forgetEndsAfter(std::chrono::seconds age) { m_endsKept = age; }
 
     /// Each upload's end, as it comes.
     std::function<void(const UploadEnd &)> onEnd;
@@ -74,9 +77,16 @@ private:
     void noteEnd(const UploadEnd &end);
 
     ServiceSession &m_session;
+    Clock &m_clock;
     ShelfStore m_shelf;
     std::optional<std::int64_t> m_videoByteCap;
-    std::map<QUuid, UploadEnd> m_ends;
+    struct PastEnd {
+        UploadEnd end;
+        /// On the clock of `Clock::hostNow`.
+        double at;
+    };
+    std::map<QUuid, PastEnd> m_ends;
+    std::optional<std::chrono::seconds> m_endsKept;
     /// Resolved when an upload ends, or the run is interrupted: for whoever waits in `finish`.
     OneShot<bool> m_changed;
     bool m_isInterrupted = false;

@@ -20,12 +20,15 @@ class Observers {
 public:
     [[nodiscard]] Observation observe(std::function<void()> changed) {
         const auto observer = std::make_shared<const std::function<void()>>(std::move(changed));
+        // Many come and go while nothing changes.
+        if (m_observers.size() == m_observers.capacity())
+            forgetEnded();
         m_observers.emplace_back(observer);
         return std::const_pointer_cast<std::function<void()>>(observer);
     }
 
     void notify() {
-        std::erase_if(m_observers, [](const auto &observer) { return observer.expired(); });
+        forgetEnded();
         for (const auto &weak : std::vector(m_observers)) {
             if (const auto observer = weak.lock())
                 (*observer)();
@@ -33,6 +36,10 @@ public:
     }
 
 private:
+    void forgetEnded() {
+        std::erase_if(m_observers, [](const auto &observer) { return observer.expired(); });
+    }
+
     std::vector<std::weak_ptr<const std::function<void()>>> m_observers;
 };
 
