@@ -4,11 +4,11 @@
 #include "App/AppDelegate.h"
 
 #include "Analytics/Analytics.h"
-#include "App/Relaunch.h"
 #include "App/SingleInstance.h"
 #include "Panels/Sentence.h"
 #include "Session/CapturePruning.h"
 #include "Support/BlockingWork.h"
+#include "Support/DetachedProgram.h"
 #include "Support/FilePath.h"
 #include "Support/Log.h"
 
@@ -67,7 +67,7 @@ AppDelegate::AppDelegate(Services services)
       m_waitingNote(*services.desktop.notifications, services.clock, [this] { m_recording.cancelStart(); }),
       m_hotKeys(*services.desktop.hotKeys),
       m_screenPermission(*services.desktop.screenAccess, services.settings.store(), services.clock,
-                         askThrough(services.ui), {[] { return relaunch(runningExecutable()); }, {}}),
+                         askThrough(services.ui), {[this] { return startAnew(runningExecutable()); }, {}}),
       m_updater(updaterOptions(), services.session.http(), services.clock, askThrough(services.ui)) {}
 
 AppDelegate::~AppDelegate() {
@@ -81,7 +81,17 @@ Updater::Options AppDelegate::updaterOptions() {
         return m_recording.isRecording() || m_recording.isStartingRecording() ||
                m_recording.isFinalizingRecording();
     };
+    options.relaunch = [this](const std::filesystem::path &program) { return startAnew(program); };
     return options;
+}
+
+bool AppDelegate::startAnew(const std::filesystem::path &program) {
+    if (!startDetached(program.string()))
+        return false;
+    // What is being recorded is saved first; and an alert that waits for its answer would refuse an ordinary
+    // end.
+    terminate();
+    return true;
 }
 
 void AppDelegate::completeLaunch() {

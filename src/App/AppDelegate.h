@@ -20,6 +20,7 @@
 #include "Support/Clock.h"
 #include "Support/TaskScope.h"
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -106,6 +107,8 @@ private:
     void noteFailedUploads();
     void openInVantrell(const ShelfItem &item);
     void requestPermission();
+    /// Ends this process for one of that program; false when it does not start.
+    bool startAnew(const std::filesystem::path &program);
     /// What opens next, a browser or the desktop's question for a password, would lie below the overlay.
     void leaveSelection();
     void openPage(const std::string &url);

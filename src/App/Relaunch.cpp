@@ -12,8 +12,7 @@ namespace vantrell {
 bool relaunch(const std::filesystem::path &program) {
     if (!startDetached(program.string()))
         return false;
-    // Not quit(), which asks all windows to close: an alert that waits for its answer refuses.
-    QCoreApplication::exit();
+    QCoreApplication::quit();
     return true;
 }
 
