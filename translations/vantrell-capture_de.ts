@@ -1138,6 +1138,14 @@ Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es 
         <source>Click here to stop</source>
         <translation>Zum Beenden hier klicken</translation>
     </message>
+    <message>
+        <source>Waiting for the desktop</source>
+        <translation>Warten auf den Desktop</translation>
+    </message>
+    <message>
+        <source>It has not said yet what may be recorded. If it asks nothing, cancel, then log out and in again.</source>
+        <translation>Er hat noch nicht gesagt, was aufgenommen werden darf. Wenn er nichts fragt, brechen Sie ab und melden Sie sich neu an.</translation>
+    </message>
 </context>
 <context>
     <name>ShelfPanel</name>

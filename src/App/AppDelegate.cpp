@@ -4,11 +4,11 @@
 #include "App/AppDelegate.h"
 
 #include "Analytics/Analytics.h"
-#include "App/Relaunch.h"
 #include "App/SingleInstance.h"
 #include "Panels/Sentence.h"
 #include "Session/CapturePruning.h"
 #include "Support/BlockingWork.h"
+#include "Support/DetachedProgram.h"
 #include "Support/FilePath.h"
 #include "Support/Log.h"
 
@@ -64,9 +64,10 @@ AppDelegate::AppDelegate(Services services)
       m_handover({services.uploads, m_account, services.settings, services.clock}),
       m_recording({services.platform, *services.desktop.session, services.ui, services.settings, m_account,
                    m_handover, services.uploads.shelf(), services.clock}),
+      m_waitingNote(*services.desktop.notifications, services.clock, [this] { m_recording.cancelStart(); }),
       m_hotKeys(*services.desktop.hotKeys),
       m_screenPermission(*services.desktop.screenAccess, services.settings.store(), services.clock,
-                         askThrough(services.ui), {[] { return relaunch(runningExecutable()); }, {}}),
+                         askThrough(services.ui), {[this] { return startAnew(runningExecutable()); }, {}}),
       m_updater(updaterOptions(), services.session.http(), services.clock, askThrough(services.ui)) {}
 
 AppDelegate::~AppDelegate() {
@@ -80,7 +81,17 @@ Updater::Options AppDelegate::updaterOptions() {
         return m_recording.isRecording() || m_recording.isStartingRecording() ||
                m_recording.isFinalizingRecording();
     };
+    options.relaunch = [this](const std::filesystem::path &program) { return startAnew(program); };
     return options;
+}
+
+bool AppDelegate::startAnew(const std::filesystem::path &program) {
+    if (!startDetached(program.string()))
+        return false;
+    // What is being recorded is saved first; and an alert that waits for its answer would refuse an ordinary
+    // end.
+    terminate();
+    return true;
 }
 
 void AppDelegate::completeLaunch() {
@@ -104,7 +115,8 @@ void AppDelegate::completeLaunch() {
     if (m_services.desktop.screenAccess->isGranted())
         showCaptureUI(std::nullopt);
     else
-        m_scope.start(&m_screenPermission, &ScreenPermission::primeScreenPermission, m_services.needsMove);
+        m_permissionScope.start(&m_screenPermission, &ScreenPermission::primeScreenPermission,
+                                m_services.needsMove);
     Analytics::shared().start(m_services.session.api());
     Analytics::shared().track("cap.app_launched", {{"version", VANTRELL_VERSION}, {"os", osVersion()}});
     qCInfo(logApp, "launched");
@@ -114,7 +126,7 @@ void AppDelegate::wire() {
     UserInterface &ui = m_services.ui;
     ui.onMenu = [this](const MenuEntry &entry) { menuAction(entry); };
     ui.onToolWanted = [this](ToolMode tool) { showCaptureUI(tool); };
-    ui.onStatusClick = [this] { m_recording.stopRecording(); };
+    ui.onStatusClick = [this] { stopRecording(); };
     ui.onStatusOpen = [this] { showCaptureUI(std::nullopt); };
     ui.onTrayChange = [this] {
         noteWithoutTray();
@@ -178,8 +190,7 @@ void AppDelegate::sessionEvent(SessionMonitor::Event event) {
 }
 
 AppDelegate::TerminateReply AppDelegate::applicationShouldTerminate() {
-    m_recording.cancelStart();
-    m_recording.stopRecording();
+    stopRecording();
     if (!m_recording.isFinalizingRecording())
         return TerminateReply::now;
     m_pendingTerminateReply = true;
@@ -203,21 +214,33 @@ void AppDelegate::recordingChanged() {
         m_services.ui.hideCaptureBar();
     rebuildMenu();
     noteWithoutTray();
+    m_waitingNote.follow(m_recording.isAskingDesktop());
     replyToTerminate();
 }
 
 void AppDelegate::toggleRecording() {
-    if (m_recording.isRecording())
-        m_recording.stopRecording();
+    if (m_recording.isRecording() || m_recording.isStartingRecording())
+        stopRecording();
     else
         showCaptureUI(ToolMode::area);
+}
+
+void AppDelegate::stopRecording() {
+    m_recording.cancelStart();
+    m_recording.stopRecording();
+}
+
+void AppDelegate::requestPermission() {
+    // One question at a time, and the newest lies in front.
+    m_permissionScope.cancel();
+    m_permissionScope.start(&m_screenPermission, &ScreenPermission::menuRequestPermission);
 }
 
 void AppDelegate::showCaptureUI(std::optional<ToolMode> tool) {
     if (m_recording.isRecording() || m_recording.isStartingRecording())
         return;
     if (tool && !m_services.desktop.screenAccess->isGranted()) {
-        m_scope.start(&m_screenPermission, &ScreenPermission::menuRequestPermission);
+        requestPermission();
         return;
     }
     if (m_captureBarState && tool) {
@@ -384,7 +407,7 @@ void AppDelegate::menuAction(const MenuEntry &entry) {
         publishToBar();
         break;
     case MenuAction::requestPermission:
-        m_scope.start(&m_screenPermission, &ScreenPermission::menuRequestPermission);
+        requestPermission();
         break;
     case MenuAction::selectProject:
         settings.setSelectedProjectId(entry.payload.empty() ? std::nullopt : std::optional(entry.payload));

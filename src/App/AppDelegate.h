@@ -11,6 +11,7 @@
 #include "App/StatusMenu.h"
 #include "App/Updater.h"
 #include "App/UserInterface.h"
+#include "App/WaitingNote.h"
 #include "Platform/DesktopServices.h"
 #include "Platform/Platform.h"
 #include "Session/CaptureSettings.h"
@@ -19,6 +20,7 @@
 #include "Support/Clock.h"
 #include "Support/TaskScope.h"
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -67,7 +69,8 @@ public:
     /// What the hot key and the menu do: stops, or shows the area tool.
     void toggleRecording();
     void togglePause() { m_recording.togglePause(); }
-    void stopRecording() { m_recording.stopRecording(); }
+    /// A start that is under way ends too.
+    void stopRecording();
     void terminate();
 
     RecordingFlow &recording() { return m_recording; }
@@ -103,6 +106,9 @@ private:
     void noteWithoutTray();
     void noteFailedUploads();
     void openInVantrell(const ShelfItem &item);
+    void requestPermission();
+    /// Ends this process for one of that program; false when it does not start.
+    bool startAnew(const std::filesystem::path &program);
     /// What opens next, a browser or the desktop's question for a password, would lie below the overlay.
     void leaveSelection();
     void openPage(const std::string &url);
@@ -114,6 +120,7 @@ private:
     ServiceAccount m_account;
     CaptureHandover m_handover;
     RecordingFlow m_recording;
+    WaitingNote m_waitingNote;
     HotKeys m_hotKeys;
     ScreenPermission m_screenPermission;
     Updater m_updater;
@@ -128,6 +135,7 @@ private:
     /// It was shown as of a paused recording.
     bool m_notedPause = false;
     std::vector<Observation> m_observations;
+    TaskScope m_permissionScope;
     TaskScope m_scope;
 };
 

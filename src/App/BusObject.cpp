@@ -265,7 +265,8 @@ BusObject::Answer BusObject::pause(const QDBusMessage &call) {
 }
 
 BusObject::Answer BusObject::stop(const QDBusMessage &call) {
-    if (!m_delegate->recording().isRecording())
+    const RecordingFlow &recording = m_delegate->recording();
+    if (!recording.isRecording() && !recording.isStartingRecording())
         return failure(call, "Nothing is being recorded");
     m_delegate->stopRecording();
     return call.createReply();

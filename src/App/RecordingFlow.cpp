@@ -128,7 +128,9 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
         co_await account.fetchLimitsOnce(given.get_token());
     }
     const double asked = m_services.clock.hostNow();
+    setAskingDesktop(m_services.platform.capture->hasOwnPicker());
     auto chosen = co_await m_services.platform.capture->choose(picked->request, stop);
+    setAskingDesktop(false);
     if (!chosen)
         co_return std::unexpected(asFailure(std::move(chosen.error())));
     // The dialog that asked fades away, and shall not be the first thing that is recorded.
@@ -184,6 +186,11 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
     if (settings.cameraEnabled())
         m_camera.start(engine, display);
     co_return std::expected<void, Failure>();
+}
+
+void RecordingFlow::setAskingDesktop(bool isAsking) {
+    if (std::exchange(m_isAskingDesktop, isAsking) != isAsking)
+        changed();
 }
 
 void RecordingFlow::rememberChoice(const CaptureSource &source) {

@@ -75,11 +75,13 @@ public:
     /// Not before the camera's file is whole too: until then nothing can be toggled.
     bool isPaused() const { return m_engine && m_engine->isPaused() && !m_isTogglingPause; }
     bool isStartingRecording() const { return m_isStartingRecording; }
+    /// A start waits until the desktop has said what may be recorded.
+    bool isAskingDesktop() const { return m_isAskingDesktop; }
     bool isFinalizingRecording() const { return m_finalizing > 0; }
     /// Recorded time without the pauses; 0 when nothing is recorded.
     double elapsedSeconds() const { return m_hudState ? m_hudState->elapsedSeconds.get() : 0; }
 
-    /// A recording has started, been paused or resumed, ended, or was saved.
+    /// A recording has started, been paused or resumed, ended, or was saved; a start waits or goes on.
     std::function<void()> onChange;
     /// The countdown was cancelled.
     std::function<void()> onStartCancelled;
@@ -105,6 +107,7 @@ private:
     void installHUD(const Display &display);
     /// Recorded anew, it is the same thing again, without asking.
     void rememberChoice(const CaptureSource &source);
+    void setAskingDesktop(bool isAsking);
     void followCap();
 
     /// Runs the operations of recordings one after another.
@@ -131,6 +134,7 @@ private:
     Observation m_accountObservation;
     std::optional<SelectionOutcome> m_activeRecordingOutcome;
     bool m_isStartingRecording = false;
+    bool m_isAskingDesktop = false;
     bool m_isTogglingPause = false;
     int m_finalizing = 0;
     /// The end of the operation that was queued last.

@@ -95,9 +95,8 @@ public:
 protected:
     void paintEvent(QPaintEvent *event) override {
         const QRectF circle(panelRect());
-        // The picture covers all but the shadow and the rim.
-        if (m_picture.isNull() || !panelRect().contains(event->rect()))
-            FloatingPanel::paintEvent(event);
+        // Below a picture too: the shadow reaches into the corners around the circle.
+        FloatingPanel::paintEvent(event);
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
         if (m_picture.isNull())

@@ -101,12 +101,14 @@ void SelectionView::selectMiddle() {
 }
 
 void SelectionView::followBar() {
+    // It comes after the overlay, and a remembered selection has its buttons by then.
+    placeButtons();
+    refresh();
     if (m_hasServer || !m_isBlended)
         return;
     const QRegion gap = gapForBar().toAlignedRect();
     PanelShell::instance().setShape(*this, {},
                                     QRegion(m_contents.wholeDisplay()) - pixelsCovering(gap, scale()));
-    refresh();
 }
 
 QRectF SelectionView::gapForBar() const {

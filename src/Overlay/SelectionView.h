@@ -42,8 +42,8 @@ public:
     void present();
     void setTool(ToolMode tool);
 
-    /// The bar has come, gone or moved. Some compositors lay whatever is pressed above all else: there the
-    /// bar is seen and met through a gap.
+    /// The bar has come, gone or moved: the buttons keep off it. Some compositors lay whatever is pressed
+    /// above all else: there the bar is seen and met through a gap.
     void followBar();
 
     /// Takes it from the screen; it tells nobody anything any more.

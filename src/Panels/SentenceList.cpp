@@ -39,6 +39,10 @@ constexpr const char *sentences[] = {
     QT_TRANSLATE_NOOP("Sentences", "Enable Screen Recording…"),
     QT_TRANSLATE_NOOP("Sentences", "Vantrell Capture, recording"),
     QT_TRANSLATE_NOOP("Sentences", "Click here to stop"),
+    QT_TRANSLATE_NOOP("Sentences", "Waiting for the desktop"),
+    QT_TRANSLATE_NOOP("Sentences",
+                      "It has not said yet what may be recorded. If it asks nothing, cancel, then "
+                      "log out and in again."),
     QT_TRANSLATE_NOOP("Sentences", "Vantrell Capture, uploading"),
     QT_TRANSLATE_NOOP("Sentences", "Pause"),
     QT_TRANSLATE_NOOP("Sentences", "Resume"),

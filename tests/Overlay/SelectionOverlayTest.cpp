@@ -87,10 +87,11 @@ protected:
         host.waitForFinished();
     }
 
-    void start(const std::string &tool) {
+    void start(const std::string &tool, const QStringList &barTop = {}) {
         host.setProcessEnvironment(environment);
         host.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        host.start(OVERLAY_HOST, {QString::fromStdString(tool), QString::fromStdString(settings())});
+        host.start(OVERLAY_HOST,
+                   QStringList{QString::fromStdString(tool), QString::fromStdString(settings())} + barTop);
         EXPECT_EQ(next(), Json({{"shown", true}}));
     }
     /// What the program tells next.
@@ -170,6 +171,13 @@ TEST_F(SelectionOverlayTest, drawsMovesAndResizesAnAreaThatItRemembers) {
     start("area");
     EXPECT_TRUE(turns(60, 560, dimmedWhite));
     input("mousemove 200 350 click --repeat 2 --delay 50 1");
+    EXPECT_EQ(next(), nextRegion({151, 260, 250, 201}, "screen", true));
+    ASSERT_TRUE(hasEnded());
+
+    // Above a bar that has come where its buttons were.
+    start("area", {"465"});
+    EXPECT_TRUE(turns(60, 560, dimmedWhite));
+    input("mousemove 331 421 click 1");
     EXPECT_EQ(next(), nextRegion({151, 260, 250, 201}, "screen", true));
 }
 

@@ -94,6 +94,18 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
                                            ? "This desktop shares whole displays only, no single windows"
                                            : "This desktop shares no displays")));
 
+    // Without PipeWire no desktop can share anything, and not each of them answers then. Looked for first,
+    // since naming a token uses it up.
+    std::stop_source patience;
+    bool isServerLost = false;
+    const std::stop_callback outer(stop, [&] { patience.request_stop(); });
+    const PipeWireWatch watch([&] {
+        isServerLost = true;
+        patience.request_stop();
+    });
+    if (!watch.isConnected() && !isSandboxed())
+        co_return std::unexpected(serverLost());
+
     PortalRequests::Request create{screenCast, QStringLiteral("CreateSession"), {}, {}};
     create.options.insert(QStringLiteral("session_handle_token"), portal->newToken());
     const auto created = co_await portal->ask(std::move(create), stop);
@@ -127,16 +139,6 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
 
     PortalRequests::Request start{screenCast, QStringLiteral("Start"), {}, {}, std::nullopt};
     start.arguments = QVariantList{sessionPath, QString()};
-    // Without PipeWire no desktop can share anything, and not each of them answers then.
-    std::stop_source patience;
-    bool isServerLost = false;
-    const std::stop_callback outer(stop, [&] { patience.request_stop(); });
-    const PipeWireWatch watch([&] {
-        isServerLost = true;
-        patience.request_stop();
-    });
-    if (!watch.isConnected() && !isSandboxed())
-        co_return std::unexpected(serverLost());
     const auto started = co_await portal->ask(std::move(start), patience.get_token());
     if (isServerLost)
         co_return std::unexpected(serverLost());

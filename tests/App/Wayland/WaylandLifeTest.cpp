@@ -172,6 +172,17 @@ TEST_F(WaylandLifeTest, showsNoPanelOnAScreenThatIsRecorded) {
     EXPECT_THAT(onCard, ::testing::Each(::testing::AllOf(::testing::Ge(90), ::testing::Le(96))));
 }
 
+TEST_F(WaylandLifeTest, stopsAStartThatTheDesktopNeverAnswers) {
+    session.freezeBackend();
+    choose("screen");
+    ASSERT_TRUE(eventually([&] {
+        input.key(KEY_ENTER);
+        return status().value("state").toString() == "starting";
+    }));
+    EXPECT_EQ(CaptureProgram(app).run({"stop"}).exitCode, 0);
+    EXPECT_TRUE(reaches("idle"));
+}
+
 TEST_F(WaylandLifeTest, givesTheKeyboardFromTheOverlayToTheBarAndBack) {
     ASSERT_TRUE(drawArea({200, 120, 400, 300}));
     // To the bar, there to its window tool; back again, where Escape means the overlay.

@@ -15,6 +15,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <string_view>
 
 using namespace vantrell;
@@ -71,7 +72,16 @@ int main(int argc, char **argv) {
     X11StillCapture stills;
     Settings settings(argv[2]);
     SelectionOverlayController overlay({**capture, stills, settings});
-    overlay.onShown = [](QWidget &) { tell({{"shown", true}}); };
+    // The bar comes after the overlay.
+    QRect bar;
+    overlay.barFrame = [&bar] { return bar; };
+    overlay.onShown = [&](QWidget &) {
+        if (argc > 3) {
+            bar = {0, std::atoi(argv[3]), 1200, 100};
+            overlay.followBar();
+        }
+        tell({{"shown", true}});
+    };
     overlay.onBarWanted = [] { tell({{"wanted", "bar"}}); };
     overlay.onToolWanted = [&](ToolMode tool) {
         tell({{"wanted", spelling(tool)}});

@@ -151,4 +151,8 @@ void SwaySession::killBackend() {
     m_backend->signal(SIGKILL);
 }
 
+void SwaySession::freezeBackend() {
+    m_backend->signal(SIGSTOP);
+}
+
 } // namespace vantrell::testing

@@ -53,6 +53,8 @@ public:
     /// As crashes do.
     void killCompositor();
     void killBackend();
+    /// It answers no more.
+    void freezeBackend();
 
 private:
     void startSway();
