@@ -219,8 +219,8 @@ void AppDelegate::recordingChanged() {
 }
 
 void AppDelegate::toggleRecording() {
-    if (m_recording.isRecording() || m_recording.isStartingRecording())
-        stopRecording();
+    if (m_recording.isRecording())
+        m_recording.stopRecording();
     else
         showCaptureUI(ToolMode::area);
 }
