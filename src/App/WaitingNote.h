@@ -20,6 +20,11 @@ public:
     /// Both outlive it; `cancel` is what the user may do about it.
     WaitingNote(Notifier &notifier, Clock &clock, std::function<void()> cancel);
 
+    /// Takes the notification back.
+    ~WaitingNote() { follow(false); }
+    WaitingNote(const WaitingNote &) = delete;
+    WaitingNote &operator=(const WaitingNote &) = delete;
+
     /// Shown when it has been so for a while, and withdrawn when it is over.
     void follow(bool isWaiting);
 
