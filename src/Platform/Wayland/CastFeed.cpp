@@ -4,6 +4,7 @@
 #include "Platform/Wayland/CastFeed.h"
 
 #include "Platform/ScreenError.h"
+#include "Platform/Wayland/CastPixels.h"
 #include "Platform/Wayland/ScreenNudge.h"
 #include "Support/HostTime.h"
 #include "Support/Log.h"
@@ -24,6 +25,10 @@ constexpr std::size_t mostDamage = 256;
 /// GNOME insists on room for 384 pixels across.
 constexpr int largestCursor = 1024;
 constexpr std::chrono::seconds firstPicturePatience(4);
+/// For a display, which always has something to show: a desktop that has not sent it by then never will.
+constexpr std::chrono::seconds displayPatience(8);
+constexpr std::chrono::milliseconds restPatience(1000);
+constexpr std::chrono::milliseconds gonePatience(500);
 constexpr double pictureLimit = 2;
 /// How long a compositor may take for a picture before it is asked again, and how often it is.
 constexpr std::chrono::milliseconds askInterval(300);
@@ -43,6 +48,15 @@ bool hasGraphicsCard() {
         if (entry.path().filename().string().starts_with("renderD"))
             return true;
     return false;
+}
+
+/// Waits for an event, and for no longer than that. Main thread.
+Task<> waitFor(OneShot<bool> event, std::chrono::milliseconds patience, std::stop_token stop) {
+    QTimer timer;
+    timer.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &timer, [event] { event.resolve(false); });
+    timer.start(patience);
+    co_await event.wait(stop);
 }
 
 std::chrono::steady_clock::time_point timePoint(double hostTime) {
@@ -72,6 +86,8 @@ CastFeed::~CastFeed() {
     m_current.reset();
     m_retired.reset();
     m_stream.reset();
+    m_senderListener.leave();
+    m_sender.reset();
     m_registryListener.leave();
     m_registry.reset();
     m_connection.reset();
@@ -102,6 +118,12 @@ std::expected<void, PlatformError> CastFeed::connect(std::optional<UniqueFd> rem
 void CastFeed::watchNode() {
     static const pw_registry_events events{
         .version = PW_VERSION_REGISTRY_EVENTS,
+        .global =
+            [](void *self, std::uint32_t id, std::uint32_t, const char *, std::uint32_t, const spa_dict *) {
+                auto *feed = static_cast<CastFeed *>(self);
+                if (id == feed->m_node)
+                    feed->watchSender();
+            },
         .global_remove =
             [](void *self, std::uint32_t id) {
                 auto *feed = static_cast<CastFeed *>(self);
@@ -113,6 +135,29 @@ void CastFeed::watchNode() {
     m_registry.reset(pw_core_get_registry(m_connection->core(), PW_VERSION_REGISTRY, 0));
     if (m_registry)
         pw_registry_add_listener(m_registry.get(), m_registryListener.hook(), &events, this);
+}
+
+void CastFeed::watchSender() {
+    static const pw_node_events events{
+        .version = PW_VERSION_NODE_EVENTS,
+        .info =
+            [](void *self, const pw_node_info *info) {
+                auto *feed = static_cast<CastFeed *>(self);
+                feed->m_senderState = info->state;
+                feed->noteRest();
+            },
+        .param = nullptr,
+    };
+    m_senderListener.leave();
+    m_sender.reset(static_cast<pw_node *>(
+        pw_registry_bind(m_registry.get(), m_node, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0)));
+    if (m_sender)
+        pw_node_add_listener(m_sender.get(), m_senderListener.hook(), &events, this);
+}
+
+void CastFeed::noteRest() {
+    if (m_shallRest && m_senderState != PW_NODE_STATE_RUNNING)
+        m_rests.resolve(true);
 }
 
 bool CastFeed::makeStream(bool dmaBuf) {
@@ -256,24 +301,39 @@ void CastFeed::bufferGoes(const pw_buffer *buffer) {
     }
 }
 
-Task<std::expected<PixelSize, CastFeed::Failure>> CastFeed::firstPicture(std::stop_token stop) {
+Task<std::expected<PixelSize, CastFeed::Failure>> CastFeed::firstPicture(bool mayComeLater,
+                                                                         std::stop_token stop) {
     QTimer timer;
     timer.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, &timer, [this, first = m_first] {
+    QObject::connect(&timer, &QTimer::timeout, &timer, [this, mayComeLater, first = m_first] {
         // Some send nothing before something moves: what they agreed to send is known all the same.
         const PixelSize agreed = pictureSize();
-        if (agreed.isEmpty())
+        if (agreed.isEmpty() || !mayComeLater)
             first.resolve(std::unexpected(noPicture()));
         else
             first.resolve(agreed);
     });
-    timer.start(firstPicturePatience);
+    timer.start(mayComeLater ? firstPicturePatience : displayPatience);
     const auto came = co_await m_first.wait(stop);
     if (!came)
         co_return std::unexpected(Failure(Cancelled{}));
     if (!*came)
         co_return std::unexpected(Failure(came->error()));
     co_return **came;
+}
+
+Task<> CastFeed::rest(std::stop_token stop) {
+    setActive(false);
+    {
+        const PipeWireLoop::Lock lock(m_loop);
+        m_shallRest = true;
+        noteRest();
+    }
+    return waitFor(m_rests, restPatience, std::move(stop));
+}
+
+Task<> CastFeed::gone(std::stop_token stop) {
+    return waitFor(m_gone, gonePatience, std::move(stop));
 }
 
 PixelSize CastFeed::pictureSize() const {
@@ -285,6 +345,7 @@ void CastFeed::setActive(bool active) {
     {
         const std::scoped_lock lock(m_mutex);
         m_isFresh = false;
+        m_isLookedAt = false;
     }
     const PipeWireLoop::Lock lock(m_loop);
     m_isActive = active;
@@ -301,6 +362,35 @@ void CastFeed::end(PlatformError why) {
     }
     m_changed.notify_all();
     m_first.resolve(std::unexpected(std::move(why)));
+    m_rests.resolve(true);
+    m_gone.resolve(true);
+}
+
+QImage CastFeed::pictureInUse() {
+    const std::scoped_lock lock(m_mutex);
+    Look look;
+    // Of a cast that rests, the last picture may be old.
+    if (m_isLookedAt && !m_ended)
+        showCurrent(look);
+    if (!look.pixels)
+        return {};
+    QImage picture(look.size.width, look.size.height, QImage::Format_RGB32);
+    for (int y = 0; y < look.size.height; ++y)
+        copyCastPixels(look.pixels + y * look.stride, look.step, look.format, picture.scanLine(y),
+                       look.size.width);
+    return picture;
+}
+
+void CastFeed::showCurrent(Look &look) {
+    // The compositor may have taken it away meanwhile.
+    if (m_current && (m_mapping.pixels() || m_mapping.open(m_current->buffer, m_current->format.size))) {
+        look.size = m_current->layout.size();
+        look.format = m_current->format.pixels;
+        const CastLayout::Walk walk = m_current->layout.walk(m_mapping.stride());
+        look.pixels = m_mapping.pixels() + walk.origin;
+        look.step = walk.step;
+        look.stride = walk.stride;
+    }
 }
 
 CastFeed::Look CastFeed::look() {
@@ -316,6 +406,7 @@ CastFeed::Look CastFeed::look() {
         m_retired = std::exchange(m_current, std::exchange(m_newest, std::nullopt));
         look.damage = std::exchange(m_damage, {});
         look.isAllDamaged = std::exchange(m_isAllDamaged, false);
+        m_isLookedAt = m_isFresh;
     }
     if (m_retired) {
         lock.unlock();
@@ -323,16 +414,8 @@ CastFeed::Look CastFeed::look() {
         lock.lock();
         m_retired.reset();
     }
-    // The compositor may have taken it away meanwhile.
-    if (m_current && (m_mapping.pixels() || m_mapping.open(m_current->buffer, m_current->format.size))) {
-        m_isBorrowed = true;
-        look.size = m_current->layout.size();
-        look.format = m_current->format.pixels;
-        const CastLayout::Walk walk = m_current->layout.walk(m_mapping.stride());
-        look.pixels = m_mapping.pixels() + walk.origin;
-        look.step = walk.step;
-        look.stride = walk.stride;
-    }
+    showCurrent(look);
+    m_isBorrowed = look.pixels != nullptr;
     return look;
 }
 

@@ -18,6 +18,8 @@
 #include "Support/Task.h"
 #include "Support/UniqueFd.h"
 
+#include <QImage>
+
 #include <condition_variable>
 #include <cstdint>
 #include <expected>
@@ -48,13 +50,19 @@ public:
     CastFeed(const CastFeed &) = delete;
     CastFeed &operator=(const CastFeed &) = delete;
 
-    /// Waits for the first picture, or four seconds for one that comes only with the first change: its size.
-    /// Main thread, once.
-    Task<std::expected<PixelSize, Failure>> firstPicture(std::stop_token stop);
+    /// Waits for the first picture, and of those that may come with the first change only, as a window's, not
+    /// longer than four seconds: its size. Main thread, once.
+    Task<std::expected<PixelSize, Failure>> firstPicture(bool mayComeLater, std::stop_token stop);
+    /// Has the sender stop and waits until it did, a second at most. Main thread, once.
+    Task<> rest(std::stop_token stop);
+    /// Waits until the sender is gone, half a second at most. Main thread, once.
+    Task<> gone(std::stop_token stop);
     /// Of the newest picture; before the first what was agreed to, empty before that.
     PixelSize pictureSize() const;
     /// An inactive cast costs nobody anything; the last picture stays.
     void setActive(bool active);
+    /// A copy of what somebody is looking at just now; null while nobody does. Worker thread.
+    QImage pictureInUse();
     /// There will be no more pictures. The first reason counts.
     void end(PlatformError why);
 
@@ -92,6 +100,8 @@ private:
     // The loop's thread.
     bool makeStream(bool dmaBuf);
     void watchNode();
+    void watchSender();
+    void noteRest();
     void formatChanged(const spa_pod &pod);
     void arrived();
     void take(PipeWireBuffer buffer);
@@ -108,6 +118,8 @@ private:
         CastFormat format;
         CastLayout layout;
     };
+    /// Fills in the pixels, if they can be read. Under the mutex.
+    void showCurrent(Look &look);
     bool waitUntil(std::unique_lock<std::mutex> &lock, std::optional<double> time, bool (CastFeed::*done)());
     bool isInterrupted() { return m_isInterrupted; }
     bool isWorthWaking() { return m_isInterrupted || m_hasNews || m_ended; }
@@ -115,6 +127,8 @@ private:
     const std::uint32_t m_node;
     const bool m_wantsPointer;
     const OneShot<std::expected<PixelSize, PlatformError>> m_first;
+    const OneShot<bool> m_rests;
+    const OneShot<bool> m_gone;
 
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
@@ -125,6 +139,7 @@ private:
     /// On its way back, which takes the loop's lock.
     std::optional<Held> m_retired;
     bool m_isBorrowed = false;
+    bool m_isLookedAt = false;
     CastMapping m_mapping;
     CastClock m_clock;
     CastPointer m_pointer;
@@ -144,9 +159,13 @@ private:
     std::unique_ptr<PipeWireConnection> m_connection;
     PipeWireProxyPtr<pw_registry> m_registry;
     PipeWireListener m_registryListener;
+    PipeWireProxyPtr<pw_node> m_sender;
+    PipeWireListener m_senderListener;
     std::unique_ptr<PipeWireVideoStream> m_stream;
     std::unique_ptr<PipeWireTimer> m_retry;
     std::unique_ptr<PipeWireTimer> m_patience;
+    pw_node_state m_senderState = PW_NODE_STATE_CREATING;
+    bool m_shallRest = false;
     int m_asked = 0;
     bool m_isActive = true;
     bool m_isDmaBufOffered = false;

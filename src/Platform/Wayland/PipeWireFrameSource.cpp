@@ -3,12 +3,12 @@
 
 #include "Platform/Wayland/PipeWireFrameSource.h"
 
+#include "Platform/Wayland/CastPixels.h"
 #include "Support/HostTime.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -16,21 +16,9 @@ namespace vantrell {
 
 namespace {
 
-constexpr int castPixelBytes = 4;
 /// A compositor that sends nothing for that long after it was asked to go on has nothing new to show.
 constexpr double stillScreen = 0.4;
 constexpr int mostCastPatches = 64;
-
-/// Pixels that lie `step` bytes apart, in the order that a recording has them.
-void copyPixels(const std::uint8_t *from, std::ptrdiff_t step, std::uint8_t *to, int pixels, bool isSwapped) {
-    for (int x = 0; x < pixels; ++x, from += step, to += castPixelBytes) {
-        std::uint32_t pixel = 0;
-        std::memcpy(&pixel, from, sizeof pixel);
-        if (isSwapped)
-            pixel = (pixel & 0xff00ff00u) | (pixel & 0xffu) << 16 | (pixel >> 16 & 0xffu);
-        std::memcpy(to, &pixel, sizeof pixel);
-    }
-}
 
 } // namespace
 
@@ -154,14 +142,9 @@ void PipeWireFrameSource::makePatches(const CastFeed::Look &look, const PixelRec
 void PipeWireFrameSource::copy(const PixelRect &rect, const std::uint8_t *pixels,
                                const CastFeed::Look &look) {
     const std::ptrdiff_t ownStride = std::ptrdiff_t(m_view.width) * castPixelBytes;
-    const bool isSwapped = look.format == PixelFormat::rgbx;
     std::uint8_t *to = m_copy.data() + rect.y * ownStride + std::ptrdiff_t(rect.x) * castPixelBytes;
-    for (int y = 0; y < rect.height; ++y, pixels += look.stride, to += ownStride) {
-        if (isSwapped || look.step != castPixelBytes)
-            copyPixels(pixels, look.step, to, rect.width, isSwapped);
-        else
-            std::memcpy(to, pixels, std::size_t(rect.width) * castPixelBytes);
-    }
+    for (int y = 0; y < rect.height; ++y, pixels += look.stride, to += ownStride)
+        copyCastPixels(pixels, look.step, look.format, to, rect.width);
 }
 
 } // namespace vantrell

@@ -122,9 +122,10 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
     select.arguments = QVariantList{sessionPath};
     select.options.insert(QStringLiteral("types"), wanted);
     select.options.insert(QStringLiteral("multiple"), false);
-    const auto cursor =
-        cursorChoice(offered->value(QStringLiteral("AvailableCursorModes")).toUInt(), wish.separatesPointer);
+    const unsigned cursorModes = offered->value(QStringLiteral("AvailableCursorModes")).toUInt();
+    const auto cursor = cursorChoice(cursorModes, wish.separatesPointer);
     session->m_pointer = cursor.pointer;
+    session->m_isPointerOutAsCanBe = cursor.bit == cursorChoice(cursorModes, true).bit;
     if (version >= versionWithCursorModes && cursor.bit != 0)
         select.options.insert(QStringLiteral("cursor_mode"), cursor.bit);
     if (version >= versionWithTokens) {

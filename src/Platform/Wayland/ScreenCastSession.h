@@ -56,6 +56,8 @@ public:
     std::optional<Size> logicalSize() const { return m_logicalSize; }
     /// What becomes of the pointer.
     Pointer pointer() const { return m_pointer; }
+    /// The desktop could not have left the pointer out of the pictures better than it does.
+    bool isPointerOutAsCanBe() const { return m_isPointerOutAsCanBe; }
     /// For a later wish; none where the desktop does not remember.
     std::optional<std::string> restoreToken() const { return m_restoreToken; }
 
@@ -75,6 +77,7 @@ private:
     std::optional<Point> m_position;
     std::optional<Size> m_logicalSize;
     Pointer m_pointer = Pointer::embedded;
+    bool m_isPointerOutAsCanBe = false;
     std::optional<std::string> m_restoreToken;
 };
 

@@ -4,21 +4,26 @@
 #include "Platform/Wayland/WaylandCapture.h"
 
 #include "Platform/ScreenError.h"
+#include "Support/BlockingWork.h"
 
 #include <utility>
 
 namespace vantrell {
 
-WaylandCapture::WaylandCapture(std::unique_ptr<ScreenCastSession> session, std::shared_ptr<CastFeed> feed,
-                               Facts facts, std::optional<PipeWireFrameSource::Cut> cut)
-    : m_session(std::move(session)), m_feed(std::move(feed)), m_facts(std::move(facts)), m_cut(cut) {
+WaylandCapture::WaylandCapture(CastCloser &closer, std::unique_ptr<ScreenCastSession> session,
+                               std::shared_ptr<CastFeed> feed, Facts facts,
+                               std::optional<PipeWireFrameSource::Cut> cut)
+    : m_closer(closer), m_session(std::move(session)), m_feed(std::move(feed)), m_facts(std::move(facts)),
+      m_cut(cut) {
     m_session->onClosed([feed = m_feed] {
         feed->end(screenError(ScreenErrorCode::sharingEnded, "The desktop ended the sharing of the screen"));
     });
     m_feed->setActive(false);
 }
 
-WaylandCapture::~WaylandCapture() = default;
+WaylandCapture::~WaylandCapture() {
+    m_closer.close(std::move(m_session), m_feed);
+}
 
 std::optional<PixelRect> WaylandCapture::place() const {
     // Where a window lies nobody tells, but it may grow.
@@ -34,6 +39,13 @@ std::unique_ptr<FrameSource> WaylandCapture::makeFrames(CursorMode cursor) {
                             : cursor == CursorMode::asMetadata ? Pointer::told
                                                                : Pointer::dropped;
     return std::make_unique<PipeWireFrameSource>(m_feed, m_cut, pointer);
+}
+
+Task<QImage> WaylandCapture::pictureInUse(std::stop_token stop) const {
+    if (!m_session->isPointerOutAsCanBe())
+        co_return QImage();
+    const auto picture = co_await runBlocking([feed = m_feed] { return feed->pictureInUse(); }, stop);
+    co_return picture.value_or(QImage());
 }
 
 } // namespace vantrell

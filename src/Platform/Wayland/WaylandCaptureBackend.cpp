@@ -5,7 +5,9 @@
 
 #include "Platform/DisplayLayout.h"
 #include "Platform/ScreenError.h"
-#include "Support/Log.h"
+#include "Platform/Wayland/ScreenNudge.h"
+#include "Support/BlockingWork.h"
+#include "Support/ScopeExit.h"
 
 #include <algorithm>
 #include <cmath>
@@ -78,9 +80,20 @@ std::expected<std::vector<WindowDescription>, PlatformError> WaylandCaptureBacke
     return std::unexpected(screenError(ScreenErrorCode::noSuchWindow, noWindowList));
 }
 
-std::shared_ptr<CaptureSource> WaylandCaptureBackend::chosenWindow(std::uint32_t id) const {
-    const auto found = m_windows.find(id);
-    return found == m_windows.end() ? nullptr : found->second.lock();
+std::shared_ptr<WaylandCapture> WaylandCaptureBackend::chosenWindow(std::uint32_t id) const {
+    for (const Shared &each : m_shared) {
+        auto capture = each.capture.lock();
+        if (capture && capture->facts().window && capture->facts().window->id == id)
+            return capture;
+    }
+    return nullptr;
+}
+
+std::shared_ptr<WaylandCapture> WaylandCaptureBackend::captureOfDisplay(const std::string &id) const {
+    for (const Shared &each : m_shared)
+        if (auto capture = each.capture.lock(); capture && each.displayId == id)
+            return capture;
+    return nullptr;
 }
 
 bool WaylandCaptureBackend::isRemembered(const PixelRect &area, const std::vector<Display> &displays) {
@@ -153,10 +166,17 @@ Task<CaptureBackend::Choice> WaylandCaptureBackend::choose(CaptureRequest reques
 
 Task<CaptureBackend::Choice> WaylandCaptureBackend::share(Wanted wanted, std::vector<Display> displays,
                                                           std::stop_token stop) {
+    co_await m_closer.closed(stop);
+    // One that rests may still have a picture on its way.
+    std::erase_if(m_shared, [](const Shared &each) { return each.capture.expired(); });
+    if (!m_shared.empty())
+        co_await runBlocking(nudgeScreens, stop);
     auto opened = co_await ScreenCastSession::open(&m_portal, wanted.wish, stop);
     if (!opened)
         co_return std::unexpected(ChoiceError(opened.error()));
     std::unique_ptr<ScreenCastSession> session = std::move(opened->session);
+    std::shared_ptr<CastFeed> pictures;
+    const ScopeExit close([&] { m_closer.close(std::move(session), pictures); });
     auto remote = co_await session->openRemote(stop);
     if (!remote)
         co_return std::unexpected(ChoiceError(remote.error()));
@@ -164,7 +184,8 @@ Task<CaptureBackend::Choice> WaylandCaptureBackend::share(Wanted wanted, std::ve
     const auto feed = CastFeed::open(std::move(remote->socket), session->node(), wantsPointer);
     if (!feed)
         co_return std::unexpected(ChoiceError(feed.error()));
-    const auto picture = co_await (*feed)->firstPicture(stop);
+    pictures = *feed;
+    const auto picture = co_await pictures->firstPicture(wanted.kind == CaptureKind::window, stop);
     if (!picture)
         co_return std::unexpected(ChoiceError(picture.error()));
     const auto display = sharedDisplay(displays, *session, *picture);
@@ -178,12 +199,13 @@ Task<CaptureBackend::Choice> WaylandCaptureBackend::share(Wanted wanted, std::ve
             co_return std::unexpected(ChoiceError(
                 screenError(ScreenErrorCode::noSuchDisplay, "The desktop shares another display")));
         wanted.display = *display;
+        wanted.isDisplayTold = true;
         if (wanted.kind == CaptureKind::display)
             wanted.place = display->pixels;
     }
     if (wanted.isRemembered)
         m_tokens.keep(wanted.display.id, session->restoreToken());
-    co_return Chosen{captureOf(std::move(wanted), std::move(session), *feed, *picture)};
+    co_return Chosen{captureOf(std::move(wanted), std::move(session), std::move(pictures), *picture)};
 }
 
 std::shared_ptr<WaylandCapture> WaylandCaptureBackend::captureOf(Wanted wanted,
@@ -209,12 +231,10 @@ std::shared_ptr<WaylandCapture> WaylandCaptureBackend::captureOf(Wanted wanted,
         facts.place = place;
         facts.window = std::move(window);
     }
-    auto capture =
-        std::make_shared<WaylandCapture>(std::move(session), std::move(feed), std::move(facts), cut);
-    if (wanted.kind == CaptureKind::window) {
-        std::erase_if(m_windows, [](const auto &window) { return window.second.expired(); });
-        m_windows[m_lastWindow] = capture;
-    }
+    std::string displayId = wanted.isDisplayTold ? wanted.display.id : std::string();
+    auto capture = std::make_shared<WaylandCapture>(m_closer, std::move(session), std::move(feed),
+                                                    std::move(facts), cut);
+    m_shared.push_back({capture, std::move(displayId)});
     return capture;
 }
 

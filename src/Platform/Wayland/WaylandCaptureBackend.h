@@ -5,6 +5,7 @@
 
 #include "Platform/Bus/PortalRequests.h"
 #include "Platform/CaptureBackend.h"
+#include "Platform/Wayland/CastCloser.h"
 #include "Platform/Wayland/CastTokens.h"
 #include "Platform/Wayland/ScreenCastSession.h"
 #include "Platform/Wayland/WaylandCapture.h"
@@ -13,7 +14,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,7 +36,9 @@ public:
     Task<Choice> choose(CaptureRequest request, std::stop_token stop) override;
 
     /// The window that was chosen under that number, as long as somebody has it.
-    std::shared_ptr<CaptureSource> chosenWindow(std::uint32_t id) const;
+    std::shared_ptr<WaylandCapture> chosenWindow(std::uint32_t id) const;
+    /// A display or an area of it that somebody has, if there is one.
+    std::shared_ptr<WaylandCapture> captureOfDisplay(const std::string &id) const;
     /// The area lies on one display, which is shared without asking.
     bool isRemembered(const PixelRect &area, const std::vector<Display> &displays);
     PortalRequests &portal() { return m_portal; }
@@ -50,6 +52,7 @@ private:
         PixelRect place;
         ScreenCastSession::Wish wish;
         bool isRemembered = true;
+        bool isDisplayTold = false;
     };
     std::expected<Wanted, PlatformError> wantedBy(const CaptureRequest &request,
                                                   const std::vector<Display> &displays);
@@ -58,10 +61,16 @@ private:
                                               std::shared_ptr<CastFeed> feed, PixelSize picture);
 
     PortalRequests m_portal;
+    CastCloser m_closer;
     const std::function<std::expected<std::vector<Display>, PlatformError>()> m_displays;
     CastTokens m_tokens;
     std::uint32_t m_lastWindow = 0;
-    std::map<std::uint32_t, std::weak_ptr<CaptureSource>> m_windows;
+    struct Shared {
+        std::weak_ptr<WaylandCapture> capture;
+        /// Empty when the desktop does not tell which it is, and for windows.
+        std::string displayId;
+    };
+    std::vector<Shared> m_shared;
 };
 
 } // namespace vantrell

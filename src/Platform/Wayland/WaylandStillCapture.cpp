@@ -98,10 +98,12 @@ StillCapture::Error asStillError(PortalRequests::Failure failure) {
 } // namespace
 
 Task<StillCapture::Result> WaylandStillCapture::captureWindow(std::uint32_t window, std::stop_token stop) {
-    const std::shared_ptr<CaptureSource> source = m_backend.chosenWindow(window);
+    const std::shared_ptr<WaylandCapture> source = m_backend.chosenWindow(window);
     if (!source)
         co_return std::unexpected(
             Error(screenError(ScreenErrorCode::noSuchWindow, "The window is not shared any more")));
+    if (auto picture = co_await source->pictureInUse(stop); !picture.isNull())
+        co_return picture;
     const std::shared_ptr<FrameSource> frames = source->makeFrames(CursorMode::leftOut);
     co_return co_await runBlocking([frames] { return firstPictureOf(*frames); }, stop);
 }
@@ -113,6 +115,16 @@ Task<StillCapture::Result> WaylandStillCapture::captureArea(PixelRect area, std:
     const auto wanted = areaOnDisplays(*displays, area);
     if (!wanted)
         co_return std::unexpected(Error(wanted.error()));
+    // What is recorded is there already.
+    const Display &display = displayHolding(*displays, *wanted);
+    const auto inUse =
+        intersection(*wanted, display.pixels) == *wanted ? m_backend.captureOfDisplay(display.id) : nullptr;
+    if (inUse) {
+        const QImage picture = co_await inUse->pictureInUse(stop);
+        if (!picture.isNull())
+            co_return co_await runBlocking(
+                [picture, shown = display, part = *wanted] { return cutOut(picture, {shown}, part); }, stop);
+    }
     // What the user has agreed to share is there without another question, and without the pointer.
     if (m_backend.isRemembered(*wanted, *displays)) {
         auto shared = co_await fromCast(*wanted, stop);
