@@ -26,7 +26,7 @@ int CameraQuantizer::next(const Nv12Frame &frame, bool isKeyFrame) {
     // A picture that came twice says nothing.
     if (const double difference = differenceOf(frame); difference > 0)
         m_meanDifference += (difference - m_meanDifference) * inertia;
-    const double wanted = m_ordinary + stepsPerDoubling * std::log2(m_meanDifference / plainDifference);
+    const double wanted = plain + stepsPerDoubling * std::log2(m_meanDifference / plainDifference);
     if (++m_sinceChange >= steadyPictures && std::abs(wanted - m_quantizer) > worthwhile) {
         m_quantizer = std::clamp(int(std::lround(wanted)), finest, coarsest);
         m_sinceChange = 0;

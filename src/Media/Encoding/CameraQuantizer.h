@@ -18,10 +18,8 @@ public:
     static constexpr int finest = 20;
     static constexpr int coarsest = 28;
     static constexpr int finestOfKeyFrames = finest - 3;
+    /// For a face before a small, somewhat noisy sensor.
     static constexpr int plain = 23;
-
-    /// `ordinary`: for a face before a small, somewhat noisy sensor.
-    explicit CameraQuantizer(int ordinary = plain) : m_ordinary(ordinary) {}
 
     /// For the picture, which comes after those that were asked about before.
     int next(const Nv12Frame &frame, bool isKeyFrame);
@@ -30,11 +28,10 @@ private:
     /// How far the luma is from that of the picture before, in the mean; 0 when it is the first.
     double differenceOf(const Nv12Frame &frame);
 
-    const int m_ordinary;
     /// Every so many rows of the picture before.
     std::vector<std::uint8_t> m_rows;
     double m_meanDifference = plainDifference;
-    int m_quantizer = m_ordinary;
+    int m_quantizer = plain;
     int m_sinceChange = 0;
 
     static constexpr double plainDifference = 2.7;

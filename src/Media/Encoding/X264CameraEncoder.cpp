@@ -29,7 +29,7 @@ x264_param_t cameraParameters(PixelSize encoded, PictureContent content, ColourM
     p.analyse.intra = 0;
     p.analyse.b_transform_8x8 = 1;
     p.analyse.b_dct_decimate = 0;
-    p.analyse.i_luma_deadzone[0] = 19;
+    p.analyse.i_luma_deadzone[0] = 20;
     p.analyse.i_me_method = X264_ME_DIA;
     p.analyse.i_subpel_refine = 0;
     p.analyse.i_weighted_pred = X264_WEIGHTP_NONE;
@@ -38,7 +38,10 @@ x264_param_t cameraParameters(PixelSize encoded, PictureContent content, ColourM
         // missing to the noise that lay there before.
         p.analyse.inter = X264_ANALYSE_I8x8;
         p.analyse.intra = X264_ANALYSE_I8x8;
-        p.analyse.i_luma_deadzone[0] = 14;
+        // What is left between two such pictures is mostly noise of the compression: dropping what is small
+        // of it pays for a finer quantizer where there is more.
+        p.analyse.b_dct_decimate = 1;
+        p.analyse.i_luma_deadzone[0] = 17;
     }
     p.rc.i_rc_method = X264_RC_CQP;
     p.rc.i_aq_mode = X264_AQ_NONE;
@@ -65,14 +68,12 @@ X264CameraEncoder::create(PixelSize picture, PictureContent content, ColourMatri
     if (!configuration)
         return std::unexpected(configuration.error());
     return std::unique_ptr<X264CameraEncoder>(
-        new X264CameraEncoder(std::move(encoder), encoded, std::move(*configuration), content));
+        new X264CameraEncoder(std::move(encoder), encoded, std::move(*configuration)));
 }
 
 X264CameraEncoder::X264CameraEncoder(X264Ptr encoder, PixelSize encoded,
-                                     std::vector<std::uint8_t> configuration, PictureContent content)
-    : m_encoder(std::move(encoder)), m_encoded(encoded), m_configuration(std::move(configuration)),
-      m_quantizer(content == PictureContent::jpegCamera ? CameraQuantizer::plain + 1
-                                                        : CameraQuantizer::plain) {}
+                                     std::vector<std::uint8_t> configuration)
+    : m_encoder(std::move(encoder)), m_encoded(encoded), m_configuration(std::move(configuration)) {}
 
 std::expected<EncodedFrame, PlatformError> X264CameraEncoder::encode(const Nv12Frame &frame, const BlockMap &,
                                                                      std::int64_t presentationTime,

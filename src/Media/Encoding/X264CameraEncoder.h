@@ -27,8 +27,7 @@ public:
                                                       std::int64_t presentationTime, bool keyFrame) override;
 
 private:
-    X264CameraEncoder(X264Ptr encoder, PixelSize encoded, std::vector<std::uint8_t> configuration,
-                      PictureContent content);
+    X264CameraEncoder(X264Ptr encoder, PixelSize encoded, std::vector<std::uint8_t> configuration);
 
     const X264Ptr m_encoder;
     const PixelSize m_encoded;
