@@ -99,7 +99,7 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     const auto cancelled = [this] {
         return fail("Cancelled before anything was recorded", ExitCode::nothingRecorded);
     };
-    const auto chosen = co_await prepare(stop);
+    auto chosen = co_await prepare(stop);
     if (!chosen && std::holds_alternative<Cancelled>(chosen.error()))
         co_return cancelled();
     if (!chosen)
@@ -117,8 +117,8 @@ Task<ExitCode> RecordRun::run(std::stop_token stop) {
     options.separateCursor = !m_arguments.drawsCursor;
     if (m_arguments.camera)
         options.recordingId = newRecordingId();
-    const RecordingPorts ports{*m_platform.streams, chosen->source, *m_platform.input, m_context.clock};
-    m_engine = std::make_unique<RecordingEngine>(ports, std::move(options));
+    RecordingPorts ports{*m_platform.streams, std::move(chosen->source), *m_platform.input, m_context.clock};
+    m_engine = std::make_unique<RecordingEngine>(std::move(ports), std::move(options));
     m_engine->onStreamDeath = [this](Failure failure) {
         qCCritical(logCapture, "stream died mid-recording: %s", description(failure).c_str());
         m_ended.resolve(std::move(failure));

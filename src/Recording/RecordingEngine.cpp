@@ -189,6 +189,10 @@ Task<std::expected<RecordingStopOutcome, RecordingStopFailure>> RecordingEngine:
             qCCritical(logCapture, "final segment lost, salvaging earlier segments: %s",
                        description(finalized.error()).c_str());
     }
+    // The desktop tells the user that the screen is shared for as long as anybody holds it.
+    m_eventRecorder.liveCaptureRect = nullptr;
+    m_windowTracker.reset();
+    m_ports.source.reset();
     m_finished = usableSegments();
     if (m_finished.empty() || !m_startedAt) {
         RecordingStopFailure nothing{CaptureError::encodeFailed, m_lossCause, !m_lost.empty()};

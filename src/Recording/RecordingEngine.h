@@ -63,6 +63,7 @@ public:
     Task<std::expected<void, Failure>> pause(std::stop_token stop);
     /// Does nothing unless paused.
     Task<std::expected<void, Failure>> resume(std::stop_token stop);
+    /// Once. Lets the source go before it packages what was recorded.
     Task<std::expected<RecordingStopOutcome, RecordingStopFailure>> stop(std::stop_token stop);
 
     bool isPaused() const { return m_isPaused; }

@@ -3,9 +3,6 @@
 
 #include "Platform/Wayland/CastCloser.h"
 
-#include "Platform/Wayland/ScreenNudge.h"
-#include "Support/BlockingWork.h"
-
 #include <utility>
 
 namespace vantrell {
@@ -18,10 +15,6 @@ void CastCloser::close(std::unique_ptr<ScreenCastSession> session, std::shared_p
            std::stop_token stop) -> Task<> {
             co_await pictures->rest(stop);
             closing.reset();
-            if (stop.stop_requested())
-                co_return;
-            // A picture that waits for the screen to change keeps a closed cast alive.
-            co_await runBlocking(nudgeScreens, stop);
             co_await pictures->gone(stop);
         },
         std::move(session), std::move(feed));

@@ -6,6 +6,7 @@
 #include "Platform/ScreenError.h"
 #include "Platform/Wayland/CastPixels.h"
 #include "Platform/Wayland/ScreenNudge.h"
+#include "Support/BlockingWork.h"
 #include "Support/HostTime.h"
 #include "Support/Log.h"
 
@@ -28,7 +29,8 @@ constexpr std::chrono::seconds firstPicturePatience(4);
 /// For a display, which always has something to show: a desktop that has not sent it by then never will.
 constexpr std::chrono::seconds displayPatience(8);
 constexpr std::chrono::milliseconds restPatience(1000);
-constexpr std::chrono::milliseconds gonePatience(500);
+constexpr std::chrono::milliseconds gonePatience(600);
+constexpr std::chrono::milliseconds nudgePatience(100);
 constexpr double pictureLimit = 2;
 /// How long a compositor may take for a picture before it is asked again, and how often it is.
 constexpr std::chrono::milliseconds askInterval(300);
@@ -333,7 +335,12 @@ Task<> CastFeed::rest(std::stop_token stop) {
 }
 
 Task<> CastFeed::gone(std::stop_token stop) {
-    return waitFor(m_gone, gonePatience, std::move(stop));
+    // A picture that waits for the screen to change keeps a closed cast alive.
+    QTimer nudge;
+    nudge.setSingleShot(true);
+    QObject::connect(&nudge, &QTimer::timeout, &nudge, [] { postToWorker(nudgeScreens); });
+    nudge.start(nudgePatience);
+    co_await waitFor(m_gone, gonePatience, std::move(stop));
 }
 
 PixelSize CastFeed::pictureSize() const {

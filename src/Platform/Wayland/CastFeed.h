@@ -55,7 +55,7 @@ public:
     Task<std::expected<PixelSize, Failure>> firstPicture(bool mayComeLater, std::stop_token stop);
     /// Has the sender stop and waits until it did, a second at most. Main thread, once.
     Task<> rest(std::stop_token stop);
-    /// Waits until the sender is gone, half a second at most. Main thread, once.
+    /// Waits until the sender is gone, 600 ms at most. Main thread, once.
     Task<> gone(std::stop_token stop);
     /// Of the newest picture; before the first what was agreed to, empty before that.
     PixelSize pictureSize() const;

@@ -169,8 +169,10 @@ Task<CaptureBackend::Choice> WaylandCaptureBackend::share(Wanted wanted, std::ve
     co_await m_closer.closed(stop);
     // One that rests may still have a picture on its way.
     std::erase_if(m_shared, [](const Shared &each) { return each.capture.expired(); });
-    if (!m_shared.empty())
+    if (!m_shared.empty()) {
         co_await runBlocking(nudgeScreens, stop);
+        co_await m_closer.closed(stop);
+    }
     auto opened = co_await ScreenCastSession::open(&m_portal, wanted.wish, stop);
     if (!opened)
         co_return std::unexpected(ChoiceError(opened.error()));
