@@ -147,6 +147,8 @@ TEST_F(RecordingEngineTest, saysOfThePointerWhatTheDesktopLetsItKnowAndNoMore) {
         finishMovie(stream().configuration.outputFile);
         const Stopped stopped = runTask(engine->stop({}));
         ASSERT_TRUE(stopped);
+        // The desktop would still tell of a sharing.
+        EXPECT_EQ(source.use_count(), 1);
         const RecordingInfo &info = *stopped->capture.metadata.recording;
         EXPECT_EQ(info.cursorInVideo, !separates);
         EXPECT_EQ(info.autoCamera, false);
