@@ -230,8 +230,10 @@ void X11AreaSource::findStale() {
         else
             drawn += QRect(rect.x, rect.y, rect.width, rect.height);
     });
-    if (m_underPanels)
+    if (m_underPanels) {
+        handleReceivedEvents();
         m_underPanels->answerDamage(drawn, mark);
+    }
     if (PixelRect before; pointerMoved(before)) {
         mark(before);
         mark(cursor()->rect());

@@ -38,9 +38,9 @@ void X11CoveredWindow::release(bool isThere) {
     xcb_connection_t *xcb = m_connection->xcb();
     if (m_pixmap != XCB_NONE)
         xcb_free_pixmap(xcb, std::exchange(m_pixmap, XCB_NONE));
+    m_damage.end(isThere);
     if (!isThere)
         return;
-    m_damage.end();
     xcb_composite_unredirect_window(xcb, m_window, XCB_COMPOSITE_REDIRECT_AUTOMATIC);
 }
 
@@ -82,11 +82,25 @@ bool X11CoveredWindow::handles(const xcb_generic_event_t &event, double now, dou
     return m_damage.handles(event, now, hostTime);
 }
 
-void X11CoveredWindow::answerDamage(int border, const std::function<void(const PixelRect &)> &damaged) {
+void X11CoveredWindow::askDamage(bool anyway) {
+    if (anyway)
+        m_damage.expectDamage();
+    m_damage.ask();
+}
+
+QRegion X11CoveredWindow::answerDamage() {
+    QRegion drawn;
     m_damage.answer([&](const PixelRect &rect) {
-        m_missing -= QRect(rect.x + border, rect.y + border, rect.width, rect.height);
-        damaged(rect);
+        drawn += QRect(rect.x + m_border, rect.y + m_border, rect.width, rect.height);
     });
+    m_missing -= drawn;
+    return drawn.translated(m_place.x, m_place.y);
+}
+
+void X11CoveredWindow::setPlace(const PixelRect &place, int border, const QRegion &shown) {
+    m_place = place;
+    m_border = border;
+    m_shown = shown;
 }
 
 void X11CoveredWindow::miss(const QRegion &part, double now, double patience) {
@@ -103,10 +117,11 @@ std::optional<double> X11CoveredWindow::looksAt() const {
     return m_missing.isEmpty() ? std::nullopt : std::optional(m_patientUntil);
 }
 
-std::optional<X11PatchReader::Cut> X11CoveredWindow::cut(const PixelRect &place) const {
+std::optional<X11PatchReader::Cut> X11CoveredWindow::cut() const {
     if (m_pixmap == XCB_NONE)
         return std::nullopt;
-    return X11PatchReader::Cut{.drawable = m_pixmap, .drawableSize = m_size, .x = -place.x, .y = -place.y};
+    return X11PatchReader::Cut{
+        .drawable = m_pixmap, .drawableSize = m_size, .x = -m_place.x, .y = -m_place.y};
 }
 
 } // namespace vantrell

@@ -9,7 +9,6 @@
 
 #include <QRegion>
 
-#include <functional>
 #include <optional>
 
 namespace vantrell {
@@ -38,9 +37,14 @@ public:
 
     /// True when the event says that something was drawn; it then happened at `hostTime`.
     bool handles(const xcb_generic_event_t &event, double now, double &hostTime);
-    void askDamage() { m_damage.ask(); }
-    /// Shows what was drawn, in the window's own pixels without its border. It is missing no longer.
-    void answerDamage(int border, const std::function<void(const PixelRect &)> &damaged);
+    /// `anyway`: also when no event has come yet.
+    void askDamage(bool anyway);
+    /// What was drawn, in pixels of the desktop. It is missing no longer.
+    QRegion answerDamage();
+
+    /// Where it lies with its border, and the part of the desktop where it is seen.
+    void setPlace(const PixelRect &place, int border, const QRegion &shown);
+    const QRegion &shown() const { return m_shown; }
 
     /// Adds a part that is missing until it is drawn, or until `patience` (seconds) has passed: then its
     /// program either need not draw it or does not answer. In pixels of the window, its border included.
@@ -50,8 +54,8 @@ public:
     /// When `look` is due; none when nothing is missing.
     std::optional<double> looksAt() const;
 
-    /// Where to read a window that lies at `place` with its border; none: it has no pixels now.
-    std::optional<X11PatchReader::Cut> cut(const PixelRect &place) const;
+    /// Where to read it; none: it has no pixels now.
+    std::optional<X11PatchReader::Cut> cut() const;
 
 private:
     X11CoveredWindow(const X11Connection &connection, xcb_window_t window, X11Damage damage);
@@ -68,6 +72,9 @@ private:
     bool m_isNew = true;
     xcb_pixmap_t m_pixmap = XCB_NONE;
     PixelSize m_size;
+    PixelRect m_place;
+    int m_border = 0;
+    QRegion m_shown;
     QRegion m_missing;
     double m_patientUntil = 0;
 };

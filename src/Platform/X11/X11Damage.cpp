@@ -31,10 +31,11 @@ std::expected<X11Damage, PlatformError> X11Damage::create(const X11Connection &c
     return damage;
 }
 
-void X11Damage::end() {
+void X11Damage::end(bool isThere) {
     if (const auto asked = std::exchange(m_asked, std::nullopt))
         xcb_discard_reply(m_xcb, asked->sequence);
-    xcb_damage_destroy(m_xcb, m_damage);
+    if (isThere)
+        xcb_damage_destroy(m_xcb, m_damage);
     xcb_xfixes_destroy_region(m_xcb, m_region);
     if (m_wanted != XCB_NONE)
         xcb_xfixes_destroy_region(m_xcb, m_wanted);

@@ -32,8 +32,9 @@ public:
     /// What is damaged up to now is of no interest. A window counts as damaged whole when its watch begins.
     void forget() { m_lastQuestion = xcb_damage_subtract(m_xcb, m_damage, XCB_NONE, XCB_NONE).sequence; }
 
-    /// Watches no longer. Before that the object's end leaves the server watching.
-    void end();
+    /// Watches no longer. Before that the object's end leaves the server watching. `isThere`: the window has
+    /// not been closed, which ends the watch itself.
+    void end(bool isThere = true);
 
     /// True when the event says that there is damage; it then happened at `hostTime`.
     bool handles(const xcb_generic_event_t &event, double now, double &hostTime);

@@ -192,6 +192,7 @@ std::vector<X11UnderPanels::Layer> X11UnderPanels::layersUnder(int margin, QRegi
 }
 
 void X11UnderPanels::update(double now, const std::function<void(const PixelRect &)> &stale) {
+    const bool hasChanged = m_isOutdated;
     for (int left = mostRounds; m_isOutdated && left > 0; --left) {
         m_isOutdated = false;
         m_havePanelsChanged = false;
@@ -215,6 +216,8 @@ void X11UnderPanels::update(double now, const std::function<void(const PixelRect
         m_layers = std::move(layers);
         m_composed = composed;
     }
+    if (hasChanged)
+        placeCovered();
 }
 
 void X11UnderPanels::showRoot(double now, const std::function<void(const PixelRect &)> &stale) {
@@ -244,18 +247,21 @@ void X11UnderPanels::keepWhole(const std::vector<Layer> &near, double now) {
 }
 
 void X11UnderPanels::missWhatIsCovered(X11CoveredWindow &covered, double now) const {
-    bool isAbove = false;
-    PixelRect place;
-    QRegion above;
-    for (const X11WindowStack::Window &window : m_stack.windows()) {
-        if (window.id == covered.window())
-            place = window.place;
-        else if (isAbove && window.isMapped)
-            above += window.covers();
-        isAbove |= window.id == covered.window();
-    }
-    covered.miss((above & toQt(place)).translated(-place.x, -place.y), now,
+    const X11WindowStack::Window *window = m_stack.find(covered.window());
+    if (!window)
+        return;
+    const PixelRect &place = window->place;
+    covered.miss((m_stack.above(*window) & toQt(place)).translated(-place.x, -place.y), now,
                  m_compositor.isRunning() ? newWindowPatience : repaintPatience);
+}
+
+/// Where windows that are kept whole are seen on the root.
+void X11UnderPanels::placeCovered() {
+    for (X11CoveredWindow &covered : m_covered) {
+        if (const X11WindowStack::Window *window = m_stack.find(covered.window()))
+            covered.setPlace(window->place, window->border,
+                             window->isMapped ? window->covers() - m_stack.above(*window) : QRegion());
+    }
 }
 
 void X11UnderPanels::releaseAll() {
@@ -305,12 +311,13 @@ void X11UnderPanels::bringToRoot() {
 bool X11UnderPanels::askDamage() {
     m_isDrawnMeanwhile = false;
     const bool grabs = isActive();
+    m_isDamageExact = std::exchange(m_isAskedWhole, grabs) && grabs && !m_compositor.isRunning();
     if (grabs) {
         xcb_grab_server(m_connection->xcb());
         bringToRoot();
     }
     for (X11CoveredWindow &window : m_covered)
-        window.askDamage();
+        window.askDamage(grabs);
     return grabs;
 }
 
@@ -320,19 +327,22 @@ void X11UnderPanels::answerDamage(const QRegion &onRoot,
         for (const QRect &part : region)
             stale(fromQt(part));
     };
-    show(onRoot - m_composed);
+    const bool isExact = m_isDamageExact && !m_isOutdated;
+    QRegion beside = onRoot - m_composed;
     for (X11CoveredWindow &window : m_covered) {
-        const auto layer = std::ranges::find(m_layers, window.window(), &Layer::window);
-        const bool isSeen = layer != m_layers.end();
-        window.answerDamage(isSeen ? layer->border : 0, [&](const PixelRect &rect) {
-            if (!isSeen)
-                return;
-            const QRect drawn(layer->place.x + layer->border + rect.x,
-                              layer->place.y + layer->border + rect.y, rect.width, rect.height);
+        const QRegion drawn = window.answerDamage();
+        if (drawn.isEmpty())
+            continue;
+        // The server brings to the root one rectangle around all that was drawn.
+        if (isExact)
+            beside -= window.shown() & (QRegion(drawn.boundingRect()) - drawn);
+        if (const auto layer = std::ranges::find(m_layers, window.window(), &Layer::window);
+            layer != m_layers.end()) {
             const bool waits = m_compositor.isRunning();
-            m_lag.add(layer->seen & drawn, waits ? QRegion(drawn & toQt(m_area)) - m_composed : QRegion());
-        });
+            m_lag.add(layer->seen & drawn, waits ? (drawn & toQt(m_area)) - m_composed : QRegion());
+        }
     }
+    show(beside);
     show(m_lag.release(onRoot));
 }
 
@@ -340,7 +350,7 @@ std::optional<X11PatchReader::Cut> X11UnderPanels::cutOf(const Layer &layer) con
     if (layer.window == XCB_NONE)
         return m_background.cut();
     const X11CoveredWindow *window = find(layer.window);
-    return window ? window->cut(layer.place) : std::nullopt;
+    return window ? window->cut() : std::nullopt;
 }
 
 bool X11UnderPanels::ask(std::span<const PixelRect> parts) {

@@ -74,7 +74,8 @@ public:
     /// Asks what was drawn into the windows beneath. True when the server is grabbed: it is to be released
     /// behind the question what was drawn on the root.
     [[nodiscard]] bool askDamage();
-    /// Takes the answer and what was drawn on the root, and shows what of it is seen in the picture.
+    /// Takes the answer and what was drawn on the root, and shows what of it is seen in the picture. The
+    /// events that came with the answers have been handled.
     void answerDamage(const QRegion &onRoot, const std::function<void(const PixelRect &)> &stale);
     /// Something was drawn into them since it was asked.
     bool isDrawnMeanwhile() const { return m_isDrawnMeanwhile; }
@@ -115,6 +116,7 @@ private:
     void bringToRoot();
     bool noteChange(double hostTime);
     void missWhatIsCovered(X11CoveredWindow &window, double now) const;
+    void placeCovered();
     X11CoveredWindow *find(xcb_window_t window);
     const X11CoveredWindow *find(xcb_window_t window) const;
     std::optional<X11PatchReader::Cut> cutOf(const Layer &layer) const;
@@ -137,6 +139,10 @@ private:
     /// No panel has been in the picture since then, but windows are still kept whole.
     std::optional<double> m_idleSince;
     bool m_isDrawnMeanwhile = false;
+    /// All that was drawn into the windows had come to the root when it was last asked.
+    bool m_isAskedWhole = false;
+    /// What is asked of the windows is all that has come from them to the root since the question before.
+    bool m_isDamageExact = false;
     /// A pixel of the root, which nobody looks at; both end with the connection.
     xcb_pixmap_t m_lookPixmap = XCB_NONE;
     xcb_gcontext_t m_lookContext = XCB_NONE;

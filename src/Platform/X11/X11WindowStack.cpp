@@ -69,8 +69,22 @@ X11WindowStack::X11WindowStack(const X11Connection &connection)
         m_shapeEvent = std::uint8_t((*shapes)->first_event + XCB_SHAPE_NOTIFY);
 }
 
-std::vector<X11WindowStack::Window>::iterator X11WindowStack::find(xcb_window_t window) {
+std::vector<X11WindowStack::Window>::iterator X11WindowStack::at(xcb_window_t window) {
     return std::ranges::find(m_windows, window, &Window::id);
+}
+
+const X11WindowStack::Window *X11WindowStack::find(xcb_window_t window) const {
+    const auto found = std::ranges::find(m_windows, window, &Window::id);
+    return found == m_windows.end() ? nullptr : &*found;
+}
+
+QRegion X11WindowStack::above(const Window &window) const {
+    QRegion above;
+    for (auto each = m_windows.rbegin(); each != m_windows.rend() && each->id != window.id; ++each) {
+        if (each->isMapped)
+            above += each->covers();
+    }
+    return above;
 }
 
 bool X11WindowStack::isForeign(xcb_window_t window) const {
@@ -96,7 +110,7 @@ X11WindowStack::Change X11WindowStack::handle(const xcb_generic_event_t &event) 
     const xcb_window_t root = m_connection->root();
     const std::uint8_t type = event.response_type & ~X11Connection::sentEventBit;
     if (m_shapeEvent && type == *m_shapeEvent) {
-        const auto window = find(as<xcb_shape_notify_event_t>(event).affected_window);
+        const auto window = at(as<xcb_shape_notify_event_t>(event).affected_window);
         if (window == m_windows.end())
             return Change::nothing;
         window->isExamined = false;
@@ -105,7 +119,7 @@ X11WindowStack::Change X11WindowStack::handle(const xcb_generic_event_t &event) 
     switch (type) {
     case XCB_CREATE_NOTIFY: {
         const auto &created = as<xcb_create_notify_event_t>(event);
-        if (created.parent != root || isForeign(created.window) || find(created.window) != m_windows.end())
+        if (created.parent != root || isForeign(created.window) || at(created.window) != m_windows.end())
             return Change::nothing;
         const int edges = 2 * created.border_width;
         m_windows.push_back({.id = created.window,
@@ -116,7 +130,7 @@ X11WindowStack::Change X11WindowStack::handle(const xcb_generic_event_t &event) 
     case XCB_DESTROY_NOTIFY:
     case XCB_UNMAP_NOTIFY: {
         const auto &gone = as<xcb_unmap_notify_event_t>(event);
-        const auto window = gone.event == root ? find(gone.window) : m_windows.end();
+        const auto window = gone.event == root ? at(gone.window) : m_windows.end();
         if (window == m_windows.end())
             return Change::nothing;
         const Change change = window->isMapped ? changed(*window) : Change::nothing;
@@ -127,7 +141,7 @@ X11WindowStack::Change X11WindowStack::handle(const xcb_generic_event_t &event) 
     }
     case XCB_MAP_NOTIFY: {
         const auto &mapped = as<xcb_map_notify_event_t>(event);
-        const auto window = mapped.event == root ? find(mapped.window) : m_windows.end();
+        const auto window = mapped.event == root ? at(mapped.window) : m_windows.end();
         if (window == m_windows.end())
             return Change::nothing;
         window->isMapped = true;
@@ -148,7 +162,7 @@ X11WindowStack::Change X11WindowStack::handle(const xcb_generic_event_t &event) 
 }
 
 X11WindowStack::Change X11WindowStack::place(const xcb_configure_notify_event_t &event) {
-    const auto window = event.event == m_connection->root() ? find(event.window) : m_windows.end();
+    const auto window = event.event == m_connection->root() ? at(event.window) : m_windows.end();
     if (window == m_windows.end())
         return Change::nothing;
     const int edges = 2 * event.border_width;
@@ -164,7 +178,7 @@ X11WindowStack::Change X11WindowStack::place(const xcb_configure_notify_event_t 
     auto to = m_windows.erase(window);
     if (event.above_sibling == XCB_NONE) {
         to = m_windows.begin();
-    } else if (const auto below = find(event.above_sibling); below != m_windows.end()) {
+    } else if (const auto below = at(event.above_sibling); below != m_windows.end()) {
         to = std::next(below);
     } else if (!isForeign(event.above_sibling)) {
         m_isLost = true;
@@ -184,12 +198,12 @@ X11WindowStack::Change X11WindowStack::reparented(const xcb_reparent_notify_even
         return Change::panels;
     }
     Change change = Change::nothing;
-    if (const auto window = find(event.window); window != m_windows.end()) {
+    if (const auto window = at(event.window); window != m_windows.end()) {
         change = window->isMapped ? changed(*window) : Change::nothing;
         m_windows.erase(window);
     }
     // The frame that it is in now may be one of a panel.
-    if (const auto frame = find(event.parent); frame != m_windows.end()) {
+    if (const auto frame = at(event.parent); frame != m_windows.end()) {
         frame->isExamined = false;
         if (frame->isMapped)
             change = Change::panels;
@@ -250,7 +264,7 @@ void X11WindowStack::examine() {
         XcbPointer<xcb_shape_get_rectangles_reply_t> shape;
         if (inquiry.shape)
             shape = xcbReply(xcb, *inquiry.shape, xcb_shape_get_rectangles_reply);
-        Window &window = *find(inquiry.id);
+        Window &window = *at(inquiry.id);
         window.isExamined = true;
         window.hasPixels = attributes && geometry && attributes->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT &&
                            m_connection->hasBgrxPixels(attributes->visual);
@@ -291,7 +305,7 @@ void X11WindowStack::findMarks() {
         }
         level.clear();
         for (Question &question : questions) {
-            Window &top = *find(question.branch.top);
+            Window &top = *at(question.branch.top);
             top.isPanel |= !question.mark.numbers().empty();
             if (!question.tree)
                 continue;

@@ -59,6 +59,10 @@ public:
 
     /// From bottom to top, without those that the server itself lays there. Those not mapped are among them.
     const std::vector<Window> &windows() const { return m_windows; }
+    /// Null when it is not there.
+    const Window *find(xcb_window_t window) const;
+    /// What lies above one of them covers, on the desktop.
+    QRegion above(const Window &window) const;
 
     /// A window of the caller's own is no part of it. Before it is created.
     void ignore(xcb_window_t window) { m_ignored = window; }
@@ -73,7 +77,7 @@ private:
     Change place(const xcb_configure_notify_event_t &event);
     Change reparented(const xcb_reparent_notify_event_t &event);
     bool isForeign(xcb_window_t window) const;
-    std::vector<Window>::iterator find(xcb_window_t window);
+    std::vector<Window>::iterator at(xcb_window_t window);
 
     const X11Connection *m_connection;
     xcb_atom_t m_mark;

@@ -205,6 +205,7 @@ TEST_P(OwnPanels, makeNoPictureByWhatTheyDraw) {
 
 TEST_P(OwnPanels, wakeNobodyByWhatTheyDrawAndHideNothing) {
     X11Application pad({.pixels = wholeDesktop, .colour = 0x3070b0, .overridesRedirect = true});
+    X11Application other({.pixels = {400, 300, 60, 40}, .colour = 0xb07030, .overridesRedirect = true});
     X11Application panel(panelOptions({100, 100, 200, 80}, false));
     settledStill();
     const auto frames = chosenArea(*backend, wholeDesktop)->makeFrames(CursorMode::leftOut);
@@ -230,7 +231,7 @@ TEST_P(OwnPanels, wakeNobodyByWhatTheyDrawAndHideNothing) {
     }
     EXPECT_LE(wakes, 3);
     // Neither what is drawn beneath nor what is drawn beside it is missed for that.
-    for (const PixelRect &place : {PixelRect{120, 110, 40, 20}, PixelRect{400, 300, 40, 20}}) {
+    for (const PixelRect &place : {PixelRect{120, 110, 40, 20}, PixelRect{500, 300, 40, 20}}) {
         panel.fill({0, 10, 100, 30}, 0xff00ff00);
         pad.fill(place, 0xffffff);
         QRegion seen;
@@ -239,6 +240,24 @@ TEST_P(OwnPanels, wakeNobodyByWhatTheyDrawAndHideNothing) {
             return seen.contains(QRect(place.x, place.y, place.width, place.height));
         }));
     }
+    // What is drawn far apart at once is not all that lies between, but what changes there meanwhile is.
+    const auto drawFarApart = [&](std::uint32_t colour, const std::function<void()> &meanwhile) {
+        pad.fill({4, 4, 8, 8}, colour);
+        meanwhile();
+        pad.fill({620, 460, 8, 8}, colour);
+        QRegion seen;
+        EXPECT_TRUE(eventually([&] {
+            seen += shown(0.05).first;
+            return seen.contains(QRect(4, 4, 8, 8)) && seen.contains(QRect(620, 460, 8, 8));
+        }));
+        return seen;
+    };
+    const bool isPlain = !GetParam();
+    EXPECT_FALSE(drawFarApart(0xff00ff, [] {}).intersects(QRect(200, 300, 60, 40)) && isPlain);
+    EXPECT_TRUE(drawFarApart(0xffff00, [&] {
+                    other.fill({10, 10, 20, 20}, 0xffffff);
+                }).contains(QRect(410, 310, 20, 20)));
+    EXPECT_TRUE(drawFarApart(0x00ff00, [&] { other.unmap(); }).contains(QRect(400, 300, 60, 40)));
     panel.unmap();
     pad.fill({120, 110, 40, 20}, 0x00ffff);
     EXPECT_TRUE(eventually([&] { return shown(0.05).first.intersects(QRect(120, 110, 40, 20)); }));
