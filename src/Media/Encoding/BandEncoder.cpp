@@ -31,6 +31,10 @@ constexpr double timeTolerance = 0.005;
 constexpr double keptShare = 0.4;
 constexpr int fewestKept = 7000;
 
+/// What is typed lies across no more rows of blocks and changes no more of them.
+constexpr int rowsOfLine = 2;
+constexpr int mostOfLine = 64;
+
 /// Macroblocks for which it pays to wake another thread.
 constexpr int muchWork = 300;
 
@@ -41,6 +45,14 @@ int touchedIn(const BlockArea &band, const BlockMap &touched) {
             count += touched.isMarked(column, row);
     }
     return count;
+}
+
+/// What changes in so few places is text or nearly: a film beside it does not blur it. A line of it is so few
+/// bits that it is made as fine at once as it would be a moment later.
+int quantizerOf(const BlockArea &band, const BlockMap &touched, int quantizer) {
+    if (band.rows <= rowsOfLine && touchedIn(band, touched) <= mostOfLine)
+        return std::min(quantizer, QuantizerControl::atRest);
+    return band.rows == 1 ? std::min(quantizer, QuantizerControl::finest) : quantizer;
 }
 
 /// Where the bands of a second thread begin, which is to do as much as the first; the end when there is not
@@ -128,6 +140,7 @@ std::expected<EncodedFrame, PlatformError> BandEncoder::encode(const Nv12Frame &
 
 std::expected<bool, PlatformError> BandEncoder::encodeTouched(const Nv12Frame &frame, int quantizer,
                                                               bool keyFrame) {
+    m_finished.clear();
     const bool usedBands = m_small != nullptr;
     if (usesBands() && !keyFrame && encodeInBands(frame, quantizer))
         return false;
@@ -140,17 +153,23 @@ void BandEncoder::remember(const BlockMap &changed, int quantizer, double second
     if (isKey)
         std::ranges::fill(m_coarseness, std::uint8_t(quantizer));
     const auto columns = std::size_t(m_touched.columns());
+    bool isCoarse = false;
     for (int row = 0; row < m_touched.rows(); ++row) {
         if (!m_touched.anyInRow(row))
             continue;
         for (std::size_t i = std::size_t(row) * columns; i < std::size_t(row + 1) * columns; ++i) {
-            if (m_touched.marks()[i])
-                m_coarseness[i] = std::uint8_t(quantizer);
             if (changed.marks()[i])
                 m_changedAt[i] = float(seconds);
+            if (!m_touched.marks()[i])
+                continue;
+            const int column = int(i % columns);
+            const bool isFinished = std::ranges::any_of(
+                m_finished, [row, column](const BlockArea &band) { return band.contains(row, column); });
+            m_coarseness[i] = std::uint8_t(isFinished ? QuantizerControl::atRest : quantizer);
+            isCoarse |= m_coarseness[i] > QuantizerControl::atRest;
         }
     }
-    if (quantizer <= QuantizerControl::atRest || !changed.any())
+    if (!isCoarse || !changed.any())
         return;
     const double rest = quantizer > QuantizerControl::finest ? restOfCoarse : restOfFine;
     const auto due = std::int64_t((seconds + rest) * timeScale);
@@ -213,6 +232,9 @@ bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
     // Only now: each of them referred to what its neighbours were before.
     for (const SmallEncoder *encoder : encoders)
         encoder->reconstructIn(reconstruction());
+    std::ranges::copy_if(*bands, std::back_inserter(m_finished), [&](const BlockArea &band) {
+        return quantizerOf(band, m_touched, quantizer) <= QuantizerControl::atRest;
+    });
     ++m_picturesInBands;
     return true;
 }
@@ -224,8 +246,7 @@ std::optional<PlatformError> BandEncoder::encodeAll(const std::vector<SmallEncod
     std::array<std::optional<PlatformError>, 2> failures;
     const auto work = [&](std::size_t first, std::size_t last, std::optional<PlatformError> &failure) {
         for (std::size_t i = first; i < last && !failure; ++i) {
-            // What changes in so few places is text or nearly: a film beside it does not blur it.
-            const int own = bands[i].rows == 1 ? std::min(quantizer, QuantizerControl::finest) : quantizer;
+            const int own = quantizerOf(bands[i], m_touched, quantizer);
             const auto encoded = encoders[i]->encode(frame, bands[i], m_touched, own, reconstruction());
             if (!encoded)
                 failure = encoded.error();

@@ -85,6 +85,8 @@ private:
     bool m_isHalving = false;
     SkipSlices m_skips;
     QuantizerControl m_quantizer;
+    /// Of the last picture, the bands that are as fine as they will be.
+    std::vector<BlockArea> m_finished;
     /// For each block the quantizer that it was encoded with last, and when it changed last, in seconds.
     std::vector<std::uint8_t> m_coarseness;
     std::vector<float> m_changedAt;

@@ -20,6 +20,9 @@ struct BlockArea {
     int count() const { return columns * rows; }
     int bottom() const { return row + rows; }
     int right() const { return column + columns; }
+    bool contains(int atRow, int atColumn) const {
+        return atRow >= row && atRow < bottom() && atColumn >= column && atColumn < right();
+    }
 
     friend bool operator==(const BlockArea &, const BlockArea &) = default;
 };

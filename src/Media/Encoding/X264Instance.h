@@ -87,6 +87,8 @@ private:
     /// Pictures in a row in which a part moves.
     int m_picturesOfPart = 0;
     bool m_skipsEarly = false;
+    /// The part has so much in it that it is letters, or nearly.
+    bool m_isPage = false;
     ReconstructedPicture m_reconstruction;
     /// Where the encoder puts its pictures by turns, as far as it has shown; only if it works in slices.
     std::vector<ReconstructedPicture> m_places;
