@@ -388,6 +388,32 @@ TEST_F(CastRecording, asksNotAgainBecauseAStartWasStopped) {
     EXPECT_TRUE(eventually([this] { return !m_desktop.isAsking() && m_desktop.sessions() == 0; }));
 }
 
+TEST_F(CastRecording, leavesNothingSharedWhenThePortalDies) {
+    const auto backend = openBackend();
+    for (const bool comesAgainFirst : {true, false}) {
+        auto shared = share(*backend, wholeDisplay);
+        ASSERT_TRUE(shared);
+        m_ground.killPortal();
+        if (comesAgainFirst)
+            m_desktop.startPortal();
+        EXPECT_EQ(m_desktop.sessions(), 1);
+        shared.reset();
+        EXPECT_TRUE(eventually([this] { return m_desktop.sessions() == 0; }));
+        m_desktop.startPortal();
+    }
+
+    // Nor does its question stay on the screen.
+    m_desktop.script.isSlow = true;
+    QTimer death;
+    QObject::connect(&death, &QTimer::timeout, &death, [&] {
+        if (m_desktop.isAsking())
+            m_ground.killPortal();
+    });
+    death.start(50);
+    EXPECT_EQ(failure(*backend, wholeDisplay), "The desktop's portal went away");
+    EXPECT_TRUE(eventually([this] { return !m_desktop.isAsking() && m_desktop.sessions() == 0; }));
+}
+
 TEST_F(CastRecording, keepsWhatWasRecordedWhenTheSharingEnds) {
     const auto backend = openBackend();
     expectKept(*backend, [this] { m_desktop.endSessions(); }, ScreenErrorCode::sharingEnded);
