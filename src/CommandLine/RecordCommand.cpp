@@ -76,6 +76,11 @@ Task<std::expected<CaptureBackend::Chosen, Failure>> RecordRun::prepare(std::sto
     m_choosing.emplace();
     const std::stop_callback outer(stop, [this] { m_choosing->request_stop(); });
     auto chosen = co_await m_platform.capture->choose(std::move(target), m_choosing->get_token());
+    if (m_choosing->stop_requested() && !stop.stop_requested()) {
+        // Another Ctrl-C does not wait for the desktop either.
+        m_choosing.emplace();
+        co_await m_platform.capture->settled(m_choosing->get_token());
+    }
     m_choosing.reset();
     if (!chosen)
         co_return std::unexpected(

@@ -50,6 +50,10 @@ public:
     /// may dismiss (Cancelled). The backend outlives the source. Errors: noSuchDisplay, noSuchWindow,
     /// badArea, noDialog.
     virtual Task<Choice> choose(CaptureRequest request, std::stop_token stop) = 0;
+
+    /// Waits for what choices that were stopped leave to be done, some seconds at most. A program that ends
+    /// before may be asked again what the desktop knew.
+    virtual Task<> settled([[maybe_unused]] std::stop_token stop) { co_return; }
 };
 
 } // namespace vantrell

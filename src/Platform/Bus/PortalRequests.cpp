@@ -4,8 +4,10 @@
 #include "Platform/Bus/PortalRequests.h"
 
 #include "Support/Log.h"
+#include "Support/Sandbox.h"
 
 #include <QDBusArgument>
+#include <QDBusConnectionInterface>
 #include <QDBusError>
 #include <QDBusObjectPath>
 #include <QTimer>
@@ -21,6 +23,8 @@ namespace {
 const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString portalPrefix = QStringLiteral("org.freedesktop.portal.");
+/// Of what a desktop does for the portals.
+const QString partPrefix = QStringLiteral("org.freedesktop.impl.portal.");
 constexpr std::chrono::seconds callPatience(10);
 
 constexpr unsigned userCancelled = 1;
@@ -86,10 +90,13 @@ PortalRequests::PortalRequests(QDBusConnection bus)
     m_client.onSignal({}, portalPrefix + QStringLiteral("Session"), QStringLiteral("Closed"),
                       [this](const QDBusMessage &message) {
                           const auto closed = m_sessions.extract(message.path());
-                          if (closed)
-                              closed.mapped()();
+                          if (closed && closed.mapped().closed)
+                              closed.mapped().closed();
                       });
     m_client.onPresence([this](bool isPresent) {
+        // Portals that take the name over know nothing of them either.
+        for (auto &[path, session] : m_sessions)
+            session.isOrphan = true;
         if (!isPresent)
             serviceLost();
     });
@@ -98,7 +105,9 @@ PortalRequests::PortalRequests(QDBusConnection bus)
 PortalRequests::~PortalRequests() = default;
 
 QString PortalRequests::newToken() {
-    return QStringLiteral("vantrell%1_%2").arg(m_run).arg(++m_tokens);
+    // All of the process are one sender to the portals, and hear each other's answers.
+    static int tokens = 0;
+    return QStringLiteral("vantrell%1_%2").arg(m_run).arg(++tokens);
 }
 
 QString PortalRequests::requestPath(const QString &token) const {
@@ -157,7 +166,7 @@ PortalRequests::ask(Request request, std::stop_token stop) {
     auto response = co_await answered.wait(stop);
     m_waiting.erase(path);
     const bool isOpen = !response || (!*response && std::holds_alternative<PlatformError>(response->error()));
-    if (isOpen)
+    if (isOpen && !request.goesWithSession)
         m_client.call({path, portalPrefix + QStringLiteral("Request"), QStringLiteral("Close"), {}, false});
     if (!response)
         co_return std::unexpected(Failure(Cancelled{}));
@@ -208,13 +217,53 @@ Task<std::expected<QVariantMap, PortalRequests::Failure>> PortalRequests::proper
     co_return found;
 }
 
+QString PortalRequests::takeSession(const Answer &created) {
+    // Told as a path by some and as a string by others.
+    const QVariant handle = created.results.value(QStringLiteral("session_handle"));
+    const auto path = handle.metaType() == QMetaType::fromType<QDBusObjectPath>()
+                          ? handle.value<QDBusObjectPath>().path()
+                          : handle.toString();
+    m_sessions[path] = {};
+    return path;
+}
+
 void PortalRequests::onSessionClosed(const QString &session, std::function<void()> closed) {
-    m_sessions[session] = std::move(closed);
+    if (const auto found = m_sessions.find(session); found != m_sessions.end())
+        found->second.closed = std::move(closed);
+    else
+        closed();
 }
 
 void PortalRequests::closeSession(const QString &session) {
-    m_sessions.erase(session);
-    m_client.call({session, portalPrefix + QStringLiteral("Session"), QStringLiteral("Close"), {}, false});
+    const auto closing = m_sessions.extract(session);
+    if (!closing)
+        return;
+    if (closing.mapped().isOrphan) {
+        closeBehindPortals(session);
+        return;
+    }
+    m_client.call({session, portalPrefix + QStringLiteral("Session"), QStringLiteral("Close"), {}, false},
+                  [this, session](const BusClient::Answer &answer) {
+                      // They go away this very moment.
+                      if (!answer)
+                          closeBehindPortals(session);
+                  });
+}
+
+void PortalRequests::closeBehindPortals(const QString &session) {
+    const QDBusConnectionInterface *const names = bus().interface();
+    if (isSandboxed() || !names)
+        return;
+    // The bus itself answers, and at once: this may be the last that the program does.
+    const QStringList services = names->registeredServiceNames();
+    for (const QString &service : services) {
+        if (!service.startsWith(partPrefix + QStringLiteral("desktop.")))
+            continue;
+        QDBusMessage close = QDBusMessage::createMethodCall(
+            service, session, partPrefix + QStringLiteral("Session"), QStringLiteral("Close"));
+        close.setAutoStartService(false);
+        bus().send(close);
+    }
 }
 
 void PortalRequests::onSignal(const QString &interface, const QString &member,

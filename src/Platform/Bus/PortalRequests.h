@@ -66,6 +66,9 @@ public:
         QVariantMap options;
         /// Absent: it may open a dialog, which stays as long as its user likes.
         std::optional<std::chrono::milliseconds> patience = std::chrono::seconds(10);
+        /// The asker closes its session when there is no answer, and the dialog goes with it. GNOME's part
+        /// does not survive that both are closed.
+        bool goesWithSession = false;
     };
     /// Cancelled when the user dismissed the dialog, or when the wait is stopped, which closes the dialog.
     Task<std::expected<Answer, Failure>> ask(Request request, std::stop_token stop);
@@ -80,9 +83,12 @@ public:
     /// A word that no other request or session of this process has.
     QString newToken();
 
-    /// Tells when the desktop ends a session. Forget it when the session is not wanted any more.
+    /// The session that an answer to CreateSession names; ours until `closeSession`.
+    QString takeSession(const Answer &created);
+    /// Tells when the desktop ends a session, at once if it has.
     void onSessionClosed(const QString &session, std::function<void()> closed);
-    /// Ends a session; the desktop's closing of it is not told of then.
+    /// Ends a session, also one that the desktop's own part kept when the portals went away; the desktop's
+    /// closing of it is not told of then.
     void closeSession(const QString &session);
 
     /// The portals have gone, and with them what they kept for us; casts that run may go on all the same.
@@ -102,12 +108,18 @@ private:
                                                           QVariantList arguments, std::stop_token stop);
     void responded(const QDBusMessage &message);
     void serviceLost();
+    /// At the desktop's own part, where it goes by the same path.
+    void closeBehindPortals(const QString &session);
     QString requestPath(const QString &token) const;
 
-    int m_tokens = 0;
     const QString m_run;
     std::map<QString, OneShot<Response>> m_waiting;
-    std::map<QString, std::function<void()>> m_sessions;
+    struct Session {
+        std::function<void()> closed;
+        /// The portals that opened it have gone, and those of now do not know it.
+        bool isOrphan = false;
+    };
+    std::map<QString, Session> m_sessions;
     std::function<void()> m_gone;
     BusClient m_client;
 };

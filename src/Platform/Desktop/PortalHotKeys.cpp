@@ -94,8 +94,11 @@ PortalHotKeys::PortalHotKeys(QDBusConnection session, Options options)
         m_scope.start(this, &PortalHotKeys::connect);
     });
     m_portal.onGone([this] {
-        if (!m_session.isEmpty())
-            lost();
+        if (m_session.isEmpty())
+            return;
+        // The desktop's own part still has it, and refuses a second of the same name.
+        m_portal.closeSession(m_session);
+        lost();
     });
     m_portal.onSignal(hotKeyPortal, QStringLiteral("Activated"),
                       [this](const QDBusMessage &signal) { activated(signal); });
@@ -171,7 +174,7 @@ Task<std::expected<void, PortalRequests::Failure>> PortalHotKeys::bind(std::stop
     const auto opened = co_await m_portal.ask(opening, stop);
     if (!opened)
         co_return std::unexpected(opened.error());
-    m_session = opened->results.value(QStringLiteral("session_handle")).toString();
+    m_session = m_portal.takeSession(*opened);
     m_portal.onSessionClosed(m_session, [this] { lost(); });
 
     // To bind what is bound already opens the desktop's settings on some.

@@ -111,10 +111,7 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
     const auto created = co_await portal->ask(std::move(create), stop);
     if (!created)
         co_return std::unexpected(created.error());
-    const QVariant handle = created->results.value(QStringLiteral("session_handle"));
-    const QString path = handle.canConvert<QDBusObjectPath>() && handle.userType() != QMetaType::QString
-                             ? handle.value<QDBusObjectPath>().path()
-                             : handle.toString();
+    const QString path = portal->takeSession(*created);
     std::unique_ptr<ScreenCastSession> session(new ScreenCastSession(*portal, path));
 
     PortalRequests::Request select{screenCast, QStringLiteral("SelectSources"), {}, {}};
@@ -140,6 +137,7 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
 
     PortalRequests::Request start{screenCast, QStringLiteral("Start"), {}, {}, std::nullopt};
     start.arguments = QVariantList{sessionPath, QString()};
+    start.goesWithSession = true;
     const auto started = co_await portal->ask(std::move(start), patience.get_token());
     if (isServerLost)
         co_return std::unexpected(serverLost());

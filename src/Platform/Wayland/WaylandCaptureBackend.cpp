@@ -143,6 +143,7 @@ Task<CaptureBackend::Choice> WaylandCaptureBackend::choose(CaptureRequest reques
     auto all = displays();
     if (!all)
         co_return std::unexpected(ChoiceError(all.error()));
+    co_await m_questions.answered(stop);
     auto wanted = wantedBy(request, *all);
     if (!wanted)
         co_return std::unexpected(ChoiceError(wanted.error()));
@@ -173,7 +174,11 @@ Task<CaptureBackend::Choice> WaylandCaptureBackend::share(Wanted wanted, std::ve
         co_await runBlocking(nudgeScreens, stop);
         co_await m_closer.closed(stop);
     }
-    auto opened = co_await ScreenCastSession::open(&m_portal, wanted.wish, stop);
+    const auto keep = [this, wanted](std::string token) {
+        if (wanted.isRemembered)
+            m_tokens.keep(wanted.display.id, std::move(token));
+    };
+    auto opened = co_await m_questions.ask(wanted.wish, keep, stop);
     if (!opened)
         co_return std::unexpected(ChoiceError(opened.error()));
     std::unique_ptr<ScreenCastSession> session = std::move(opened->session);

@@ -6,6 +6,7 @@
 #include "Platform/Bus/PortalRequests.h"
 #include "Platform/CaptureBackend.h"
 #include "Platform/Wayland/CastCloser.h"
+#include "Platform/Wayland/CastQuestions.h"
 #include "Platform/Wayland/CastTokens.h"
 #include "Platform/Wayland/ScreenCastSession.h"
 #include "Platform/Wayland/WaylandCapture.h"
@@ -16,6 +17,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vantrell {
@@ -34,6 +36,7 @@ public:
     /// Always fails: only the desktop's own dialog knows them.
     std::expected<std::vector<WindowDescription>, PlatformError> windows() override;
     Task<Choice> choose(CaptureRequest request, std::stop_token stop) override;
+    Task<> settled(std::stop_token stop) override { return m_questions.answered(std::move(stop)); }
 
     /// The window that was chosen under that number, as long as somebody has it.
     std::shared_ptr<WaylandCapture> chosenWindow(std::uint32_t id) const;
@@ -71,6 +74,7 @@ private:
         std::string displayId;
     };
     std::vector<Shared> m_shared;
+    CastQuestions m_questions{m_portal};
 };
 
 } // namespace vantrell

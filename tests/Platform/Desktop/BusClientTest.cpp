@@ -3,6 +3,7 @@
 
 #include "Platform/Bus/BusClient.h"
 
+#include "Platform/Bus/PortalRequests.h"
 #include "TestSupport/RunTask.h"
 
 #include <gtest/gtest.h>
@@ -18,6 +19,11 @@ TEST(BusClient, answersWhereThereIsNoBus) {
     client.call({"/", "org.example", "Ask"}, [&](const BusClient::Answer &answer) { isTold = !answer; });
     EXPECT_FALSE(isTold);
     EXPECT_TRUE(eventually([&] { return isTold; }));
+}
+
+TEST(PortalRequests, tellApartWhatTwoOfTheirUsersAskAtOnce) {
+    const QDBusConnection none(QStringLiteral("none"));
+    EXPECT_NE(PortalRequests(none).newToken(), PortalRequests(none).newToken());
 }
 
 } // namespace

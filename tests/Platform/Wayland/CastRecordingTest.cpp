@@ -90,6 +90,8 @@ protected:
         eventually([] { return false; }, 300ms);
     }
 
+    /// Has the desktop asked for the display and stops before it has answered.
+    void stopWhileAsking(WaylandCaptureBackend &backend);
     /// Records until `end` ends it.
     void expectKept(WaylandCaptureBackend &backend, const std::function<void()> &end, ScreenErrorCode code);
 
@@ -115,6 +117,21 @@ numbersIn(const std::filesystem::path &movie, int x = CastScreen::numberX, int y
 std::uint32_t lastNumber(const std::filesystem::path &movie) {
     const auto numbers = numbersIn(movie);
     return numbers.empty() ? 0 : numbers.back().first;
+}
+
+void CastRecording::stopWhileAsking(WaylandCaptureBackend &backend) {
+    std::stop_source stop;
+    bool isCancelled = false;
+    TaskScope scope;
+    scope.start(
+        [](WaylandCaptureBackend *from, std::stop_token given, bool *cancelled, std::stop_token) -> Task<> {
+            const auto choice = co_await from->choose(wholeDisplay, given);
+            *cancelled = !choice && std::holds_alternative<Cancelled>(choice.error());
+        },
+        &backend, stop.get_token(), &isCancelled);
+    ASSERT_TRUE(eventually([this] { return m_desktop.isAsking(); }));
+    stop.request_stop();
+    EXPECT_TRUE(isCancelled);
 }
 
 void CastRecording::expectKept(WaylandCaptureBackend &backend, const std::function<void()> &end,
@@ -321,8 +338,6 @@ TEST_F(CastRecording, saysWhyNothingIsShared) {
     EXPECT_EQ(failure(*backend, wholeDisplay), "The desktop refused it");
     m_desktop.script.response = 0;
     m_desktop.script.sourceTypes = 1;
-    // A portal that dies takes what it was just told to close with it.
-    EXPECT_TRUE(eventually([this] { return m_desktop.sessions() == 0; }));
     m_ground.killPortal();
     EXPECT_EQ(
         failure(*backend, wholeDisplay),
@@ -336,20 +351,9 @@ TEST_F(CastRecording, saysWhyNothingIsShared) {
 }
 
 TEST_F(CastRecording, takesItsQuestionBackWhenNobodyWaitsForTheAnswer) {
-    m_desktop.script.isDialogOpen = true;
+    m_desktop.script.isSlow = true;
     const auto backend = openBackend();
-    std::stop_source stop;
-    bool isCancelled = false;
-    TaskScope scope;
-    scope.start(
-        [](WaylandCaptureBackend *from, std::stop_token given, bool *cancelled, std::stop_token) -> Task<> {
-            const auto choice = co_await from->choose(wholeDisplay, given);
-            *cancelled = !choice && std::holds_alternative<Cancelled>(choice.error());
-        },
-        backend.get(), stop.get_token(), &isCancelled);
-    ASSERT_TRUE(eventually([this] { return m_desktop.isAsking(); }));
-    stop.request_stop();
-    EXPECT_TRUE(isCancelled);
+    stopWhileAsking(*backend);
     EXPECT_TRUE(eventually([this] { return !m_desktop.isAsking() && m_desktop.sessions() == 0; }));
 
     // A desktop whose PipeWire has gone may never answer.
@@ -361,6 +365,53 @@ TEST_F(CastRecording, takesItsQuestionBackWhenNobodyWaitsForTheAnswer) {
     death.start(50);
     EXPECT_EQ(failure(*backend, wholeDisplay), "PipeWire, which carries the screen, cannot be reached");
     EXPECT_TRUE(eventually([this] { return !m_desktop.isAsking(); }));
+}
+
+TEST_F(CastRecording, asksNotAgainBecauseAStartWasStopped) {
+    const auto backend = openBackend();
+    ASSERT_TRUE(share(*backend, wholeDisplay));
+    m_desktop.script.isSlow = true;
+    stopWhileAsking(*backend);
+    // What was agreed to is used up by now: the answer brings what the next start needs.
+    EXPECT_TRUE(m_desktop.isAsking());
+    m_desktop.script.isSlow = false;
+    m_desktop.answer();
+    runTask(backend->settled({}));
+    EXPECT_TRUE(eventually([this] { return m_desktop.sessions() == 0; }));
+    EXPECT_TRUE(share(*backend, wholeDisplay));
+    EXPECT_EQ(m_desktop.dialogs(), 1);
+
+    // A desktop that asks all the same does not ask for long, nor for ever while a program ends.
+    m_desktop.script.isSlow = true;
+    stopWhileAsking(*backend);
+    runTask(backend->settled({}));
+    EXPECT_TRUE(eventually([this] { return !m_desktop.isAsking() && m_desktop.sessions() == 0; }));
+}
+
+TEST_F(CastRecording, leavesNothingSharedWhenThePortalDies) {
+    const auto backend = openBackend();
+    for (const bool comesAgainFirst : {true, false}) {
+        auto shared = share(*backend, wholeDisplay);
+        ASSERT_TRUE(shared);
+        m_ground.killPortal();
+        if (comesAgainFirst)
+            m_desktop.startPortal();
+        EXPECT_EQ(m_desktop.sessions(), 1);
+        shared.reset();
+        EXPECT_TRUE(eventually([this] { return m_desktop.sessions() == 0; }));
+        m_desktop.startPortal();
+    }
+
+    // Nor does its question stay on the screen.
+    m_desktop.script.isSlow = true;
+    QTimer death;
+    QObject::connect(&death, &QTimer::timeout, &death, [&] {
+        if (m_desktop.isAsking())
+            m_ground.killPortal();
+    });
+    death.start(50);
+    EXPECT_EQ(failure(*backend, wholeDisplay), "The desktop's portal went away");
+    EXPECT_TRUE(eventually([this] { return !m_desktop.isAsking() && m_desktop.sessions() == 0; }));
 }
 
 TEST_F(CastRecording, keepsWhatWasRecordedWhenTheSharingEnds) {

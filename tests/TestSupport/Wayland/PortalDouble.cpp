@@ -162,8 +162,11 @@ bool PortalDouble::handleMessage(const QDBusMessage &message, const QDBusConnect
         m_bus.send(message.createReply(QVariant::fromValue(QDBusVariant(value))));
     } else if (member == QStringLiteral("Close")) {
         m_sessions.removeAll(message.path());
-        // Or an open dialog, whose answer is not waited for any more.
-        if (m_pending && arguments.isEmpty() && message.path().contains(QStringLiteral("/request/")))
+        if (m_hotKeySession == message.path())
+            m_hotKeySession.clear();
+        // An open dialog goes with either.
+        if (m_pending && (m_pending->arguments().value(0).value<QDBusObjectPath>().path() == message.path() ||
+                          m_pending->arguments().value(1).value<QDBusObjectPath>().path() == message.path()))
             reply(*std::exchange(m_pending, std::nullopt), 2, {});
         m_bus.send(message.createReply());
     } else if (message.interface() == hotKeyInterface) {
@@ -188,7 +191,7 @@ void PortalDouble::start(const QDBusMessage &message) {
     if (!isRemembered)
         ++m_dialogs;
     m_pending = message;
-    if (isRemembered || !script.isDialogOpen)
+    if (!script.isSlow)
         answer();
 }
 
@@ -219,7 +222,13 @@ bool PortalDouble::handleHotKeys(const QDBusMessage &message) {
             m_hotKeys[wish.id] = wish.facts.value(QStringLiteral("preferred_trigger")).toString();
     };
     if (member == QStringLiteral("CreateSession")) {
-        m_hotKeySession = arguments.value(1).value<QDBusObjectPath>().path();
+        const QString session = arguments.value(1).value<QDBusObjectPath>().path();
+        if (session == m_hotKeySession) {
+            // As KDE's does, when nobody has closed the first.
+            reply(message, 2, {});
+            return true;
+        }
+        m_hotKeySession = session;
         m_hotKeys.clear();
         const auto options = qdbus_cast<QVariantMap>(arguments.value(3));
         if (script.bindsAtOpening)

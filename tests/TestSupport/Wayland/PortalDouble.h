@@ -29,8 +29,8 @@ public:
         std::uint32_t node = 0;
         /// The response to Start: 0 shared, 1 dismissed, 2 failed.
         unsigned response = 0;
-        /// The dialog stays open until `answer`.
-        bool isDialogOpen = false;
+        /// Start is answered by `answer` and not before, whether a dialog is open or not.
+        bool isSlow = false;
         unsigned cursorModes = 7;
         unsigned sourceTypes = 7;
         /// Of the stream, in the compositor's units.
