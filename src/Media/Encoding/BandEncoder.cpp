@@ -32,8 +32,8 @@ constexpr double keptShare = 0.4;
 constexpr int fewestKept = 7000;
 
 /// What is typed lies across no more rows of blocks and changes no more of them.
-constexpr int rowsOfLine = 2;
-constexpr int mostOfLine = 64;
+constexpr int rowsOfLine = 3;
+constexpr int mostOfLine = 256;
 
 /// Macroblocks for which it pays to wake another thread.
 constexpr int muchWork = 300;
