@@ -225,6 +225,11 @@ void AppDelegate::toggleRecording() {
         showCaptureUI(ToolMode::area);
 }
 
+void AppDelegate::startRecording(SelectionOutcome outcome) {
+    leaveSelection();
+    m_recording.startRecording(std::move(outcome), false);
+}
+
 void AppDelegate::stopRecording() {
     m_recording.cancelStart();
     m_recording.stopRecording();

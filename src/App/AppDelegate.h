@@ -65,7 +65,7 @@ public:
     /// The capture bar with that tool armed; without one it is the bar alone. Ignored while recording.
     void showCaptureUI(std::optional<ToolMode> tool);
     /// Starts to record that, as if it had been picked.
-    void startRecording(SelectionOutcome outcome) { m_recording.startRecording(std::move(outcome), false); }
+    void startRecording(SelectionOutcome outcome);
     /// What the hot key and the menu do: stops, or shows the area tool.
     void toggleRecording();
     void togglePause() { m_recording.togglePause(); }

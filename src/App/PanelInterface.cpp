@@ -148,6 +148,8 @@ Task<> PanelInterface::leavePicture(Recorded recorded, std::stop_token stop) {
     const Rect place = inPointsOf(recorded.display, *recorded.place);
     PanelShell &shell = PanelShell::instance();
     const std::vector<QRect> before = visibleFrames();
+    // It is still there when it was not the bar that the recording was started from.
+    hideCaptureBar();
     shell.setInPicture(QRectF(place.x, place.y, place.width, place.height).toAlignedRect());
     if (visibleFrames() == before)
         co_return;
