@@ -3,6 +3,8 @@
 
 #include "Media/Camera/JpegHeader.h"
 
+#include "Media/Camera/JpegUsualCodes.h"
+
 #include <algorithm>
 #include <numeric>
 
@@ -31,6 +33,10 @@ int twoBytes(std::span<const std::uint8_t> at) {
 }
 
 } // namespace
+
+JpegHeader::JpegHeader() {
+    readCodes(usualJpegCodes());
+}
 
 bool JpegHeader::read(std::span<const std::uint8_t> picture) {
     m_size = {};

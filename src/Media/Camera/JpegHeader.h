@@ -23,6 +23,8 @@ public:
     static constexpr std::size_t coefficients = 64;
     using Steps = std::array<std::uint8_t, coefficients>;
 
+    JpegHeader();
+
     /// False when the picture is of another kind, or faulty.
     bool read(std::span<const std::uint8_t> picture);
 

@@ -15,7 +15,7 @@
 namespace vantrell {
 
 /// Unpacks a camera's JPEG pictures: those without a fault and of the usual kind straight into NV12, all
-/// others, also those that leave out the usual tables, by a library. Thread-bound.
+/// others by a library. Thread-bound.
 class JpegUnpacker {
 public:
     JpegUnpacker();
