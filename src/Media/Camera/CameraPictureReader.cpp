@@ -95,6 +95,9 @@ bool CameraPictureReader::convert(Nv12Frame &to) {
 bool CameraPictureReader::convertDecoded(const AVFrame &decoded, Nv12Frame &to) {
     const auto [width, height] = m_size;
     const int outStride = int(to.stride());
+    if (decoded.format == AV_PIX_FMT_NV12)
+        return libyuv::NV12Copy(decoded.data[0], decoded.linesize[0], decoded.data[1], decoded.linesize[1],
+                                to.luma(), outStride, to.chroma(), outStride, width, height) == 0;
     const bool isHalfHeight = decoded.format == AV_PIX_FMT_YUVJ420P || decoded.format == AV_PIX_FMT_YUV420P;
     const bool isFullHeight = decoded.format == AV_PIX_FMT_YUVJ422P || decoded.format == AV_PIX_FMT_YUV422P;
     if (isHalfHeight && !isFullRange(decoded))

@@ -41,7 +41,7 @@ x264_param_t cameraParameters(PixelSize encoded, PictureContent content, ColourM
         // What is left between two such pictures is mostly noise of the compression: dropping what is small
         // of it pays for a finer quantizer where there is more.
         p.analyse.b_dct_decimate = 1;
-        p.analyse.i_luma_deadzone[0] = 17;
+        p.analyse.i_luma_deadzone[0] = 19;
     }
     p.rc.i_rc_method = X264_RC_CQP;
     p.rc.i_aq_mode = X264_AQ_NONE;
