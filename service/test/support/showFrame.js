@@ -26,7 +26,12 @@ try {
       video.currentTime = time;
       await happened('seeked');
       const canvas = new OffscreenCanvas(video.videoWidth, video.videoHeight);
-      canvas.getContext('2d')?.drawImage(video, 0, 0);
+      const context = canvas.getContext('2d');
+      // On a busy machine the picture comes after the event.
+      for (let tries = 0; tries < 200 && !context?.getImageData(0, 0, 1, 1).data[3]; ++tries) {
+        await new Promise((resolve) => setTimeout(resolve, tries ? 50 : 0));
+        context?.drawImage(video, 0, 0);
+      }
       const png = new Uint8Array(await (await canvas.convertToBlob({ type: 'image/png' })).arrayBuffer());
       return btoa(Array.from(png, (byte) => String.fromCharCode(byte)).join(''));
     },
