@@ -74,7 +74,7 @@ Task<std::expected<CaptureBackend::Chosen, Failure>> RecordRun::prepare(std::sto
     target.separatesPointer = !m_arguments.drawsCursor;
     // The desktop may ask first: Ctrl-C takes the question back.
     m_choosing.emplace();
-    const std::stop_callback outer(stop, [this] { m_choosing->request_stop(); });
+    const std::stop_callback outer(stop, [this] { std::stop_source(*m_choosing).request_stop(); });
     auto chosen = co_await m_platform.capture->choose(std::move(target), m_choosing->get_token());
     if (m_choosing->stop_requested() && !stop.stop_requested()) {
         // Another Ctrl-C does not wait for the desktop either.
@@ -238,13 +238,17 @@ Task<ExitCode> RecordRun::saveCameraAlone(std::string sentence, std::stop_token 
 }
 
 void RecordRun::onSignal(int signal) {
-    if (signal == SIGUSR1)
+    if (signal == SIGUSR1) {
         m_scope.start(this, &RecordRun::togglePause);
-    else if (!m_ended.resolve(std::nullopt))
-        m_delivery.interrupt();
-    else if (m_choosing)
-        // A copy: what waited for it goes on within.
+        return;
+    }
+    const bool isFirst = m_ended.resolve(std::nullopt);
+    if (m_choosing)
+        // A copy: what waited for it goes on within. The first ends the question, another the wait for its
+        // end.
         std::stop_source(*m_choosing).request_stop();
+    else if (!isFirst)
+        m_delivery.interrupt();
     else if (m_engine && !m_engine->startedAt())
         m_startScope.cancel();
 }

@@ -33,11 +33,13 @@ Task<CastQuestions::Answer> CastQuestions::ask(ScreenCastSession::Wish wish,
 
 Task<> CastQuestions::hear(Question question, std::stop_token stop) {
     std::stop_source enough;
+    // By a copy: this ends within the request, and takes its own along.
+    const auto giveUp = [&enough] { std::stop_source(enough).request_stop(); };
     QTimer patience;
     patience.setSingleShot(true);
-    QObject::connect(&patience, &QTimer::timeout, &patience, [&enough] { enough.request_stop(); });
+    QObject::connect(&patience, &QTimer::timeout, &patience, giveUp);
     const std::stop_callback alone(question.asker, [&patience] { patience.start(answerPatience); });
-    const std::stop_callback end(stop, [&enough] { enough.request_stop(); });
+    const std::stop_callback end(stop, giveUp);
     auto opened = co_await ScreenCastSession::open(&m_portal, question.wish, enough.get_token());
     if (opened && opened->session->restoreToken())
         question.keep(*opened->session->restoreToken());

@@ -17,9 +17,12 @@
 
 #include <gmock/gmock.h>
 
+#include <csignal>
 #include <set>
 
 #include <linux/input-event-codes.h>
+
+using namespace std::chrono_literals;
 
 namespace vantrell::testing {
 
@@ -173,7 +176,19 @@ TEST_F(WaylandLifeTest, showsNoPanelOnAScreenThatIsRecorded) {
 }
 
 TEST_F(WaylandLifeTest, stopsAStartThatTheDesktopNeverAnswers) {
+    CaptureProgram command(app);
+    EXPECT_EQ(command.run({"record", "--seconds", "1"}).exitCode, 0);
     session.freezeBackend();
+    // What was agreed to is waited for some seconds, but not by somebody who insists. Two signals that merge
+    // into one would be no insisting.
+    command.start({"record"});
+    command.poll(1s);
+    command.signal(SIGINT);
+    command.signal(SIGTERM);
+    command.poll(2s);
+    EXPECT_FALSE(command.isRunning());
+    command.finish();
+
     choose("screen");
     ASSERT_TRUE(eventually([&] {
         input.key(KEY_ENTER);
