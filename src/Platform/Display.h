@@ -22,6 +22,8 @@ struct Display {
     /// Pixels for each point.
     double scale = 1;
     bool isPrimary = false;
+    /// The compositor tells portals where its displays lie. Where it does not, all are at 0, 0 to them.
+    bool isPlaceShared = true;
 
     bool operator==(const Display &) const = default;
 };

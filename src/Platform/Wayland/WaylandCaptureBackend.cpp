@@ -50,7 +50,9 @@ std::optional<Display> sharedDisplay(const std::vector<Display> &displays, const
     };
     if (displays.size() == 1)
         return displays.front();
-    if (const auto position = session.position()) {
+    const auto position = session.position();
+    const bool isAtCorner = position && position->x == 0 && position->y == 0;
+    if (position && (displays.front().isPlaceShared || !isAtCorner)) {
         const auto size = session.logicalSize();
         if (auto display = found([&](const Display &each) {
                 return each.frame.x == position->x && each.frame.y == position->y &&

@@ -31,6 +31,8 @@ struct Output {
     bool isTurned = false;
     int wholeScale = 1;
     PixelRect logical;
+    /// Its corner by the older protocol, which is all that some portals look at.
+    int olderX = 0, olderY = 0;
 };
 
 /// What one connection is told. Its objects go with the connection.
@@ -60,8 +62,8 @@ const wl_output_listener wlOutputEvents{
         [](void *data, wl_output *, std::int32_t x, std::int32_t y, std::int32_t, std::int32_t, std::int32_t,
            const char *, const char *, std::int32_t transform) {
             auto *output = static_cast<Output *>(data);
-            output->logical.x = x;
-            output->logical.y = y;
+            output->logical.x = output->olderX = x;
+            output->logical.y = output->olderY = y;
             output->isTurned = transform & 1;
         },
     .mode =
@@ -140,6 +142,9 @@ std::expected<std::vector<Display>, PlatformError> Listing::run() {
 std::vector<Display> Listing::displays() const {
     std::vector<Display> displays;
     double largestScale = 1;
+    const bool arePlacesShared = std::ranges::all_of(m_outputs, [](const auto &output) {
+        return output->olderX == output->logical.x && output->olderY == output->logical.y;
+    });
     for (const auto &output : m_outputs) {
         if (output->mode.isEmpty())
             continue;
@@ -158,6 +163,7 @@ std::vector<Display> Listing::displays() const {
         display.frame = toPoints(logical, 1);
         display.pixels = {0, 0, size.width, size.height};
         display.scale = logical.width > 0 ? double(size.width) / logical.width : 1;
+        display.isPlaceShared = arePlacesShared;
         largestScale = std::max(largestScale, display.scale);
         displays.push_back(std::move(display));
     }

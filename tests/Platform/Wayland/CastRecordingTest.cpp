@@ -237,6 +237,13 @@ TEST_F(CastRecording, asksOnceForEachDisplay) {
     EXPECT_EQ(m_desktop.dialogs(), 3);
     EXPECT_EQ(failure(*backend, {CaptureRequest::Area{{10, 10, 100, 100}}}),
               "The area is on LEFT: choose that display when the desktop asks");
+    // Portals that are told no places say that each is in the corner: what was chosen is believed.
+    for (Display &each : m_displays)
+        each.isPlaceShared = false;
+    m_desktop.script.place = {0, 0, 640, 480};
+    shared = share(*backend, {CaptureRequest::Area{{650, 10, 100, 100}}});
+    ASSERT_TRUE(shared);
+    EXPECT_EQ(shared->facts().display->id, "RIGHT");
 }
 
 TEST_F(CastRecording, cutsAnAreaOutOfItsDisplay) {
