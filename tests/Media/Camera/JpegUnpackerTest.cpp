@@ -95,7 +95,7 @@ int largestDifference(const std::uint8_t *one, std::ptrdiff_t oneStride, const s
     return largest;
 }
 
-TEST(JpegUnpacker, PaintsAsTheLibraryDoes) {
+TEST(JpegUnpacker, paintsAsTheLibraryDoes) {
     if (!isJpegTransformQuick())
         GTEST_SKIP() << "this processor leaves it to the library";
     for (const int subsampling : {TJSAMP_420, TJSAMP_422})
@@ -124,7 +124,7 @@ TEST(JpegUnpacker, PaintsAsTheLibraryDoes) {
             }
 }
 
-TEST(JpegUnpacker, TakesNoPictureThatTheLibraryFindsFaulty) {
+TEST(JpegUnpacker, takesNoPictureThatTheLibraryFindsFaulty) {
     std::mt19937 random(11);
     for (const char *marks : {"0", "1"}) {
         const auto whole = makeJpeg(TJSAMP_422, 60, marks);
