@@ -11,17 +11,32 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <utility>
 
 namespace vantrell {
 
 namespace {
 
-/// What a level must reach for the bar to be lit: speech that is loud enough lights four of them.
+/// What a level must reach for the bar to be lit whole: speech that is loud enough lights four of them.
 constexpr std::array<double, LevelMeter::barCount> thresholds{0.01, 0.04, 0.1, 0.22, 0.45, 0.8};
 constexpr std::array<int, LevelMeter::barCount> heights{8, 13, 20, 15, 22, 16};
 constexpr int barWidth = 3;
 constexpr int barGap = 3;
 constexpr double unlit = 0.18;
+/// As many as can be told apart: a level that all but stays is not drawn again.
+constexpr int steps = 4;
+
+/// How many bars a level lights, in steps of a bar.
+int litSteps(double level) {
+    double lit = 0;
+    double from = 0;
+    for (const double threshold : thresholds) {
+        lit += std::clamp((level - from) / (threshold - from), 0.0, 1.0);
+        from = threshold;
+    }
+    return int(std::lround(lit * steps));
+}
 
 } // namespace
 
@@ -30,23 +45,13 @@ LevelMeter::LevelMeter(const QString &label, QWidget *parent) : QWidget(parent) 
     setAttribute(Qt::WA_TransparentForMouseEvents);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     setAccessibleName(label);
-    // One step between two states a tenth of a second apart: more would cost more than it shows.
-    m_settling.setSingleShot(true);
-    m_settling.setInterval(50);
-    QObject::connect(&m_settling, &QTimer::timeout, this, [this] { update(); });
 }
 
 void LevelMeter::setLevel(double level) {
     m_level = std::clamp(level, 0.0, 1.0);
-    const int lit =
-        int(std::ranges::count_if(thresholds, [this](double threshold) { return m_level >= threshold; }));
-    if (lit == m_lit)
-        return;
-    m_litBefore = m_settling.isActive() ? m_litBefore : m_lit;
-    m_lit = lit;
-    if (!prefersReducedMotion())
-        m_settling.start();
-    update();
+    const int lit = litSteps(m_level);
+    if (std::exchange(m_lit, lit) != lit)
+        update();
 }
 
 QSize LevelMeter::sizeHint() const {
@@ -61,9 +66,8 @@ void LevelMeter::paintEvent(QPaintEvent *) {
     for (int bar = 0; bar < barCount; ++bar) {
         const auto at = std::size_t(bar);
         const int place = isMirrored ? barCount - 1 - bar : bar;
-        const double target = bar < m_lit ? 1 : unlit;
-        const double before = bar < m_litBefore ? 1 : unlit;
-        painter.setOpacity(m_settling.isActive() ? (target + before) / 2 : target);
+        const double lit = std::clamp(double(m_lit) / steps - bar, 0.0, 1.0);
+        painter.setOpacity(unlit + (1 - unlit) * lit);
         painter.fillPath(roundedPath(QRectF(place * (barWidth + barGap), (height() - heights[at]) / 2.0,
                                             barWidth, heights[at]),
                                      barWidth / 2.0),

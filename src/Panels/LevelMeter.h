@@ -3,13 +3,12 @@
 
 #pragma once
 
-#include <QTimer>
 #include <QWidget>
 
 namespace vantrell {
 
-/// How loud the microphone is: a row of narrow bars, lit as far as the level reaches. Follows in a tenth of a
-/// second. Main thread.
+/// How loud the microphone is: a row of narrow bars, lit as far as the level reaches, the last one in part.
+/// Main thread.
 class LevelMeter : public QWidget {
 public:
     explicit LevelMeter(const QString &label, QWidget *parent = nullptr);
@@ -26,10 +25,8 @@ protected:
 
 private:
     double m_level = 0;
-    /// The bars that are lit, and that were before the last change: they are half way while the timer runs.
+    /// In steps of a bar.
     int m_lit = 0;
-    int m_litBefore = 0;
-    QTimer m_settling;
 };
 
 } // namespace vantrell
