@@ -17,14 +17,13 @@
 #include "Panels/PanelShell.h"
 #include "Support/CrashHandler.h"
 #include "Support/Log.h"
+#include "Support/SmallHeap.h"
 #include "Support/SystemClock.h"
 #include "Support/TaskScope.h"
 
 #include <QApplication>
 
 #include <csignal>
-
-#include <malloc.h>
 
 using namespace vantrell;
 
@@ -41,12 +40,6 @@ int runApplication(int argc, char **argv, std::optional<std::string> environment
         std::fputs("There is no desktop to run on\nTry vantrell-capture --help\n", stderr);
         return int(ExitCode::failed);
     }
-    // What holds a picture goes back to the system when it is freed. Left alone, malloc soon keeps such
-    // blocks for the thread that had them, and after some recordings the idle program would be three times as
-    // large.
-    ::mallopt(M_MMAP_THRESHOLD, 512 * 1024);
-    // Nor does it need a heap for each thread, with what is left over in each: few of them ask often.
-    ::mallopt(M_ARENA_MAX, 2);
     static constexpr std::initializer_list<int> ends{SIGINT, SIGTERM, SIGHUP};
     UnixSignals::block(ends);
     // Left to itself Qt takes the X server that some Wayland sessions have beside their compositor, whose
@@ -85,6 +78,7 @@ int runApplication(int argc, char **argv, std::optional<std::string> environment
 int main(int argc, char **argv) {
     // First of all, while there is one thread: the key leaves the environment.
     std::optional<std::string> environmentKey = KeyProvider::takeFromEnvironment();
+    keepHeapSmall();
     installLogging();
     installFFmpegLog();
     installCrashHandler(CaptureStorage::crashFolder(), programAndBuild());

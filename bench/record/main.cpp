@@ -9,6 +9,7 @@
 #include "Scene.h"
 #include "ScenePainter.h"
 #include "Support/HostTime.h"
+#include "Support/SmallHeap.h"
 #include "TestSupport/Desktop/X11Session.h"
 #include "TestSupport/TemporaryFolder.h"
 
@@ -245,6 +246,7 @@ int compare(const Options &options) {
 
 int main(int argc, char **argv) {
     using namespace vantrell::bench;
+    vantrell::keepHeapSmall();
     QCoreApplication application(argc, argv);
     const std::string first = argc > 1 ? argv[1] : "";
     if (first == "--paint" && argc == 5)

@@ -25,6 +25,7 @@ public:
     /// Marks every block that the rectangle touches; what lies outside of the picture is ignored.
     void mark(const PixelRect &rect);
     void markBlock(int column, int row) { m_marks[index(column, row)] = 1; }
+    void unmarkBlock(int column, int row) { m_marks[index(column, row)] = 0; }
     void markAll();
     void clear();
     /// Adds the other's marks; both are of one picture size.

@@ -29,11 +29,16 @@ constexpr double timeTolerance = 0.005;
 /// What the small encoders may take in all, as SmallEncoders reckons: of the whole picture, and besides. More
 /// than any plan asks for.
 constexpr double keptShare = 0.4;
-constexpr int fewestKept = 7000;
+constexpr int fewestKept = 4000;
 
 /// What is typed lies across no more rows of blocks and changes no more of them.
 constexpr int rowsOfLine = 3;
 constexpr int mostOfLine = 256;
+
+/// Pixels that motion vectors may span upwards and downwards (Table A-1), and some less.
+constexpr int levelOfFarMotion = 21;
+constexpr int farMotion = 240;
+constexpr int nearMotion = 60;
 
 /// Macroblocks for which it pays to wake another thread.
 constexpr int muchWork = 300;
@@ -45,14 +50,6 @@ int touchedIn(const BlockArea &band, const BlockMap &touched) {
             count += touched.isMarked(column, row);
     }
     return count;
-}
-
-/// What changes in so few places is text or nearly: a film beside it does not blur it. A line of it is so few
-/// bits that it is made as fine at once as it would be a moment later.
-int quantizerOf(const BlockArea &band, const BlockMap &touched, int quantizer) {
-    if (band.rows <= rowsOfLine && touchedIn(band, touched) <= mostOfLine)
-        return std::min(quantizer, QuantizerControl::atRest);
-    return band.rows == 1 ? std::min(quantizer, QuantizerControl::finest) : quantizer;
 }
 
 /// Where the bands of a second thread begin, which is to do as much as the first; the end when there is not
@@ -90,6 +87,7 @@ BandEncoder::BandEncoder(PixelSize picture, Options options, std::unique_ptr<Sli
       m_configuration(avcConfiguration(m_whole->instance().sequenceParameters(),
                                        m_whole->instance().pictureParameters())),
       m_stream(StreamFacts::of(m_whole->instance())),
+      m_scroll(picture, m_whole->instance().level() >= levelOfFarMotion ? farMotion : nearMotion),
       m_quantizer(BlockMap(picture).columns() * BlockMap(picture).rows()), m_touched(picture) {
     m_coarseness.resize(m_touched.marks().size());
     m_changedAt.resize(m_touched.marks().size());
@@ -130,6 +128,7 @@ std::expected<EncodedFrame, PlatformError> BandEncoder::encode(const Nv12Frame &
     const double seconds = double(presentationTime) / timeScale;
     const int quantizer = m_quantizer.quantizer(keyFrame);
     m_touched = changed;
+    m_isScrolled = !keyFrame && usesBands() && m_scroll.find(frame, reconstruction(), changed);
     const auto isKey = encodeTouched(frame, quantizer, keyFrame);
     if (!isKey)
         return std::unexpected(isKey.error());
@@ -146,6 +145,7 @@ std::expected<bool, PlatformError> BandEncoder::encodeTouched(const Nv12Frame &f
         return false;
     // A picture that was begun in bands may have been the last of them.
     const bool begins = usedBands && !m_small;
+    m_isScrolled = false;
     return encodeWhole(frame, quantizer, keyFrame || begins);
 }
 
@@ -153,6 +153,7 @@ void BandEncoder::remember(const BlockMap &changed, int quantizer, double second
     if (isKey)
         std::ranges::fill(m_coarseness, std::uint8_t(quantizer));
     const auto columns = std::size_t(m_touched.columns());
+    const auto before = m_isScrolled ? m_coarseness : std::vector<std::uint8_t>();
     bool isCoarse = false;
     for (int row = 0; row < m_touched.rows(); ++row) {
         if (!m_touched.anyInRow(row))
@@ -166,6 +167,13 @@ void BandEncoder::remember(const BlockMap &changed, int quantizer, double second
             const bool isFinished = std::ranges::any_of(
                 m_finished, [row, column](const BlockArea &band) { return band.contains(row, column); });
             m_coarseness[i] = std::uint8_t(isFinished ? QuantizerControl::atRest : quantizer);
+            if (m_isScrolled && m_copied.isMarked(column, row)) {
+                const auto at = [&](int y) {
+                    return before[std::size_t(y / blockEdge) * columns + i % columns];
+                };
+                const int top = row * blockEdge + m_scroll.distance();
+                m_coarseness[i] = std::max(at(top), at(top + blockEdge - 1));
+            }
             isCoarse |= m_coarseness[i] > QuantizerControl::atRest;
         }
     }
@@ -203,6 +211,7 @@ std::expected<std::optional<EncodedFrame>, PlatformError> BandEncoder::refine(co
     }
     if (!findCoarse(seconds))
         return std::nullopt;
+    m_isScrolled = false;
     const auto isKey = encodeTouched(frame, QuantizerControl::atRest, false);
     if (!isKey)
         return std::unexpected(isKey.error());
@@ -211,8 +220,10 @@ std::expected<std::optional<EncodedFrame>, PlatformError> BandEncoder::refine(co
 }
 
 bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
-    auto bands = planBands(m_touched);
-    if (!bands || reconstruction().isNull())
+    if (reconstruction().isNull())
+        return false;
+    auto bands = planBands(m_isScrolled ? notCopied() : m_touched);
+    if (!bands)
         return false;
     if (m_isHalving)
         halveLarge(*bands);
@@ -223,6 +234,8 @@ bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
     }
     if (encoders.size() != bands->size())
         return false;
+    if (m_isScrolled)
+        copyBetween(*bands);
     if (const auto failure = encodeAll(encoders, *bands, frame, quantizer)) {
         giveUp(failure->message.c_str());
         return false;
@@ -230,13 +243,56 @@ bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
     ++m_frameNumber;
     writeSlices(encoders);
     // Only now: each of them referred to what its neighbours were before.
+    if (m_isScrolled)
+        reconstruction().copyFromBelow(m_copied, m_scroll.distance());
     for (const SmallEncoder *encoder : encoders)
         encoder->reconstructIn(reconstruction());
     std::ranges::copy_if(*bands, std::back_inserter(m_finished), [&](const BlockArea &band) {
-        return quantizerOf(band, m_touched, quantizer) <= QuantizerControl::atRest;
+        return quantizerOf(band, quantizer) <= QuantizerControl::atRest;
     });
     ++m_picturesInBands;
     return true;
+}
+
+/// What changes in so few places is text or nearly: a film beside it does not blur it. A line of it is so few
+/// bits that it is made as fine at once as it would be a moment later; but not where a page leaves the
+/// screen.
+int BandEncoder::quantizerOf(const BlockArea &band, int quantizer) const {
+    if (m_isScrolled && !isPassedOn(band))
+        return quantizer;
+    if (band.rows <= rowsOfLine && touchedIn(band, m_touched) <= mostOfLine)
+        return std::min(quantizer, QuantizerControl::atRest);
+    return band.rows == 1 ? std::min(quantizer, QuantizerControl::finest) : quantizer;
+}
+
+bool BandEncoder::isPassedOn(const BlockArea &band) const {
+    const int row = m_scroll.distance() > 0 ? band.row - 1 : band.bottom();
+    if (row < 0 || row >= m_copied.rows())
+        return false;
+    for (int column = band.column; column < band.right(); ++column)
+        if (m_copied.isMarked(column, row))
+            return true;
+    return false;
+}
+
+const BlockMap &BandEncoder::notCopied() {
+    m_rest = m_touched;
+    m_rest.remove(m_scroll.copies());
+    return m_rest;
+}
+
+void BandEncoder::copyBetween(const std::vector<BlockArea> &bands) {
+    m_copied = m_scroll.copies();
+    for (const BlockArea &band : bands)
+        for (int row = band.row; row < band.bottom(); ++row)
+            for (int column = band.column; column < band.right(); ++column)
+                m_copied.unmarkBlock(column, row);
+    m_distances.resize(m_copied.marks().size());
+    for (std::size_t i = 0; i < m_distances.size(); ++i) {
+        const int distance = m_copied.marks()[i] ? m_scroll.distance() : 0;
+        m_distances[i] = m_scroll.same().marks()[i] ? CopySlices::anyDistance : std::int16_t(distance);
+    }
+    m_blocksCopied += m_copied.count();
 }
 
 std::optional<PlatformError> BandEncoder::encodeAll(const std::vector<SmallEncoder *> &encoders,
@@ -246,7 +302,7 @@ std::optional<PlatformError> BandEncoder::encodeAll(const std::vector<SmallEncod
     std::array<std::optional<PlatformError>, 2> failures;
     const auto work = [&](std::size_t first, std::size_t last, std::optional<PlatformError> &failure) {
         for (std::size_t i = first; i < last && !failure; ++i) {
-            const int own = quantizerOf(bands[i], m_touched, quantizer);
+            const int own = quantizerOf(bands[i], quantizer);
             const auto encoded = encoders[i]->encode(frame, bands[i], m_touched, own, reconstruction());
             if (!encoded)
                 failure = encoded.error();
@@ -275,18 +331,34 @@ void BandEncoder::writeSlices(const std::vector<SmallEncoder *> &encoders) {
     m_data.clear();
     const int columns = m_touched.columns();
     int next = 0;
-    const auto skipTo = [&](int block) {
-        if (block > next)
-            m_skips.append(m_data, m_stream->layout, next, block - next, m_frameNumber);
-    };
     for (const SmallEncoder *encoder : encoders) {
         const BlockArea &place = encoder->place();
         const int begin = place.row * columns + place.column;
-        skipTo(begin);
+        writeUnencoded(next, begin);
         encoder->appendTo(m_data, m_frameNumber);
         next = begin + place.count();
     }
-    skipTo(columns * m_touched.rows());
+    writeUnencoded(next, columns * m_touched.rows());
+}
+
+void BandEncoder::writeUnencoded(int begin, int end) {
+    const auto skip = [this](int first, int last) {
+        if (last > first)
+            m_skips.append(m_data, m_stream->layout, first, last - first, m_frameNumber);
+    };
+    if (!m_isScrolled)
+        return skip(begin, end);
+    const std::span gap(m_distances.data() + begin, std::size_t(end - begin));
+    const auto moves = [this](std::int16_t distance) { return distance == m_scroll.distance(); };
+    const auto first = std::ranges::find_if(gap, moves);
+    if (first == gap.end())
+        return skip(begin, end);
+    const auto last = std::find_if(gap.rbegin(), gap.rend(), moves).base();
+    const int from = begin + int(first - gap.begin());
+    const int to = begin + int(last - gap.begin());
+    skip(begin, from);
+    m_copies.append(m_data, m_stream->layout, from, {first, last}, m_frameNumber);
+    skip(to, end);
 }
 
 std::expected<bool, PlatformError> BandEncoder::encodeWhole(const Nv12Frame &frame, int quantizer,

@@ -20,7 +20,7 @@ constexpr int callCost = 75;
 constexpr int sliceCost = 75;
 /// Bands that cost more than that of the whole picture are not worth their copies and their memory.
 constexpr double worthwhileShare = 0.5;
-constexpr std::size_t mostStrips = 32;
+constexpr std::size_t mostStrips = 16;
 
 // Encoders are kept for each shape, so that there are few.
 constexpr std::array stripWidths{8, 32, 128};

@@ -16,7 +16,9 @@ namespace vantrell {
 
 namespace {
 
-constexpr int trialPictures = 40;
+constexpr int trialPictures = 46;
+/// From this one on a page is scrolled.
+constexpr int pageOpens = 40;
 constexpr int keyInterval = 16;
 constexpr std::uint32_t trialSeed = 7;
 constexpr int mostRows = 11;
@@ -32,15 +34,17 @@ void moveSomewhere(TrialScreen &screen, int number) {
     const int right = number % 4 < 2 ? distance : -distance;
     const int down = number % 2 == 0 ? distance : -distance;
     const int middle = height / 2 / blockEdge * blockEdge;
+    // So few blocks are not looked at as a page that is scrolled.
+    const int band = std::min(width, ScrollFinder::fewestChanged / 2 * blockEdge - 2 * blockEdge);
     switch (number % 5) {
     case 0:
-        return screen.moveUnder({0, middle - blockEdge, width, 2 * blockEdge}, 0, down);
+        return screen.moveUnder({0, middle - blockEdge, band, 2 * blockEdge}, 0, down);
     case 1:
         return screen.moveUnder({width / 2, middle, 6 * blockEdge, blockEdge}, right, 0);
     case 2:
         return screen.moveUnder({width / 3, middle, 6 * blockEdge, blockEdge}, 0, down);
     case 3:
-        return screen.moveUnder({0, 0, width, 2 * blockEdge}, right, down);
+        return screen.moveUnder({0, 0, band, 2 * blockEdge}, right, down);
     default:
         return screen.moveUnder({width - 6 * blockEdge, height - 2 * blockEdge, 6 * blockEdge, 2 * blockEdge},
                                 right, down);
@@ -87,7 +91,11 @@ std::expected<void, PlatformError> BandTrial::run(const std::atomic<bool> &isSto
     for (int i = 0; i < trialPictures; ++i) {
         if (isStopping)
             return std::unexpected(bandsUnfit("The trial was not finished"));
-        if (i % 2 == 1)
+        if (i == pageOpens)
+            screen.openPage();
+        else if (i > pageOpens)
+            screen.scrollPage(i % 2 == 0 ? i : pageOpens - i);
+        else if (i % 2 == 1)
             moveSomewhere(screen, i / 2);
         else if (i > 0)
             screen.step();

@@ -4,6 +4,8 @@
 #include "Media/Encoding/ReconstructedPicture.h"
 
 #include <cstring>
+#include <utility>
+#include <vector>
 
 namespace vantrell {
 
@@ -40,6 +42,29 @@ void forEachRow(const PlanePair &planes, const BlockArea &place, const PixelSpan
                 std::size_t(span.right - span.left));
 }
 
+/// The marked blocks of a row, as places and ends of runs in bytes of a plane's row, margin included.
+std::vector<std::pair<int, int>> runsOf(const BlockMap &blocks, int row) {
+    constexpr int margin = ReconstructedPicture::margin;
+    std::vector<std::pair<int, int>> runs;
+    for (int column = 0; column < blocks.columns(); ++column) {
+        if (!blocks.isMarked(column, row))
+            continue;
+        const int begin = column == 0 ? -margin : column * blockEdge;
+        const int end = (column + 1) * blockEdge + (column + 1 == blocks.columns() ? margin : 0);
+        if (!runs.empty() && runs.back().second == begin)
+            runs.back().second = end;
+        else
+            runs.emplace_back(begin, end);
+    }
+    return runs;
+}
+
+/// Fills `bytes` of a row with the mean of two rows, of which one may be the row itself.
+void mean(std::uint8_t *row, const std::uint8_t *one, const std::uint8_t *other, int bytes) {
+    for (int x = 0; x < bytes; ++x)
+        row[x] = std::uint8_t((one[x] + other[x] + 1) / 2);
+}
+
 } // namespace
 
 void ReconstructedPicture::fillFrom(const ReconstructedPicture &whole, const BlockArea &place,
@@ -66,6 +91,45 @@ void ReconstructedPicture::writeTo(const ReconstructedPicture &whole, const Bloc
     };
     forEachRow({{luma, lumaStride, 1}, {whole.luma, whole.lumaStride, 1}}, place, span, copy);
     forEachRow({{chroma, chromaStride, 2}, {whole.chroma, whole.chromaStride, 2}}, place, span, copy);
+}
+
+void ReconstructedPicture::copyFromBelow(const BlockMap &blocks, int distance) const {
+    const auto copyRow = [&](int row) {
+        const auto runs = runsOf(blocks, row);
+        if (runs.empty())
+            return;
+        // What is read has not been overwritten yet: rows go towards where it lies.
+        for (const auto &[plane, stride, divisor] :
+             {ReconstructedPlane{luma, lumaStride, 1}, ReconstructedPlane{chroma, chromaStride, 2}}) {
+            const int count = blockEdge / divisor;
+            const bool isBetween = distance % divisor != 0;
+            const std::ptrdiff_t way = (distance - (isBetween ? 1 : 0)) / divisor * stride;
+            for (int i = 0; i < count; ++i) {
+                const int y = row * count + (distance > 0 ? i : count - 1 - i);
+                std::uint8_t *to = plane + y * stride;
+                for (const auto &[begin, end] : runs) {
+                    if (isBetween)
+                        mean(to + begin, to + way + begin, to + way + stride + begin, end - begin);
+                    else
+                        std::memcpy(to + begin, to + way + begin, std::size_t(end - begin));
+                }
+            }
+            const int edge = row == 0 ? 0 : row == rows - 1 ? rows * count - 1 : -1;
+            for (int i = 1; edge >= 0 && i <= margin / divisor; ++i) {
+                std::uint8_t *from = plane + edge * stride;
+                for (const auto &[begin, end] : runs)
+                    std::memcpy(from + (edge == 0 ? -i : i) * stride + begin, from + begin,
+                                std::size_t(end - begin));
+            }
+        }
+    };
+    if (distance > 0) {
+        for (int row = 0; row < rows; ++row)
+            copyRow(row);
+    } else {
+        for (int row = rows - 1; row >= 0; --row)
+            copyRow(row);
+    }
 }
 
 } // namespace vantrell

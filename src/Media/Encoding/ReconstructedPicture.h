@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Media/Encoding/BlockArea.h"
+#include "Support/BlockMap.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -33,6 +34,10 @@ struct ReconstructedPicture {
     /// The other way round: writes the part of this picture that lies at `part` of `whole` there, and the
     /// margin where it is at the edge of `whole`. `place` is where this picture lies.
     void writeTo(const ReconstructedPicture &whole, const BlockArea &place, const BlockArea &part) const;
+
+    /// Makes the marked blocks what lies `distance` pixels of luma further down, which is in the picture, and
+    /// the margin beside them to match.
+    void copyFromBelow(const BlockMap &blocks, int distance) const;
 };
 
 } // namespace vantrell

@@ -56,11 +56,12 @@ std::optional<StreamFacts> StreamFacts::of(const X264Instance &whole) {
 
 std::unique_ptr<SmallEncoder> SmallEncoder::create(const StreamFacts &stream, int columns, int rows) {
     // There is always time for the details of a line of text.
-    auto instance =
-        X264Instance::open({.size = {columns * blockEdge, rows * blockEdge},
-                            .isFast = stream.isFast,
-                            .dropsSmallDifferences = stream.isFast && columns * rows > mostCarefulBlocks,
-                            .level = stream.level});
+    const bool isForText = columns * rows <= mostCarefulBlocks;
+    auto instance = X264Instance::open({.size = {columns * blockEdge, rows * blockEdge},
+                                        .isFast = stream.isFast,
+                                        .dropsSmallDifferences = stream.isFast && !isForText,
+                                        .isForText = isForText,
+                                        .level = stream.level});
     if (!instance || instance->pictureParameters() != stream.pictureParameters)
         return nullptr;
     const auto own = layoutOf(instance->sequenceParameters(), instance->pictureParameters());

@@ -6,6 +6,7 @@
 #include "Media/Encoding/BlockArea.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace vantrell {
@@ -119,6 +120,41 @@ void TrialScreen::repeatEdges() {
     }
 }
 
+void TrialScreen::print(const PixelRect &rect) {
+    constexpr int line = 24;
+    constexpr int paper = 230;
+    constexpr int grey = 128;
+    for (int y = rect.y; y < rect.bottom(); ++y)
+        std::memset(m_frame.luma() + y * m_frame.stride() + rect.x, paper, std::size_t(rect.width));
+    for (int y = rect.y; y < rect.bottom(); y += line) {
+        const int height = std::min(line / 2, rect.bottom() - y);
+        for (int x = rect.x + random(20) * 2; x + 40 <= rect.right(); x += 50 + random(20) * 2)
+            write({x, y, 10 + random(15) * 2, height});
+    }
+    for (int y = rect.y / 2; y < rect.bottom() / 2; ++y)
+        std::memset(m_frame.chroma() + y * m_frame.stride() + rect.x, grey, std::size_t(rect.width));
+    touch(rect);
+}
+
+void TrialScreen::openPage() {
+    m_changed.clear();
+    const auto [width, height] = m_frame.picture();
+    m_page = {random(2) * random(width / 3) / 2 * 2, random(2) * random(height / 3) / 2 * 2, 0, 0};
+    m_page.width = width - m_page.x - random(2) * random(width / 4) / 2 * 2;
+    m_page.height = height - m_page.y - random(2) * random(height / 4) / 2 * 2;
+    print(m_page);
+    repeatEdges();
+}
+
+void TrialScreen::scrollPage(int down) {
+    m_changed.clear();
+    shift(m_page, 0, down, m_page);
+    // What comes into sight is new.
+    const int seen = std::min(std::abs(down), m_page.height) / 2 * 2;
+    print({m_page.x, down > 0 ? m_page.y : m_page.bottom() - seen, m_page.width, seen});
+    repeatEdges();
+}
+
 void TrialScreen::moveUnder(const PixelRect &part, int right, int down) {
     m_changed.clear();
     const auto [width, height] = m_frame.picture();
@@ -131,7 +167,7 @@ void TrialScreen::step() {
     m_changed.clear();
     const auto [width, height] = m_frame.picture();
     const PixelRect everything{0, 0, width, height};
-    const int distance = (random(2) == 0 ? random(13) : random(25)) / 2 * 2;
+    const int distance = (random(2) == 0 ? random(12) : random(25)) / 2 * 2;
     const int signedDistance = random(2) == 0 ? distance : -distance;
     PixelRect rect;
     switch (random(12)) {

@@ -20,6 +20,10 @@ public:
     /// What happens next; `changed` has it.
     void step();
 
+    /// Instead: a page fills most of the picture, and then that is scrolled.
+    void openPage();
+    void scrollPage(int down);
+
     /// Instead: what is seen through this part of the picture moves, and what was beside it comes in. That is
     /// where a band or a strip refers to what is not its own.
     void moveUnder(const PixelRect &part, int right, int down);
@@ -32,6 +36,8 @@ private:
     PixelRect place(int mostWidth, int mostHeight);
     void touch(const PixelRect &rect);
     void write(const PixelRect &rect);
+    /// Words on paper.
+    void print(const PixelRect &rect);
     /// Fills the rectangle with what lay in `source` so far from there.
     void shift(const PixelRect &rect, int right, int down, const PixelRect &source);
     void film(const PixelRect &rect);
@@ -43,6 +49,7 @@ private:
     Nv12Frame m_before;
     BlockMap m_changed;
     int m_steps = 0;
+    PixelRect m_page;
 };
 
 } // namespace vantrell

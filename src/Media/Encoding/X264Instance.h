@@ -31,6 +31,8 @@ public:
         bool isFast = false;
         /// Drops what differs little.
         bool dropsSmallDifferences = isFast;
+        /// Few blocks, mostly of letters: they are kept sharp.
+        bool isForText = false;
         /// Is quicker about films and pages that move in a part of the picture. Not with `isFast`.
         bool savesInPart = false;
         /// level_idc of the stream; 0: as the size asks for.

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "Media/H264/BitWriter.h"
+#include "Media/H264/CabacEncoder.h"
 #include "Media/H264/SliceHeader.h"
 
 #include <cstdint>
@@ -24,25 +24,16 @@ public:
     std::span<const std::uint8_t> data(int blocks);
 
 private:
-    /// The arithmetic encoder (H.264, clause 9.3.4) between two macroblocks.
-    struct Coder {
-        std::uint32_t low = 0;
-        std::uint32_t range = 510;
-        int outstanding = 0;
-        bool isFirstBit = true;
-        int state = 0;
+    /// Between two macroblocks.
+    struct Mark {
+        CabacEncoder encoder;
+        CabacContext context;
         /// Written so far.
         std::size_t bits = 0;
     };
 
-    static void putBit(Coder &coder, BitWriter &out, bool bit);
-    static void renormalise(Coder &coder, BitWriter &out);
-    static void skip(Coder &coder, BitWriter &out);
-    static void continueSlice(Coder &coder, BitWriter &out);
-    static void endSlice(Coder &coder, BitWriter &out);
-
-    /// The encoder after every so many macroblocks, as far as it was needed, and the bits of the longest run.
-    std::vector<Coder> m_marks;
+    /// After every so many macroblocks, as far as it was needed, and the bits of the longest run.
+    std::vector<Mark> m_marks;
     BitWriter m_longest;
     BitWriter m_data;
 };

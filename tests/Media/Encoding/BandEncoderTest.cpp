@@ -58,7 +58,11 @@ void compareWithDecoder(PixelSize size, int pictures, std::uint32_t seed,
     Witness witness(size, options);
     TrialScreen screen(size, seed);
     for (int i = 0; i < pictures; ++i) {
-        if (i > 0)
+        if (i % 40 == 10)
+            screen.openPage();
+        else if (i % 40 > 10 && i % 40 < 25)
+            screen.scrollPage(i / 40 % 2 == 0 ? i / 40 - 7 : i * 5 % 90 - 45);
+        else if (i > 0)
             screen.step();
         // Key frames at odd distances, two in a row too, and all quantizers: films make them coarser.
         const bool isKey = i % 97 == 0 || i % 97 == 1 || i % 41 == 40;
@@ -75,6 +79,8 @@ void compareWithDecoder(PixelSize size, int pictures, std::uint32_t seed,
     const bool hasBands = size.width > 256 && size.height > 256;
     EXPECT_TRUE(!hasBands || witness.encoder->picturesInBands() > pictures / 4)
         << witness.encoder->picturesInBands();
+    EXPECT_TRUE(!hasBands || pictures < 100 || witness.encoder->blocksCopied() > 2 * pictures)
+        << witness.encoder->blocksCopied();
 }
 
 TEST(BandEncoder, isSeenByADecoderAsItReckonsItself) {
