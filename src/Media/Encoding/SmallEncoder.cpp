@@ -60,6 +60,7 @@ std::unique_ptr<SmallEncoder> SmallEncoder::create(const StreamFacts &stream, in
     auto instance = X264Instance::open({.size = {columns * blockEdge, rows * blockEdge},
                                         .isFast = stream.isFast,
                                         .dropsSmallDifferences = stream.isFast && !isForText,
+                                        .isPart = true,
                                         .isForText = isForText,
                                         .level = stream.level});
     if (!instance || instance->pictureParameters() != stream.pictureParameters)

@@ -67,9 +67,14 @@ x264_param_t parametersFor(const X264Instance::Options &options) {
     p.analyse.b_fast_pskip = options.dropsSmallDifferences;
     p.analyse.b_transform_8x8 = !options.isFast;
 
-    // Beyond it lies the margin; it takes an eighth of the memory for what vectors cost.
-    if (options.isForText)
-        p.analyse.i_mv_range = 64;
+    // A vector that is inferred for a skipped block is taken for cut to 24 pixels beyond the edge. In the
+    // margin that makes no difference; below a part of a picture it would. Blocks of the last row alone in
+    // their slice infer none, and those above have more room than vectors are long.
+    if (options.isPart) {
+        p.analyse.i_mv_range = 32;
+        if (const int rows = options.size.height / blockEdge; rows > 1)
+            p.i_slice_max_mbs = (rows - 1) * (options.size.width / blockEdge);
+    }
 
     x264_param_apply_profile(&p, "high");
     return p;

@@ -31,6 +31,8 @@ public:
         bool isFast = false;
         /// Drops what differs little.
         bool dropsSmallDifferences = isFast;
+        /// A part of a picture: below it lies not the picture's edge but what is not its own.
+        bool isPart = false;
         /// Few blocks, mostly of letters: they are kept sharp.
         bool isForText = false;
         /// Is quicker about films and pages that move in a part of the picture. Not with `isFast`.
