@@ -20,8 +20,8 @@ public:
     /// A macroblock that is the same wherever it is copied from.
     static constexpr std::int16_t anyDistance = INT16_MIN;
 
-    /// Appends such a slice of as many macroblocks as `distances`, at least one: each is a copy of what lay so
-    /// many pixels of luma further down. All that are not zero are the same.
+    /// Appends such a slice of as many macroblocks as `distances`, at least one: each is a copy of what lay
+    /// so many pixels of luma further down. All that are not zero are the same.
     void append(std::vector<std::uint8_t> &stream, const StreamLayout &layout, int firstBlock,
                 std::span<const std::int16_t> distances, std::uint32_t frameNumber);
 
