@@ -107,7 +107,16 @@ void AppDelegate::completeLaunch() {
     refreshStatus();
     wire();
     installRecordingLifecycleObservers();
+    // Without the key, which the keyring has yet to give out, the first of them would fail at once.
+    uploads.manager().hold();
     uploads.manager().restoreFromJournal();
+    m_scope.start(
+        [](AppDelegate *self, std::stop_token stop) -> Task<> {
+            co_await self->m_account.pairing().ready(stop);
+            if (!stop.stop_requested())
+                self->m_services.uploads.manager().release();
+        },
+        this);
     m_handover.offerRecovered(pending);
     rebuildMenu();
     m_account.fetchProjectList(true);

@@ -23,6 +23,9 @@ constexpr int barDistance = 36;
 /// In the middle of the lower edge; beside what is avoided, or above it where there is no room beside.
 QPoint usualPlace(const QRect &room, const QSize &size, const QRect &avoided) {
     constexpr int gap = 12;
+    // A desktop that places windows itself begins at the top: menus have to open towards the free side.
+    if (!PanelShell::instance().placesWindows())
+        return {room.center().x() - size.width() / 2, room.top() + barDistance};
     const QPoint usual(room.center().x() - size.width() / 2, room.bottom() + 1 - barDistance - size.height());
     if (!QRect(usual, size).intersects(avoided))
         return usual;

@@ -168,10 +168,12 @@ public:
     }
 
     void placePill() {
-        if (note.isEmpty() || !window->isVisible())
+        if (note.isEmpty() || !window->isVisible()) {
             pill.hide();
-        else
-            pill.showBelow(window->panelFrame());
+            return;
+        }
+        PanelShell::instance().adopt(pill, PanelShell::Role::tip, window);
+        pill.showBelow(window->panelFrame());
     }
 
     bool show(const Display &display) {
@@ -199,7 +201,7 @@ public:
 
     std::shared_ptr<RecordingHUDState> state;
     FloatingPanel *window;
-    PillPanel pill;
+    PillPanel pill{PanelShell::Role::tip};
     PanelPlacement placement;
     PanelButton *stop = nullptr;
     LevelMeter *meter = nullptr;

@@ -24,6 +24,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <stop_token>
 #include <utility>
 
 namespace vantrell {
@@ -38,6 +39,8 @@ constexpr auto settleTime = 120ms;
 constexpr auto fadeTime = 350ms;
 /// A picture of the screen that takes longer was asked for in a dialog.
 constexpr double dialogSeconds = 1;
+/// Portals forget to answer when their user takes more than 25 s to say whether pictures may be taken.
+constexpr auto picturePatience = 28s;
 /// Monitors change in several steps.
 constexpr auto rebuildDelay = 100ms;
 
@@ -136,11 +139,19 @@ Task<> SelectionOverlayController::Private::buildOnPicture(std::stop_token stop)
     for (const Display &display : displays)
         all = united(all, display.pixels);
     const double asked = hostNow();
-    const auto picture = co_await services.stills.captureArea(all, stop);
+    std::stop_source enough;
+    // By a copy: this may end within the request, and take its own along.
+    const auto giveUp = [&enough] { std::stop_source(enough).request_stop(); };
+    QTimer patience;
+    patience.setSingleShot(true);
+    QObject::connect(&patience, &QTimer::timeout, &patience, giveUp);
+    patience.start(picturePatience);
+    const std::stop_callback end(stop, giveUp);
+    const auto picture = co_await services.stills.captureArea(all, enough.get_token());
     if (stop.stop_requested())
         co_return;
     // The desktop has asked its user whether it may, and that is what the picture shows.
-    if (hostNow() - asked > dialogSeconds && !std::exchange(hasAsked, true)) {
+    if (!enough.stop_requested() && hostNow() - asked > dialogSeconds && !std::exchange(hasAsked, true)) {
         buildTimer.start(fadeTime);
         co_return;
     }

@@ -146,6 +146,11 @@ void FloatingPanel::hideEvent(QHideEvent *event) {
     m_cover.reset();
     m_drag.reset();
     QWidget::hideEvent(event);
+    // Wayland's compositors take the pointer from a window that goes without Qt's telling its controls.
+    for (QWidget *control : findChildren<QWidget *>()) {
+        if (QEvent left(QEvent::Leave); control->underMouse())
+            QCoreApplication::sendEvent(control, &left);
+    }
 }
 
 void FloatingPanel::resizeEvent(QResizeEvent *event) {

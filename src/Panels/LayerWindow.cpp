@@ -91,6 +91,10 @@ bool LayerWindow::eventFilter(QObject *, QEvent *event) {
     case QEvent::Resize:
         place();
         break;
+    case QEvent::MouseButtonRelease:
+        if (m_afterClick)
+            QMetaObject::invokeMethod(this, std::exchange(m_afterClick, {}), Qt::QueuedConnection);
+        break;
     default:
         break;
     }

@@ -10,6 +10,7 @@
 #include <QWindow>
 
 #include <cstdint>
+#include <functional>
 #include <utility>
 
 struct wl_callback;
@@ -39,6 +40,11 @@ public:
     /// The panel that a menu opens from.
     void setOwner(QWindow *owner) { m_owner = owner; }
     void setKeyboard(bool has);
+    bool hasKeyboard() const { return m_hasKeyboard; }
+    /// On the screen as a surface of its own, not as another's menu.
+    bool isLayer() const { return m_layer; }
+    /// Runs that once, after the next button that is let go over it has had its effect.
+    void afterClick(std::function<void()> action) { m_afterClick = std::move(action); }
     /// Leaves the layer for a moment: some compositors stack anew what comes into one.
     void reenterLayer();
     /// Leaves the screen for a moment, as a window that is opened.
@@ -77,6 +83,7 @@ private:
     bool m_isConfigured = false;
     bool m_isFresh = false;
     bool m_hasKeyboard = false;
+    std::function<void()> m_afterClick;
     /// The screen that the surface is bound to.
     QPointer<QScreen> m_screen;
 };

@@ -7,6 +7,8 @@
 #include "Panels/WaylandPanelShell.h"
 #include "Panels/X11PanelShell.h"
 
+#include <QCoreApplication>
+
 #include <memory>
 
 namespace vantrell {
@@ -20,6 +22,9 @@ void PanelShell::prepare() {
 
 PanelShell &PanelShell::instance() {
     static const std::unique_ptr<PanelShell> shell = []() -> std::unique_ptr<PanelShell> {
+        // A menu is its panel's child and a window: Qt would make windows of the panel's controls too, which
+        // then no longer learn where the pointer is.
+        QCoreApplication::setAttribute(Qt::AA_DontCreateNativeWidgetSiblings);
         if (WaylandLink *wayland = WaylandLink::instance())
             return std::make_unique<WaylandPanelShell>(*wayland);
         return std::make_unique<X11PanelShell>();

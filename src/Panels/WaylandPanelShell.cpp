@@ -7,6 +7,7 @@
 #include "Panels/LayerWindow.h"
 #include "Panels/WaylandLink.h"
 
+#include <QGuiApplication>
 #include <QMenu>
 #include <QScreen>
 #include <QWidget>
@@ -30,6 +31,9 @@ WaylandPanelShell::WaylandPanelShell(WaylandLink &link)
     m_roomsAge.setSingleShot(true);
     m_roomsAge.setInterval(roomsLast);
     QObject::connect(&m_roomsAge, &QTimer::timeout, &m_roomsAge, [this] { m_rooms.clear(); });
+    if (m_hasLayers)
+        QObject::connect(qGuiApp, &QGuiApplication::focusWindowChanged, &m_roomsAge,
+                         [this](const QWindow *now) { keepWithBorrower(now); });
 }
 
 Qt::WindowFlags WaylandPanelShell::flags(Role role) const {
@@ -142,6 +146,29 @@ void WaylandPanelShell::takeKeyboardBack(QWidget &window) {
     if (!m_borrowers.empty())
         if (LayerWindow *layer = LayerWindow::of(m_borrowers.back()->windowHandle()))
             layer->setKeyboard(true);
+}
+
+/// Some compositors give the keyboard to whatever surface is clicked, also to one that asked for none. Who
+/// has borrowed it asks anew, once the click is over: a button that loses the focus is not clicked.
+void WaylandPanelShell::keepWithBorrower(const QWindow *now) {
+    LayerWindow *clicked = LayerWindow::of(now);
+    if (clicked && clicked->isLayer() && !clicked->hasKeyboard() && !m_borrowers.empty())
+        clicked->afterClick([this, clicked] { returnKeyboard(*clicked); });
+}
+
+void WaylandPanelShell::returnKeyboard(const LayerWindow &clicked) {
+    pruneBorrowers();
+    const QWindow *focus = QGuiApplication::focusWindow();
+    if (clicked.hasKeyboard() || LayerWindow::of(focus) != &clicked || m_borrowers.empty())
+        return;
+    const auto back =
+        std::ranges::find_if(m_borrowers, [&](const auto &one) { return one->windowHandle() == focus; });
+    if (back != m_borrowers.end()) {
+        lendKeyboard(**back);
+    } else if (LayerWindow *borrower = LayerWindow::of(m_borrowers.back()->windowHandle())) {
+        borrower->setKeyboard(false);
+        borrower->setKeyboard(true);
+    }
 }
 
 bool WaylandPanelShell::beginDrag(QWidget &window) {

@@ -16,8 +16,11 @@
 #include <vector>
 
 class QMenu;
+class QWindow;
+
 namespace vantrell {
 
+class LayerWindow;
 class WaylandLink;
 
 /// Wayland: surfaces of the layer shell where the compositor has it; else ordinary windows, which it places
@@ -45,6 +48,8 @@ public:
 private:
     void lendToMenusOf(QWidget &panel, QMenu &menu);
     void pruneBorrowers();
+    void keepWithBorrower(const QWindow *now);
+    void returnKeyboard(const LayerWindow &clicked);
 
     WaylandLink &m_link;
     const bool m_hasLayers;

@@ -232,7 +232,10 @@ void ShelfCard::arrange() {
     setAccessibleName(oneLine(inUsersLanguage(QString::fromStdString(m_item.title()))));
     setAccessibleDescription(status);
     const bool isWhole = m_title == title.text && m_statusLines.join(' ') == status;
-    m_tip = isWhole ? QStringList() : QStringList{title.text, status};
+    const QStringList tip = isWhole ? QStringList() : QStringList{title.text, status};
+    // What is shown of it is no longer true.
+    if (std::exchange(m_tip, tip) != tip && underMouse())
+        m_owner.showTip(*this, {});
     update();
 }
 

@@ -155,9 +155,14 @@ void UploadManager::startOrQueue(const UploadIds &ids) {
     fillSlots();
 }
 
+void UploadManager::release() {
+    m_isHeld = false;
+    fillSlots();
+}
+
 void UploadManager::fillSlots() {
     // An upload may end at once and come back here: a loop, or thousands of them would exhaust the stack.
-    if (std::exchange(m_fillingSlots, true))
+    if (m_isHeld || std::exchange(m_fillingSlots, true))
         return;
     while (m_active.size() < slots && !m_waiting.empty()) {
         const UploadIds next = m_waiting.front();

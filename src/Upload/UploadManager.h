@@ -76,6 +76,10 @@ public:
     /// runs, and on with those that are not parked.
     void restoreFromJournal();
 
+    /// While it holds, nothing is sent; what comes waits.
+    void hold() { m_isHeld = true; }
+    void release();
+
     /// It has a slot.
     bool isRunning(const QUuid &entryId) const { return m_active.contains(entryId); }
     /// Nothing runs and nothing waits; parked uploads do not count.
@@ -122,6 +126,7 @@ private:
     std::set<QUuid> m_active;
     std::deque<UploadIds> m_waiting;
     bool m_fillingSlots = false;
+    bool m_isHeld = false;
     /// Found deleted in this run of the program.
     std::set<std::string> m_goneProjectIds;
     /// Captures whose side files are being written.
