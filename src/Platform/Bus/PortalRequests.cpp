@@ -3,6 +3,8 @@
 
 #include "Platform/Bus/PortalRequests.h"
 
+#include "Platform/Bus/PortalPart.h"
+#include "Platform/Bus/PortalPulse.h"
 #include "Support/Log.h"
 #include "Support/Sandbox.h"
 
@@ -20,11 +22,8 @@ namespace vantrell {
 
 namespace {
 
-const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString portalPrefix = QStringLiteral("org.freedesktop.portal.");
-/// Of what a desktop does for the portals.
-const QString partPrefix = QStringLiteral("org.freedesktop.impl.portal.");
 constexpr std::chrono::seconds callPatience(10);
 
 constexpr unsigned userCancelled = 1;
@@ -156,11 +155,13 @@ PortalRequests::ask(Request request, std::stop_token stop) {
         },
         // The call itself returns before the dialog opens, but a backend that starts up is slow.
         std::chrono::minutes(1));
+    const auto giveUp = [answered] {
+        answered.resolve(std::unexpected(Failure(portalError(PortalErrorCode::silent))));
+    };
     QTimer timer;
     timer.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, &timer, [answered] {
-        answered.resolve(std::unexpected(Failure(portalError(PortalErrorCode::silent))));
-    });
+    QObject::connect(&timer, &QTimer::timeout, &timer, giveUp);
+    const PortalPulse pulse(bus(), request.interface, giveUp);
     if (request.patience)
         timer.start(*request.patience);
     auto response = co_await answered.wait(stop);
@@ -174,7 +175,8 @@ PortalRequests::ask(Request request, std::stop_token stop) {
 }
 
 Task<std::expected<QVariantList, PortalRequests::Failure>>
-PortalRequests::callMethod(QString interface, QString member, QVariantList arguments, std::stop_token stop) {
+PortalRequests::callMethod(QString portal, QString interface, QString member, QVariantList arguments,
+                           std::stop_token stop) {
     const OneShot<std::expected<QVariantList, PlatformError>> answered;
     const BusClient::Call calling{portalPath, interface, member, arguments, true};
     m_client.call(
@@ -186,6 +188,9 @@ PortalRequests::callMethod(QString interface, QString member, QVariantList argum
                 answered.resolve(std::unexpected(portalErrorOf(answer.error())));
         },
         callPatience);
+    const PortalPulse pulse(bus(), portal, [answered] {
+        answered.resolve(std::unexpected(portalError(PortalErrorCode::silent)));
+    });
     auto answer = co_await answered.wait(stop);
     if (!answer)
         co_return std::unexpected(Failure(Cancelled{}));
@@ -196,13 +201,13 @@ PortalRequests::callMethod(QString interface, QString member, QVariantList argum
 
 Task<std::expected<QVariantList, PortalRequests::Failure>>
 PortalRequests::call(QString interface, QString member, QVariantList arguments, std::stop_token stop) {
-    return callMethod(portalPrefix + interface, std::move(member), std::move(arguments), stop);
+    return callMethod(interface, portalPrefix + interface, std::move(member), std::move(arguments), stop);
 }
 
 Task<std::expected<QVariantMap, PortalRequests::Failure>> PortalRequests::properties(QString interface,
                                                                                      std::stop_token stop) {
     const QVariantList arguments{portalPrefix + interface};
-    const auto answer = co_await callMethod(QStringLiteral("org.freedesktop.DBus.Properties"),
+    const auto answer = co_await callMethod(interface, QStringLiteral("org.freedesktop.DBus.Properties"),
                                             QStringLiteral("GetAll"), arguments, stop);
     if (!answer) {
         // The portals answer a question for an interface that they do not have with whatever error.
@@ -257,10 +262,10 @@ void PortalRequests::closeBehindPortals(const QString &session) {
     // The bus itself answers, and at once: this may be the last that the program does.
     const QStringList services = names->registeredServiceNames();
     for (const QString &service : services) {
-        if (!service.startsWith(partPrefix + QStringLiteral("desktop.")))
+        if (!service.startsWith(portalPartPrefix))
             continue;
         QDBusMessage close = QDBusMessage::createMethodCall(
-            service, session, partPrefix + QStringLiteral("Session"), QStringLiteral("Close"));
+            service, session, QStringLiteral("org.freedesktop.impl.portal.Session"), QStringLiteral("Close"));
         close.setAutoStartService(false);
         bus().send(close);
     }

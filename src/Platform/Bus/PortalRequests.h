@@ -64,7 +64,8 @@ public:
         QVariantList arguments;
         /// Without the request's own token.
         QVariantMap options;
-        /// Absent: it may open a dialog, which stays as long as its user likes.
+        /// How long a desktop may take that is slow. Absent: it may open a dialog, which stays as long as
+        /// its user likes. One that hangs is given up sooner.
         std::optional<std::chrono::milliseconds> patience = std::chrono::seconds(10);
         /// The asker closes its session when there is no answer, and the dialog goes with it. GNOME's part
         /// does not survive that both are closed.
@@ -103,8 +104,8 @@ public:
 private:
     using Response = std::expected<Answer, Failure>;
 
-    /// Of any interface of the portals' object.
-    Task<std::expected<QVariantList, Failure>> callMethod(QString interface, QString member,
+    /// Of any interface of the portals' object, on behalf of that portal.
+    Task<std::expected<QVariantList, Failure>> callMethod(QString portal, QString interface, QString member,
                                                           QVariantList arguments, std::stop_token stop);
     void responded(const QDBusMessage &message);
     void serviceLost();

@@ -114,7 +114,8 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
     const QString path = portal->takeSession(*created);
     std::unique_ptr<ScreenCastSession> session(new ScreenCastSession(*portal, path));
 
-    PortalRequests::Request select{screenCast, QStringLiteral("SelectSources"), {}, {}};
+    // Some let their user choose at this point already.
+    PortalRequests::Request select{screenCast, QStringLiteral("SelectSources"), {}, {}, std::nullopt};
     const QVariant sessionPath = QVariant::fromValue(QDBusObjectPath(path));
     select.arguments = QVariantList{sessionPath};
     select.options.insert(QStringLiteral("types"), wanted);
