@@ -12,6 +12,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusError>
 #include <QDBusObjectPath>
+#include <QDBusServiceWatcher>
 #include <QTimer>
 
 #include <utility>
@@ -269,6 +270,16 @@ void PortalRequests::closeBehindPortals(const QString &session) {
         close.setAutoStartService(false);
         bus().send(close);
     }
+}
+
+void PortalRequests::onPartChanged(const QString &portal, std::function<void()> changed) {
+    m_parts = std::make_unique<QDBusServiceWatcher>(portalPartPrefix.chopped(1) + u'*', bus(),
+                                                    QDBusServiceWatcher::WatchForOwnerChange);
+    QObject::connect(m_parts.get(), &QDBusServiceWatcher::serviceOwnerChanged, m_parts.get(),
+                     [portal, told = std::move(changed)](const QString &part) {
+                         if (servesPortal(part, portal))
+                             told();
+                     });
 }
 
 void PortalRequests::onSignal(const QString &interface, const QString &member,

@@ -17,9 +17,12 @@
 #include <expected>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <stop_token>
 #include <variant>
+
+class QDBusServiceWatcher;
 
 namespace vantrell {
 
@@ -95,6 +98,10 @@ public:
     /// The portals have gone, and with them what they kept for us; casts that run may go on all the same.
     void onGone(std::function<void()> gone) { m_gone = std::move(gone); }
 
+    /// The desktop's own part that serves the portal has gone or come: it knows nothing of sessions that it
+    /// had, and the portals do not tell. Not out of a sandbox. One for each object.
+    void onPartChanged(const QString &portal, std::function<void()> changed);
+
     /// Signals of a portal.
     void onSignal(const QString &interface, const QString &member,
                   std::function<void(const QDBusMessage &)> handler);
@@ -122,6 +129,7 @@ private:
     };
     std::map<QString, Session> m_sessions;
     std::function<void()> m_gone;
+    std::unique_ptr<QDBusServiceWatcher> m_parts;
     BusClient m_client;
 };
 

@@ -100,6 +100,7 @@ PortalHotKeys::PortalHotKeys(QDBusConnection session, Options options)
         m_portal.closeSession(m_session);
         lost();
     });
+    m_portal.onPartChanged(hotKeyPortal, [this] { partChanged(); });
     m_portal.onSignal(hotKeyPortal, QStringLiteral("Activated"),
                       [this](const QDBusMessage &signal) { activated(signal); });
     m_portal.onSignal(hotKeyPortal, QStringLiteral("ShortcutsChanged"), [this](const QDBusMessage &signal) {
@@ -234,6 +235,14 @@ void PortalHotKeys::activated(const QDBusMessage &signal) {
     // A copy: it may destroy this object.
     const auto pressed = found->second.pressed;
     pressed();
+}
+
+void PortalHotKeys::partChanged() {
+    if (!m_session.isEmpty())
+        m_portal.closeSession(m_session);
+    else if (m_combinations.empty() || m_scope.active() > 0)
+        return;
+    lost();
 }
 
 void PortalHotKeys::lost() {

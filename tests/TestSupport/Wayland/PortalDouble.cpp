@@ -130,6 +130,13 @@ void PortalDouble::startPortal() {
     m_ground.startPortal("double", parts);
 }
 
+void PortalDouble::restart() {
+    m_bus.unregisterService(ownName);
+    m_hotKeySession.clear();
+    m_hotKeys.clear();
+    m_bus.registerService(ownName);
+}
+
 PortalDouble::~PortalDouble() {
     m_bus.unregisterObject(QStringLiteral("/org/freedesktop/portal/desktop"),
                            QDBusConnection::UnregisterTree);

@@ -49,6 +49,8 @@ public:
     Script script;
     /// Again, after the ground's portal was killed.
     void startPortal();
+    /// Begins anew, as after a crash: the portals stay.
+    void restart();
     /// Gives the answer that an open dialog was waiting for.
     void answer();
     bool isAsking() const { return m_pending.has_value(); }
