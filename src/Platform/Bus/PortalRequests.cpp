@@ -34,6 +34,14 @@ QVariantMap mapOf(const QVariant &value) {
                                              : value.toMap();
 }
 
+QString sessionIn(const QVariantMap &results) {
+    // Told as a path by some and as a string by others.
+    const QVariant handle = results.value(QStringLiteral("session_handle"));
+    return handle.metaType() == QMetaType::fromType<QDBusObjectPath>()
+               ? handle.value<QDBusObjectPath>().path()
+               : handle.toString();
+}
+
 /// The bus's own words for it are for developers.
 PlatformError portalErrorOf(const PlatformError &error) {
     if (error.domain != "dbus")
@@ -110,19 +118,26 @@ QString PortalRequests::newToken() {
     return QStringLiteral("vantrell%1_%2").arg(m_run).arg(++tokens);
 }
 
-QString PortalRequests::requestPath(const QString &token) const {
+QString PortalRequests::pathOf(const QString &kind, const QString &token) const {
     const QString sender = m_client.bus().baseService().mid(1).replace(u'.', u'_');
-    return portalPath + QStringLiteral("/request/") + sender + u'/' + token;
+    return portalPath + u'/' + kind + u'/' + sender + u'/' + token;
 }
 
 void PortalRequests::responded(const QDBusMessage &message) {
     const auto request = m_waiting.find(message.path());
     const QVariantList arguments = message.arguments();
-    if (request == m_waiting.end() || arguments.size() < 2)
+    if (arguments.size() < 2)
         return;
+    const Answer answer{mapOf(arguments[1])};
+    if (request == m_waiting.end()) {
+        // One that hung has come to itself.
+        if (m_unwanted.contains(sessionIn(answer.results)))
+            closeSession(takeSession(answer));
+        return;
+    }
     const unsigned code = arguments[0].toUInt();
     if (code == 0)
-        request->second.resolve(Answer{mapOf(arguments[1])});
+        request->second.resolve(answer);
     else if (code == userCancelled)
         request->second.resolve(std::unexpected(Failure(Cancelled{})));
     else
@@ -139,7 +154,7 @@ void PortalRequests::serviceLost() {
 Task<std::expected<PortalRequests::Answer, PortalRequests::Failure>>
 PortalRequests::ask(Request request, std::stop_token stop) {
     const QString token = newToken();
-    QString path = requestPath(token);
+    QString path = pathOf(QStringLiteral("request"), token);
     const OneShot<Response> answered;
     m_waiting.emplace(path, answered);
     QVariantMap options = request.options;
@@ -168,6 +183,9 @@ PortalRequests::ask(Request request, std::stop_token stop) {
     auto response = co_await answered.wait(stop);
     m_waiting.erase(path);
     const bool isOpen = !response || (!*response && std::holds_alternative<PlatformError>(response->error()));
+    const QString session = request.options.value(QStringLiteral("session_handle_token")).toString();
+    if (isOpen && !session.isEmpty())
+        m_unwanted.insert(pathOf(QStringLiteral("session"), session));
     if (isOpen && !request.goesWithSession)
         m_client.call({path, portalPrefix + QStringLiteral("Request"), QStringLiteral("Close"), {}, false});
     if (!response)
@@ -224,11 +242,8 @@ Task<std::expected<QVariantMap, PortalRequests::Failure>> PortalRequests::proper
 }
 
 QString PortalRequests::takeSession(const Answer &created) {
-    // Told as a path by some and as a string by others.
-    const QVariant handle = created.results.value(QStringLiteral("session_handle"));
-    const auto path = handle.metaType() == QMetaType::fromType<QDBusObjectPath>()
-                          ? handle.value<QDBusObjectPath>().path()
-                          : handle.toString();
+    const QString path = sessionIn(created.results);
+    m_unwanted.erase(path);
     m_sessions[path] = {};
     return path;
 }

@@ -19,6 +19,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stop_token>
 #include <variant>
 
@@ -118,7 +119,8 @@ private:
     void serviceLost();
     /// At the desktop's own part, where it goes by the same path.
     void closeBehindPortals(const QString &session);
-    QString requestPath(const QString &token) const;
+    /// Of what we asked for under that word, `kind` being "request" or "session".
+    QString pathOf(const QString &kind, const QString &token) const;
 
     const QString m_run;
     std::map<QString, OneShot<Response>> m_waiting;
@@ -128,6 +130,8 @@ private:
         bool isOrphan = false;
     };
     std::map<QString, Session> m_sessions;
+    /// Asked for, and given up before they were told of.
+    std::set<QString> m_unwanted;
     std::function<void()> m_gone;
     std::unique_ptr<QDBusServiceWatcher> m_parts;
     BusClient m_client;
