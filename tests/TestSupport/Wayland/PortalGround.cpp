@@ -57,6 +57,11 @@ void PortalGround::startPipeWire() {
         std::make_unique<ChildProcess>(std::vector<std::string>{"wireplumber"}, environment()));
 }
 
+void PortalGround::freezePipeWire() {
+    for (const auto &program : m_pipeWire)
+        program->signal(SIGSTOP);
+}
+
 void PortalGround::killPipeWire() {
     for (const auto &program : m_pipeWire)
         program->signal(SIGKILL);

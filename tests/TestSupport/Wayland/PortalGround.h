@@ -35,6 +35,8 @@ public:
     void killPortal();
     /// SIGSTOP, SIGCONT.
     void signalPortal(int number) const { m_portal->signal(number); }
+    /// It answers no more.
+    void freezePipeWire();
     void killPipeWire();
     void startPipeWire();
 
