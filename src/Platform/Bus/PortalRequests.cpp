@@ -177,7 +177,9 @@ PortalRequests::ask(Request request, std::stop_token stop) {
     QTimer timer;
     timer.setSingleShot(true);
     QObject::connect(&timer, &QTimer::timeout, &timer, giveUp);
-    const PortalPulse pulse(bus(), request.interface, giveUp);
+    std::optional<PortalPulse> pulse;
+    if (request.isUrgent)
+        pulse.emplace(bus(), request.interface, giveUp);
     if (request.patience)
         timer.start(*request.patience);
     auto response = co_await answered.wait(stop);

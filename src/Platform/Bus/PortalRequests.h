@@ -69,8 +69,10 @@ public:
         /// Without the request's own token.
         QVariantMap options;
         /// How long a desktop may take that is slow. Absent: it may open a dialog, which stays as long as
-        /// its user likes. One that hangs is given up sooner.
+        /// its user likes.
         std::optional<std::chrono::milliseconds> patience = std::chrono::seconds(10);
+        /// Somebody waits for the answer: a desktop that hangs is given up.
+        bool isUrgent = true;
         /// The asker closes its session when there is no answer, and the dialog goes with it. GNOME's part
         /// does not survive that both are closed.
         bool goesWithSession = false;
