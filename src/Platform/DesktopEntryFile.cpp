@@ -43,19 +43,20 @@ std::string plainValue(const std::filesystem::path &path) {
 
 } // namespace
 
-std::optional<std::map<std::string, std::string>> readDesktopEntryFile(const std::filesystem::path &file) {
+std::optional<std::map<std::string, std::string>> readDesktopEntryFile(const std::filesystem::path &file,
+                                                                       const std::string &group) {
     std::ifstream stream(file);
     if (!stream)
         return std::nullopt;
     std::map<std::string, std::string> keys;
-    bool inMainGroup = false;
+    bool isInGroup = false;
     for (std::string line; std::getline(stream, line);) {
         if (line.starts_with('[')) {
-            inMainGroup = line.starts_with("[Desktop Entry]");
+            isInGroup = line.starts_with('[' + group + ']');
             continue;
         }
         const std::size_t equals = line.find('=');
-        if (!inMainGroup || equals == std::string::npos || equals == 0)
+        if (!isInGroup || equals == std::string::npos || equals == 0)
             continue;
         const std::string key = line.substr(0, line.find_last_not_of(' ', equals - 1) + 1);
         keys[key] = QString::fromStdString(line.substr(equals + 1)).trimmed().toStdString();

@@ -10,9 +10,11 @@
 
 namespace vantrell {
 
-/// The keys of a desktop entry's main group with their values as they are written, names of languages
-/// included ("Name[de]"). None when there is no such file. Blocks on the disk.
-std::optional<std::map<std::string, std::string>> readDesktopEntryFile(const std::filesystem::path &file);
+/// The keys of a desktop entry's main group, or of another in a file of that kind, with their values as they
+/// are written, names of languages included ("Name[de]"). None when there is no such file. Blocks on the
+/// disk.
+std::optional<std::map<std::string, std::string>>
+readDesktopEntryFile(const std::filesystem::path &file, const std::string &group = "Desktop Entry");
 
 /// The program's own desktop entry, which starts `program` with `arguments` (words without blanks, field
 /// codes among them).

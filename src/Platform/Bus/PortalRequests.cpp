@@ -3,6 +3,8 @@
 
 #include "Platform/Bus/PortalRequests.h"
 
+#include "Platform/Bus/PortalPart.h"
+#include "Platform/Bus/PortalPulse.h"
 #include "Support/Log.h"
 #include "Support/Sandbox.h"
 
@@ -10,6 +12,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusError>
 #include <QDBusObjectPath>
+#include <QDBusServiceWatcher>
 #include <QTimer>
 
 #include <utility>
@@ -20,11 +23,8 @@ namespace vantrell {
 
 namespace {
 
-const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString portalPrefix = QStringLiteral("org.freedesktop.portal.");
-/// Of what a desktop does for the portals.
-const QString partPrefix = QStringLiteral("org.freedesktop.impl.portal.");
 constexpr std::chrono::seconds callPatience(10);
 
 constexpr unsigned userCancelled = 1;
@@ -32,6 +32,14 @@ constexpr unsigned userCancelled = 1;
 QVariantMap mapOf(const QVariant &value) {
     return value.canConvert<QDBusArgument>() ? qdbus_cast<QVariantMap>(value.value<QDBusArgument>())
                                              : value.toMap();
+}
+
+QString sessionIn(const QVariantMap &results) {
+    // Told as a path by some and as a string by others.
+    const QVariant handle = results.value(QStringLiteral("session_handle"));
+    return handle.metaType() == QMetaType::fromType<QDBusObjectPath>()
+               ? handle.value<QDBusObjectPath>().path()
+               : handle.toString();
 }
 
 /// The bus's own words for it are for developers.
@@ -110,19 +118,26 @@ QString PortalRequests::newToken() {
     return QStringLiteral("vantrell%1_%2").arg(m_run).arg(++tokens);
 }
 
-QString PortalRequests::requestPath(const QString &token) const {
+QString PortalRequests::pathOf(const QString &kind, const QString &token) const {
     const QString sender = m_client.bus().baseService().mid(1).replace(u'.', u'_');
-    return portalPath + QStringLiteral("/request/") + sender + u'/' + token;
+    return portalPath + u'/' + kind + u'/' + sender + u'/' + token;
 }
 
 void PortalRequests::responded(const QDBusMessage &message) {
     const auto request = m_waiting.find(message.path());
     const QVariantList arguments = message.arguments();
-    if (request == m_waiting.end() || arguments.size() < 2)
+    if (arguments.size() < 2)
         return;
+    const Answer answer{mapOf(arguments[1])};
+    if (request == m_waiting.end()) {
+        // One that hung has come to itself.
+        if (m_unwanted.contains(sessionIn(answer.results)))
+            closeSession(takeSession(answer));
+        return;
+    }
     const unsigned code = arguments[0].toUInt();
     if (code == 0)
-        request->second.resolve(Answer{mapOf(arguments[1])});
+        request->second.resolve(answer);
     else if (code == userCancelled)
         request->second.resolve(std::unexpected(Failure(Cancelled{})));
     else
@@ -139,7 +154,7 @@ void PortalRequests::serviceLost() {
 Task<std::expected<PortalRequests::Answer, PortalRequests::Failure>>
 PortalRequests::ask(Request request, std::stop_token stop) {
     const QString token = newToken();
-    QString path = requestPath(token);
+    QString path = pathOf(QStringLiteral("request"), token);
     const OneShot<Response> answered;
     m_waiting.emplace(path, answered);
     QVariantMap options = request.options;
@@ -156,16 +171,23 @@ PortalRequests::ask(Request request, std::stop_token stop) {
         },
         // The call itself returns before the dialog opens, but a backend that starts up is slow.
         std::chrono::minutes(1));
+    const auto giveUp = [answered] {
+        answered.resolve(std::unexpected(Failure(portalError(PortalErrorCode::silent))));
+    };
     QTimer timer;
     timer.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, &timer, [answered] {
-        answered.resolve(std::unexpected(Failure(portalError(PortalErrorCode::silent))));
-    });
+    QObject::connect(&timer, &QTimer::timeout, &timer, giveUp);
+    std::optional<PortalPulse> pulse;
+    if (request.isUrgent)
+        pulse.emplace(bus(), request.interface, giveUp);
     if (request.patience)
         timer.start(*request.patience);
     auto response = co_await answered.wait(stop);
     m_waiting.erase(path);
     const bool isOpen = !response || (!*response && std::holds_alternative<PlatformError>(response->error()));
+    const QString session = request.options.value(QStringLiteral("session_handle_token")).toString();
+    if (isOpen && !session.isEmpty())
+        m_unwanted.insert(pathOf(QStringLiteral("session"), session));
     if (isOpen && !request.goesWithSession)
         m_client.call({path, portalPrefix + QStringLiteral("Request"), QStringLiteral("Close"), {}, false});
     if (!response)
@@ -174,7 +196,8 @@ PortalRequests::ask(Request request, std::stop_token stop) {
 }
 
 Task<std::expected<QVariantList, PortalRequests::Failure>>
-PortalRequests::callMethod(QString interface, QString member, QVariantList arguments, std::stop_token stop) {
+PortalRequests::callMethod(QString portal, QString interface, QString member, QVariantList arguments,
+                           std::stop_token stop) {
     const OneShot<std::expected<QVariantList, PlatformError>> answered;
     const BusClient::Call calling{portalPath, interface, member, arguments, true};
     m_client.call(
@@ -186,6 +209,9 @@ PortalRequests::callMethod(QString interface, QString member, QVariantList argum
                 answered.resolve(std::unexpected(portalErrorOf(answer.error())));
         },
         callPatience);
+    const PortalPulse pulse(bus(), portal, [answered] {
+        answered.resolve(std::unexpected(portalError(PortalErrorCode::silent)));
+    });
     auto answer = co_await answered.wait(stop);
     if (!answer)
         co_return std::unexpected(Failure(Cancelled{}));
@@ -196,13 +222,13 @@ PortalRequests::callMethod(QString interface, QString member, QVariantList argum
 
 Task<std::expected<QVariantList, PortalRequests::Failure>>
 PortalRequests::call(QString interface, QString member, QVariantList arguments, std::stop_token stop) {
-    return callMethod(portalPrefix + interface, std::move(member), std::move(arguments), stop);
+    return callMethod(interface, portalPrefix + interface, std::move(member), std::move(arguments), stop);
 }
 
 Task<std::expected<QVariantMap, PortalRequests::Failure>> PortalRequests::properties(QString interface,
                                                                                      std::stop_token stop) {
     const QVariantList arguments{portalPrefix + interface};
-    const auto answer = co_await callMethod(QStringLiteral("org.freedesktop.DBus.Properties"),
+    const auto answer = co_await callMethod(interface, QStringLiteral("org.freedesktop.DBus.Properties"),
                                             QStringLiteral("GetAll"), arguments, stop);
     if (!answer) {
         // The portals answer a question for an interface that they do not have with whatever error.
@@ -218,11 +244,8 @@ Task<std::expected<QVariantMap, PortalRequests::Failure>> PortalRequests::proper
 }
 
 QString PortalRequests::takeSession(const Answer &created) {
-    // Told as a path by some and as a string by others.
-    const QVariant handle = created.results.value(QStringLiteral("session_handle"));
-    const auto path = handle.metaType() == QMetaType::fromType<QDBusObjectPath>()
-                          ? handle.value<QDBusObjectPath>().path()
-                          : handle.toString();
+    const QString path = sessionIn(created.results);
+    m_unwanted.erase(path);
     m_sessions[path] = {};
     return path;
 }
@@ -257,13 +280,23 @@ void PortalRequests::closeBehindPortals(const QString &session) {
     // The bus itself answers, and at once: this may be the last that the program does.
     const QStringList services = names->registeredServiceNames();
     for (const QString &service : services) {
-        if (!service.startsWith(partPrefix + QStringLiteral("desktop.")))
+        if (!service.startsWith(portalPartPrefix))
             continue;
         QDBusMessage close = QDBusMessage::createMethodCall(
-            service, session, partPrefix + QStringLiteral("Session"), QStringLiteral("Close"));
+            service, session, QStringLiteral("org.freedesktop.impl.portal.Session"), QStringLiteral("Close"));
         close.setAutoStartService(false);
         bus().send(close);
     }
+}
+
+void PortalRequests::onPartChanged(const QString &portal, std::function<void()> changed) {
+    m_parts = std::make_unique<QDBusServiceWatcher>(portalPartPrefix.chopped(1) + u'*', bus(),
+                                                    QDBusServiceWatcher::WatchForOwnerChange);
+    QObject::connect(m_parts.get(), &QDBusServiceWatcher::serviceOwnerChanged, m_parts.get(),
+                     [portal, told = std::move(changed)](const QString &part) {
+                         if (servesPortal(part, portal))
+                             told();
+                     });
 }
 
 void PortalRequests::onSignal(const QString &interface, const QString &member,

@@ -17,9 +17,13 @@
 #include <expected>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
+#include <set>
 #include <stop_token>
 #include <variant>
+
+class QDBusServiceWatcher;
 
 namespace vantrell {
 
@@ -64,8 +68,11 @@ public:
         QVariantList arguments;
         /// Without the request's own token.
         QVariantMap options;
-        /// Absent: it may open a dialog, which stays as long as its user likes.
+        /// How long a desktop may take that is slow. Absent: it may open a dialog, which stays as long as
+        /// its user likes.
         std::optional<std::chrono::milliseconds> patience = std::chrono::seconds(10);
+        /// Somebody waits for the answer: a desktop that hangs is given up.
+        bool isUrgent = true;
         /// The asker closes its session when there is no answer, and the dialog goes with it. GNOME's part
         /// does not survive that both are closed.
         bool goesWithSession = false;
@@ -94,6 +101,10 @@ public:
     /// The portals have gone, and with them what they kept for us; casts that run may go on all the same.
     void onGone(std::function<void()> gone) { m_gone = std::move(gone); }
 
+    /// The desktop's own part that serves the portal has gone or come: it knows nothing of sessions that it
+    /// had, and the portals do not tell. Not out of a sandbox. One for each object.
+    void onPartChanged(const QString &portal, std::function<void()> changed);
+
     /// Signals of a portal.
     void onSignal(const QString &interface, const QString &member,
                   std::function<void(const QDBusMessage &)> handler);
@@ -103,14 +114,15 @@ public:
 private:
     using Response = std::expected<Answer, Failure>;
 
-    /// Of any interface of the portals' object.
-    Task<std::expected<QVariantList, Failure>> callMethod(QString interface, QString member,
+    /// Of any interface of the portals' object, on behalf of that portal.
+    Task<std::expected<QVariantList, Failure>> callMethod(QString portal, QString interface, QString member,
                                                           QVariantList arguments, std::stop_token stop);
     void responded(const QDBusMessage &message);
     void serviceLost();
     /// At the desktop's own part, where it goes by the same path.
     void closeBehindPortals(const QString &session);
-    QString requestPath(const QString &token) const;
+    /// Of what we asked for under that word, `kind` being "request" or "session".
+    QString pathOf(const QString &kind, const QString &token) const;
 
     const QString m_run;
     std::map<QString, OneShot<Response>> m_waiting;
@@ -120,7 +132,10 @@ private:
         bool isOrphan = false;
     };
     std::map<QString, Session> m_sessions;
+    /// Asked for, and given up before they were told of.
+    std::set<QString> m_unwanted;
     std::function<void()> m_gone;
+    std::unique_ptr<QDBusServiceWatcher> m_parts;
     BusClient m_client;
 };
 

@@ -43,7 +43,7 @@ const QString hotKeyPortal = QStringLiteral("GlobalShortcuts");
 /// Some desktops know the program by it, and keep what the user has assigned under it.
 const QString hotKeySession = QStringLiteral("vantrell_capture");
 constexpr auto reconnectDelay = 3000ms;
-constexpr int mostAttempts = 5;
+constexpr int mostAttempts = 10;
 /// The code of the error where the user has to bind keys himself.
 constexpr int byHandCode = 1;
 
@@ -63,6 +63,14 @@ QList<PortalShortcut> shortcutsIn(const QVariant &value) {
     if (!value.canConvert<QDBusArgument>())
         return value.value<QList<PortalShortcut>>();
     return qdbus_cast<QList<PortalShortcut>>(value.value<QDBusArgument>());
+}
+
+/// Of the session's name there can be but one: rather than that the answer to a question that was given up
+/// comes between a later one and its answer, a slow desktop is waited for.
+PortalRequests::Request patient(const QString &member) {
+    PortalRequests::Request request{hotKeyPortal, member, {}, {}, std::nullopt};
+    request.isUrgent = false;
+    return request;
 }
 
 /// Where the user finds the settings for keys.
@@ -100,6 +108,7 @@ PortalHotKeys::PortalHotKeys(QDBusConnection session, Options options)
         m_portal.closeSession(m_session);
         lost();
     });
+    m_portal.onPartChanged(hotKeyPortal, [this] { partChanged(); });
     m_portal.onSignal(hotKeyPortal, QStringLiteral("Activated"),
                       [this](const QDBusMessage &signal) { activated(signal); });
     m_portal.onSignal(hotKeyPortal, QStringLiteral("ShortcutsChanged"), [this](const QDBusMessage &signal) {
@@ -167,9 +176,7 @@ Task<std::expected<void, PortalRequests::Failure>> PortalHotKeys::bind(std::stop
     if (const auto known = co_await m_portal.properties(hotKeyPortal, stop); !known)
         co_return std::unexpected(known.error());
     // KDE 5.27 takes the combinations here and nowhere else; others do not look at them.
-    PortalRequests::Request opening;
-    opening.interface = hotKeyPortal;
-    opening.member = QStringLiteral("CreateSession");
+    PortalRequests::Request opening = patient(QStringLiteral("CreateSession"));
     opening.options = {{"session_handle_token", hotKeySession}, {"shortcuts", wishes()}};
     const auto opened = co_await m_portal.ask(opening, stop);
     if (!opened)
@@ -178,20 +185,14 @@ Task<std::expected<void, PortalRequests::Failure>> PortalHotKeys::bind(std::stop
     m_portal.onSessionClosed(m_session, [this] { lost(); });
 
     // To bind what is bound already opens the desktop's settings on some.
-    PortalRequests::Request listing;
-    listing.interface = hotKeyPortal;
-    listing.member = QStringLiteral("ListShortcuts");
+    PortalRequests::Request listing = patient(QStringLiteral("ListShortcuts"));
     listing.arguments = {QVariant::fromValue(QDBusObjectPath(m_session))};
     const auto listed = co_await m_portal.ask(listing, stop);
     if (listed && takeAssignments(listed->results.value(QStringLiteral("shortcuts"))))
         co_return std::expected<void, PortalRequests::Failure>();
 
-    PortalRequests::Request binding;
-    binding.interface = hotKeyPortal;
-    binding.member = QStringLiteral("BindShortcuts");
+    PortalRequests::Request binding = patient(QStringLiteral("BindShortcuts"));
     binding.arguments = {QVariant::fromValue(QDBusObjectPath(m_session)), wishes(), QString()};
-    // Its dialog stays as long as the user likes.
-    binding.patience = std::nullopt;
     const auto bound = co_await m_portal.ask(binding, stop);
     if (!bound)
         co_return std::unexpected(bound.error());
@@ -234,6 +235,14 @@ void PortalHotKeys::activated(const QDBusMessage &signal) {
     // A copy: it may destroy this object.
     const auto pressed = found->second.pressed;
     pressed();
+}
+
+void PortalHotKeys::partChanged() {
+    if (!m_session.isEmpty())
+        m_portal.closeSession(m_session);
+    else if (m_combinations.empty() || m_scope.active() > 0)
+        return;
+    lost();
 }
 
 void PortalHotKeys::lost() {

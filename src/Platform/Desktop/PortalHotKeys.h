@@ -60,6 +60,7 @@ private:
     bool takeAssignments(const QVariant &shortcuts);
     void fail(const PortalRequests::Failure &failure);
     void activated(const QDBusMessage &signal);
+    void partChanged();
     void lost();
 
     const Options m_options;

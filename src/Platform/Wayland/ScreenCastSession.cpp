@@ -98,10 +98,12 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
     // since naming a token uses it up.
     std::stop_source patience;
     bool isServerLost = false;
-    const std::stop_callback outer(stop, [&] { patience.request_stop(); });
-    const PipeWireWatch watch([&] {
+    // By a copy: this ends within the request, and takes its own along.
+    const auto giveUp = [&patience] { std::stop_source(patience).request_stop(); };
+    const std::stop_callback outer(stop, giveUp);
+    const PipeWireWatch watch([&isServerLost, giveUp] {
         isServerLost = true;
-        patience.request_stop();
+        giveUp();
     });
     if (!watch.isConnected() && !isSandboxed())
         co_return std::unexpected(serverLost());
@@ -114,7 +116,8 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
     const QString path = portal->takeSession(*created);
     std::unique_ptr<ScreenCastSession> session(new ScreenCastSession(*portal, path));
 
-    PortalRequests::Request select{screenCast, QStringLiteral("SelectSources"), {}, {}};
+    // Some let their user choose at this point already.
+    PortalRequests::Request select{screenCast, QStringLiteral("SelectSources"), {}, {}, std::nullopt};
     const QVariant sessionPath = QVariant::fromValue(QDBusObjectPath(path));
     select.arguments = QVariantList{sessionPath};
     select.options.insert(QStringLiteral("types"), wanted);

@@ -48,9 +48,11 @@ void WaylandScreenAccess::request() {
 
 Task<> WaylandScreenAccess::look(std::stop_token stop) {
     const auto offered = co_await m_portal.properties(QStringLiteral("ScreenCast"), stop);
-    if (!offered && std::holds_alternative<Cancelled>(offered.error()))
+    if (stop.stop_requested())
         co_return;
-    m_isPortalMissing = !offered;
+    // One that hangs is there: what is asked of it says so.
+    const auto *const error = offered ? nullptr : std::get_if<PlatformError>(&offered.error());
+    m_isPortalMissing = error && isPortalError(*error, PortalErrorCode::missing);
 }
 
 std::string WaylandScreenAccess::whatToDo() const {

@@ -128,7 +128,9 @@ Task<StillCapture::Result> WaylandStillCapture::captureArea(PixelRect area, std:
     // What the user has agreed to share is there without another question, and without the pointer.
     if (m_backend.isRemembered(*wanted, *displays)) {
         auto shared = co_await fromCast(*wanted, stop);
-        if (shared || std::holds_alternative<Cancelled>(shared.error()))
+        const auto *refusal = shared ? nullptr : std::get_if<PlatformError>(&shared.error());
+        // One that hangs does so for stills, too.
+        if (!refusal || isPortalError(*refusal, PortalErrorCode::silent))
             co_return shared;
     }
     const auto desktop = co_await wholeDesktop(stop);

@@ -36,7 +36,7 @@ protected:
     int m_changes = 0, m_areas = 0, m_toggles = 0;
 };
 
-TEST_F(PortalHotKeysTest, areWhatTheUserAssignedAndSurviveThePortal) {
+TEST_F(PortalHotKeysTest, areWhatTheUserAssignedAndSurviveThePortalAndItsPart) {
     start({.hasHotKeys = true}, "GNOME");
     EXPECT_EQ(m_keys->assigned(Key::digit7), "LOGO+SHIFT+7");
     EXPECT_FALSE(m_keys->problem());
@@ -46,11 +46,19 @@ TEST_F(PortalHotKeysTest, areWhatTheUserAssignedAndSurviveThePortal) {
     m_desktop->assign("capture-area", "F9");
     EXPECT_TRUE(eventually([this] { return m_keys->assigned(Key::digit7) == "F9"; }));
 
-    m_ground.killPortal();
-    m_desktop->startPortal();
-    EXPECT_TRUE(eventually([this] { return m_desktop->bindings() == 2; }));
-    EXPECT_TRUE(eventually([this] { return m_desktop->press("capture-area") && (settle(), m_areas > 0); }));
-    EXPECT_FALSE(m_keys->problem());
+    for (const bool isPart : {false, true}) {
+        if (isPart) {
+            m_desktop->restart();
+        } else {
+            m_ground.killPortal();
+            m_desktop->startPortal();
+        }
+        EXPECT_TRUE(eventually([&] { return m_desktop->bindings() == (isPart ? 3 : 2); }));
+        m_areas = 0;
+        EXPECT_TRUE(
+            eventually([this] { return m_desktop->press("capture-area") && (settle(), m_areas > 0); }));
+        EXPECT_FALSE(m_keys->problem());
+    }
 }
 
 TEST_F(PortalHotKeysTest, areNamedAsPlasmaHearsThem) {

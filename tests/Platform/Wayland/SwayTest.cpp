@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <set>
 
 using namespace std::chrono_literals;
@@ -132,6 +133,23 @@ TEST(Sway, isRecordedAtOnceThoughNothingMoves) {
         forEachPicture(run.movie(), [&](const MoviePicture &) { ++pictures; });
         EXPECT_GT(pictures, 0) << recording;
     }
+}
+
+TEST(Sway, isWaitedForWhileItsUserChoosesAndGivenUpWhenItHangs) {
+    // Longer than a portal may take for anything else.
+    SwaySession session({.choiceSeconds = 11});
+    WaylandCaptureBackend backend(session.bus().connection(), listWaylandDisplays);
+    EXPECT_TRUE(chosen(backend, {CaptureRequest::WholeDisplay{}}));
+
+    const double asked = hostNow();
+    session.ground().signalPortal(SIGSTOP);
+    const auto again = runTask(backend.choose({CaptureRequest::WholeDisplay{}}, {}));
+    ASSERT_FALSE(again);
+    EXPECT_EQ(std::get<PlatformError>(again.error()), portalError(PortalErrorCode::silent));
+    session.ground().signalPortal(SIGCONT);
+    session.freezeBackend();
+    EXPECT_FALSE(runTask(WaylandStillCapture(backend).captureArea({10, 20, 500, 100}, {})));
+    EXPECT_LT(hostNow() - asked, 18);
 }
 
 TEST(Sway, saysWhatIsMissingForRecordings) {

@@ -130,6 +130,19 @@ void PortalDouble::startPortal() {
     m_ground.startPortal("double", parts);
 }
 
+void PortalDouble::awake() {
+    script.hangs = false;
+    for (const QDBusMessage &message : std::exchange(m_held, {}))
+        handleMessage(message, m_bus);
+}
+
+void PortalDouble::restart() {
+    m_bus.unregisterService(ownName);
+    m_hotKeySession.clear();
+    m_hotKeys.clear();
+    m_bus.registerService(ownName);
+}
+
 PortalDouble::~PortalDouble() {
     m_bus.unregisterObject(QStringLiteral("/org/freedesktop/portal/desktop"),
                            QDBusConnection::UnregisterTree);
@@ -153,6 +166,10 @@ void PortalDouble::reply(const QDBusMessage &message, unsigned response, const Q
 }
 
 bool PortalDouble::handleMessage(const QDBusMessage &message, const QDBusConnection &) {
+    if (script.hangs) {
+        m_held.push_back(message);
+        return true;
+    }
     const QString member = message.member();
     const QVariantList arguments = message.arguments();
     if (member == QStringLiteral("GetAll")) {
@@ -172,6 +189,7 @@ bool PortalDouble::handleMessage(const QDBusMessage &message, const QDBusConnect
     } else if (message.interface() == hotKeyInterface) {
         return handleHotKeys(message);
     } else if (member == QStringLiteral("CreateSession")) {
+        ++m_opened;
         m_sessions.append(arguments.value(1).value<QDBusObjectPath>().path());
         reply(message, shared, {});
     } else if (member == QStringLiteral("SelectSources")) {

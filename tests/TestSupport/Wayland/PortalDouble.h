@@ -31,6 +31,8 @@ public:
         unsigned response = 0;
         /// Start is answered by `answer` and not before, whether a dialog is open or not.
         bool isSlow = false;
+        /// Nothing is answered until it awakes.
+        bool hangs = false;
         unsigned cursorModes = 7;
         unsigned sourceTypes = 7;
         /// Of the stream, in the compositor's units.
@@ -49,6 +51,12 @@ public:
     Script script;
     /// Again, after the ground's portal was killed.
     void startPortal();
+    /// Hangs no more, and catches up.
+    void awake();
+    /// What was asked meanwhile.
+    std::size_t held() const { return m_held.size(); }
+    /// Begins anew, as after a crash: the portals stay.
+    void restart();
     /// Gives the answer that an open dialog was waiting for.
     void answer();
     bool isAsking() const { return m_pending.has_value(); }
@@ -56,6 +64,8 @@ public:
     int dialogs() const { return m_dialogs; }
     /// The options of each SelectSources.
     const std::vector<QVariantMap> &selections() const { return m_selections; }
+    /// Sessions that were ever opened.
+    int opened() const { return m_opened; }
     /// Sessions that are open now.
     int sessions() const { return int(m_sessions.size()); }
     /// As the desktop's own indicator does.
@@ -82,7 +92,9 @@ private:
 
     PortalGround &m_ground;
     QDBusConnection m_bus;
+    std::vector<QDBusMessage> m_held;
     QStringList m_sessions;
+    int m_opened = 0;
     std::vector<QVariantMap> m_selections;
     std::optional<QDBusMessage> m_pending;
     int m_dialogs = 0;

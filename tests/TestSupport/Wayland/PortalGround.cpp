@@ -20,7 +20,8 @@ constexpr const char *permissionsName = "org.freedesktop.impl.portal.PermissionS
 
 PortalGround::PortalGround()
     : m_runtime("XDG_RUNTIME_DIR", m_folder.path()), m_remote("PIPEWIRE_REMOTE", "pipewire-0"),
-      m_settings("XDG_CONFIG_HOME", (m_folder / "config").string()) {
+      m_settings("XDG_CONFIG_HOME", (m_folder / "config").string()),
+      m_descriptions("XDG_DESKTOP_PORTAL_DIR", (m_folder / "portals").string()) {
     std::filesystem::permissions(m_folder.path(), std::filesystem::perms::owner_all);
     std::filesystem::create_directories(m_folder / "config");
     startPipeWire();
@@ -56,6 +57,11 @@ void PortalGround::startPipeWire() {
         std::make_unique<ChildProcess>(std::vector<std::string>{"wireplumber"}, environment()));
 }
 
+void PortalGround::freezePipeWire() {
+    for (const auto &program : m_pipeWire)
+        program->signal(SIGSTOP);
+}
+
 void PortalGround::killPipeWire() {
     for (const auto &program : m_pipeWire)
         program->signal(SIGKILL);
@@ -73,7 +79,6 @@ void PortalGround::startPortal(const std::string &backend, const std::vector<std
         << "[portal]\nDBusName=org.freedesktop.impl.portal.desktop." << backend << "\nInterfaces=" << all
         << "\nUseIn=" << backend << "\n";
     auto variables = environment();
-    variables.emplace_back("XDG_DESKTOP_PORTAL_DIR", folder);
     variables.emplace_back("XDG_CURRENT_DESKTOP", backend);
     m_portal = std::make_unique<ChildProcess>(
         std::vector<std::string>{"/usr/libexec/xdg-desktop-portal", "-v"}, variables);

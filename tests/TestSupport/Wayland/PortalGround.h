@@ -15,8 +15,8 @@
 namespace vantrell::testing {
 
 /// What a desktop's portals stand on: a session bus, PipeWire with its session manager, and the store of
-/// permissions, all of a test's own. While it lives this process finds that PipeWire and has its runtime
-/// folder. Main thread.
+/// permissions, all of a test's own. While it lives this process finds that PipeWire and the portals'
+/// descriptions, and has its runtime folder. Main thread.
 class PortalGround {
 public:
     PortalGround();
@@ -33,6 +33,10 @@ public:
     /// behind "org.freedesktop.impl.portal.".
     void startPortal(const std::string &backend, const std::vector<std::string> &interfaces);
     void killPortal();
+    /// SIGSTOP, SIGCONT.
+    void signalPortal(int number) const { m_portal->signal(number); }
+    /// It answers no more.
+    void freezePipeWire();
     void killPipeWire();
     void startPipeWire();
 
@@ -43,6 +47,7 @@ private:
     const ScopedEnvironment m_runtime;
     const ScopedEnvironment m_remote;
     const ScopedEnvironment m_settings;
+    const ScopedEnvironment m_descriptions;
     SessionBus m_bus;
     std::unique_ptr<ChildProcess> m_permissions;
     std::vector<std::unique_ptr<ChildProcess>> m_pipeWire;

@@ -87,8 +87,11 @@ void SwaySession::startSway() {
 void SwaySession::startBackend() {
     const std::filesystem::path folder = m_ground.folder() / "config/xdg-desktop-portal-wlr";
     std::filesystem::create_directories(folder);
-    std::ofstream(folder / "config")
-        << "[screencast]\noutput_name=HEADLESS-1\nchooser_type=none\nmax_fps=60\n";
+    const auto asks = m_options.choiceSeconds;
+    const std::string chooser =
+        asks ? "simple\nchooser_cmd=sleep " + std::to_string(*asks) + "; echo HEADLESS-1"
+             : "none\noutput_name=HEADLESS-1";
+    std::ofstream(folder / "config") << "[screencast]\nmax_fps=60\nchooser_type=" << chooser << "\n";
     auto variables = environment();
     variables.emplace_back("LD_PRELOAD", VANTRELL_SCREENCOPY_SHIM);
     const std::string plainly = std::string("exec ") + castBackend + " -r";

@@ -24,6 +24,8 @@ public:
         double scale = 1;
         /// The portal's part for sway notes what it sends.
         bool notesPictures = false;
+        /// The user is asked, and takes so long to choose.
+        std::optional<int> choiceSeconds;
     };
 
     explicit SwaySession(const Options &options);
