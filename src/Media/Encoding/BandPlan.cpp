@@ -126,7 +126,8 @@ std::optional<std::vector<BlockArea>> planBands(const BlockMap &touched) {
     for (const RowGroup &group : groupsOf(touched)) {
         const auto band = bandOf(group.top, group.bottom, touched);
         const bool fitsStrips = strips.size() + group.strips.size() <= mostStrips;
-        if (fitsStrips && (!band || costOf(group.strips, callCost + sliceCost) < callCost + sliceCost + band->count()))
+        if (fitsStrips &&
+            (!band || costOf(group.strips, callCost + sliceCost) < callCost + sliceCost + band->count()))
             strips.insert(strips.end(), group.strips.begin(), group.strips.end());
         else if (band)
             bands.push_back(*band);
