@@ -223,7 +223,7 @@ bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
     if (reconstruction().isNull())
         return false;
     auto bands = planBands(m_isScrolled ? notCopied() : m_touched);
-    if (!bands)
+    if (!bands || movesTooFar(*bands))
         return false;
     if (m_isHalving)
         halveLarge(*bands);
@@ -252,6 +252,12 @@ bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
     });
     ++m_picturesInBands;
     return true;
+}
+
+bool BandEncoder::movesTooFar(const std::vector<BlockArea> &bands) const {
+    return std::abs(m_scroll.distance()) > SmallEncoder::farthestMotion &&
+           std::ranges::any_of(
+               bands, [this](const BlockArea &band) { return touchedIn(band, m_touched) > mostOfLine; });
 }
 
 /// What changes in so few places is text or nearly: a film beside it does not blur it. A line of it is so few
@@ -363,6 +369,7 @@ void BandEncoder::writeUnencoded(int begin, int end) {
 
 std::expected<bool, PlatformError> BandEncoder::encodeWhole(const Nv12Frame &frame, int quantizer,
                                                             bool keyFrame) {
+    m_whole->expectMotion(m_scroll.distance());
     const auto run = [&](bool key) {
         m_hints.resize(m_touched.marks().size());
         std::ranges::transform(m_touched.marks(), m_hints.begin(), [](std::uint8_t mark) {

@@ -66,6 +66,8 @@ private:
     void remember(const BlockMap &changed, int quantizer, double seconds, bool isKey);
     /// False when the picture has to be encoded as a whole.
     bool encodeInBands(const Nv12Frame &frame, int quantizer);
+    /// Much in a band comes from further than its encoder looks: the whole picture's takes half the bytes.
+    bool movesTooFar(const std::vector<BlockArea> &bands) const;
     /// What is left to be encoded of a picture that is scrolled.
     const BlockMap &notCopied();
     /// What a picture that is scrolled is, where no band lies: fills `m_copied` and `m_distances`.

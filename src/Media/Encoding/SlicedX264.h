@@ -40,6 +40,8 @@ public:
     PixelSize size() const { return m_size; }
     /// The one that encoded last.
     const X264Instance &instance() const { return *m_instance; }
+    /// As X264Instance does.
+    void expectMotion(int distance) { m_instance->expectMotion(distance); }
 
     /// As X264Instance does.
     std::expected<X264Instance::Picture, PlatformError> encode(const Nv12Frame &frame,

@@ -32,6 +32,9 @@ struct StreamFacts {
 /// have there. Thread-bound.
 class SmallEncoder {
 public:
+    /// So many pixels beyond its edges it refers to.
+    static constexpr int farthestMotion = 24;
+
     /// Null when the library refuses or is laid out otherwise than expected. Takes 1 to 30 ms.
     static std::unique_ptr<SmallEncoder> create(const StreamFacts &stream, int columns, int rows);
 

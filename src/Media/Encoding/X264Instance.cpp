@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 #include <utility>
 
@@ -30,6 +31,10 @@ constexpr double wholeMovingShare = 0.75;
 constexpr int picturesThatTell = 20;
 /// A page keeps what differs little and its letters stay sharp: next to no time, and bytes that are there.
 constexpr int finerStepsOfPages = 3;
+/// What moves further than this from one picture to the next is found by good luck only, or never, which
+/// takes up to five times the bytes. To look further costs no time where it is found.
+constexpr int foundMotion = 12;
+constexpr int nearRange = 16;
 /// A thread of the encoder waits for a core like all others.
 constexpr std::chrono::seconds longestFinishing(2);
 
@@ -132,24 +137,36 @@ void X264Instance::warmUp(int pictures) {
         (void)encode(nothing, {}, hints, QuantizerControl::finestOfKeyFrames, i == 0);
 }
 
+void X264Instance::expectMotion(int distance) {
+    m_expectedMotion = std::abs(distance) > foundMotion ? std::abs(distance) : 0;
+}
+
 void X264Instance::chooseTools(std::ptrdiff_t blocks, int quantizer) {
-    const double share = double(blocks) / (m_reconstruction.columns * m_reconstruction.rows);
-    const bool saved = m_picturesOfPart > 0;
-    const bool saves = share > leastMovingShare && share < (saved ? wholeMovingShare : mostMovingShare);
-    m_picturesOfPart = saves ? m_picturesOfPart + 1 : 0;
-    const bool skips = m_picturesOfPart > picturesThatTell && quantizer <= QuantizerControl::finest;
-    const bool isPage = saves && quantizer > QuantizerControl::finest;
-    if (saves == saved && skips == m_skipsEarly && isPage == m_isPage)
+    Tools tools{.motion = m_expectedMotion};
+    if (m_options.savesInPart) {
+        const double share = double(blocks) / (m_reconstruction.columns * m_reconstruction.rows);
+        tools.saves =
+            share > leastMovingShare && share < (m_tools.saves ? wholeMovingShare : mostMovingShare);
+        m_picturesOfPart = tools.saves ? m_picturesOfPart + 1 : 0;
+        tools.skipsEarly = m_picturesOfPart > picturesThatTell && quantizer <= QuantizerControl::finest;
+        tools.isPage = tools.saves && quantizer > QuantizerControl::finest;
+    }
+    if (tools == m_tools)
         return;
+    // All at once: of two wishes before a picture the library forgets the first.
     x264_param_t parameters;
     x264_encoder_parameters(m_encoder.get(), &parameters);
-    parameters.analyse.b_transform_8x8 = !saves;
-    parameters.analyse.b_dct_decimate = saves && !isPage;
-    parameters.analyse.b_fast_pskip = skips;
+    if (m_options.savesInPart) {
+        parameters.analyse.b_transform_8x8 = !tools.saves;
+        parameters.analyse.b_dct_decimate = tools.saves && !tools.isPage;
+        parameters.analyse.b_fast_pskip = tools.skipsEarly;
+    }
+    // This one looks half as far upwards and downwards as to the sides.
+    parameters.analyse.i_me_method = tools.motion > 0 ? X264_ME_UMH : X264_ME_DIA;
+    parameters.analyse.i_me_range = tools.motion > 0 ? 2 * tools.motion + nearRange / 2 : nearRange;
     // Refused, it only goes on as before.
     x264_encoder_reconfig(m_encoder.get(), &parameters);
-    m_skipsEarly = skips;
-    m_isPage = isPage;
+    m_tools = tools;
 }
 
 void X264Instance::expectMargin() {
@@ -177,9 +194,9 @@ std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const N
                                                                          const BlockArea &place,
                                                                          std::vector<std::uint8_t> &hints,
                                                                          int quantizer, bool isKey) {
-    if (m_options.savesInPart && !isKey)
+    if (!m_options.isPart && !isKey)
         chooseTools(std::ranges::count(hints, std::uint8_t(0)), quantizer);
-    if (m_isPage && !isKey)
+    if (m_tools.isPage && !isKey)
         quantizer -= finerStepsOfPages;
     x264_picture_t picture;
     x264_picture_init(&picture);

@@ -56,6 +56,9 @@ public:
     /// then believed, since it is encoded as finely as can be.
     void warmUp(int pictures);
 
+    /// Much of the next picture is what lay so many pixels above or below: it is looked for there too.
+    void expectMotion(int distance);
+
     /// Encodes the part of `frame` whose upper left macroblock `place` names; as large as this encoder's
     /// picture. `hints`: for each macroblock `constantHint` or 0; only those that are as in the picture
     /// before may be constant. Afterwards those are that were left as they had been reconstructed before.
@@ -75,6 +78,19 @@ public:
     const Options &options() const { return m_options; }
 
 private:
+    /// What changes from picture to picture.
+    struct Tools {
+        /// A part moves.
+        bool saves = false;
+        bool skipsEarly = false;
+        /// The part has so much in it that it is letters, or nearly.
+        bool isPage = false;
+        /// What is looked for far away, in pixels; zero while nothing is.
+        int motion = 0;
+
+        bool operator==(const Tools &) const = default;
+    };
+
     X264Instance(const Options &options, X264Ptr encoder);
     bool learnParameters();
     /// A picture is about to come of which so many macroblocks are to be encoded.
@@ -90,9 +106,8 @@ private:
     std::int64_t m_pictures = 0;
     /// Pictures in a row in which a part moves.
     int m_picturesOfPart = 0;
-    bool m_skipsEarly = false;
-    /// The part has so much in it that it is letters, or nearly.
-    bool m_isPage = false;
+    Tools m_tools;
+    int m_expectedMotion = 0;
     ReconstructedPicture m_reconstruction;
     /// Where the encoder puts its pictures by turns, as far as it has shown; only if it works in slices.
     std::vector<ReconstructedPicture> m_places;
