@@ -261,19 +261,21 @@ bool BandEncoder::movesTooFar(const std::vector<BlockArea> &bands) const {
 }
 
 /// What changes in so few places is text or nearly: a film beside it does not blur it. A line of it is so few
-/// bits that it is made as fine at once as it would be a moment later; but not where a page leaves the
-/// screen.
+/// bits that it is made as fine at once as it would be a moment later; of a page that is scrolled, where it
+/// comes into sight, since all is copied from there. Where it leaves the screen it has no future.
 int BandEncoder::quantizerOf(const BlockArea &band, int quantizer) const {
-    if (m_isScrolled && !isPassedOn(band))
+    const bool isDown = m_scroll.distance() > 0;
+    const bool isPassedOn = hasCopies(band, isDown ? band.row - 1 : band.bottom());
+    const bool hasOrigin = hasCopies(band, isDown ? band.bottom() : band.row - 1);
+    if (m_isScrolled && !isPassedOn)
         return quantizer;
-    if (band.rows <= rowsOfLine && touchedIn(band, m_touched) <= mostOfLine)
+    if (!hasOrigin && band.rows <= rowsOfLine && touchedIn(band, m_touched) <= mostOfLine)
         return std::min(quantizer, QuantizerControl::atRest);
     return band.rows == 1 ? std::min(quantizer, QuantizerControl::finest) : quantizer;
 }
 
-bool BandEncoder::isPassedOn(const BlockArea &band) const {
-    const int row = m_scroll.distance() > 0 ? band.row - 1 : band.bottom();
-    if (row < 0 || row >= m_copied.rows())
+bool BandEncoder::hasCopies(const BlockArea &band, int row) const {
+    if (!m_isScrolled || row < 0 || row >= m_copied.rows())
         return false;
     for (int column = band.column; column < band.right(); ++column)
         if (m_copied.isMarked(column, row))

@@ -72,8 +72,8 @@ private:
     const BlockMap &notCopied();
     /// What a picture that is scrolled is, where no band lies: fills `m_copied` and `m_distances`.
     void copyBetween(const std::vector<BlockArea> &bands);
-    /// Rows beside it, on the side to which all moves, are copies: what is in it is passed on.
-    bool isPassedOn(const BlockArea &band) const;
+    /// The picture is scrolled, and in that row copies lie beside the band.
+    bool hasCopies(const BlockArea &band, int row) const;
     int quantizerOf(const BlockArea &band, int quantizer) const;
     /// By one thread or two; why one of them failed.
     std::optional<PlatformError> encodeAll(const std::vector<SmallEncoder *> &encoders,

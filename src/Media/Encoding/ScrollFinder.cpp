@@ -24,7 +24,7 @@ constexpr int mostUnlike = 1024;
 /// The error that remains in a copy, as of what was encoded at the coarsest quantizer: of each pixel. Colours
 /// lie between two rows at every other distance and blur a little each time.
 constexpr int mostSquaredError = 8;
-constexpr int mostSquaredColourError = 10;
+constexpr int mostSquaredColourError = 14;
 constexpr int mostPause = 4;
 
 BlockPixels blockOf(const std::uint8_t *plane, std::ptrdiff_t stride, int column, int top) {

@@ -126,6 +126,33 @@ TEST(BandEncoder, goesOnWithAKeyFrameAndOneEncoderOnceABandFails) {
     EXPECT_GT(witness.encoder->picturesInBands(), 0);
 }
 
+TEST(BandEncoder, takesFewBitsForWhatIsScrolledFar) {
+    // Coloured letters at an odd distance: copies would blur, so an encoder has to find where they lay.
+    const PixelSize size{640, 480};
+    Witness witness(size);
+    Nv12Frame frame(size);
+    BlockMap changed(size);
+    changed.markAll();
+    const auto noise = [](int x, int y) { return std::uint32_t(x * 7919 + y * 104729) * 2654435761U >> 24; };
+    std::vector<std::size_t> sizes;
+    for (int i = 0; i < 6; ++i) {
+        const int top = i < 2 ? i * 5000 : 5000 + (i - 1) * 39;
+        for (int y = 0; y < size.height; ++y) {
+            std::uint8_t *luma = frame.luma() + y * frame.stride();
+            std::uint8_t *chroma = frame.chroma() + y / 2 * frame.stride();
+            for (int x = 0; x < size.width; ++x) {
+                luma[x] = std::uint8_t(40 + noise(x / 4, (top + y) / 4) * 3 / 4);
+                chroma[x] = std::uint8_t(64 + noise(x / 16 * 2 + x % 2, (top + y) / 24) / 4);
+            }
+        }
+        const auto encoded = witness.encoder->encode(frame, changed, i * 1500, i == 0);
+        ASSERT_TRUE(witness.agrees(encoded, i == 0)) << i;
+        sizes.push_back(encoded->data.size());
+    }
+    EXPECT_EQ(witness.encoder->blocksCopied(), 0);
+    EXPECT_LT(sizes[5], sizes[1] / 2) << ::testing::PrintToString(sizes);
+}
+
 double squaredError(const BandEncoder &encoder, const Nv12Frame &frame) {
     const ReconstructedPicture &made = encoder.reconstruction();
     double sum = 0;
