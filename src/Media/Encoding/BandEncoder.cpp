@@ -255,7 +255,7 @@ bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
 }
 
 bool BandEncoder::movesTooFar(const std::vector<BlockArea> &bands) const {
-    return std::abs(m_scroll.distance()) > SmallEncoder::farthestMotion &&
+    return m_scroll.isMostScrolled() && std::abs(m_scroll.distance()) > SmallEncoder::farthestMotion &&
            std::ranges::any_of(
                bands, [this](const BlockArea &band) { return touchedIn(band, m_touched) > mostOfLine; });
 }

@@ -47,6 +47,7 @@ ScrollFinder::ScrollFinder(PixelSize picture, int most) : m_most(most), m_copies
 bool ScrollFinder::find(const Nv12Frame &frame, const ReconstructedPicture &before, const BlockMap &changed) {
     m_copies.clear();
     m_same.clear();
+    m_isMostScrolled = false;
     if (before.isNull() || changed.count() < fewestChanged)
         return false;
     if (m_pause > 0) {
@@ -65,6 +66,7 @@ bool ScrollFinder::find(const Nv12Frame &frame, const ReconstructedPicture &befo
         }
     }
     m_misses = 0;
+    m_isMostScrolled = 3 * probesThatAgree(frame, before, m_distance) >= 2 * int(m_probes.size());
     for (int row = 0; row < changed.rows(); ++row) {
         if (!changed.anyInRow(row) || !isWithin(before, row, m_distance))
             continue;

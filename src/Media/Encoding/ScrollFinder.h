@@ -29,6 +29,8 @@ public:
     /// So many pixels of luma further down (up, if negative) lay in the picture before what is now in
     /// `copies()`.
     int distance() const { return m_distance; }
+    /// Most of what changed lay there, whether or not it is a copy good enough.
+    bool isMostScrolled() const { return m_isMostScrolled; }
     /// The changed blocks that are copies, but for differences that are not worth their bits.
     const BlockMap &copies() const { return m_copies; }
     /// Unchanged blocks beside them that are the same at `distance()`, to the last bit.
@@ -52,6 +54,7 @@ private:
 
     const int m_most;
     int m_distance = 0;
+    bool m_isMostScrolled = false;
     BlockMap m_copies;
     BlockMap m_same;
     std::vector<Probe> m_probes;
