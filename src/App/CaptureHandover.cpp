@@ -29,12 +29,17 @@ void CaptureHandover::deliver(std::shared_ptr<const CaptureResult> capture, std:
         m_taken.insert(file);
     UploadRun &uploads = m_services.uploads;
     const QUuid card = shelfId ? *shelfId : uploads.shelf().add(capture);
-    if (m_services.account.isPaired())
+    if (mayUpload())
         uploads.manager().enqueue(std::move(capture), m_services.settings.selectedProjectId(), card);
     else
         uploads.manager().keep(std::move(capture), card, connectFirst);
     if (!recoverable.empty())
         m_scope.start(this, &CaptureHandover::forgetWhenSafe, std::move(file), std::move(recoverable), layer);
+}
+
+bool CaptureHandover::mayUpload() const {
+    // What is held waits for the keyring, which may still give out the key.
+    return m_services.account.isPaired() || m_services.uploads.manager().isHeld();
 }
 
 Task<> CaptureHandover::forgetWhenSafe(std::filesystem::path file, std::filesystem::path recoverable,
@@ -66,7 +71,7 @@ void CaptureHandover::retry(const ShelfItem &item) {
         m_scope.start(this, &CaptureHandover::recover, unrecovered->first);
     else if (!item.capture)
         shelf.update(item.id, ShelfItem::Failed{nothingToUpload});
-    else if (!m_services.account.isPaired())
+    else if (!mayUpload())
         shelf.update(item.id, ShelfItem::Failed{connectFirst});
     else if (!project)
         shelf.update(item.id, ShelfItem::NeedsProject{});

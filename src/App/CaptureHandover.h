@@ -62,6 +62,7 @@ public:
     void offerRecovered(std::set<std::filesystem::path> taken);
 
 private:
+    bool mayUpload() const;
     Task<> forgetWhenSafe(std::filesystem::path file, std::filesystem::path recoverable, RecordingLayer layer,
                           std::stop_token stop);
     Task<> recoverAll(std::stop_token stop);

@@ -10,6 +10,7 @@
 #include "Platform/DisplayLayout.h"
 #include "Recording/DiskSpace.h"
 #include "Recording/RecordingRecovery.h"
+#include "Session/SavedCapture.h"
 #include "Support/BlockingWork.h"
 #include "Support/Log.h"
 
@@ -85,16 +86,27 @@ std::optional<RecordingFlow::Picked> RecordingFlow::requestOf(const SelectionOut
 void RecordingFlow::startRecording(SelectionOutcome outcome, bool skipCountdown) {
     if (isRecording() || m_isStartingRecording || outcome.isCancelled())
         return;
-    if (const auto enough = checkFreeDiskSpace(CaptureStorage::directory()); !enough) {
+    const std::filesystem::path folder = CaptureStorage::directory();
+    if (const auto writable = prepareFolder(folder); !writable)
+        return failStart(writable.error().description());
+    if (const auto enough = checkFreeDiskSpace(folder); !enough) {
         qCCritical(logCapture, "record start refused: low disk space");
-        const QUuid card = m_services.shelf.addProcessing(recordingCard);
-        m_services.shelf.update(card, ShelfItem::Failed{description(enough.error())});
-        return;
+        return showFailedStart(description(enough.error()));
     }
     m_activeRecordingOutcome = outcome;
     m_isStartingRecording = true;
     changed();
     m_startScope.start(this, &RecordingFlow::start, std::move(outcome), skipCountdown);
+}
+
+void RecordingFlow::failStart(const std::string &why) {
+    qCCritical(logCapture, "record start failed: %s", why.c_str());
+    showFailedStart(why);
+}
+
+void RecordingFlow::showFailedStart(const std::string &why) {
+    const QUuid card = m_services.shelf.addProcessing(recordingCard);
+    m_services.shelf.update(card, ShelfItem::Failed{why});
 }
 
 Task<> RecordingFlow::start(SelectionOutcome outcome, bool skipCountdown, std::stop_token stop) {
@@ -105,9 +117,7 @@ Task<> RecordingFlow::start(SelectionOutcome outcome, bool skipCountdown, std::s
         m_hudState.reset();
         m_services.ui.hideHUD();
         if (!std::holds_alternative<Cancelled>(begun.error())) {
-            qCCritical(logCapture, "record start failed: %s", description(begun.error()).c_str());
-            const QUuid card = m_services.shelf.addProcessing(recordingCard);
-            m_services.shelf.update(card, ShelfItem::Failed{description(begun.error())});
+            failStart(description(begun.error()));
         } else if (!stop.stop_requested() && onStartCancelled) {
             onStartCancelled();
         }

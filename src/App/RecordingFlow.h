@@ -94,6 +94,8 @@ private:
     };
     static std::optional<Picked> requestOf(const SelectionOutcome &outcome);
 
+    void failStart(const std::string &why);
+    void showFailedStart(const std::string &why);
     Task<> start(SelectionOutcome outcome, bool skipCountdown, std::stop_token stop);
     Task<std::expected<void, Failure>> begin(SelectionOutcome outcome, bool skipCountdown,
                                              std::stop_token stop);

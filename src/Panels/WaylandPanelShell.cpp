@@ -86,12 +86,20 @@ QRect WaylandPanelShell::room(const QScreen &screen) const {
     const QRect whole = screen.geometry();
     if (!m_hasLayers)
         return screen.availableGeometry();
-    // The compositor tells how much room there is, not where: what is missing may be on either side.
-    QSize &room = m_rooms[&screen];
-    if (room.isEmpty()) {
-        room = probeRoom(m_link, screen);
+    QRect &room = m_rooms[&screen];
+    if (room.isEmpty() || !whole.contains(room)) {
+        room = askForRoom(screen);
         m_roomsAge.start();
     }
+    return room;
+}
+
+QRect WaylandPanelShell::askForRoom(const QScreen &screen) const {
+    const QRect whole = screen.geometry();
+    const QSize room = probeRoom(m_link, screen);
+    if (room == whole.size())
+        return m_plasma.of(screen).value_or(whole);
+    // The compositor tells how much room there is, not where: what is missing may be on either side.
     const int across = std::clamp(whole.width() - room.width(), 0, whole.width() / 4);
     const int down = std::clamp(whole.height() - room.height(), 0, whole.height() / 4);
     return whole.adjusted(across, down, -across, -down);

@@ -6,9 +6,10 @@
 #include "Panels/LayerDrag.h"
 #include "Panels/LayerOrder.h"
 #include "Panels/PanelShell.h"
+#include "Panels/PlasmaRooms.h"
 
 #include <QPointer>
-#include <QSize>
+#include <QRect>
 #include <QTimer>
 
 #include <map>
@@ -46,6 +47,7 @@ public:
     void sync() override;
 
 private:
+    QRect askForRoom(const QScreen &screen) const;
     void lendToMenusOf(QWidget &panel, QMenu &menu);
     void pruneBorrowers();
     void keepWithBorrower(const QWindow *now);
@@ -54,8 +56,9 @@ private:
     WaylandLink &m_link;
     const bool m_hasLayers;
     /// How much room the screens have, for as long as that is likely to be true.
-    mutable std::map<const QScreen *, QSize> m_rooms;
+    mutable std::map<const QScreen *, QRect> m_rooms;
     mutable QTimer m_roomsAge;
+    mutable PlasmaRooms m_plasma;
     LayerOrder m_order;
     LayerDrag m_drag;
     /// Who has borrowed the keyboard; the last one has it.
