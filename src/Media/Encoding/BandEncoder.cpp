@@ -217,6 +217,7 @@ std::expected<std::optional<EncodedFrame>, PlatformError> BandEncoder::refine(co
     if (!findCoarse(seconds))
         return std::nullopt;
     m_isScrolled = false;
+    m_scroll.forget();
     const auto isKey = encodeTouched(frame, QuantizerControl::atRest, false);
     if (!isKey)
         return std::unexpected(isKey.error());
@@ -382,7 +383,8 @@ void BandEncoder::writeUnencoded(int begin, int end) {
 
 std::expected<bool, PlatformError> BandEncoder::encodeWhole(const Nv12Frame &frame, int quantizer,
                                                             bool keyFrame) {
-    m_whole->expectMotion(m_scroll.distance());
+    // Of what was scrolled before nothing follows: to look that far costs time where nothing is found.
+    m_whole->expectMotion(m_scroll.isMostScrolled() ? m_scroll.distance() : 0);
     const auto run = [&](bool key) {
         m_hints.resize(m_touched.marks().size());
         std::ranges::transform(m_touched.marks(), m_hints.begin(), [](std::uint8_t mark) {

@@ -81,6 +81,11 @@ bool ScrollFinder::find(const Nv12Frame &frame, const ReconstructedPicture &befo
     return true;
 }
 
+void ScrollFinder::forget() {
+    m_isMostScrolled = false;
+    m_distance = 0;
+}
+
 void ScrollFinder::chooseProbes(const Nv12Frame &frame, const BlockMap &changed) {
     m_probes.clear();
     // Spread over all that changed; more than are wanted, since many show nothing.

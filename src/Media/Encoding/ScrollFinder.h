@@ -16,7 +16,7 @@ namespace vantrell {
 /// scrolled, lines of a terminal. Not thread-safe.
 class ScrollFinder {
 public:
-    /// Where less blocks changed there is little to save.
+    /// Where fewer blocks changed there is little to save.
     static constexpr int fewestChanged = 128;
 
     /// `most`: pixels of luma that a motion vector may span.
@@ -25,6 +25,9 @@ public:
     /// Looks for where the changed blocks of `frame` come from in `before`, which is what a decoder shows.
     /// True when there are copies enough.
     bool find(const Nv12Frame &frame, const ReconstructedPicture &before, const BlockMap &changed);
+
+    /// The next picture is none that `find` has seen.
+    void forget();
 
     /// So many pixels of luma further down (up, if negative) lay in the picture before what is now in
     /// `copies()`.
