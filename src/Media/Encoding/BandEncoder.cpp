@@ -250,7 +250,7 @@ bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
     writeSlices(encoders);
     // Only now: each of them referred to what its neighbours were before.
     if (m_isScrolled)
-        reconstruction().copyFromBelow(m_copied, m_scroll.distance());
+        reconstructCopies();
     for (const SmallEncoder *encoder : encoders)
         encoder->reconstructIn(reconstruction());
     std::ranges::copy_if(*bands, std::back_inserter(m_finished), [&](const BlockArea &band) {
@@ -306,7 +306,21 @@ void BandEncoder::copyBetween(const std::vector<BlockArea> &bands) {
         const int distance = m_copied.marks()[i] ? m_scroll.distance() : 0;
         m_distances[i] = m_scroll.same().marks()[i] ? CopySlices::anyDistance : std::int16_t(distance);
     }
+    for (const ScrollFinder::Paper &paper : m_scroll.papers()) {
+        if (m_copied.isMarked(paper.column, paper.row))
+            m_distances[std::size_t(paper.row * m_copied.columns() + paper.column)] =
+                std::int16_t(paper.distance);
+    }
     m_blocksCopied += m_copied.count();
+}
+
+void BandEncoder::reconstructCopies() {
+    reconstruction().copyFromBelow(m_copied, m_scroll.distance());
+    // From wherever it was copied, it is this colour.
+    for (const ScrollFinder::Paper &paper : m_scroll.papers()) {
+        if (m_copied.isMarked(paper.column, paper.row))
+            reconstruction().fill(paper.column, paper.row, paper.colour);
+    }
 }
 
 std::optional<PlatformError> BandEncoder::encodeAll(const std::vector<SmallEncoder *> &encoders,
@@ -363,7 +377,9 @@ void BandEncoder::writeUnencoded(int begin, int end) {
     if (!m_isScrolled)
         return skip(begin, end);
     const std::span gap(m_distances.data() + begin, std::size_t(end - begin));
-    const auto moves = [this](std::int16_t distance) { return distance == m_scroll.distance(); };
+    const auto moves = [](std::int16_t distance) {
+        return distance != 0 && distance != CopySlices::anyDistance;
+    };
     const auto first = std::ranges::find_if(gap, moves);
     if (first == gap.end())
         return skip(begin, end);
@@ -377,7 +393,8 @@ void BandEncoder::writeUnencoded(int begin, int end) {
     const int to = behind >= much ? end - int(behind) : end;
     skip(begin, from);
     m_copies.append(m_data, m_stream->layout, from,
-                    gap.subspan(std::size_t(from - begin), std::size_t(to - from)), m_frameNumber);
+                    gap.subspan(std::size_t(from - begin), std::size_t(to - from)), m_scroll.distance(),
+                    m_frameNumber);
     skip(to, end);
 }
 

@@ -72,6 +72,7 @@ private:
     const BlockMap &notCopied();
     /// What a picture that is scrolled is, where no band lies: fills `m_copied` and `m_distances`.
     void copyBetween(const std::vector<BlockArea> &bands);
+    void reconstructCopies();
     /// The picture is scrolled, and in that row copies lie beside the band.
     bool hasCopies(const BlockArea &band, int row) const;
     int quantizerOf(const BlockArea &band, int quantizer) const;

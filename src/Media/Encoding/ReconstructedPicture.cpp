@@ -3,6 +3,7 @@
 
 #include "Media/Encoding/ReconstructedPicture.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 #include <vector>
@@ -129,6 +130,20 @@ void ReconstructedPicture::copyFromBelow(const BlockMap &blocks, int distance) c
     } else {
         for (int row = rows - 1; row >= 0; --row)
             copyRow(row);
+    }
+}
+
+void ReconstructedPicture::fill(int column, int row, PlainColour colour) const {
+    const int left = column * blockEdge - (column == 0 ? margin : 0);
+    const int right = (column + 1) * blockEdge + (column + 1 == columns ? margin : 0);
+    const int top = row * blockEdge - (row == 0 ? margin : 0);
+    const int bottom = (row + 1) * blockEdge + (row + 1 == rows ? margin : 0);
+    for (int y = top; y < bottom; ++y)
+        std::fill_n(luma + y * lumaStride + left, right - left, colour.luma);
+    for (int y = top / 2; y < bottom / 2; ++y) {
+        std::uint8_t *to = chroma + y * chromaStride;
+        for (int x = left; x < right; x += int(sizeof colour.chroma))
+            std::memcpy(to + x, &colour.chroma, sizeof colour.chroma);
     }
 }
 

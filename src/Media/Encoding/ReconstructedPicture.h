@@ -4,6 +4,7 @@
 #pragma once
 
 #include "Media/Encoding/BlockArea.h"
+#include "Media/Encoding/PlainColour.h"
 #include "Support/BlockMap.h"
 
 #include <cstddef>
@@ -38,6 +39,9 @@ struct ReconstructedPicture {
     /// Makes the marked blocks what lies `distance` pixels of luma further down, which is in the picture, and
     /// the margin beside them to match.
     void copyFromBelow(const BlockMap &blocks, int distance) const;
+
+    /// Fills a block, and the margin beside it, with one colour.
+    void fill(int column, int row, PlainColour colour) const;
 };
 
 } // namespace vantrell

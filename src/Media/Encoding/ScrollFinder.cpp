@@ -26,6 +26,9 @@ constexpr int mostUnlike = 1024;
 constexpr int mostSquaredError = 8;
 constexpr int mostSquaredColourError = 14;
 constexpr int mostPause = 4;
+/// Pixels around where a copy lies, and in a picture the blocks that may be looked for in vain.
+constexpr int farthestPaper = 120;
+constexpr int mostPapersMissed = 40;
 
 BlockPixels blockOf(const std::uint8_t *plane, std::ptrdiff_t stride, int column, int top) {
     return {plane + top * stride + std::ptrdiff_t(column) * blockEdge, stride};
@@ -47,6 +50,8 @@ ScrollFinder::ScrollFinder(PixelSize picture, int most) : m_most(most), m_copies
 bool ScrollFinder::find(const Nv12Frame &frame, const ReconstructedPicture &before, const BlockMap &changed) {
     m_copies.clear();
     m_same.clear();
+    m_papers.clear();
+    m_papersMissed = 0;
     m_isMostScrolled = false;
     if (before.isNull() || changed.count() < fewestChanged)
         return false;
@@ -67,14 +72,7 @@ bool ScrollFinder::find(const Nv12Frame &frame, const ReconstructedPicture &befo
     }
     m_misses = 0;
     m_isMostScrolled = 3 * probesThatAgree(frame, before, m_distance) >= 2 * int(m_probes.size());
-    for (int row = 0; row < changed.rows(); ++row) {
-        if (!changed.anyInRow(row) || !isWithin(before, row, m_distance))
-            continue;
-        for (int column = 0; column < changed.columns(); ++column) {
-            if (changed.isMarked(column, row) && isCopy(frame, before, column, row))
-                m_copies.markBlock(column, row);
-        }
-    }
+    findCopies(frame, before, changed);
     if (m_copies.count() < fewestCopies)
         return false;
     findSame(before, changed);
@@ -149,19 +147,67 @@ int ScrollFinder::searched(const Nv12Frame &frame, const ReconstructedPicture &b
     return most != votes.end() && most->second >= enough ? most->first : 0;
 }
 
-bool ScrollFinder::isCopy(const Nv12Frame &frame, const ReconstructedPicture &before, int column,
-                          int row) const {
+void ScrollFinder::findCopies(const Nv12Frame &frame, const ReconstructedPicture &before,
+                              const BlockMap &changed) {
+    for (int row = 0; row < changed.rows(); ++row) {
+        if (!changed.anyInRow(row) || !isWithin(before, row, m_distance))
+            continue;
+        for (int column = 0; column < changed.columns(); ++column) {
+            if (!changed.isMarked(column, row))
+                continue;
+            const auto error = errorOfCopy(frame, before, column, row);
+            if (!error)
+                continue;
+            m_copies.markBlock(column, row);
+            if (*error > 0 && m_papersMissed < mostPapersMissed)
+                findPaper(frame, before, column, row);
+        }
+    }
+}
+
+std::optional<int> ScrollFinder::errorOfCopy(const Nv12Frame &frame, const ReconstructedPicture &before,
+                                             int column, int row) const {
     constexpr int lumaPixels = blockEdge * blockEdge;
     const int top = row * blockEdge;
-    if (squaredDifference(blockOf(frame.luma(), frame.stride(), column, top),
-                          blockOf(before.luma, before.lumaStride, column, top + m_distance)) >
-        lumaPixels * mostSquaredError)
-        return false;
+    const int luma = squaredDifference(blockOf(frame.luma(), frame.stride(), column, top),
+                                       blockOf(before.luma, before.lumaStride, column, top + m_distance));
+    if (luma > lumaPixels * mostSquaredError)
+        return std::nullopt;
     // Half as many rows: of an odd distance they lie between two.
     const int colourTop = (top + m_distance) >> 1;
-    return squaredChromaDifference(blockOf(frame.chroma(), frame.stride(), column, top / 2),
-                                   blockOf(before.chroma, before.chromaStride, column, colourTop),
-                                   m_distance % 2 != 0) <= lumaPixels / 2 * mostSquaredColourError;
+    const int chroma = squaredChromaDifference(blockOf(frame.chroma(), frame.stride(), column, top / 2),
+                                               blockOf(before.chroma, before.chromaStride, column, colourTop),
+                                               m_distance % 2 != 0);
+    if (chroma > lumaPixels / 2 * mostSquaredColourError)
+        return std::nullopt;
+    return luma + chroma;
+}
+
+/// Traces of one level are invisible, but copied along they would remain for as long as the page moves.
+void ScrollFinder::findPaper(const Nv12Frame &frame, const ReconstructedPicture &before, int column,
+                             int row) {
+    const int top = row * blockEdge;
+    const auto colour = PlainColour::of(blockOf(frame.luma(), frame.stride(), column, top),
+                                        blockOf(frame.chroma(), frame.stride(), column, top / 2));
+    if (!colour)
+        return;
+    const auto isCleanAt = [&](int distance) {
+        return std::abs(distance) <= m_most && isWithin(before, row, distance) &&
+               colour->fills(blockOf(before.luma, before.lumaStride, column, top + distance),
+                             blockOf(before.chroma, before.chromaStride, column, (top + distance) >> 1),
+                             blockEdge / 2 + std::abs(distance % 2));
+    };
+    const auto found = [&](int distance) { m_papers.push_back({column, row, distance, *colour}); };
+    // What is where its neighbour is costs no bits.
+    const bool hasNeighbour = !m_papers.empty() && m_papers.back().row == row;
+    if (hasNeighbour && isCleanAt(m_papers.back().distance))
+        return found(m_papers.back().distance);
+    for (int away = 1; away <= farthestPaper; ++away) {
+        for (const int distance : {m_distance + away, m_distance - away})
+            if (isCleanAt(distance))
+                return found(distance);
+    }
+    ++m_papersMissed;
 }
 
 /// Paper between letters, mostly. Where it may come from here or from there it costs nothing to say.

@@ -3,11 +3,12 @@
 
 #pragma once
 
+#include "Media/Encoding/PlainColour.h"
 #include "Media/Encoding/ReconstructedPicture.h"
 #include "Media/Picture/Nv12Frame.h"
 #include "Support/BlockMap.h"
 
-#include <span>
+#include <optional>
 #include <vector>
 
 namespace vantrell {
@@ -16,6 +17,15 @@ namespace vantrell {
 /// scrolled, lines of a terminal. Not thread-safe.
 class ScrollFinder {
 public:
+    /// A block of one colour.
+    struct Paper {
+        int column;
+        int row;
+        /// So many pixels of luma further down lay nothing but this colour.
+        int distance;
+        PlainColour colour;
+    };
+
     /// Where fewer blocks changed there is little to save.
     static constexpr int fewestChanged = 128;
 
@@ -38,6 +48,9 @@ public:
     const BlockMap &copies() const { return m_copies; }
     /// Unchanged blocks beside them that are the same at `distance()`, to the last bit.
     const BlockMap &same() const { return m_same; }
+    /// Of the copies, those of one colour that at `distance()` show traces of the letters that were encoded
+    /// beside it, and elsewhere none.
+    const std::vector<Paper> &papers() const { return m_papers; }
 
 private:
     /// A block whose origin can be told: there is something in it.
@@ -51,7 +64,11 @@ private:
     int probesThatAgree(const Nv12Frame &frame, const ReconstructedPicture &before, int distance) const;
     /// Zero when there is none.
     int searched(const Nv12Frame &frame, const ReconstructedPicture &before) const;
-    bool isCopy(const Nv12Frame &frame, const ReconstructedPicture &before, int column, int row) const;
+    void findCopies(const Nv12Frame &frame, const ReconstructedPicture &before, const BlockMap &changed);
+    /// How unlike the block is to its copy, in squares; nothing when it is worth the bits.
+    std::optional<int> errorOfCopy(const Nv12Frame &frame, const ReconstructedPicture &before, int column,
+                                   int row) const;
+    void findPaper(const Nv12Frame &frame, const ReconstructedPicture &before, int column, int row);
     void findSame(const ReconstructedPicture &before, const BlockMap &changed);
     bool isSame(const ReconstructedPicture &before, int column, int row) const;
 
@@ -60,6 +77,8 @@ private:
     bool m_isMostScrolled = false;
     BlockMap m_copies;
     BlockMap m_same;
+    std::vector<Paper> m_papers;
+    int m_papersMissed = 0;
     std::vector<Probe> m_probes;
     /// Searches in a row that found nothing, and pictures until the next one.
     int m_misses = 0;

@@ -74,7 +74,7 @@ CopySlices::Neighbours CopySlices::neighboursOf(int index, int column, int colum
 }
 
 void CopySlices::append(std::vector<std::uint8_t> &stream, const StreamLayout &layout, int firstBlock,
-                        std::span<const std::int16_t> distances, std::uint32_t frameNumber) {
+                        std::span<const std::int16_t> distances, int usual, std::uint32_t frameNumber) {
     for (const auto &[index, slope, offset] : starts)
         m_contexts[std::size_t(index)] = CabacContext::initial(slope, offset, copyQuantizer);
     m_encoder = {};
@@ -86,8 +86,10 @@ void CopySlices::append(std::vector<std::uint8_t> &stream, const StreamLayout &l
     for (int i = 0; i <= last; ++i) {
         const Neighbours around = neighboursOf(i, (firstBlock + i) % layout.columns, layout.columns);
         const int skipped = skippedMotion(around);
-        const std::int16_t distance = distances[std::size_t(i)];
-        Block block{.motion = distance == anyDistance ? skipped : distance * quartersOfPixel};
+        std::int16_t distance = distances[std::size_t(i)];
+        if (distance == anyDistance)
+            distance = skipped == usual * quartersOfPixel ? std::int16_t(usual) : std::int16_t(0);
+        Block block{.motion = distance * quartersOfPixel};
         block.isSkipped = block.motion == skipped;
         if (!block.isSkipped)
             block.difference = block.motion - predictedMotion(around);

@@ -17,13 +17,13 @@ namespace vantrell {
 /// (P_L0_16x16 and P_Skip without a residual). Not thread-safe.
 class CopySlices {
 public:
-    /// A macroblock that is the same wherever it is copied from.
+    /// A macroblock that is the same whether it is copied or not.
     static constexpr std::int16_t anyDistance = INT16_MIN;
 
     /// Appends such a slice of as many macroblocks as `distances`, at least one: each is a copy of what lay
-    /// so many pixels of luma further down. All that are not zero are the same.
+    /// so many pixels of luma further down, most of them `usual` or zero.
     void append(std::vector<std::uint8_t> &stream, const StreamLayout &layout, int firstBlock,
-                std::span<const std::int16_t> distances, std::uint32_t frameNumber);
+                std::span<const std::int16_t> distances, int usual, std::uint32_t frameNumber);
 
 private:
     /// What those behind it need to know of a macroblock. Motion is in quarters of a pixel, downwards.

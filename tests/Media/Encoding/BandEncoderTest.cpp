@@ -153,6 +153,36 @@ TEST(BandEncoder, takesFewBitsForWhatIsScrolledFar) {
     EXPECT_LT(sizes[5], sizes[1] / 2) << ::testing::PrintToString(sizes);
 }
 
+TEST(BandEncoder, leavesNoTracesOfLettersOnPaperThatIsScrolled) {
+    const PixelSize size{1280, 720};
+    Witness witness(size);
+    TrialScreen screen(size, 9);
+    screen.openPage();
+    for (int i = 0; i < 60; ++i) {
+        if (i > 0)
+            screen.scrollPage(-7);
+        ASSERT_TRUE(witness.agrees(
+            witness.encoder->encode(screen.frame(), screen.changed(), i * 1500, i == 0), i == 0));
+    }
+    const Nv12Frame &frame = screen.frame();
+    const ReconstructedPicture &made = witness.encoder->reconstruction();
+    int plain = 0;
+    int clean = 0;
+    for (int i = 0; i < made.columns * made.rows; ++i) {
+        const int x = i % made.columns * blockEdge;
+        const int y = i / made.columns * blockEdge;
+        const auto colour = PlainColour::of({frame.luma() + y * frame.stride() + x, frame.stride()},
+                                            {frame.chroma() + y / 2 * frame.stride() + x, frame.stride()});
+        plain += colour.has_value();
+        clean += colour && colour->fills({made.luma + y * made.lumaStride + x, made.lumaStride},
+                                         {made.chroma + y / 2 * made.chromaStride + x, made.chromaStride},
+                                         blockEdge / 2);
+    }
+    EXPECT_GT(plain, 100);
+    // Where the page comes into sight letters are encoded, and traces with them.
+    EXPECT_GT(clean, plain * 2 / 3) << plain;
+}
+
 double squaredError(const BandEncoder &encoder, const Nv12Frame &frame) {
     const ReconstructedPicture &made = encoder.reconstruction();
     double sum = 0;
