@@ -26,10 +26,10 @@ constexpr double restOfFine = 0.6;
 /// Of a time that is kept as a float.
 constexpr double timeTolerance = 0.005;
 
-/// What the small encoders may take in all, as SmallEncoders reckons: of the whole picture, and besides. More
-/// than any plan asks for.
-constexpr double keptShare = 0.4;
+/// What the small encoders may take in all, as SmallEncoders reckons, besides a share of the whole picture
+/// that is nearly what a plan may ask for: more than any plan does.
 constexpr int fewestKept = 4000;
+constexpr double neverAsked = 0.1;
 
 /// What is typed lies across no more rows of blocks and changes no more of them.
 constexpr int rowsOfLine = 3;
@@ -47,6 +47,10 @@ constexpr int rowsApart = 4;
 
 /// Macroblocks for which it pays to wake another thread.
 constexpr int muchWork = 300;
+
+int mostKept(int blocks) {
+    return int(blocks * (worthwhileShare(blocks) - neverAsked)) + fewestKept;
+}
 
 int touchedIn(const BlockArea &band, const BlockMap &touched) {
     int count = 0;
@@ -115,8 +119,7 @@ bool BandEncoder::usesBands() {
         m_mayUseBands = m_options.mayUseBands();
         if (m_mayUseBands == true)
             m_small = std::make_unique<SmallEncoders>(
-                *m_stream, m_options.makeSmall, int(double(m_coarseness.size()) * keptShare) + fewestKept,
-                m_options.preparation);
+                *m_stream, m_options.makeSmall, mostKept(int(m_coarseness.size())), m_options.preparation);
     }
     return m_small != nullptr;
 }
@@ -251,7 +254,7 @@ bool BandEncoder::encodeInBands(const Nv12Frame &frame, int quantizer) {
     // Only now: each of them referred to what its neighbours were before.
     if (m_isScrolled)
         reconstructCopies();
-    for (const SmallEncoder *encoder : encoders)
+    for (SmallEncoder *encoder : encoders)
         encoder->reconstructIn(reconstruction());
     std::ranges::copy_if(*bands, std::back_inserter(m_finished), [&](const BlockArea &band) {
         return quantizerOf(band, quantizer) <= QuantizerControl::atRest;
@@ -264,6 +267,13 @@ bool BandEncoder::movesTooFar(const std::vector<BlockArea> &bands) const {
     return m_scroll.isMostScrolled() && std::abs(m_scroll.distance()) > SmallEncoder::farthestMotion &&
            std::ranges::any_of(
                bands, [this](const BlockArea &band) { return touchedIn(band, m_touched) > mostOfLine; });
+}
+
+int BandEncoder::expectedMotion() const {
+    // What is left beside copies is new, and of what was scrolled before nothing follows: to look that far
+    // costs time where nothing is found.
+    const bool isMostCopied = m_isScrolled && 2 * m_copied.count() > m_touched.count();
+    return isMostCopied || !m_scroll.isMostScrolled() ? 0 : m_scroll.distance();
 }
 
 /// What changes in so few places is text or nearly: a film beside it does not blur it. A line of it is so few
@@ -327,10 +337,12 @@ std::optional<PlatformError> BandEncoder::encodeAll(const std::vector<SmallEncod
                                                     const std::vector<BlockArea> &bands,
                                                     const Nv12Frame &frame, int quantizer) {
     const double begin = hostNow();
+    const int motion = expectedMotion();
     std::array<std::optional<PlatformError>, 2> failures;
     const auto work = [&](std::size_t first, std::size_t last, std::optional<PlatformError> &failure) {
         for (std::size_t i = first; i < last && !failure; ++i) {
             const int own = quantizerOf(bands[i], quantizer);
+            encoders[i]->expectMotion(motion);
             const auto encoded = encoders[i]->encode(frame, bands[i], m_touched, own, reconstruction());
             if (!encoded)
                 failure = encoded.error();
@@ -400,8 +412,9 @@ void BandEncoder::writeUnencoded(int begin, int end) {
 
 std::expected<bool, PlatformError> BandEncoder::encodeWhole(const Nv12Frame &frame, int quantizer,
                                                             bool keyFrame) {
-    // Of what was scrolled before nothing follows: to look that far costs time where nothing is found.
-    m_whole->expectMotion(m_scroll.isMostScrolled() ? m_scroll.distance() : 0);
+    if (m_small)
+        m_small->outdate();
+    m_whole->expectMotion(expectedMotion());
     const auto run = [&](bool key) {
         m_hints.resize(m_touched.marks().size());
         std::ranges::transform(m_touched.marks(), m_hints.begin(), [](std::uint8_t mark) {

@@ -68,6 +68,8 @@ private:
     bool encodeInBands(const Nv12Frame &frame, int quantizer);
     /// Much in a band comes from further than its encoder looks: the whole picture's takes half the bytes.
     bool movesTooFar(const std::vector<BlockArea> &bands) const;
+    /// Upwards or downwards, of what is left to be encoded of the present picture.
+    int expectedMotion() const;
     /// What is left to be encoded of a picture that is scrolled.
     const BlockMap &notCopied();
     /// What a picture that is scrolled is, where no band lies: fills `m_copied` and `m_distances`.

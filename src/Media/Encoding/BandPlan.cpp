@@ -18,8 +18,11 @@ constexpr int callCost = 75;
 /// Of the bytes that a strip's slice and the one behind it begin with, and of what rows that do not see each
 /// other lose.
 constexpr int sliceCost = 75;
-/// Bands that cost more than that of the whole picture are not worth their copies and their memory.
-constexpr double worthwhileShare = 0.5;
+/// Bands that cost more than that of the whole picture are not worth their copies; those of large ones not
+/// their memory either.
+constexpr double mostShare = 0.75;
+constexpr double mostShareOfLarge = 0.5;
+constexpr int largeBlocks = 10000;
 constexpr std::size_t mostStrips = 16;
 
 // Encoders are kept for each shape, so that there are few.
@@ -120,6 +123,10 @@ bool joinOverlapping(std::vector<BlockArea> &bands, const BlockMap &picture) {
 
 } // namespace
 
+double worthwhileShare(int blocks) {
+    return blocks > largeBlocks ? mostShareOfLarge : mostShare;
+}
+
 std::optional<std::vector<BlockArea>> planBands(const BlockMap &touched) {
     std::vector<BlockArea> bands;
     std::vector<BlockArea> strips;
@@ -142,7 +149,8 @@ std::optional<std::vector<BlockArea>> planBands(const BlockMap &touched) {
             bands, [&](const BlockArea &band) { return strip.row >= band.row && strip.row < band.bottom(); });
     });
     bands.insert(bands.end(), strips.begin(), strips.end());
-    if (costOf(bands, callCost) > worthwhileShare * (callCost + touched.columns() * touched.rows()))
+    const int blocks = touched.columns() * touched.rows();
+    if (costOf(bands, callCost) > worthwhileShare(blocks) * (callCost + blocks))
         return std::nullopt;
     std::ranges::sort(bands, [](const BlockArea &a, const BlockArea &b) {
         return a.row != b.row ? a.row < b.row : a.column < b.column;

@@ -17,4 +17,7 @@ namespace vantrell {
 /// when the picture is better encoded as a whole.
 std::optional<std::vector<BlockArea>> planBands(const BlockMap &touched);
 
+/// Of a picture of so many macroblocks, what its bands may be together.
+double worthwhileShare(int blocks);
+
 } // namespace vantrell

@@ -43,6 +43,16 @@ void forEachRow(const PlanePair &planes, const BlockArea &place, const PixelSpan
                 std::size_t(span.right - span.left));
 }
 
+void fillSpan(const ReconstructedPicture &small, const ReconstructedPicture &whole, const BlockArea &place,
+              const PixelSpan &span) {
+    const auto copy = [](std::uint8_t *to, const std::uint8_t *from, std::size_t bytes) {
+        std::memcpy(to, from, bytes);
+    };
+    forEachRow({{small.luma, small.lumaStride, 1}, {whole.luma, whole.lumaStride, 1}}, place, span, copy);
+    forEachRow({{small.chroma, small.chromaStride, 2}, {whole.chroma, whole.chromaStride, 2}}, place, span,
+               copy);
+}
+
 /// The marked blocks of a row, as places and ends of runs in bytes of a plane's row, margin included.
 std::vector<std::pair<int, int>> runsOf(const BlockMap &blocks, int row) {
     constexpr int margin = ReconstructedPicture::margin;
@@ -70,12 +80,18 @@ void mean(std::uint8_t *row, const std::uint8_t *one, const std::uint8_t *other,
 
 void ReconstructedPicture::fillFrom(const ReconstructedPicture &whole, const BlockArea &place,
                                     int around) const {
-    const PixelSpan everything{-around, -around, columns * blockEdge + around, rows * blockEdge + around};
-    const auto copy = [](std::uint8_t *small, const std::uint8_t *from, std::size_t bytes) {
-        std::memcpy(small, from, bytes);
-    };
-    forEachRow({{luma, lumaStride, 1}, {whole.luma, whole.lumaStride, 1}}, place, everything, copy);
-    forEachRow({{chroma, chromaStride, 2}, {whole.chroma, whole.chromaStride, 2}}, place, everything, copy);
+    fillSpan(*this, whole, place,
+             {-around, -around, columns * blockEdge + around, rows * blockEdge + around});
+}
+
+void ReconstructedPicture::fillMarginFrom(const ReconstructedPicture &whole, const BlockArea &place,
+                                          int around) const {
+    const int right = columns * blockEdge;
+    const int bottom = rows * blockEdge;
+    fillSpan(*this, whole, place, {-around, -around, right + around, 0});
+    fillSpan(*this, whole, place, {-around, 0, 0, bottom});
+    fillSpan(*this, whole, place, {right, 0, right + around, bottom});
+    fillSpan(*this, whole, place, {-around, bottom, right + around, bottom + around});
 }
 
 void ReconstructedPicture::writeTo(const ReconstructedPicture &whole, const BlockArea &place,

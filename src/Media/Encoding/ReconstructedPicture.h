@@ -32,6 +32,9 @@ struct ReconstructedPicture {
     /// picture's size, and around it.
     void fillFrom(const ReconstructedPicture &whole, const BlockArea &place, int around = margin) const;
 
+    /// Only its margin, which the encoder has made of its own edge.
+    void fillMarginFrom(const ReconstructedPicture &whole, const BlockArea &place, int around = margin) const;
+
     /// The other way round: writes the part of this picture that lies at `part` of `whole` there, and the
     /// margin where it is at the edge of `whole`. `place` is where this picture lies.
     void writeTo(const ReconstructedPicture &whole, const BlockArea &place, const BlockArea &part) const;

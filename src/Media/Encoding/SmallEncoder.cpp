@@ -60,8 +60,9 @@ std::unique_ptr<SmallEncoder> SmallEncoder::create(const StreamFacts &stream, in
     auto instance = X264Instance::open({.size = {columns * blockEdge, rows * blockEdge},
                                         .isFast = stream.isFast,
                                         .dropsSmallDifferences = stream.isFast && !isForText,
-                                        .isPart = true,
+                                        .partOf = stream.layout.columns * stream.layout.rows,
                                         .isForText = isForText,
+                                        .savesInPart = !stream.isFast && !isForText,
                                         .level = stream.level});
     if (!instance || instance->pictureParameters() != stream.pictureParameters)
         return nullptr;
@@ -79,6 +80,7 @@ std::expected<void, PlatformError> SmallEncoder::encode(const Nv12Frame &frame, 
                                                         const ReconstructedPicture &whole) {
     if (place.columns != columns() || place.rows != rows() || !hasMargins(whole))
         return std::unexpected(screenError(ScreenErrorCode::encoderFailed, "A band has no place"));
+    const bool isUpToDate = std::exchange(m_isUpToDate, false) && place == m_place;
     m_place = place;
     m_hints.clear();
     for (int row = place.row; row < place.bottom(); ++row) {
@@ -86,7 +88,10 @@ std::expected<void, PlatformError> SmallEncoder::encode(const Nv12Frame &frame, 
         std::transform(marks, marks + place.columns, std::back_inserter(m_hints),
                        [](std::uint8_t mark) { return mark ? std::uint8_t(0) : X264Instance::constantHint; });
     }
-    m_instance->reconstruction().fillFrom(whole, place, m_stream.margin);
+    if (isUpToDate)
+        m_instance->reconstruction().fillMarginFrom(whole, place, m_stream.margin);
+    else
+        m_instance->reconstruction().fillFrom(whole, place, m_stream.margin);
     const auto picture = m_instance->encode(frame, place, m_hints, quantizer, false);
     if (!picture)
         return std::unexpected(picture.error());
@@ -118,8 +123,9 @@ void SmallEncoder::appendTo(std::vector<std::uint8_t> &stream, std::uint32_t fra
     }
 }
 
-void SmallEncoder::reconstructIn(const ReconstructedPicture &whole) const {
+void SmallEncoder::reconstructIn(const ReconstructedPicture &whole) {
     m_instance->reconstruction().writeTo(whole, m_place, m_changed);
+    m_isUpToDate = true;
 }
 
 } // namespace vantrell

@@ -28,8 +28,8 @@ struct StreamFacts {
 };
 
 /// An encoder of a band or a strip of a larger picture, wherever it lies: before each picture it is given the
-/// larger picture's reconstruction of that place and around it, so that it refers to what a decoder will
-/// have there. Thread-bound.
+/// larger picture's reconstruction of that place, unless it is its own work, and around it, so that it refers
+/// to what a decoder will have there. Thread-bound.
 class SmallEncoder {
 public:
     /// So many pixels beyond its edges it refers to.
@@ -47,11 +47,16 @@ public:
                                               const BlockMap &touched, int quantizer,
                                               const ReconstructedPicture &whole);
 
+    /// As X264Instance does, for the next picture and those after it.
+    void expectMotion(int distance) { m_instance->expectMotion(distance); }
+
     const BlockArea &place() const { return m_place; }
     /// Appends the slices of what was encoded last, as those of the larger picture's number.
     void appendTo(std::vector<std::uint8_t> &stream, std::uint32_t frameNumber) const;
     /// Brings what was encoded last into the larger picture's reconstruction.
-    void reconstructIn(const ReconstructedPicture &whole) const;
+    void reconstructIn(const ReconstructedPicture &whole);
+    /// Others may have changed the larger picture's reconstruction since.
+    void outdate() { m_isUpToDate = false; }
 
 private:
     struct Slice {
@@ -69,6 +74,8 @@ private:
     /// What of it the encoder changed.
     BlockArea m_changed;
     std::vector<Slice> m_slices;
+    /// It shows at `m_place` what the larger picture's reconstruction does.
+    bool m_isUpToDate = false;
 };
 
 } // namespace vantrell

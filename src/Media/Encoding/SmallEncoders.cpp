@@ -30,10 +30,10 @@ std::vector<SmallEncoder *> SmallEncoders::forPlaces(std::span<const BlockArea> 
     std::vector<Shape> missing;
     for (const BlockArea &place : places) {
         const Shape shape{place.columns, place.rows};
-        Entry *entry = unused(shape);
+        Entry *entry = unused(place);
         if (!entry && (m_preparation == Preparation::atOnce || place.count() <= smallBlocks)) {
             add(m_make(m_stream, shape.columns, shape.rows));
-            entry = unused(shape);
+            entry = unused(place);
         }
         if (entry) {
             entry->lastUsed = m_picture;
@@ -41,6 +41,10 @@ std::vector<SmallEncoder *> SmallEncoders::forPlaces(std::span<const BlockArea> 
         } else {
             missing.push_back(shape);
         }
+    }
+    for (const Entry &entry : m_entries) {
+        if (entry.lastUsed != m_picture)
+            entry.encoder->outdate();
     }
     if (m_failed || missing.empty())
         return m_failed ? std::vector<SmallEncoder *>() : found;
@@ -51,12 +55,23 @@ std::vector<SmallEncoder *> SmallEncoders::forPlaces(std::span<const BlockArea> 
     return {};
 }
 
-SmallEncoders::Entry *SmallEncoders::unused(const Shape &shape) {
-    const auto found = std::ranges::find_if(m_entries, [&](const Entry &entry) {
-        return entry.lastUsed != m_picture && entry.encoder->columns() == shape.columns &&
-               entry.encoder->rows() == shape.rows;
-    });
-    return found == m_entries.end() ? nullptr : &*found;
+void SmallEncoders::outdate() {
+    for (const Entry &entry : m_entries)
+        entry.encoder->outdate();
+}
+
+SmallEncoders::Entry *SmallEncoders::unused(const BlockArea &place) {
+    Entry *found = nullptr;
+    for (Entry &entry : m_entries) {
+        if (entry.lastUsed == m_picture || entry.encoder->columns() != place.columns ||
+            entry.encoder->rows() != place.rows)
+            continue;
+        if (entry.encoder->place() == place)
+            return &entry;
+        if (!found)
+            found = &entry;
+    }
+    return found;
 }
 
 void SmallEncoders::prepare(const Shape &shape) {

@@ -34,6 +34,9 @@ public:
     /// Valid until the next call.
     std::vector<SmallEncoder *> forPlaces(std::span<const BlockArea> places);
 
+    /// The picture's reconstruction was changed by others than the encoders of the last places.
+    void outdate();
+
     /// The library refused one: there will be no others.
     bool hasFailed() const { return m_failed; }
 
@@ -48,7 +51,8 @@ private:
         friend bool operator==(const Shape &, const Shape &) = default;
     };
 
-    Entry *unused(const Shape &shape);
+    /// One that is free, which was at that place last if there is one.
+    Entry *unused(const BlockArea &place);
     void prepare(const Shape &shape);
     void takeOverPrepared();
     void add(std::unique_ptr<SmallEncoder> encoder);

@@ -75,7 +75,7 @@ x264_param_t parametersFor(const X264Instance::Options &options) {
     // A vector that is inferred for a skipped block is taken for cut to 24 pixels beyond the edge. In the
     // margin that makes no difference; below a part of a picture it would. Blocks of the last row alone in
     // their slice infer none, and those above have more room than vectors are long.
-    if (options.isPart) {
+    if (options.partOf > 0) {
         p.analyse.i_mv_range = 32;
         if (const int rows = options.size.height / blockEdge; rows > 1)
             p.i_slice_max_mbs = (rows - 1) * (options.size.width / blockEdge);
@@ -144,7 +144,8 @@ void X264Instance::expectMotion(int distance) {
 void X264Instance::chooseTools(std::ptrdiff_t blocks, int quantizer) {
     Tools tools{.motion = m_expectedMotion};
     if (m_options.savesInPart) {
-        const double share = double(blocks) / (m_reconstruction.columns * m_reconstruction.rows);
+        const int own = m_reconstruction.columns * m_reconstruction.rows;
+        const double share = double(blocks) / (m_options.partOf > 0 ? m_options.partOf : own);
         tools.saves =
             share > leastMovingShare && share < (m_tools.saves ? wholeMovingShare : mostMovingShare);
         m_picturesOfPart = tools.saves ? m_picturesOfPart + 1 : 0;
@@ -194,7 +195,7 @@ std::expected<X264Instance::Picture, PlatformError> X264Instance::encode(const N
                                                                          const BlockArea &place,
                                                                          std::vector<std::uint8_t> &hints,
                                                                          int quantizer, bool isKey) {
-    if (!m_options.isPart && !isKey)
+    if (!isKey)
         chooseTools(std::ranges::count(hints, std::uint8_t(0)), quantizer);
     if (m_tools.isPage && !isKey)
         quantizer -= finerStepsOfPages;

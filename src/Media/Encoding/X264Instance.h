@@ -31,11 +31,12 @@ public:
         bool isFast = false;
         /// Drops what differs little.
         bool dropsSmallDifferences = isFast;
-        /// A part of a picture: below it lies not the picture's edge but what is not its own.
-        bool isPart = false;
+        /// Of a picture of which this is a part only, the macroblocks: below this lies not the picture's edge
+        /// but what is not its own.
+        int partOf = 0;
         /// Few blocks, mostly of letters: they are kept sharp.
         bool isForText = false;
-        /// Is quicker about films and pages that move in a part of the picture. Not with `isFast`.
+        /// Is quicker about films and pages that move in a part of the whole picture. Not with `isFast`.
         bool savesInPart = false;
         /// level_idc of the stream; 0: as the size asks for.
         int level = 0;
