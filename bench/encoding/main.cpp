@@ -24,6 +24,14 @@ double processorSeconds() {
     return double(time.tv_sec) + double(time.tv_nsec) * 1e-9;
 }
 
+/// Never twice the same within a picture, which could be copied.
+std::uint32_t scattered(int column, int row, int number) {
+    std::uint32_t value = std::uint32_t(column) * 0x9e3779b1U ^ std::uint32_t(row) * 0x85ebca6bU ^
+                          std::uint32_t(number) * 0xc2b2ae35U;
+    value = (value ^ value >> 15) * 0x2c1b3c6dU;
+    return value ^ value >> 13;
+}
+
 /// Letter-like marks on paper, others for each number.
 void write(Nv12Frame &frame, BlockMap &changed, const PixelRect &place, int number) {
     const PixelRect rect =
@@ -31,7 +39,7 @@ void write(Nv12Frame &frame, BlockMap &changed, const PixelRect &place, int numb
     for (int y = rect.y; y < rect.bottom(); ++y) {
         std::uint8_t *row = frame.luma() + y * frame.stride();
         for (int x = rect.x; x < rect.right(); ++x) {
-            const auto letter = std::uint32_t((x / 9) * 7919 + (y / 18) * 104729 + number * 15485863);
+            const std::uint32_t letter = scattered(x / 9, y / 18, number);
             const bool isInk =
                 y % 18 > 3 && y % 18 < 15 && letter % 7 > 1 &&
                 (unsigned(x % 9) == letter % 5 + 1 || (unsigned(y % 18) == letter % 11 + 4 && x % 9 < 7));
