@@ -52,14 +52,14 @@ bool isWindowManaged(xcb_connection_t *connection, xcb_atom_t state) {
         std::free(reply);
     }
     xcb_destroy_window(connection, window);
+    xcb_flush(connection);
     return managed;
 }
 
 /// The window manager announces itself before it takes windows, and loses those that come in between: one is
 /// sent ahead until it is taken.
-void waitForWindowManager() {
+void waitForWindowManager(xcb_connection_t *connection) {
     constexpr std::string_view name = "WM_STATE";
-    xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
     xcb_intern_atom_reply_t *state = xcb_intern_atom_reply(
         connection, xcb_intern_atom(connection, 0, std::uint16_t(name.size()), name.data()), nullptr);
     const auto deadline = std::chrono::steady_clock::now() + startPatience;
@@ -67,7 +67,6 @@ void waitForWindowManager() {
     while (state && !managed && std::chrono::steady_clock::now() < deadline)
         managed = isWindowManaged(connection, state->atom);
     std::free(state);
-    xcb_disconnect(connection);
     if (!managed)
         throw std::runtime_error("openbox did not start");
 }
@@ -122,7 +121,8 @@ X11Session::X11Session(const Options &options) {
     ::setenv("DISPLAY", m_display.c_str(), 1);
     if (options.windowManager) {
         m_windowManager = std::make_unique<ChildProcess>(std::vector<std::string>{"openbox", "--sm-disable"});
-        waitForWindowManager();
+        m_forerunner.reset(xcb_connect(nullptr, nullptr), xcb_disconnect);
+        waitForWindowManager(m_forerunner.get());
     }
     if (options.compositor) {
         m_compositor = std::make_unique<ChildProcess>(
@@ -134,6 +134,7 @@ X11Session::X11Session(const Options &options) {
 X11Session::~X11Session() {
     m_compositor.reset();
     m_windowManager.reset();
+    m_forerunner.reset();
     m_server.reset();
     if (m_previousDisplay.empty())
         ::unsetenv("DISPLAY");

@@ -8,6 +8,8 @@
 #include <memory>
 #include <string>
 
+struct xcb_connection_t;
+
 namespace vantrell::testing {
 
 /// A virtual X display of a test's own, empty and black, gone with the object. DISPLAY of this process names
@@ -51,6 +53,9 @@ private:
     std::string m_previousDisplay;
     std::unique_ptr<ChildProcess> m_server;
     std::unique_ptr<ChildProcess> m_windowManager;
+    /// Of the window that was sent ahead. Once closed, the next client's first window would have its number,
+    /// and a window manager that lags would do to it what it still has to do to that one.
+    std::shared_ptr<xcb_connection_t> m_forerunner;
     std::unique_ptr<ChildProcess> m_compositor;
 };
 
