@@ -60,6 +60,8 @@ Task<> CaptureHandover::safe(std::stop_token stop) {
 void CaptureHandover::retry(const ShelfItem &item) {
     Analytics::shared().track("cap.upload_retried");
     ShelfStore &shelf = m_services.uploads.shelf();
+    // Whoever asks by a command may just have chosen it in the file.
+    m_services.settings.reload();
     const auto project = m_services.settings.selectedProjectId();
     if (item.entryId) {
         m_services.uploads.manager().retry({*item.entryId, item.id}, project);

@@ -29,6 +29,8 @@ public:
     /// Where everything else that is remembered lies.
     Settings &store() { return m_settings; }
 
+    /// Reads now what was written a moment ago, of which no word has come yet.
+    void reload() { m_settings.reload(); }
     /// Told when the file has changed, whoever did it.
     [[nodiscard]] Observation observe(std::function<void()> changed) {
         return m_observers.observe(std::move(changed));
