@@ -273,6 +273,15 @@
         <translation>Endet von selbst bei %1, der Grenze Ihres Tarifs</translation>
     </message>
     <message>
+        <source>Stop recording</source>
+        <translation>Aufnahme beenden</translation>
+    </message>
+    <message>
+        <source>Stop recording (%1)</source>
+        <extracomment>%1 are keys as the desktop words them, &quot;Meta+Shift+9&quot;.</extracomment>
+        <translation>Aufnahme beenden (%1)</translation>
+    </message>
+    <message>
         <source>Stop recording (%1-Shift-9)</source>
         <extracomment>%1 is the key that stands for the command key, &quot;Super&quot;.</extracomment>
         <translation>Aufnahme beenden (%1-Umschalt-9)</translation>
