@@ -273,6 +273,15 @@
         <translation>Endet von selbst bei %1, der Grenze Ihres Tarifs</translation>
     </message>
     <message>
+        <source>Stop recording</source>
+        <translation>Aufnahme beenden</translation>
+    </message>
+    <message>
+        <source>Stop recording (%1)</source>
+        <extracomment>%1 are keys as the desktop words them, &quot;Meta+Shift+9&quot;.</extracomment>
+        <translation>Aufnahme beenden (%1)</translation>
+    </message>
+    <message>
         <source>Stop recording (%1-Shift-9)</source>
         <extracomment>%1 is the key that stands for the command key, &quot;Super&quot;.</extracomment>
         <translation>Aufnahme beenden (%1-Umschalt-9)</translation>
@@ -1103,8 +1112,16 @@ Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es 
         <translation>PipeWire, das den Bildschirm überträgt, ist nicht erreichbar</translation>
     </message>
     <message>
+        <source>PipeWire&apos;s session manager (wireplumber) does not answer: start it anew, or log in again</source>
+        <translation>Die Sitzungsverwaltung von PipeWire (wireplumber) antwortet nicht: Starten Sie sie neu, oder melden Sie sich neu an</translation>
+    </message>
+    <message>
         <source>This desktop shares whole displays only, no single windows</source>
         <translation>Dieser Desktop gibt nur ganze Bildschirme frei, keine einzelnen Fenster</translation>
+    </message>
+    <message>
+        <source>The desktop refused to share the screen without asking. Its dialog may be missing (on sway: install slurp)</source>
+        <translation>Der Desktop hat die Freigabe des Bildschirms ohne Rückfrage abgelehnt. Vielleicht fehlt sein Dialog (auf Sway: slurp installieren)</translation>
     </message>
     <message>
         <source>This desktop shares no displays</source>

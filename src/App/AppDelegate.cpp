@@ -155,6 +155,7 @@ void AppDelegate::wire() {
         m_account.handleProjectGone(projectId);
     };
     m_recording.onChange = [this] { recordingChanged(); };
+    m_recording.stopKeys = [this] { return m_hotKeys.inForce(HotKeys::Action::toggleRecording); };
     m_recording.onStartCancelled = [this] { showCaptureUI(std::nullopt); };
     m_updater.onUpdateFound = [this](const std::string &version) { setAvailableUpdate(version); };
     m_updater.onSessionFinished = [this] { setAvailableUpdate(std::nullopt); };

@@ -49,6 +49,10 @@ std::optional<std::string> HotKeys::assigned(Action action) const {
     return m_backend.assigned(keyOf(action));
 }
 
+std::optional<std::string> HotKeys::inForce(Action action) const {
+    return problem() || m_failed.contains(action) ? std::string() : assigned(action);
+}
+
 void HotKeys::registerKey(HotKeyBackend::Key key, Action action) {
     const std::weak_ptr<const Handler> weak = m_handler;
     const auto taken = m_backend.grab(key, [weak, action] {

@@ -37,6 +37,8 @@ public:
 
     /// The keys of the action, as the desktop that has assigned them words it; absent: those asked for.
     std::optional<std::string> assigned(Action action) const;
+    /// The same to tell the user of: empty when no keys do it.
+    std::optional<std::string> inForce(Action action) const;
     /// Why there are no hot keys at all.
     std::optional<PlatformError> problem() const { return m_backend.problem(); }
     /// What the desktop tells of them has changed.

@@ -215,6 +215,8 @@ void RecordingFlow::installHUD(const Display &display) {
     m_hudState->onPauseToggle = [this] { togglePause(); };
     m_hudState->onRestart = [this] { discardRecording(true); };
     m_hudState->onDelete = [this] { discardRecording(false); };
+    if (stopKeys)
+        m_hudState->setStopKeys(stopKeys());
     // The plan's limit may arrive late, and may change.
     m_accountObservation = m_services.account.observe([this] { followCap(); });
     m_hudState->startTimer();

@@ -83,6 +83,9 @@ public:
 
     /// A recording has started, been paused or resumed, ended, or was saved; a start waits or goes on.
     std::function<void()> onChange;
+    /// The keys that stop a recording, as the desktop words them: empty when none do, absent for the usual
+    /// ones.
+    std::function<std::optional<std::string>()> stopKeys;
     /// The countdown was cancelled.
     std::function<void()> onStartCancelled;
 

@@ -72,6 +72,14 @@ std::string RecordingHUDState::stopHelp() const {
             .arg(QString::fromStdString(timeLabel(m_capSeconds)))
             .toStdString();
     }
+    if (m_stopKeys && m_stopKeys->empty())
+        return QCoreApplication::translate("RecordingHUD", "Stop recording").toStdString();
+    if (m_stopKeys) {
+        //: %1 are keys as the desktop words them, "Meta+Shift+9".
+        return QCoreApplication::translate("RecordingHUD", "Stop recording (%1)")
+            .arg(QString::fromStdString(*m_stopKeys))
+            .toStdString();
+    }
     //: %1 is the key that stands for the command key, "Super".
     return QCoreApplication::translate("RecordingHUD", "Stop recording (%1-Shift-9)")
         .arg(QCoreApplication::translate("RecordingHUD", "Super"))

@@ -10,6 +10,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace vantrell {
 
@@ -37,6 +38,8 @@ public:
     void setCap(double capSeconds) { m_capSeconds = capSeconds; }
     double capSeconds() const { return m_capSeconds; }
     bool micEnabled() const { return m_micEnabled; }
+    /// The keys that do the same as the stop control: empty when none do, absent for the usual ones.
+    void setStopKeys(std::optional<std::string> keys) { m_stopKeys = std::move(keys); }
     /// What the stop control says when it is pointed at.
     std::string stopHelp() const;
     /// The plan's limit is at most a minute away.
@@ -52,6 +55,7 @@ private:
     const bool m_micEnabled;
     std::optional<double> m_startedAt;
     double m_accumulatedSeconds = 0;
+    std::optional<std::string> m_stopKeys;
 
 public:
     Published<double> elapsedSeconds{m_observers};

@@ -204,8 +204,14 @@ constexpr const char *sentences[] = {
     QT_TRANSLATE_NOOP("Sentences", "The desktop sends no picture of what was chosen"),
     QT_TRANSLATE_NOOP("Sentences", "PipeWire, which carries the screen, went away"),
     QT_TRANSLATE_NOOP("Sentences", "PipeWire, which carries the screen, cannot be reached"),
+    QT_TRANSLATE_NOOP("Sentences",
+                      "PipeWire's session manager (wireplumber) does not answer: start it anew, or "
+                      "log in again"),
     QT_TRANSLATE_NOOP("Sentences", "This desktop shares whole displays only, no single windows"),
     QT_TRANSLATE_NOOP("Sentences", "This desktop shares no displays"),
+    QT_TRANSLATE_NOOP("Sentences",
+                      "The desktop refused to share the screen without asking. Its dialog may be "
+                      "missing (on sway: install slurp)"),
     QT_TRANSLATE_NOOP("Sentences", "The desktop shares another display"),
     QT_TRANSLATE_NOOP("Sentences", "The desktop's picture of the screen cannot be read"),
     QT_TRANSLATE_NOOP("Sentences", "The window is not shared any more"),
