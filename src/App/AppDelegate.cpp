@@ -156,6 +156,9 @@ void AppDelegate::wire() {
     };
     m_recording.onChange = [this] { recordingChanged(); };
     m_recording.onStartCancelled = [this] { showCaptureUI(std::nullopt); };
+    m_recording.hasStopKey = [this] {
+        return !m_hotKeys.problem() && !m_hotKeys.failedHotKeys().contains(HotKeys::Action::toggleRecording);
+    };
     m_updater.onUpdateFound = [this](const std::string &version) { setAvailableUpdate(version); };
     m_updater.onSessionFinished = [this] { setAvailableUpdate(std::nullopt); };
     m_updater.onChange = [this] { rebuildMenu(); };

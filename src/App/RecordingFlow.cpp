@@ -89,10 +89,8 @@ void RecordingFlow::startRecording(SelectionOutcome outcome, bool skipCountdown)
     const std::filesystem::path folder = CaptureStorage::directory();
     if (const auto writable = prepareFolder(folder); !writable)
         return failStart(writable.error().description());
-    if (const auto enough = checkFreeDiskSpace(folder); !enough) {
-        qCCritical(logCapture, "record start refused: low disk space");
+    if (const auto enough = checkFreeDiskSpace(folder); !enough)
         return showFailedStart(description(enough.error()));
-    }
     m_activeRecordingOutcome = outcome;
     m_isStartingRecording = true;
     changed();
@@ -215,6 +213,7 @@ void RecordingFlow::installHUD(const Display &display) {
     m_hudState->onPauseToggle = [this] { togglePause(); };
     m_hudState->onRestart = [this] { discardRecording(true); };
     m_hudState->onDelete = [this] { discardRecording(false); };
+    m_hudState->setHasStopKey(hasStopKey && hasStopKey());
     // The plan's limit may arrive late, and may change.
     m_accountObservation = m_services.account.observe([this] { followCap(); });
     m_hudState->startTimer();

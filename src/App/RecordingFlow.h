@@ -85,6 +85,8 @@ public:
     std::function<void()> onChange;
     /// The countdown was cancelled.
     std::function<void()> onStartCancelled;
+    /// Whether a hot key ends the recording.
+    std::function<bool()> hasStopKey;
 
 private:
     struct Picked {

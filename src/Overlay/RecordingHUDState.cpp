@@ -72,6 +72,8 @@ std::string RecordingHUDState::stopHelp() const {
             .arg(QString::fromStdString(timeLabel(m_capSeconds)))
             .toStdString();
     }
+    if (!m_hasStopKey)
+        return QCoreApplication::translate("RecordingHUD", "Stop recording").toStdString();
     //: %1 is the key that stands for the command key, "Super".
     return QCoreApplication::translate("RecordingHUD", "Stop recording (%1-Shift-9)")
         .arg(QCoreApplication::translate("RecordingHUD", "Super"))

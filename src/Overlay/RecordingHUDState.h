@@ -37,6 +37,8 @@ public:
     void setCap(double capSeconds) { m_capSeconds = capSeconds; }
     double capSeconds() const { return m_capSeconds; }
     bool micEnabled() const { return m_micEnabled; }
+    /// Where the desktop has no hot key for it, the stop control names none.
+    void setHasStopKey(bool has) { m_hasStopKey = has; }
     /// What the stop control says when it is pointed at.
     std::string stopHelp() const;
     /// The plan's limit is at most a minute away.
@@ -50,6 +52,7 @@ private:
     Clock &m_clock;
     double m_capSeconds;
     const bool m_micEnabled;
+    bool m_hasStopKey = true;
     std::optional<double> m_startedAt;
     double m_accumulatedSeconds = 0;
 

@@ -36,6 +36,8 @@ TEST(RecordingHUDStateTest, countsWithoutThePausesAndAsksForTheStopBeforeTheCap)
     clock.advance(65s);
     EXPECT_DOUBLE_EQ(state->elapsedSeconds, 65);
     EXPECT_EQ(state->stopHelp(), "Stop recording (Super-Shift-9)");
+    state->setHasStopKey(false);
+    EXPECT_EQ(state->stopHelp(), "Stop recording");
     clock.advance(100ms);
     state->pause();
     EXPECT_NEAR(state->elapsedSeconds, 65.1, 1e-9);
