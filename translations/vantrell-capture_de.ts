@@ -421,6 +421,10 @@
         <source>Click, then choose a window in the desktop&apos;s dialog</source>
         <translation>Klicken, dann im Dialog des Desktops ein Fenster wählen</translation>
     </message>
+    <message>
+        <source>The desktop gave no picture of its screen</source>
+        <translation>Der Desktop hat kein Bild seines Bildschirms gegeben</translation>
+    </message>
 </context>
 <context>
     <name>Sentences</name>
@@ -1162,6 +1166,10 @@ Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es 
     <message>
         <source>It has not said yet what may be recorded. If it asks nothing, cancel, then log out and in again.</source>
         <translation>Er hat noch nicht gesagt, was aufgenommen werden darf. Wenn er nichts fragt, brechen Sie ab und melden Sie sich neu an.</translation>
+    </message>
+    <message>
+        <source>The desktop refuses screenshots: allow them in its privacy settings</source>
+        <translation>Der Desktop lehnt Bildschirmfotos ab: erlauben Sie sie in seinen Datenschutzeinstellungen</translation>
     </message>
 </context>
 <context>

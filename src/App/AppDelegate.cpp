@@ -112,7 +112,7 @@ void AppDelegate::completeLaunch() {
     uploads.manager().restoreFromJournal();
     m_scope.start(
         [](AppDelegate *self, std::stop_token stop) -> Task<> {
-            co_await self->m_account.pairing().ready(stop);
+            co_await self->m_account.pairing().certain(stop);
             if (!stop.stop_requested())
                 self->m_services.uploads.manager().release();
         },

@@ -38,8 +38,8 @@ void CaptureHandover::deliver(std::shared_ptr<const CaptureResult> capture, std:
 }
 
 bool CaptureHandover::mayUpload() const {
-    // What is held waits for the keyring, which may still give out the key.
-    return m_services.account.isPaired() || m_services.uploads.manager().isHeld();
+    // While the keyring asks, it may still give out the key.
+    return m_services.account.isPaired() || !m_services.account.pairing().hasLooked();
 }
 
 Task<> CaptureHandover::forgetWhenSafe(std::filesystem::path file, std::filesystem::path recoverable,

@@ -89,10 +89,8 @@ void RecordingFlow::startRecording(SelectionOutcome outcome, bool skipCountdown)
     const std::filesystem::path folder = CaptureStorage::directory();
     if (const auto writable = prepareFolder(folder); !writable)
         return failStart(writable.error().description());
-    if (const auto enough = checkFreeDiskSpace(folder); !enough) {
-        qCCritical(logCapture, "record start refused: low disk space");
+    if (const auto enough = checkFreeDiskSpace(folder); !enough)
         return showFailedStart(description(enough.error()));
-    }
     m_activeRecordingOutcome = outcome;
     m_isStartingRecording = true;
     changed();

@@ -44,7 +44,7 @@ PairingClient::PairingClient(Services services, ServiceURL service)
     : m_services(services), m_service(std::move(service)) {
     if (m_services.keys.key()) {
         m_state = PairingState::paired();
-        m_looked = true;
+        m_looked = m_isCertain = true;
     } else {
         startLooking(Asking::allowed);
     }
@@ -63,6 +63,14 @@ Task<> PairingClient::ready(std::stop_token stop) {
     const OneShot<bool> looked;
     m_waitingForLook.push_back(looked);
     co_await looked.wait(stop);
+}
+
+Task<> PairingClient::certain(std::stop_token stop) {
+    if (m_isCertain)
+        co_return;
+    const OneShot<bool> known;
+    m_waitingForCertainty.push_back(known);
+    co_await known.wait(stop);
 }
 
 Task<PairingClient::Begun> PairingClient::begin(std::stop_token stop) {
@@ -273,6 +281,8 @@ Task<PairingClient::Problem> PairingClient::lookToRead(Asking asking, std::stop_
     if (stop.stop_requested())
         co_return std::nullopt;
     noteLooked();
+    if (stored || !mayPass(stored.error().kind))
+        noteCertain();
     if (!stored)
         co_return stored.error().kind;
     if (*stored && m_state.kind == PairingState::Kind::unpaired)
@@ -286,6 +296,12 @@ void PairingClient::noteLooked() {
         waiting.resolve(true);
 }
 
+void PairingClient::noteCertain() {
+    m_isCertain = true;
+    for (const OneShot<bool> &waiting : std::exchange(m_waitingForCertainty, {}))
+        waiting.resolve(true);
+}
+
 void PairingClient::end(PairingOutcome outcome) {
     m_outcome = outcome;
     const bool isPaired = outcome == PairingOutcome::approved || outcome == PairingOutcome::notStoredYet;
@@ -294,6 +310,8 @@ void PairingClient::end(PairingOutcome outcome) {
 
 void PairingClient::change(PairingState state) {
     m_state = std::move(state);
+    if (m_state.kind != PairingState::Kind::waitingForApproval)
+        noteCertain();
     if (onChange)
         onChange();
 }

@@ -72,6 +72,11 @@ public:
     /// at most as long as a keychain operation takes, and asks for the password again where that kept it
     /// closed.
     Task<> ready(std::stop_token stop);
+    /// The keyring has answered or failed; before, nobody can say whether there is a connection.
+    bool hasLooked() const { return m_looked; }
+    /// Waits until it is certain whether there is a connection: for as long as the keyring stays closed or
+    /// silent, unless the user connects or disconnects.
+    Task<> certain(std::stop_token stop);
 
     /// Starts a pairing; the address of the approval page is for the user's browser. Replaces a pairing that
     /// is under way. After a failure the state is as it was.
@@ -107,6 +112,7 @@ private:
     Task<Problem> lookToStore(Asking asking, std::stop_token stop);
     Task<Problem> lookToRemove(Asking asking, std::stop_token stop);
     void noteLooked();
+    void noteCertain();
     void end(PairingOutcome outcome);
     void change(PairingState state);
     Task<HttpResult> post(std::string path, std::string body, std::stop_token stop);
@@ -123,6 +129,8 @@ private:
     /// The look under way is one that the user may be asked for.
     bool m_isAsking = false;
     std::vector<OneShot<bool>> m_waitingForLook;
+    bool m_isCertain = false;
+    std::vector<OneShot<bool>> m_waitingForCertainty;
     TaskScope m_lookTask;
     TaskScope m_removeTask;
     TaskScope m_pollTask;

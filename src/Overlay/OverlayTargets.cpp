@@ -5,6 +5,7 @@
 
 #include "Overlay/OverlayText.h"
 #include "Overlay/QtGeometry.h"
+#include "Panels/Sentence.h"
 #include "Platform/DisplayLayout.h"
 #include "Support/Log.h"
 
@@ -182,7 +183,7 @@ std::optional<SelectionOutcome> OverlayTargets::pickWindow(bool record) {
     showWindows();
     for (const OverlayViews::View &view : m_views.all())
         view->setNotice(windows ? overlayText("That window has been closed")
-                                : QString::fromStdString(windows.error().message));
+                                : inUsersLanguage(QString::fromStdString(windows.error().message)));
     return std::nullopt;
 }
 

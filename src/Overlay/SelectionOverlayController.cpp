@@ -6,11 +6,13 @@
 #include "Overlay/OverlayDesktop.h"
 #include "Overlay/OverlayKeyboard.h"
 #include "Overlay/OverlayTargets.h"
+#include "Overlay/OverlayText.h"
 #include "Overlay/OverlayViews.h"
 #include "Overlay/QtGeometry.h"
 #include "Overlay/SelectionView.h"
 #include "Panels/DesktopLink.h"
 #include "Panels/PanelShell.h"
+#include "Panels/Sentence.h"
 #include "Support/HostTime.h"
 #include "Support/Log.h"
 #include "Support/TaskScope.h"
@@ -54,6 +56,8 @@ struct SelectionOverlayController::Private {
     /// Where a window that covers the screen lets nothing through, it lies on a picture of it.
     Task<> buildOnPicture(std::stop_token stop);
     void buildViews(const QImage &picture, const QPoint &corner);
+    /// Why the views are black.
+    void showWhyBlack(const StillCapture::Error &error);
     /// Brings what has changed on a part of the desktop into the picture that the views lie on, without our
     /// own windows.
     Task<> retakePicture(PixelRect area, std::stop_token stop);
@@ -155,11 +159,24 @@ Task<> SelectionOverlayController::Private::buildOnPicture(std::stop_token stop)
         buildTimer.start(fadeTime);
         co_return;
     }
-    if (!picture)
-        qCInfo(logCapture, "overlay without a picture of the screen");
     if (owner.onPictureTaken)
         owner.onPictureTaken();
     buildViews(picture ? *picture : QImage(), {all.x, all.y});
+    if (!picture)
+        showWhyBlack(picture.error());
+}
+
+void SelectionOverlayController::Private::showWhyBlack(const StillCapture::Error &error) {
+    const auto *reason = std::get_if<PlatformError>(&error);
+    qCInfo(logCapture, "overlay without a picture of the screen: %s",
+           reason ? reason->description().c_str() : "unanswered");
+    // The others have their hints, and what they take is chosen in the desktop's dialog.
+    if (targets.tool() != ToolMode::area)
+        return;
+    const QString notice = reason ? inUsersLanguage(QString::fromStdString(reason->message))
+                                  : overlayText("The desktop gave no picture of its screen");
+    for (const OverlayViews::View &view : views.all())
+        view->setNotice(notice);
 }
 
 void SelectionOverlayController::Private::buildViews(const QImage &picture, const QPoint &corner) {

@@ -146,10 +146,13 @@ void FloatingPanel::hideEvent(QHideEvent *event) {
     m_cover.reset();
     m_drag.reset();
     QWidget::hideEvent(event);
-    // Wayland's compositors take the pointer from a window that goes without Qt's telling its controls.
-    for (QWidget *control : findChildren<QWidget *>()) {
-        if (QEvent left(QEvent::Leave); control->underMouse())
-            QCoreApplication::sendEvent(control, &left);
+    // Wayland's compositors take the pointer from a window that goes without Qt's telling it and its
+    // controls.
+    QList<QWidget *> pointed = findChildren<QWidget *>();
+    pointed.push_back(this);
+    for (QWidget *widget : pointed) {
+        if (QEvent left(QEvent::Leave); widget->underMouse())
+            QCoreApplication::sendEvent(widget, &left);
     }
 }
 

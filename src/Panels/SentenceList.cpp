@@ -198,6 +198,7 @@ constexpr const char *sentences[] = {
     QT_TRANSLATE_NOOP("Sentences", "The desktop's portal is missing: install xdg-desktop-portal and the part "
                                    "of it for this desktop, then log in again"),
     QT_TRANSLATE_NOOP("Sentences", "The desktop refused it"),
+    QT_TRANSLATE_NOOP("Sentences", "The desktop refuses screenshots: allow them in its privacy settings"),
     QT_TRANSLATE_NOOP("Sentences", "The desktop's portal does not answer"),
     QT_TRANSLATE_NOOP("Sentences", "The desktop's portal went away"),
     QT_TRANSLATE_NOOP("Sentences", "The desktop ended the sharing of the screen"),

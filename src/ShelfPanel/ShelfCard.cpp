@@ -181,7 +181,11 @@ void ShelfCard::arrangeAction() {
         m_action->setWords(shelfText("Retry"));
         m_action->setKind(PanelButton::Kind::filled);
     }
-    m_action->setVisible(m_item.isDone() || m_item.canRetry());
+    const bool isOffered = m_item.isDone() || m_item.canRetry();
+    // Else the focus goes on to the button beside, and a second press of Space dismisses the card.
+    if (!isOffered && window()->focusWidget() == m_action)
+        setFocus(Qt::OtherFocusReason);
+    m_action->setVisible(isOffered);
 }
 
 void ShelfCard::arrange() {
@@ -258,7 +262,9 @@ void ShelfCard::runAction() {
 void ShelfCard::updateDismissButton() {
     const bool wasShown = m_dismiss->isShown();
     const QWidget *focus = QApplication::focusWidget();
-    m_dismiss->setShown(underMouse() || focus == this || (focus && isAncestorOf(focus)));
+    // Qt also tells of a pointer that has left the application since, where it was seen last.
+    const bool isPointed = underMouse() && window()->underMouse();
+    m_dismiss->setShown(isPointed || focus == this || (focus && isAncestorOf(focus)));
     if (m_dismiss->isShown() != wasShown)
         m_owner.outlineChanged();
 }

@@ -79,7 +79,6 @@ public:
     /// While it holds, nothing is sent; what comes waits.
     void hold() { m_isHeld = true; }
     void release();
-    bool isHeld() const { return m_isHeld; }
 
     /// It has a slot.
     bool isRunning(const QUuid &entryId) const { return m_active.contains(entryId); }

@@ -273,7 +273,11 @@ TEST_F(PairingClientTest, aClosedKeyringDoesNotLookUnpairedForGood) {
     open();
     EXPECT_EQ(client->state(), PairingState::unpaired());
     EXPECT_EQ(keychain->problem()->kind, KeychainError::Kind::locked);
+    auto certain = client->certain({});
+    settle();
+    EXPECT_FALSE(certain.isReady());
     session.unlock();
+    runTask(std::move(certain));
     EXPECT_TRUE(eventuallyIs(StateKind::paired));
     EXPECT_EQ(keys->key(), "vk_old");
 

@@ -91,6 +91,13 @@ Picture cutOut(const QImage &desktop, const std::vector<Display> &displays, cons
     return picture;
 }
 
+/// GNOME asks its user once, and keeps a no.
+PlatformError stillsRefused() {
+    PlatformError error = portalError(PortalErrorCode::refused);
+    error.message = "The desktop refuses screenshots: allow them in its privacy settings";
+    return error;
+}
+
 StillCapture::Error asStillError(PortalRequests::Failure failure) {
     return failure;
 }
@@ -142,6 +149,8 @@ Task<StillCapture::Result> WaylandStillCapture::captureArea(PixelRect area, std:
     const auto *error = std::get_if<PlatformError>(&desktop.error());
     if (error && isPortalError(*error, PortalErrorCode::missing))
         co_return co_await fromCast(*wanted, stop);
+    if (error && isPortalError(*error, PortalErrorCode::refused))
+        co_return std::unexpected(Error(stillsRefused()));
     co_return std::unexpected(desktop.error());
 }
 
