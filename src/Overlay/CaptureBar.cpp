@@ -75,7 +75,7 @@ struct CaptureBar::Panel {
     }
 
     /// A control that becomes wider moves the bar's ends, not its middle, while there is room for that.
-    void refresh(const QRect &avoided) {
+    void refresh(const QRect &cards) {
         const QRect before = window->panelFrame();
         window->refresh();
         const QSize size = window->panelRect().size();
@@ -83,9 +83,9 @@ struct CaptureBar::Panel {
             return;
         const QRect after(before.topLeft() + QPoint((before.width() - size.width()) / 2, 0), size);
         // Who has put it over something wants it there.
-        const bool keepsOff = !before.intersects(avoided);
+        const bool keepsOff = !before.intersects(cards);
         const QRect room = PanelShell::instance().room(*screenAt(before.center()));
-        window->placePanel(keepsOff ? clearPlace(after, room, avoided) : after.topLeft());
+        window->placePanel(keepsOff ? clearPlace(after, room, cards) : after.topLeft());
     }
 
     CaptureBarWindow *window;
