@@ -24,15 +24,15 @@ bool isFilled(BlockPixels block, int rows, std::uint64_t with) {
 
 } // namespace
 
-std::optional<PlainColour> PlainColour::of(BlockPixels luma, BlockPixels chroma) {
-    PlainColour colour{.luma = *luma.data};
-    std::memcpy(&colour.chroma, chroma.data, sizeof colour.chroma);
-    return colour.fills(luma, chroma, blockEdge / 2) ? std::optional(colour) : std::nullopt;
+std::optional<PlainColour> PlainColour::of(BlockPixels brightness, BlockPixels colours) {
+    PlainColour colour{.luma = *brightness.data};
+    std::memcpy(&colour.chroma, colours.data, sizeof colour.chroma);
+    return colour.fills(brightness, colours, blockEdge / 2) ? std::optional(colour) : std::nullopt;
 }
 
-bool PlainColour::fills(BlockPixels luma, BlockPixels chroma, int chromaRows) const {
-    return isFilled(luma, blockEdge, this->luma * 0x0101010101010101U) &&
-           isFilled(chroma, chromaRows, this->chroma * 0x0001000100010001U);
+bool PlainColour::fills(BlockPixels brightness, BlockPixels colours, int colourRows) const {
+    return isFilled(brightness, blockEdge, luma * 0x0101010101010101U) &&
+           isFilled(colours, colourRows, chroma * 0x0001000100010001U);
 }
 
 } // namespace vantrell

@@ -17,10 +17,10 @@ struct PlainColour {
     std::uint16_t chroma = 0;
 
     /// Nothing when there are more colours.
-    static std::optional<PlainColour> of(BlockPixels luma, BlockPixels chroma);
+    static std::optional<PlainColour> of(BlockPixels brightness, BlockPixels colours);
 
-    /// Whether it fills a macroblock's luma, and so many rows of chroma, to the last bit.
-    bool fills(BlockPixels luma, BlockPixels chroma, int chromaRows) const;
+    /// Whether it fills a macroblock's luma, and so many rows of its chroma, to the last bit.
+    bool fills(BlockPixels brightness, BlockPixels colours, int colourRows) const;
 };
 
 } // namespace vantrell
