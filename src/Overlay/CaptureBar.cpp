@@ -20,19 +20,25 @@ namespace {
 /// From the display's lower edge, where nobody has put it elsewhere.
 constexpr int barDistance = 36;
 
-/// In the middle of the lower edge; beside what is avoided, or above it where there is no room beside.
-QPoint usualPlace(const QRect &room, const QSize &size, const QRect &avoided) {
+/// Where it is clear of what is avoided: as it lies, else beside that, or above it where there is no room
+/// beside.
+QPoint clearPlace(const QRect &bar, const QRect &room, const QRect &avoided) {
     constexpr int gap = 12;
+    if (avoided.isEmpty() || !bar.intersects(avoided.marginsAdded({gap, gap, gap, gap})))
+        return bar.topLeft();
+    const int left = avoided.left() - gap - bar.width(), top = avoided.top() - gap - bar.height();
+    if (left >= room.left())
+        return {left, bar.top()};
+    return top >= room.top() ? QPoint(bar.left(), top) : bar.topLeft();
+}
+
+/// In the middle of the lower edge, but clear of what is avoided.
+QPoint usualPlace(const QRect &room, const QSize &size, const QRect &avoided) {
     // A desktop that places windows itself begins at the top: menus have to open towards the free side.
     if (!PanelShell::instance().placesWindows())
         return {room.center().x() - size.width() / 2, room.top() + barDistance};
     const QPoint usual(room.center().x() - size.width() / 2, room.bottom() + 1 - barDistance - size.height());
-    if (!QRect(usual, size).intersects(avoided))
-        return usual;
-    const int left = avoided.left() - gap - size.width(), top = avoided.top() - gap - size.height();
-    if (left >= room.left())
-        return {left, usual.y()};
-    return top >= room.top() ? QPoint(usual.x(), top) : usual;
+    return clearPlace(QRect(usual, size), room, avoided);
 }
 
 } // namespace
@@ -68,13 +74,18 @@ struct CaptureBar::Panel {
         isAside = false;
     }
 
-    /// A control that becomes wider moves the bar's ends, not its middle.
-    void refresh() {
+    /// A control that becomes wider moves the bar's ends, not its middle, while there is room for that.
+    void refresh(const QRect &taken) {
         const QRect before = window->panelFrame();
         window->refresh();
         const QSize size = window->panelRect().size();
-        if (size != before.size())
-            window->placePanel(before.topLeft() + QPoint((before.width() - size.width()) / 2, 0));
+        if (size == before.size())
+            return;
+        const QRect after(before.topLeft() + QPoint((before.width() - size.width()) / 2, 0), size);
+        // Who has put it over something wants it there.
+        const bool keepsOff = !before.intersects(taken);
+        const QRect room = PanelShell::instance().room(*screenAt(before.center()));
+        window->placePanel(keepsOff ? clearPlace(after, room, taken) : after.topLeft());
     }
 
     CaptureBarWindow *window;
@@ -100,7 +111,7 @@ void CaptureBar::show(std::shared_ptr<ToolBarState> state, const std::optional<s
     const QScreen *screen = displayId ? screenOf(*displayId, QCursor::pos()) : screenAt(QCursor::pos());
     panel.state = state;
     panel.window->show(state, std::move(menu), PanelShell::instance().room(*screen).width());
-    panel.observation = state->observe([&panel] { panel.refresh(); });
+    panel.observation = state->observe([this] { m_panel->refresh(avoided ? avoided() : QRect()); });
     const QRect room = PanelShell::instance().room(*screen);
     const QSize size = panel.window->panelRect().size();
     const QPoint first = usualPlace(room, size, avoided ? avoided() : QRect());

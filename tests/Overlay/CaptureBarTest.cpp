@@ -242,6 +242,14 @@ TEST_F(CaptureBarTest, liesBesideTheCardsOrAboveThem) {
         EXPECT_FALSE(bar->frame().intersects(cards)) << width;
         EXPECT_TRUE(screen.contains(bar->frame())) << width;
     }
+    // Nor does it grow over them.
+    state->isConnected = false;
+    const QRect narrow = bar->frame();
+    const QRect cards(narrow.right() + 6, narrow.top(), 350, narrow.height());
+    bar->avoided = [cards] { return cards; };
+    state->isConnected = true;
+    EXPECT_GT(bar->frame().width(), narrow.width());
+    EXPECT_FALSE(bar->frame().intersects(cards));
 }
 
 } // namespace
