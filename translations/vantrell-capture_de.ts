@@ -1112,6 +1112,10 @@ Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es 
         <translation>PipeWire, das den Bildschirm überträgt, ist nicht erreichbar</translation>
     </message>
     <message>
+        <source>PipeWire&apos;s session manager (wireplumber) does not answer: start it anew, or log in again</source>
+        <translation>Die Sitzungsverwaltung von PipeWire (wireplumber) antwortet nicht: Starten Sie sie neu, oder melden Sie sich neu an</translation>
+    </message>
+    <message>
         <source>This desktop shares whole displays only, no single windows</source>
         <translation>Dieser Desktop gibt nur ganze Bildschirme frei, keine einzelnen Fenster</translation>
     </message>

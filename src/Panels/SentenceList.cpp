@@ -204,6 +204,9 @@ constexpr const char *sentences[] = {
     QT_TRANSLATE_NOOP("Sentences", "The desktop sends no picture of what was chosen"),
     QT_TRANSLATE_NOOP("Sentences", "PipeWire, which carries the screen, went away"),
     QT_TRANSLATE_NOOP("Sentences", "PipeWire, which carries the screen, cannot be reached"),
+    QT_TRANSLATE_NOOP("Sentences",
+                      "PipeWire's session manager (wireplumber) does not answer: start it anew, or "
+                      "log in again"),
     QT_TRANSLATE_NOOP("Sentences", "This desktop shares whole displays only, no single windows"),
     QT_TRANSLATE_NOOP("Sentences", "This desktop shares no displays"),
     QT_TRANSLATE_NOOP("Sentences", "The desktop shares another display"),

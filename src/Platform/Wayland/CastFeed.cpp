@@ -14,6 +14,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <string_view>
 #include <utility>
 
 namespace vantrell {
@@ -42,6 +43,20 @@ PlatformError sharingEnded() {
 
 PlatformError noPicture() {
     return screenError(ScreenErrorCode::noPicture, "The desktop sends no picture of what was chosen");
+}
+
+/// The compositor sends and PipeWire answers, but nobody has joined the two.
+PlatformError notJoined() {
+    return screenError(
+        ScreenErrorCode::connectionLost,
+        "PipeWire's session manager (wireplumber) does not answer: start it anew, or log in again");
+}
+
+/// A number that is free again is given to the next object: to another program, and to our own stream.
+bool isSender(const char *type, const spa_dict *properties) {
+    const char *kind = properties ? spa_dict_lookup(properties, PW_KEY_MEDIA_CLASS) : nullptr;
+    return std::string_view(type) == PW_TYPE_INTERFACE_Node &&
+           !(kind && std::string_view(kind).starts_with("Stream/Input"));
 }
 
 bool hasGraphicsCard() {
@@ -121,16 +136,17 @@ void CastFeed::watchNode() {
     static const pw_registry_events events{
         .version = PW_VERSION_REGISTRY_EVENTS,
         .global =
-            [](void *self, std::uint32_t id, std::uint32_t, const char *, std::uint32_t, const spa_dict *) {
+            [](void *self, std::uint32_t id, std::uint32_t, const char *type, std::uint32_t,
+               const spa_dict *properties) {
                 auto *feed = static_cast<CastFeed *>(self);
-                if (id == feed->m_node)
+                if (id == feed->m_node && isSender(type, properties))
                     feed->watchSender();
             },
         .global_remove =
             [](void *self, std::uint32_t id) {
                 auto *feed = static_cast<CastFeed *>(self);
                 // The stream itself would only pause.
-                if (id == feed->m_node)
+                if (id == feed->m_node && feed->m_sender)
                     feed->end(sharingEnded());
             },
     };
@@ -155,6 +171,11 @@ void CastFeed::watchSender() {
         pw_registry_bind(m_registry.get(), m_node, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, 0)));
     if (m_sender)
         pw_node_add_listener(m_sender.get(), m_senderListener.hook(), &events, this);
+}
+
+bool CastFeed::isSenderThere() const {
+    const PipeWireLoop::Lock lock(m_loop);
+    return m_sender != nullptr;
 }
 
 void CastFeed::noteRest() {
@@ -311,7 +332,7 @@ Task<std::expected<PixelSize, CastFeed::Failure>> CastFeed::firstPicture(bool ma
         // Some send nothing before something moves: what they agreed to send is known all the same.
         const PixelSize agreed = pictureSize();
         if (agreed.isEmpty() || !mayComeLater)
-            first.resolve(std::unexpected(noPicture()));
+            first.resolve(std::unexpected(agreed.isEmpty() && isSenderThere() ? notJoined() : noPicture()));
         else
             first.resolve(agreed);
     });

@@ -101,6 +101,7 @@ private:
     bool makeStream(bool dmaBuf);
     void watchNode();
     void watchSender();
+    bool isSenderThere() const;
     void noteRest();
     void formatChanged(const spa_pod &pod);
     void arrived();
