@@ -1120,6 +1120,10 @@ Ziehen Sie Vantrell Capture in Ihren Ordner für Anwendungen und öffnen Sie es 
         <translation>Dieser Desktop gibt nur ganze Bildschirme frei, keine einzelnen Fenster</translation>
     </message>
     <message>
+        <source>The desktop refused to share the screen without asking. Its dialog may be missing (on sway: install slurp)</source>
+        <translation>Der Desktop hat die Freigabe des Bildschirms ohne Rückfrage abgelehnt. Vielleicht fehlt sein Dialog (auf Sway: slurp installieren)</translation>
+    </message>
+    <message>
         <source>This desktop shares no displays</source>
         <translation>Dieser Desktop gibt keine Bildschirme frei</translation>
     </message>

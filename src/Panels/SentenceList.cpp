@@ -209,6 +209,9 @@ constexpr const char *sentences[] = {
                       "log in again"),
     QT_TRANSLATE_NOOP("Sentences", "This desktop shares whole displays only, no single windows"),
     QT_TRANSLATE_NOOP("Sentences", "This desktop shares no displays"),
+    QT_TRANSLATE_NOOP("Sentences",
+                      "The desktop refused to share the screen without asking. Its dialog may be "
+                      "missing (on sway: install slurp)"),
     QT_TRANSLATE_NOOP("Sentences", "The desktop shares another display"),
     QT_TRANSLATE_NOOP("Sentences", "The desktop's picture of the screen cannot be read"),
     QT_TRANSLATE_NOOP("Sentences", "The window is not shared any more"),

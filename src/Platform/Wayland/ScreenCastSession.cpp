@@ -5,6 +5,7 @@
 
 #include "Platform/PipeWire/PipeWireWatch.h"
 #include "Platform/ScreenError.h"
+#include "Support/HostTime.h"
 #include "Support/Log.h"
 #include "Support/Sandbox.h"
 
@@ -34,7 +35,17 @@ constexpr unsigned persistsForGood = 2;
 constexpr unsigned versionWithTokens = 4;
 constexpr unsigned versionWithCursorModes = 2;
 
+/// Nobody reads a dialog and dismisses it in less.
+constexpr double quickestUser = 0.3;
+
 using Session = ScreenCastSession;
+
+/// What nobody can have dismissed yet, the desktop itself has refused: its user would hear nothing at all.
+PlatformError refusedUnasked() {
+    return screenError(ScreenErrorCode::noDialog,
+                       "The desktop refused to share the screen without asking. Its dialog may be missing "
+                       "(on sway: install slurp)");
+}
 
 struct CursorChoice {
     unsigned bit;
@@ -134,9 +145,15 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
             select.options.insert(QStringLiteral("restore_token"),
                                   QString::fromStdString(*wish.restoreToken));
     }
+    const double asked = hostNow();
+    const auto refusal = [asked, &stop](const Failure &why) {
+        const bool isUnasked = std::holds_alternative<Cancelled>(why) && !stop.stop_requested() &&
+                               hostNow() - asked < quickestUser;
+        return isUnasked ? Failure(refusedUnasked()) : why;
+    };
     const auto selected = co_await portal->ask(std::move(select), stop);
     if (!selected)
-        co_return std::unexpected(selected.error());
+        co_return std::unexpected(refusal(selected.error()));
 
     PortalRequests::Request start{screenCast, QStringLiteral("Start"), {}, {}, std::nullopt};
     start.arguments = QVariantList{sessionPath, QString()};
@@ -145,7 +162,7 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
     if (isServerLost)
         co_return std::unexpected(serverLost());
     if (!started)
-        co_return std::unexpected(started.error());
+        co_return std::unexpected(refusal(started.error()));
     if (!session->takeStreams(started->results))
         co_return std::unexpected(Failure(
             screenError(ScreenErrorCode::noPicture, "The desktop sends no picture of what was chosen")));

@@ -340,7 +340,21 @@ TEST_F(CastRecording, fitsAScreenThatChangesItsSize) {
 TEST_F(CastRecording, saysWhyNothingIsShared) {
     const auto backend = openBackend();
     m_desktop.script.response = 1;
+    EXPECT_EQ(failure(*backend, wholeDisplay), "The desktop refused to share the screen without asking. Its "
+                                               "dialog may be missing (on sway: install slurp)");
+    // As a person does.
+    m_desktop.script.isSlow = true;
+    double shown = 0;
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, &user, [&] {
+        if (m_desktop.isAsking() && shown == 0)
+            shown = hostNow();
+        if (shown > 0 && hostNow() - shown > 0.4)
+            m_desktop.answer();
+    });
+    user.start(20ms);
     EXPECT_EQ(failure(*backend, wholeDisplay), "cancelled");
+    m_desktop.script.isSlow = false;
     m_desktop.script.response = 2;
     EXPECT_EQ(failure(*backend, wholeDisplay), "The desktop refused it");
     m_desktop.script.response = 0;
