@@ -178,7 +178,7 @@ void PanelInterface::hideHUD() {
 void PanelInterface::showCameraBubble(std::shared_ptr<CameraBubbleState> state, const Display &display) {
     if (!m_cameraBubble)
         m_cameraBubble = std::make_unique<CameraBubble>(m_services.settings.store(), m_services.clock);
-    m_cameraBubble->show(std::move(state), display);
+    m_cameraBubble->show(std::move(state), display, m_hud ? m_hud->frame() : QRect());
 }
 
 void PanelInterface::hideCameraBubble() {

@@ -270,7 +270,8 @@ CameraBubble::CameraBubble(Settings &settings, Clock &clock)
 
 CameraBubble::~CameraBubble() = default;
 
-void CameraBubble::show(std::shared_ptr<CameraBubbleState> state, const Display &display) {
+void CameraBubble::show(std::shared_ptr<CameraBubbleState> state, const Display &display,
+                        const QRect &taken) {
     Panel &panel = *m_panel;
     panel.release();
     panel.hasPicture = false;
@@ -285,7 +286,7 @@ void CameraBubble::show(std::shared_ptr<CameraBubbleState> state, const Display 
     const QPoint first(room.left() + bubbleDistance, room.bottom() + 1 - bubbleDistance - size.height());
     // Its picture is recorded as it is; in the screen's it would be twice.
     const auto place =
-        placeOutOfPicture(window, *screen, panel.placement.restore(*screen, size).value_or(first));
+        placeOutOfPicture(window, *screen, panel.placement.restore(*screen, size).value_or(first), taken);
     if (place && window.placePanel(*place))
         window.showPanel();
 }

@@ -8,6 +8,8 @@
 #include "Support/Clock.h"
 #include "Support/Settings.h"
 
+#include <QRect>
+
 #include <memory>
 
 namespace vantrell {
@@ -20,7 +22,8 @@ public:
     CameraBubble(Settings &settings, Clock &clock);
     ~CameraBubble();
 
-    void show(std::shared_ptr<CameraBubbleState> state, const Display &display);
+    /// `taken`: where it shall not lie, in Qt's coordinates.
+    void show(std::shared_ptr<CameraBubbleState> state, const Display &display, const QRect &taken = {});
     void hide();
 
 private:

@@ -227,4 +227,8 @@ void RecordingHUD::hide() {
     m_panel->hide();
 }
 
+QRect RecordingHUD::frame() const {
+    return m_panel->window->isVisible() ? m_panel->window->panelFrame() : QRect();
+}
+
 } // namespace vantrell

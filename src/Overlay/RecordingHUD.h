@@ -9,6 +9,8 @@
 #include "Support/Clock.h"
 #include "Support/Settings.h"
 
+#include <QRect>
+
 #include <memory>
 
 namespace vantrell {
@@ -30,6 +32,8 @@ public:
     /// False where there is no place for it that is not in the picture: then it is not shown.
     bool show(const Display &display);
     void hide();
+    /// Where it lies, in Qt's coordinates; empty when it is not shown.
+    QRect frame() const;
 
 private:
     struct Panel;

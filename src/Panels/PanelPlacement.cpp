@@ -39,7 +39,7 @@ std::string PanelPlacement::key(const QScreen &screen, const char *axis) const {
 }
 
 std::optional<QPoint> placeOutOfPicture(const FloatingPanel &panel, const QScreen &screen,
-                                        const QPoint &usual) {
+                                        const QPoint &usual, const QRect &taken) {
     QList<const QScreen *> screens{&screen};
     for (const QScreen *other : QGuiApplication::screens())
         if (other != &screen)
@@ -53,8 +53,9 @@ std::optional<QPoint> placeOutOfPicture(const FloatingPanel &panel, const QScree
             for (const int x : {middle, room.left(), right})
                 places.emplace_back(x, y);
     }
-    const auto free =
-        std::ranges::find_if(places, [&](const QPoint &place) { return panel.mayLieAt(place); });
+    const auto free = std::ranges::find_if(places, [&](const QPoint &place) {
+        return !QRect(place, size).intersects(taken) && panel.mayLieAt(place);
+    });
     return free == places.end() ? std::nullopt : std::optional(*free);
 }
 

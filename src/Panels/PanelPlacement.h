@@ -38,10 +38,10 @@ private:
     const std::string m_panel;
 };
 
-/// Where the panel shows in no picture: its usual place on the screen, or else one at that screen's edges or
-/// on another; none where all of it is recorded.
+/// Where the panel shows in no picture and does not cover `taken`: its usual place on the screen, or else one
+/// at that screen's edges or on another; none where all of it is recorded.
 std::optional<QPoint> placeOutOfPicture(const FloatingPanel &panel, const QScreen &screen,
-                                        const QPoint &usual);
+                                        const QPoint &usual, const QRect &taken = {});
 
 /// The screen of the display with that id; when there is none, the one at or nearest to the place.
 QScreen *screenOf(const std::string &displayId, const QPoint &place);

@@ -86,6 +86,9 @@ TEST(CameraBubbleTest, showsTheCameraMirroredOrNotInThreeSizesAndRemembers) {
     camera.newer();
     EXPECT_EQ(bubbleFrame(), left);
     EXPECT_TRUE(eventually([] { return leftColour() == QColor(Qt::green).rgb(); }));
+    bubble.hide();
+    bubble.show(camera.state, {}, left);
+    EXPECT_FALSE(bubbleFrame().intersects(left));
 }
 
 TEST(CameraBubbleTest, saysWhyThereIsNoPicture) {
