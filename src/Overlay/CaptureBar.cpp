@@ -6,6 +6,7 @@
 #include "Overlay/CaptureBarWindow.h"
 #include "Panels/BackdropMonitor.h"
 #include "Panels/PanelPlacement.h"
+#include "Panels/PanelTip.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -131,6 +132,8 @@ bool CaptureBar::isVisible() const {
 void CaptureBar::raise(QWidget &overlay) {
     if (!isVisible())
         return;
+    // It would stay below.
+    hideTipOf(*m_panel->window);
     PanelShell::instance().attach(*m_panel->window, overlay);
     m_panel->window->raisePanel();
 }
