@@ -50,10 +50,6 @@ constexpr const char *introspection = R"(
     <signal name="StatusChanged"><arg type="a{sv}" name="status"/></signal>
     <signal name="UploadEnded"><arg type="s" name="id"/><arg type="s" name="file"/><arg type="s" name="project"/><arg type="s" name="asset"/><arg type="s" name="error"/></signal>
   </interface>
-  <interface name="org.freedesktop.DBus.Properties">
-    <method name="Get"><arg type="s" name="interface" direction="in"/><arg type="s" name="name" direction="in"/><arg type="v" name="value" direction="out"/></method>
-    <method name="GetAll"><arg type="s" name="interface" direction="in"/><arg type="a{sv}" name="values" direction="out"/></method>
-  </interface>
 )";
 
 /// A desktop sends one or two; whatever sends more is broken.

@@ -6,6 +6,7 @@
 #include "Overlay/CaptureBarWindow.h"
 #include "Panels/BackdropMonitor.h"
 #include "Panels/PanelPlacement.h"
+#include "Panels/PanelTip.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -24,7 +25,7 @@ constexpr int barDistance = 36;
 /// beside.
 QPoint clearPlace(const QRect &bar, const QRect &room, const QRect &avoided) {
     constexpr int gap = 12;
-    if (!bar.intersects(avoided))
+    if (avoided.isEmpty() || !bar.intersects(avoided.marginsAdded({gap, gap, gap, gap})))
         return bar.topLeft();
     const int left = avoided.left() - gap - bar.width(), top = avoided.top() - gap - bar.height();
     if (left >= room.left())
@@ -75,7 +76,7 @@ struct CaptureBar::Panel {
     }
 
     /// A control that becomes wider moves the bar's ends, not its middle, while there is room for that.
-    void refresh(const QRect &cards) {
+    void refresh(const QRect &taken) {
         const QRect before = window->panelFrame();
         window->refresh();
         const QSize size = window->panelRect().size();
@@ -83,9 +84,9 @@ struct CaptureBar::Panel {
             return;
         const QRect after(before.topLeft() + QPoint((before.width() - size.width()) / 2, 0), size);
         // Who has put it over something wants it there.
-        const bool keepsOff = !before.intersects(cards);
+        const bool keepsOff = !before.intersects(taken);
         const QRect room = PanelShell::instance().room(*screenAt(before.center()));
-        window->placePanel(keepsOff ? clearPlace(after, room, cards) : after.topLeft());
+        window->placePanel(keepsOff ? clearPlace(after, room, taken) : after.topLeft());
     }
 
     CaptureBarWindow *window;
@@ -131,6 +132,8 @@ bool CaptureBar::isVisible() const {
 void CaptureBar::raise(QWidget &overlay) {
     if (!isVisible())
         return;
+    // It would stay below.
+    hideTipOf(*m_panel->window);
     PanelShell::instance().attach(*m_panel->window, overlay);
     m_panel->window->raisePanel();
 }

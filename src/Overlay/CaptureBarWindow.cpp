@@ -207,8 +207,12 @@ void CaptureBarWindow::refresh() {
     m_systemAudio->setHelp(m_state->systemAudioEnabled ? tr("System audio: on") : tr("System audio: off"));
     const int seconds = m_state->countdownSeconds;
     m_countdown->setWords(seconds > 0 ? tr("%1 s").arg(seconds) : tr("Off"));
+    // One takes the other's place, for the keys too.
+    const bool hasKeys = m_project->hasFocus() || m_connect->hasFocus();
     m_project->setVisible(m_state->isConnected);
     m_connect->setVisible(!m_state->isConnected);
+    if (hasKeys)
+        (m_state->isConnected ? m_project : m_connect)->setFocus();
     const TargetProject *project = selectedProject();
     const QString name = project ? QString::fromStdString(project->name) : QString();
     m_project->setWords(project ? name : tr("No project"), tr("Upload to"));

@@ -14,6 +14,12 @@
 
 namespace vantrell {
 
+namespace {
+
+constexpr int edgeDistance = 24;
+
+} // namespace
+
 std::optional<QPoint> PanelPlacement::restore(const QScreen &screen, const QSize &size) const {
     const auto x = m_settings.number(key(screen, "x"));
     const auto y = m_settings.number(key(screen, "y"));
@@ -47,11 +53,14 @@ std::optional<QPoint> placeOutOfPicture(const FloatingPanel &panel, const QScree
     std::vector<QPoint> places{usual};
     const QSize size = panel.panelRect().size();
     for (const QScreen *candidate : screens) {
-        const QRect room = PanelShell::instance().room(*candidate);
-        const int middle = room.center().x() - size.width() / 2, right = room.right() + 1 - size.width();
-        for (const int y : {room.bottom() + 1 - size.height(), room.top()})
-            for (const int x : {middle, room.left(), right})
-                places.emplace_back(x, y);
+        // Close to the edge only where there is no room otherwise.
+        for (const int gap : {edgeDistance, 0}) {
+            const QRect room = PanelShell::instance().room(*candidate).adjusted(gap, gap, -gap, -gap);
+            const int middle = room.center().x() - size.width() / 2, right = room.right() + 1 - size.width();
+            for (const int y : {room.bottom() + 1 - size.height(), room.top()})
+                for (const int x : {middle, room.left(), right})
+                    places.emplace_back(x, y);
+        }
     }
     const auto free = std::ranges::find_if(places, [&](const QPoint &place) {
         return !QRect(place, size).intersects(taken) && panel.mayLieAt(place);

@@ -58,6 +58,11 @@ bool handleTipEvent(QWidget &widget, const QEvent &event) {
     }
 }
 
+void hideTipOf(const QWidget &window) {
+    if (shownTip && tipOwner && tipOwner->window() == &window)
+        shownTip->hide();
+}
+
 void updateTip(const QWidget &widget) {
     if (shownTip && shownTip->isVisible() && tipOwner == &widget)
         showTip(widget);

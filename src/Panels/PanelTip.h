@@ -12,6 +12,9 @@ namespace vantrell {
 /// would not. To be called with each event of the widget; true when the event was about the tip. Main thread.
 bool handleTipEvent(QWidget &widget, const QEvent &event);
 
+/// Hides the tip of any control in that window.
+void hideTipOf(const QWidget &window);
+
 /// The widget's tip says something else now.
 void updateTip(const QWidget &widget);
 

@@ -5,6 +5,7 @@
 
 #include <QDBusArgument>
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QScreen>
 
@@ -22,8 +23,14 @@ constexpr auto silencePause = 30s;
 } // namespace
 
 std::optional<QRect> PlasmaRooms::of(const QScreen &screen) {
-    if (!m_pause.hasExpired() || !qgetenv("XDG_CURRENT_DESKTOP").contains("KDE"))
+    if (!qgetenv("XDG_CURRENT_DESKTOP").contains("KDE"))
         return std::nullopt;
+    std::optional<QRect> &known = m_known[screen.name()];
+    const QRect whole = screen.geometry();
+    if (known && !whole.contains(*known))
+        known.reset();
+    if (!m_pause.hasExpired())
+        return known;
     QDBusMessage question = QDBusMessage::createMethodCall(
         QStringLiteral("org.kde.plasmashell"), QStringLiteral("/StrutManager"),
         QStringLiteral("org.kde.PlasmaShell.StrutManager"), QStringLiteral("availableScreenRect"));
@@ -33,14 +40,16 @@ std::optional<QRect> PlasmaRooms::of(const QScreen &screen) {
         QDBusConnection::sessionBus().call(question, QDBus::Block, int(patience.count()));
     if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != QLatin1String("(iiii)")) {
         m_pause.setRemainingTime(silencePause);
-        return std::nullopt;
+        if (QDBusError(answer).type() == QDBusError::ServiceUnknown)
+            known.reset();
+        return known;
     }
     const auto room = qdbus_cast<QRect>(answer.arguments().constFirst());
     // Of a screen that it does not know it tells another's.
-    const QRect whole = screen.geometry();
     const bool isOfThisScreen =
         whole.contains(room) && room.width() > whole.width() / 2 && room.height() > whole.height() / 2;
-    return isOfThisScreen ? std::optional(room) : std::nullopt;
+    known = isOfThisScreen ? std::optional(room) : std::nullopt;
+    return known;
 }
 
 } // namespace vantrell

@@ -5,7 +5,9 @@
 
 #include <QDeadlineTimer>
 #include <QRect>
+#include <QString>
 
+#include <map>
 #include <optional>
 
 class QScreen;
@@ -16,12 +18,14 @@ namespace vantrell {
 /// clear of them, other layers are not told. Main thread.
 class PlasmaRooms {
 public:
-    /// None where that cannot be told. Waits for the answer, which takes a millisecond, and asks one that
-    /// hangs no more for a while.
+    /// None where that cannot be told. Waits for the answer, which takes a millisecond; of one that hangs
+    /// what it has told before is taken for a while.
     std::optional<QRect> of(const QScreen &screen);
 
 private:
     QDeadlineTimer m_pause;
+    /// By the screen's name.
+    std::map<QString, std::optional<QRect>> m_known;
 };
 
 } // namespace vantrell

@@ -44,7 +44,14 @@ constexpr double farEnough = 80;
 /// At the screen's edge there may be no room for that.
 constexpr double farEnoughAtEdge = 24;
 
-QFont titleFont() {
+/// A little smaller where all of the title has room then: its date is what is looked for.
+QFont titleFont(const QString &title, double width) {
+    constexpr double smallest = 11.5;
+    for (double size = titleSize; size >= smallest; size -= 0.5) {
+        QFont font = panelFont(size, QFont::DemiBold);
+        if (QFontMetricsF(font).horizontalAdvance(title) <= width)
+            return font;
+    }
     return panelFont(titleSize, QFont::DemiBold);
 }
 
@@ -198,8 +205,7 @@ void ShelfCard::arrange() {
         status += QStringLiteral(". ") + oneLine(inUsersLanguage(QString::fromStdString(m_item.note)));
     const bool hasBar = std::holds_alternative<ShelfItem::Uploading>(m_item.status);
     const bool hasAction = !m_action->isHidden();
-    const QFontMetricsF titleMetrics(titleFont());
-    const int titleHeight = int(std::ceil(titleMetrics.height()));
+    const int titleHeight = int(std::ceil(QFontMetricsF(panelFont(titleSize, QFont::DemiBold)).height()));
 
     // Laid out from the left, then turned over for those who read from the right.
     const QRect thumbnail(inner.topLeft(), thumbnailSize);
@@ -219,7 +225,8 @@ void ShelfCard::arrange() {
     m_dismiss->move(mirrored(QRect(QPoint(0, 0), m_dismiss->size())).topLeft());
 
     m_isRecovered = title.isRecovered;
-    m_title = titleMetrics.elidedText(title.text, Qt::ElideMiddle, width);
+    m_titleFont = titleFont(title.text, width);
+    m_title = QFontMetricsF(m_titleFont).elidedText(title.text, Qt::ElideMiddle, width);
     const StatusText fitted = statusText(status, statusWidth, inner.height() - titleHeight);
     m_statusLines = fitted.lines;
     m_statusFont = fitted.font;
@@ -435,7 +442,7 @@ void ShelfCard::paintTexts(QPainter &painter) const {
     // Each text in the direction of its own letters.
     painter.setLayoutDirection(Qt::LayoutDirectionAuto);
     painter.setPen(theme.text);
-    painter.setFont(titleFont());
+    painter.setFont(m_titleFont);
     painter.drawText(m_titleRect, align, m_title);
     const bool hasFailed = std::holds_alternative<ShelfItem::Failed>(m_item.status);
     painter.setPen(hasFailed ? theme.warning : theme.quietText);

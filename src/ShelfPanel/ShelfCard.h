@@ -107,6 +107,7 @@ private:
     std::optional<ShelfItem::Uploading> m_pending;
     bool m_isRecovered = false;
     QString m_title;
+    QFont m_titleFont;
     QStringList m_statusLines;
     QFont m_statusFont;
     QStringList m_tip;
