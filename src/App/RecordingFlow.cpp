@@ -49,6 +49,15 @@ std::string toolName(const SelectionOutcome &outcome) {
     return std::string(spelling(toolOf(outcome)));
 }
 
+/// Where our panels would be in the picture.
+UserInterface::Recorded recordedOf(const CaptureSource &source, const Display &display) {
+    if (source.facts().kind == CaptureKind::display)
+        return {display, display.pixels};
+    if (source.facts().kind == CaptureKind::area)
+        return {display, source.facts().place};
+    return {display, std::nullopt};
+}
+
 Task<> giveUpAfter(Clock *clock, std::chrono::milliseconds patience, std::stop_source given,
                    std::stop_token stop) {
     if (co_await clock->sleep(patience, stop))
@@ -177,12 +186,7 @@ Task<std::expected<void, Failure>> RecordingFlow::begin(SelectionOutcome outcome
         qCCritical(logCapture, "stream died mid-recording: %s", description(failure).c_str());
         stopRecording(failure);
     };
-    UserInterface::Recorded recorded{display, std::nullopt};
-    if (source->facts().kind == CaptureKind::display)
-        recorded.place = display.pixels;
-    else if (source->facts().kind == CaptureKind::area)
-        recorded.place = source->facts().place;
-    co_await m_services.ui.leavePicture(std::move(recorded), stop);
+    co_await m_services.ui.leavePicture(recordedOf(*source, display), stop);
     if (auto started = co_await engine->start(stop); !started)
         co_return started;
     m_engine = engine;
@@ -416,8 +420,12 @@ Task<> RecordingFlow::takeStill(SelectionOutcome outcome, std::stop_token stop) 
     picked->request.isForStill = true;
     std::string problem;
     if (const auto chosen = co_await m_services.platform.capture->choose(picked->request, stop)) {
+        co_await m_services.ui.leavePicture(recordedOf(*chosen->source, picked->display), stop);
         auto still = co_await ScreenshotEngine::capture(m_services.platform.stills.get(),
                                                         CaptureTarget::of(*chosen->source), stop);
+        // What is recorded by now has its own picture to be left.
+        if (!isRecording() && !m_isStartingRecording)
+            m_services.ui.hideHUD();
         if (still) {
             Analytics::shared().track("cap.screenshot_captured", {{"tool", toolName(outcome)}});
             m_services.handover.deliver(std::make_shared<const CaptureResult>(std::move(*still)),

@@ -36,6 +36,8 @@ struct CaptureRequest {
     std::variant<WholeDisplay, Area, Window, LetDesktopAsk> what;
     /// The pointer shall be left out of the pictures where its path is known all the same.
     bool separatesPointer = false;
+    /// Nobody wants to see the pointer, or to know where it is.
+    bool hidesPointer = false;
     /// For a single picture: no desktop is asked for a whole stream where it need not be.
     bool isForStill = false;
 };

@@ -53,8 +53,10 @@ struct CursorChoice {
 };
 
 /// The best that the desktop has: a pointer that is lost is the worst.
-CursorChoice cursorChoice(unsigned offered, bool separates) {
-    if (separates && (offered & metadataBit))
+CursorChoice cursorChoice(unsigned offered, const Session::Wish &wish) {
+    if (wish.hidesPointer && (offered & hiddenBit))
+        return {hiddenBit, Session::Pointer::hidden};
+    if ((wish.separatesPointer || wish.hidesPointer) && (offered & metadataBit))
         return {metadataBit, Session::Pointer::metadata};
     if (offered & embeddedBit)
         return {embeddedBit, Session::Pointer::embedded};
@@ -134,9 +136,10 @@ ScreenCastSession::open(PortalRequests *portal, Wish wish, std::stop_token stop)
     select.options.insert(QStringLiteral("types"), wanted);
     select.options.insert(QStringLiteral("multiple"), false);
     const unsigned cursorModes = offered->value(QStringLiteral("AvailableCursorModes")).toUInt();
-    const auto cursor = cursorChoice(cursorModes, wish.separatesPointer);
+    const auto cursor = cursorChoice(cursorModes, wish);
     session->m_pointer = cursor.pointer;
-    session->m_isPointerOutAsCanBe = cursor.bit == cursorChoice(cursorModes, true).bit;
+    session->m_isPointerOutAsCanBe = cursor.pointer != Pointer::embedded ||
+                                     cursorChoice(cursorModes, {.hidesPointer = true}).bit == embeddedBit;
     if (version >= versionWithCursorModes && cursor.bit != 0)
         select.options.insert(QStringLiteral("cursor_mode"), cursor.bit);
     if (version >= versionWithTokens) {

@@ -31,6 +31,8 @@ public:
         Source source = Source::monitor;
         /// The pointer shall come apart from the pictures, where the desktop can.
         bool separatesPointer = false;
+        /// The pointer shall neither be in the pictures nor come with them.
+        bool hidesPointer = false;
         /// Names an earlier choice, which is taken again without asking, if it still can be.
         std::optional<std::string> restoreToken;
     };

@@ -108,6 +108,7 @@ WaylandCaptureBackend::wantedBy(const CaptureRequest &request, const std::vector
     Wanted wanted;
     wanted.display = displays.front();
     wanted.wish.separatesPointer = request.separatesPointer;
+    wanted.wish.hidesPointer = request.hidesPointer || request.isForStill;
     if (const auto *whole = std::get_if<CaptureRequest::WholeDisplay>(&request.what)) {
         if (whole->id) {
             const auto found = std::ranges::find(displays, *whole->id, &Display::id);

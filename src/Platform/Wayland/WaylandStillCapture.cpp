@@ -171,8 +171,7 @@ Task<StillCapture::Result> WaylandStillCapture::wholeDesktop(std::stop_token sto
 
 Task<StillCapture::Result> WaylandStillCapture::fromCast(PixelRect area, std::stop_token stop) {
     CaptureRequest request{CaptureRequest::Area{area}};
-    // Without the pointer, where the desktop can leave it out.
-    request.separatesPointer = true;
+    request.hidesPointer = true;
     const auto chosen = co_await m_backend.choose(std::move(request), stop);
     if (!chosen)
         co_return std::unexpected(chosen.error());

@@ -173,6 +173,28 @@ TEST_F(WaylandLifeTest, showsNoPanelOnAScreenThatIsRecorded) {
     });
     ASSERT_FALSE(onCard.empty());
     EXPECT_THAT(onCard, ::testing::Each(::testing::AllOf(::testing::Ge(90), ::testing::Le(96))));
+
+    // Nor are the cards in a still of where they lie. The pointer ends below, where the buttons are.
+    const QRect corner(840, 440, 420, 190);
+    const auto isEmpty = [](const QImage &picture) {
+        QImage ground = picture;
+        ground.fill(sceneGround);
+        return picture == ground;
+    };
+    ASSERT_TRUE(eventually([&] { return !isEmpty(screen().copy(corner)); }));
+    ASSERT_TRUE(drawArea(corner));
+    const QRect record = find(recordingRed);
+    constexpr int toCapture = 40;
+    input.click(record.left() - toCapture, record.center().y());
+    QImage still;
+    ASSERT_TRUE(eventually([&] {
+        for (const std::string &name : app.captureFiles())
+            if (name.ends_with(".png"))
+                still.load(QString::fromStdString((app.captures() / name).string()));
+        return !still.isNull();
+    }));
+    EXPECT_EQ(still.size(), corner.size());
+    EXPECT_TRUE(isEmpty(still.convertToFormat(QImage::Format_RGB32)));
 }
 
 TEST_F(WaylandLifeTest, stopsAStartThatTheDesktopNeverAnswers) {
