@@ -252,6 +252,9 @@ void AppDelegate::requestPermission() {
 }
 
 void AppDelegate::showCaptureUI(std::optional<ToolMode> tool) {
+    // Who starts the application again looks for what stops it.
+    if (m_recording.isRecording() && !tool)
+        noteWithoutTray(true);
     if (m_recording.isRecording() || m_recording.isStartingRecording())
         return;
     if (tool && !m_services.desktop.screenAccess->isGranted()) {
@@ -522,13 +525,13 @@ void AppDelegate::noteFailedUploads() {
     }
 }
 
-void AppDelegate::noteWithoutTray() {
+void AppDelegate::noteWithoutTray(bool isAskedFor) {
     Notifier &notifier = *m_services.desktop.notifications;
     const bool isRecording = m_recording.isRecording();
     const bool isSeen = m_services.ui.isHUDVisible();
     const bool isWanted = isRecording && (!isSeen || !m_services.ui.trayHost());
     const bool isPaused = m_recording.isPaused();
-    if (!isWanted || std::exchange(m_notedPause, isPaused) != isPaused) {
+    if (std::exchange(m_notedPause, isPaused) != isPaused || !isWanted || isAskedFor) {
         if (const auto shown = std::exchange(m_recordingNotification, 0))
             notifier.withdraw(shown);
     }
@@ -543,7 +546,7 @@ void AppDelegate::noteWithoutTray() {
                                    {"stop", inUsersLanguage(std::string("Stop Recording"))},
                                    {"pause", inUsersLanguage(std::string(isPaused ? "Resume" : "Pause"))}},
                        .stays = true,
-                       .isQuiet = !isSeen},
+                       .isQuiet = !isSeen && !isAskedFor},
                       [this](const std::string &key) {
                           if (key == "pause")
                               m_recording.togglePause();

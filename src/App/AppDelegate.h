@@ -103,7 +103,7 @@ private:
     void shelfChanged();
     void recordingChanged();
     void replyToTerminate();
-    void noteWithoutTray();
+    void noteWithoutTray(bool isAskedFor = false);
     void noteFailedUploads();
     void openInVantrell(const ShelfItem &item);
     void requestPermission();
