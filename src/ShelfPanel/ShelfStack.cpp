@@ -60,7 +60,9 @@ ShelfStack::ShelfStack(Host &host)
       m_newer(new PanelButton(shelfText("Newer captures"), this)) {
     installShelfAccessibility();
     setAttribute(Qt::WA_AlwaysShowToolTips);
-    setAccessibleName(shelfText("Recent captures"));
+    // Desktops list windows by it, also in their choice of what is to be shared.
+    setWindowTitle(shelfText("Recent captures"));
+    setAccessibleName(windowTitle());
     m_progressTimer.setSingleShot(true);
     m_progressTimer.setInterval(progressInterval);
     QObject::connect(&m_progressTimer, &QTimer::timeout, this, [this] {
