@@ -16,8 +16,8 @@ namespace vantrell::bench {
 
 namespace {
 
-constexpr int width = 420;
-constexpr int height = 72;
+constexpr int panelWidth = 420;
+constexpr int panelHeight = 72;
 constexpr int aboveBottom = 200;
 /// Milliseconds.
 constexpr int levelInterval = 66;
@@ -29,10 +29,11 @@ int showPanel(const std::filesystem::path &log) {
     const xcb_screen_t &screen = *xcb_setup_roots_iterator(xcb_get_setup(xcb)).data;
     const xcb_window_t window = xcb_generate_id(xcb);
     const std::uint32_t values[] = {screen.black_pixel, 1};
-    xcb_create_window(
-        xcb, XCB_COPY_FROM_PARENT, window, screen.root, std::int16_t((screen.width_in_pixels - width) / 2),
-        std::int16_t(screen.height_in_pixels - aboveBottom), width, height, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
-        XCB_COPY_FROM_PARENT, XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values);
+    xcb_create_window(xcb, XCB_COPY_FROM_PARENT, window, screen.root,
+                      std::int16_t((screen.width_in_pixels - panelWidth) / 2),
+                      std::int16_t(screen.height_in_pixels - aboveBottom), panelWidth, panelHeight, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
+                      XCB_CW_BACK_PIXEL | XCB_CW_OVERRIDE_REDIRECT, values);
     constexpr std::string_view mark = "_VANTRELL_PANEL";
     xcb_intern_atom_reply_t *atom =
         xcb_intern_atom_reply(xcb, xcb_intern_atom(xcb, 0, std::uint16_t(mark.size()), mark.data()), nullptr);
