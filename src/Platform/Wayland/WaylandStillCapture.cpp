@@ -5,6 +5,7 @@
 
 #include "Platform/DisplayLayout.h"
 #include "Platform/ScreenError.h"
+#include "Platform/Wayland/StillPermission.h"
 #include "Support/BlockingWork.h"
 #include "Support/Log.h"
 
@@ -145,12 +146,13 @@ Task<StillCapture::Result> WaylandStillCapture::captureArea(PixelRect area, std:
         co_return co_await runBlocking(
             [picture = *desktop, all = *displays, part = *wanted] { return cutOut(picture, all, part); },
             stop);
-    // A desktop that takes no stills at all shares its screen.
     const auto *error = std::get_if<PlatformError>(&desktop.error());
-    if (error && isPortalError(*error, PortalErrorCode::missing))
-        co_return co_await fromCast(*wanted, stop);
-    if (error && isPortalError(*error, PortalErrorCode::refused))
+    const bool isRefused = error && isPortalError(*error, PortalErrorCode::refused);
+    if (isRefused && co_await mayBeForbiddenStills(m_backend.portal().bus(), stop))
         co_return std::unexpected(Error(stillsRefused()));
+    // A desktop that takes no stills, or fails to (sway's part needs a program for it), shares its screen.
+    if (isRefused || (error && isPortalError(*error, PortalErrorCode::missing)))
+        co_return co_await fromCast(*wanted, stop);
     co_return std::unexpected(desktop.error());
 }
 

@@ -105,6 +105,36 @@ TEST(Sway, isRecordedWholeInPartAndStill) {
     EXPECT_FALSE(numbersOf(part.movie(), codeX - 10, codeY - 20).empty());
 }
 
+TEST(Sway, sharesItsScreenForAStillThatItFailsToMakeUnlessItsUserForbids) {
+    SwaySession session({.failsAtStills = true});
+    session.showNumbers(20);
+    WaylandCaptureBackend backend(session.bus().connection(), listWaylandDisplays);
+    WaylandStillCapture stills(backend);
+    const auto keep = [&](std::vector<std::string> change) {
+        const std::string store = "org.freedesktop.impl.portal.PermissionStore";
+        std::vector<std::string> command{"gdbus",
+                                         "call",
+                                         "--session",
+                                         "--dest",
+                                         store,
+                                         "--object-path",
+                                         "/org/freedesktop/impl/portal/PermissionStore",
+                                         "--method",
+                                         store + "." + change.front()};
+        command.insert(command.end(), change.begin() + 1, change.end());
+        return ChildProcess(command, session.environment()).waitForExit();
+    };
+    ASSERT_EQ(keep({"SetPermission", "screenshot", "true", "screenshot", "", "['no']"}), 0);
+    const auto forbidden = runTask(stills.captureArea({10, 20, 500, 100}, {}));
+    ASSERT_FALSE(forbidden);
+    EXPECT_TRUE(isPortalError(std::get<PlatformError>(forbidden.error()), PortalErrorCode::refused));
+
+    ASSERT_EQ(keep({"Delete", "screenshot", "screenshot"}), 0);
+    const auto still = runTask(stills.captureArea({10, 20, 500, 100}, {}));
+    ASSERT_TRUE(still);
+    EXPECT_TRUE(numberIn(*still, codeX - 10, codeY - 20));
+}
+
 TEST(Sway, isSeenUprightHoweverItsDisplayIsTurned) {
     SwaySession session;
     session.showNumbers(20);

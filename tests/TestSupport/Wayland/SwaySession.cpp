@@ -34,7 +34,11 @@ std::string found(const std::filesystem::path &folder, const std::string &start,
 SwaySession::SwaySession(const Options &options) : m_options(options) {
     startSway();
     startBackend();
-    m_ground.startPortal("wlr", {"ScreenCast", "Screenshot"});
+    std::vector<std::string> interfaces{"ScreenCast", "Screenshot"};
+    // The portals tell of no stills where nobody could be asked for them.
+    if (options.failsAtStills)
+        interfaces.push_back("Access");
+    m_ground.startPortal("wlr", interfaces);
 }
 
 SwaySession::~SwaySession() {
@@ -94,7 +98,8 @@ void SwaySession::startBackend() {
     std::ofstream(folder / "config") << "[screencast]\nmax_fps=60\nchooser_type=" << chooser << "\n";
     auto variables = environment();
     variables.emplace_back("LD_PRELOAD", VANTRELL_SCREENCOPY_SHIM);
-    const std::string plainly = std::string("exec ") + castBackend + " -r";
+    const std::string plainly =
+        std::string(m_options.failsAtStills ? "PATH=/nowhere " : "") + "exec " + castBackend + " -r";
     const std::string noting = plainly + " -l TRACE 2>\"$0\"";
     m_backend = std::make_unique<ChildProcess>(
         std::vector<std::string>{"sh", "-c", m_options.notesPictures ? noting : plainly,

@@ -26,6 +26,8 @@ public:
         bool notesPictures = false;
         /// The user is asked, and takes so long to choose.
         std::optional<int> choiceSeconds;
+        /// The program that the portal's part for sway takes stills with is not installed.
+        bool failsAtStills = false;
     };
 
     explicit SwaySession(const Options &options);
