@@ -23,7 +23,7 @@ build_packages=(
 desktop_packages=(xvfb openbox dbus xauth x11-utils x11-xserver-utils xdotool hsetroot procps openssl curl)
 test_packages=(
   ffmpeg mpv chromium gstreamer1.0-plugins-base-apps gstreamer1.0-plugins-good gstreamer1.0-libav
-  gnome-keyring libsecret-tools python3-dbusmock desktop-file-utils glib-networking picom sox
+  gnome-keyring libglib2.0-bin libsecret-tools python3-dbusmock desktop-file-utils glib-networking picom sox
   pipewire pipewire-bin pipewire-pulse wireplumber pulseaudio-utils
   sway xdg-desktop-portal xdg-desktop-portal-wlr grim wtype qt6-wayland
   at-spi2-core gir1.2-atspi-2.0 python3-gi
