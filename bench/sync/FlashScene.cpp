@@ -15,7 +15,6 @@ namespace vantrell::bench {
 namespace {
 
 constexpr double announced = 0.3;
-constexpr double lasting = 0.12;
 constexpr double shortestGap = 0.85;
 constexpr double longestGap = 1.35;
 constexpr std::uint32_t black = 0;
@@ -48,11 +47,11 @@ void FlashScene::play(const std::stop_token &stop, int width, int height) {
         painter.fill(light, white);
         painter.sync();
         flash.shownAt = hostNow();
-        sleepUntil(next + lasting);
+        sleepUntil(next + flashLasts);
         painter.fill(light, black);
         painter.sync();
         m_shown.push_back(flash);
-        next = std::max(next + gap(random), hostNow() + shortestGap - lasting);
+        next = std::max(next + gap(random), hostNow() + shortestGap - flashLasts);
     }
 }
 

@@ -21,7 +21,7 @@ inline constexpr std::size_t outputs = 2;
 struct Flash {
     std::uint32_t number = 0;
     double shownAt = 0;
-    /// None where the sound server stumbled and nobody knows.
+    /// None where the sound server stumbled, or the compositor told of no picture, and nobody knows.
     std::array<std::optional<double>, outputs> heardAt;
 };
 
@@ -29,6 +29,9 @@ struct Flash {
 inline constexpr int flashCodeX = 16;
 inline constexpr int flashCodeY = 16;
 inline constexpr int flashTop = 64;
+
+/// Seconds that a flash is light.
+inline constexpr double flashLasts = 0.12;
 
 /// Flashes on DISPLAY about once a second, at irregular times, and beeps with each flash. A flash's number is
 /// drawn a while before it, so that a recording which shows the number on the dark screen, then the light,

@@ -85,7 +85,7 @@ void printOffsets(const MovieSigns &signs, const MovieSigns::Track &track, std::
         }
     }
     const auto all = between(offsets, 0, signs.durationSeconds);
-    std::printf("%s: %zu flashes, %zu beeps found, %zu not, %d of which nobody knows when they were heard\n",
+    std::printf("%s: %zu flashes, %zu beeps found, %zu not, %d of which nobody knows when they were made\n",
                 track.name.c_str(), signs.flashes.size(), offsets.size(), missing.size(), unknown);
     std::printf("  beep after flash, in the movie: median %+.1f ms, largest %.1f ms, first minute %+.1f ms, "
                 "last minute %+.1f ms\n",

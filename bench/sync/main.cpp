@@ -148,8 +148,11 @@ void showAsComposited(std::vector<Flash> &flashes, const std::vector<double> &pi
     std::vector<double> lags;
     for (Flash &flash : flashes) {
         const auto shown = std::ranges::lower_bound(pictures, flash.shownAt - hearsLate);
-        if (shown == pictures.end())
+        // Of a later picture it is not in.
+        if (shown == pictures.end() || *shown > flash.shownAt + flashLasts) {
+            flash.heardAt = {};
             continue;
+        }
         lags.push_back(*shown - flash.shownAt);
         flash.shownAt = *shown;
     }
