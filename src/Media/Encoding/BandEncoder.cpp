@@ -26,8 +26,8 @@ constexpr double restOfFine = 0.6;
 /// Of a time that is kept as a float.
 constexpr double timeTolerance = 0.005;
 
-/// What the small encoders may take in all, as SmallEncoders reckons, besides a share of the whole picture
-/// that is nearly what a plan may ask for: more than any plan does.
+/// What the small encoders may take in all, as SmallEncoders reckons, besides nearly the share of the whole
+/// picture that a plan may ask for.
 constexpr int fewestKept = 4000;
 constexpr double neverAsked = 0.1;
 

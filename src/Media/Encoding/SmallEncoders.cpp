@@ -32,7 +32,7 @@ std::vector<SmallEncoder *> SmallEncoders::forPlaces(std::span<const BlockArea> 
         const Shape shape{place.columns, place.rows};
         Entry *entry = unused(place);
         if (!entry && (m_preparation == Preparation::atOnce || place.count() <= smallBlocks)) {
-            add(m_make(m_stream, shape.columns, shape.rows));
+            add(m_make(m_stream, shape.columns, shape.rows), m_picture - 1);
             entry = unused(place);
         }
         if (entry) {
@@ -93,13 +93,14 @@ void SmallEncoders::takeOverPrepared() {
     }
     // They come in the order in which they were asked for.
     m_awaited.erase(m_awaited.begin(), m_awaited.begin() + std::ssize(prepared));
+    // Somebody waits for them, so they do not make room.
     for (auto &encoder : prepared)
-        add(std::move(encoder));
+        add(std::move(encoder), m_picture);
 }
 
-void SmallEncoders::add(std::unique_ptr<SmallEncoder> encoder) {
+void SmallEncoders::add(std::unique_ptr<SmallEncoder> encoder, std::int64_t lastUsed) {
     if (encoder)
-        m_entries.push_back({std::move(encoder), m_picture - 1});
+        m_entries.push_back({std::move(encoder), lastUsed});
     else
         m_failed = true;
 }
@@ -110,6 +111,9 @@ void SmallEncoders::makeRoom() {
         blocks += weightOf(*entry.encoder);
     while (blocks > m_mostBlocks) {
         const auto oldest = std::ranges::min_element(m_entries, {}, &Entry::lastUsed);
+        // Made anew for each picture they would cost more than their memory.
+        if (oldest->lastUsed == m_picture)
+            return;
         blocks -= weightOf(*oldest->encoder);
         m_entries.erase(oldest);
     }

@@ -25,7 +25,8 @@ class SmallEncoders {
 public:
     enum class Preparation { aside = 1, atOnce };
 
-    /// `mostBlocks`: the memory that they may keep in all, as that of so many macroblocks, 2 KiB each.
+    /// `mostBlocks`: the memory that they may keep in all, as that of so many macroblocks, 2 KiB each; more
+    /// only where one picture needs them all.
     SmallEncoders(StreamFacts stream, SmallEncoderFactory make, int mostBlocks, Preparation preparation)
         : m_stream(std::move(stream)), m_make(std::move(make)), m_mostBlocks(mostBlocks),
           m_preparation(preparation) {}
@@ -55,7 +56,7 @@ private:
     Entry *unused(const BlockArea &place);
     void prepare(const Shape &shape);
     void takeOverPrepared();
-    void add(std::unique_ptr<SmallEncoder> encoder);
+    void add(std::unique_ptr<SmallEncoder> encoder, std::int64_t lastUsed);
     void makeRoom();
 
     const StreamFacts m_stream;
